@@ -1,0 +1,35 @@
+#pragma once
+// FEN, both ways. Everything that fails throws ChessException.
+
+#include <string>
+#include <string_view>
+
+#include "core/chessboard.h"
+
+namespace quillon {
+
+/// Castling rights of one colour as a weight: 1 king side, 2 queen side, 3 both.
+inline constexpr int kCastlingKingSide = 1;
+inline constexpr int kCastlingQueenSide = 2;
+inline constexpr int kCastlingAll = 3;
+
+/// What a FEN says besides the placement. Only a caller that cares (perft, input checks) looks at it: a problem is
+/// always solved with White to move, all castlings that the board allows, and no en passant in the first move.
+struct TFenFields {
+    int m_nCastlingWhite = kCastlingAll; // all when the text has no field behind the placement
+    int m_nCastlingBlack = kCastlingAll;
+    char m_cSideToMove = 'w'; // 'w' or 'b'; 'w' when the field is missing
+};
+
+/// Reads the placement field (up to the first blank) into m_board and the fields behind it; no other field of the board
+/// is touched. The placement must describe eight ranks of eight files.
+[[nodiscard]] TFenFields ReadFEN(TChessboard& b, std::string_view text);
+
+/// A legal root from a FEN: ReadFEN, then RecountFigures on a cleared record.
+[[nodiscard]] TChessboard ChessboardFromFEN(std::string_view text);
+
+/// bFull false: the placement only. True: side to move, castling that still holds (the root is that of the context, or
+/// the head of the chain where there is no context), en passant square in capitals, " 0", move number.
+[[nodiscard]] std::string WriteFEN(const TChessboard& b, bool bFull);
+
+} // namespace quillon
