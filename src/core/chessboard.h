@@ -99,6 +99,9 @@ static_assert(std::is_trivially_copyable_v<TChessboard> && std::is_standard_layo
     return BishopMode(b) == 1 || BishopMode(b) == 2;
 }
 
+/// Colour (as ColourOf) of the squares that the bishop taken off the board lived on; for modes 1 and 2.
+[[nodiscard]] constexpr int RemovedBishopColour(const TChessboard& b) { return b.m_bySideState & 1; }
+
 /// Figures besides the kings: White's, Black's, both.
 [[nodiscard]] constexpr int WhiteMen(const TChessboard& b) {
     return b.m_whiteQueens + b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights + b.m_whitePawns;

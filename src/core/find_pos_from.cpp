@@ -99,7 +99,7 @@ TSources SourcesOf(const TChessboard& b, TFigure figure, TSquare target) {
 }
 
 bool IsLegalArrival(TChessboard& position, TFigure figure, TSquare from, TSquare target) {
-    TMove move;
+    TMove move{};
     move.m_nFrom = from;
     move.m_nTo = target;
     if (KindOf(figure) == kPawn && (RankOf(target) == 0 || RankOf(target) == 7))

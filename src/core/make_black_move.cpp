@@ -82,9 +82,11 @@ int MakeNullMove(TChessboard& b, const TMove& move) {
     return kMoveStands;
 }
 
+/// Was the white move before this one a capture? The record is still a copy of its parent; the root has no such move.
 bool WasCapture(const TChessboard& b) {
-    return b.m_pPrevious != nullptr &&
-           (b.m_lastMove.m_nEnPassant != 0 || b.m_pPrevious->m_board[b.m_lastMove.m_nTo] != kNoFigure);
+    const TChessboard& parent = ParentOf(b);
+    return parent.m_pPrevious != nullptr && (parent.m_lastMove.m_nEnPassant != 0 ||
+                                             parent.m_pPrevious->m_board[parent.m_lastMove.m_nTo] != kNoFigure);
 }
 
 /// Watched figures follow a move of one step; one that goes further is watched no longer where it went.

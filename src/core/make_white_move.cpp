@@ -10,10 +10,9 @@ using namespace maker_steps;
 
 namespace {
 
-/// White keeps off the squares that the bishop taken off the board controls. Mode 1: it lived on dark squares, mode 2: on
-/// light ones.
+/// White keeps off the squares that the bishop taken off the board controls.
 bool IsOnRemovedBishopsColour(const TChessboard& b, TSquare target) {
-    return ColourOf(target) == (BishopMode(b) == 1 ? 0 : 1);
+    return ColourOf(target) == RemovedBishopColour(b);
 }
 
 bool IsRefusedByMode(const TChessboard& b, const TMove& move) {
@@ -157,7 +156,8 @@ template <TMakerRules kRules> int MakeWhiteMove(TChessboard& b, TMove& move) {
         UpdateRookPawnMark(b);
 
     DetectCheck<TWhiteSide>(b, move, bKing && move.m_nFrom == kE1 && IsCastling(move)); // 11
-    FinishMove(b, move);                                                              // 12
+    b.m_whiteChecker = kNoChecker;
+    FinishMove(b, move); // 12
     if (captured != kNoFigure && HasBlockedFigures(b))                                // 13
         FollowBlockedFigure(b, captureSquare, kNoSquare);
     if (captured != kNoFigure || bPromotion)

@@ -19,13 +19,15 @@
 
 namespace quillon {
 
+/// No initialisers: a node's list of moves must not cost a clearing. Write TMove{} for a cleared one.
 struct TMove {
-    std::uint8_t m_nFrom = 0;
-    std::uint8_t m_nTo = 0;
-    std::uint8_t m_nPromotion = 0; // kind and marks, see above; read the kind through PromotionKind
-    std::uint8_t m_nEnPassant = 0;
+    std::uint8_t m_nFrom;
+    std::uint8_t m_nTo;
+    std::uint8_t m_nPromotion; // kind and marks, see above; read the kind through PromotionKind
+    std::uint8_t m_nEnPassant;
 };
 static_assert(sizeof(TMove) == 4 && std::is_trivially_copyable_v<TMove>);
+static_assert(std::is_trivially_default_constructible_v<TMove>);
 
 inline constexpr std::uint8_t kMoveDefersEdgeCheck = 0x20;
 inline constexpr std::uint8_t kMoveMark = 0x80;

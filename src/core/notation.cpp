@@ -46,7 +46,7 @@ std::string_view TrimBlanks(std::string_view text) {
 }
 
 TMove CastlingMove(bool bWhite, bool bKingSide) {
-    TMove move;
+    TMove move{};
     move.m_nFrom = bWhite ? kE1 : kE8;
     if (bKingSide)
         move.m_nTo = bWhite ? kG1 : kG8;
@@ -165,7 +165,7 @@ TMove ParseMove(std::string_view text, bool bWhite) {
     if (text == kCastlingShort || text == kCastlingLong)
         return CastlingMove(bWhite, text == kCastlingShort);
 
-    TMove move;
+    TMove move{};
     if (IsLetter(text.back())) {
         move.m_nPromotion = FigureLetterToKind(text.back());
         text.remove_suffix(1);

@@ -20,7 +20,8 @@ namespace quillon {
 /// The log's terse form: squares only, "e2-e4".
 [[nodiscard]] std::string WriteTerseMove(const TMove& move);
 
-/// The inverse of WriteMove, for variants in problem files. No position is looked at.
+/// The inverse of WriteMove, for variants in problem files. No position is looked at, and a figure letter in front is
+/// dropped unread, whatever the language.
 [[nodiscard]] TMove ParseMove(std::string_view text, bool bWhite);
 
 /// Square of a file letter (either case) and a rank digit: "e4".
@@ -45,9 +46,9 @@ namespace quillon {
 [[nodiscard]] bool MakeMoveFromText(TChessboard& position, std::string_view text, TChessboard& child,
                                     std::string* report);
 
-/// The square from which `figure` (a code, or a kind: then of the side to move) can arrive on `target`: the first of the
-/// candidates, searched backwards from the target, whose move the maker accepts by the rules of chess. A king's square is
-/// returned at once, whatever the target. `position` has a context, which no search is using.
+/// The square from which `figure` (a code, or a kind: then of the side to move) can arrive on `target`: the first of
+/// the candidates, searched backwards from the target, whose move the maker accepts by the rules of chess. A king's
+/// square is returned at once, whatever the target. `position` has a context, which no search is using.
 ///   Errors   "Error in FindPosFrom()"
 [[nodiscard]] TSquare FindPosFrom(TChessboard& position, TFigure figure, TSquare target);
 

@@ -1,0 +1,34 @@
+# quillon_add_tests(FOLDER LIBRARIES...)
+#
+# The test programs of a folder of tests/, each linked with LIBRARIES, the test support and GoogleTest:
+#   *.cpp         quillon_FOLDER_tests         label unit     each test takes seconds at most
+#   golden/*.cpp  quillon_FOLDER_golden_tests  label golden   compares with recorded output in tests/data
+#   slow/*.cpp    quillon_FOLDER_slow_tests    label slow     minutes; run by ./test.sh --slow only
+# A kind without files makes no program.
+
+include(GoogleTest)
+
+function(quillon_add_test_program program label timeout)
+    cmake_parse_arguments(PARSE_ARGV 3 arg "" "" "SOURCES;LIBRARIES")
+    if(NOT arg_SOURCES)
+        return()
+    endif()
+    add_executable(${program} ${arg_SOURCES})
+    target_compile_definitions(${program} PRIVATE
+        QUILLON_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+        QUILLON_TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/tests/data")
+    target_link_libraries(${program} PRIVATE ${arg_LIBRARIES} quillon_test_support GTest::gtest_main)
+    gtest_discover_tests(${program}
+        DISCOVERY_MODE PRE_TEST
+        DISCOVERY_TIMEOUT 120
+        PROPERTIES LABELS ${label} TIMEOUT ${timeout})
+endfunction()
+
+function(quillon_add_tests folder)
+    file(GLOB unit CONFIGURE_DEPENDS *.cpp)
+    file(GLOB golden CONFIGURE_DEPENDS golden/*.cpp)
+    file(GLOB slow CONFIGURE_DEPENDS slow/*.cpp)
+    quillon_add_test_program(quillon_${folder}_tests unit 300 SOURCES ${unit} LIBRARIES ${ARGN})
+    quillon_add_test_program(quillon_${folder}_golden_tests golden 600 SOURCES ${golden} LIBRARIES ${ARGN})
+    quillon_add_test_program(quillon_${folder}_slow_tests slow 3600 SOURCES ${slow} LIBRARIES ${ARGN})
+endfunction()

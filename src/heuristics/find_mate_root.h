@@ -1,0 +1,69 @@
+#pragma once
+// The root of a solve: the loop over passes and over the root's white moves.
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "search/analysis.h"
+
+namespace quillon {
+
+/// A key that was found.
+struct TSolution {
+    TMove m_move{};
+    std::string m_text; // long notation
+    std::string m_pass; // "1", "1b", ..., "2"; empty when the initial analysis found it
+};
+
+/// State of one root move. Values above 1 do not come from the search.
+inline constexpr std::uint8_t kRootMoveMates = 1;
+inline constexpr std::uint8_t kRootMoveRefuted = 0;
+inline constexpr std::uint8_t kRootMoveDoubtful = 255; // -1 as a byte
+inline constexpr std::uint8_t kRootMoveNotTried = 254;
+
+struct TRootMove {
+    TMove m_move{};
+    std::uint8_t m_nResult = kRootMoveNotTried;
+};
+
+/// What a run is asked and what it has found; lives as long as the solve, across its restarts.
+struct TRootRun {
+    // Asked.
+    long m_nProblemId = 0;
+    bool m_bChosenHeuristics = false;     // m_nChosenHeuristics replaces the initial analysis' choice
+    std::uint32_t m_nChosenHeuristics = 0;
+    bool m_bAnalysisOnly = false;         // stop behind the initial analysis
+    bool m_bLog = false;                  // run the logging nodes
+    std::function<void(const TMove&, std::string_view text, long problemId, std::string_view comment)> m_sink;
+
+    // Found.
+    std::vector<TSolution> m_solutions;   // in the order found
+    std::vector<TRootMove> m_moves;       // legal root moves of the last run
+    std::vector<std::string> m_passes;    // names of the passes that were begun
+    std::uint32_t m_nInitialHeuristics = 0;
+    bool m_bStopped = false;              // the user or a limit ended the run
+};
+
+/// Results of FindMateRoot; any other negative value -n is a demand for n threads (at most 127).
+inline constexpr int kNoSolutionFound = 0;
+inline constexpr int kSolutionsFound = 1;
+inline constexpr int kRequiredHeuristicsUnmet = 127;
+inline constexpr int kInitialAnalysisOnly = -1;
+inline constexpr int kThreadDemandOnForcedMate = -4;
+
+/// Runs the passes over `board` (validated; White to move) with `nPlies` plies, odd.
+///   bFirstTime          run the initial analysis (once a solve).
+///   bAllowThreadDemand  the run may return a demand for threads instead of solving.
+int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nPlies, TRootRun& run,
+                 bool bFirstTime, bool bAllowThreadDemand);
+
+/// The number of solutions at which the run ends, by m_nSolveMode and m_nStopFlags; 0 for no limit.
+[[nodiscard]] int SolutionLimit(const TAnalysis& analysis);
+
+/// Is any root move still open: doubtful or not tried?
+[[nodiscard]] bool HasOpenMoves(const TRootRun& run);
+
+} // namespace quillon

@@ -1,0 +1,63 @@
+#pragma once
+// Where the recursion, the makers and the sorts ask the heuristics. Every question of a node has its name here; a
+// question whose heuristic does not exist yet is answered "not in force", which leaves the node as it is without one.
+
+#include <cstdint>
+
+#include "core/chessboard.h"
+#include "core/heuristic_parameters.h"
+#include "core/mate_result.h"
+
+namespace quillon {
+
+/// Heuristics that select their own generator of white moves.
+inline constexpr std::uint32_t kGeneratingHeuristics =
+    SH_ZUGZWANG | SH_SEASNAKE | SH_KEYWHITEFIGURE | SH_ZUGZWANGTRIANGLES | SH_ONECOLORPLAYPOSSIBLE;
+static_assert(kGeneratingHeuristics == 0x88400018);
+
+/// Heuristics under which white nodes of middle length are not worth the full sort.
+inline constexpr std::uint32_t kCheapSortHeuristics =
+    SH_ASSERTBLACKKINGSURROUNDED | SH_DONTLETFIGUREUNBLOCK | SH_KEEPKINGWITHINEXTEDGE | SH_KEEPKINGONTHEEDGE;
+static_assert(kCheapSortHeuristics == 0x800c4);
+
+/// A list of white moves that a heuristic generated instead of all moves.
+struct THeuristicMoves {
+    int m_nCount = -1;        // -1: not in force, take all moves
+    bool m_bDoubtful = false; // moves were left out, so the node cannot end as proved no mate
+};
+
+// --- Black nodes -------------------------------------------------------------------------------------------------------
+
+/// At the first reply, in the ending of a single queen against a rook: notes the queen's target square in the context.
+inline void NoteSingleQueenTarget(TChessboard&) {}
+
+/// SH_ZUGZWANGTRIANGLES is in force: does the position still fit its pattern?
+[[nodiscard]] inline bool StillFitsZugzwangTriangles(const TChessboard&) { return true; }
+
+/// Takes a black bishop that cannot matter any more off the board and sets the bishop mode.
+inline void DetectOppositeBishops(TChessboard&) {}
+
+/// Did the watched figures just become blocked, so that a trial with SH_DONTLETFIGUREUNBLOCK added pays?
+[[nodiscard]] inline bool AreFiguresJustBlocked(const TChessboard&) { return false; }
+
+// --- White nodes -------------------------------------------------------------------------------------------------------
+
+/// A forced win against a king on the edge, seen without search: a positive result ends the node.
+[[nodiscard]] inline TMateResult ShortCutOnTheEdge(TChessboard&) { return MR_NONE; }
+
+/// In a bishop mode with a white knight: is the position won at sight?
+[[nodiscard]] inline bool IsWonInBishopMode(TChessboard&) { return false; }
+
+/// The generator that a bit of kGeneratingHeuristics selects.
+[[nodiscard]] inline THeuristicMoves GenerateByHeuristics(TChessboard&, TMove*) { return {}; }
+
+/// After a white move in pass 1: the flag of the heuristic that declares it doubtful, 0 for none.
+[[nodiscard]] inline std::uint32_t FindDoubtAfterWhiteMove(TChessboard&) { return 0; }
+
+/// Should the child be tried with SH_KEEPKINGONTHEEDGE set first?
+[[nodiscard]] inline bool IsEdgeTrialWorthwhile(const TChessboard&) { return false; }
+
+/// SH_DONTRECEDEBLACKKING: a king move that increases the distance to the black king and captures nothing.
+[[nodiscard]] bool RecedesFromBlackKing(const TChessboard& b, const TMove& move);
+
+} // namespace quillon

@@ -1,0 +1,246 @@
+#include "heuristics/solving_driver.h"
+
+#include <algorithm>
+
+#include "core/chess_exception.h"
+#include "core/notation.h"
+#include "heuristics/heuristic_text.h"
+#include "heuristics/result_texts.h"
+#include "platform/clock.h"
+#include "platform/memory_info.h"
+#include "search/control.h"
+#include "search/main_variant.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::int64_t kMegabyte = 1 << 20;
+
+std::int64_t BudgetBytes(const TSolveRequest& request) {
+    if (request.m_nMemoryBudgetMB >= 0)
+        return request.m_nMemoryBudgetMB * kMegabyte;
+    return static_cast<std::int64_t>(PhysicalMemory() / 100) * request.m_nMemoryShare;
+}
+
+std::vector<std::string> LineTexts(TChessboard position, const std::vector<TMove>& line) {
+    std::vector<std::string> texts;
+    for (const TMove& move : line) {
+        texts.push_back(WriteMove(move, position));
+        // Only the board is needed to name the next move.
+        const bool bKing = KindOf(position.m_board[move.m_nFrom]) == kKing;
+        if (move.m_nEnPassant != 0)
+            position.m_board[SquareAt(FileOf(move.m_nTo), RankOf(move.m_nFrom))] = kNoFigure;
+        position.m_board[move.m_nTo] = position.m_board[move.m_nFrom];
+        position.m_board[move.m_nFrom] = kNoFigure;
+        if (PromotionKind(move) != 0)
+            position.m_board[move.m_nTo] =
+                static_cast<TFigure>((position.m_board[move.m_nTo] & (kWhite | kBlack)) | PromotionKind(move));
+        if (bKing && AbsDiff(move.m_nFrom, move.m_nTo) == 2) {
+            const int base = move.m_nTo & 56;
+            const bool bKingSide = FileOf(move.m_nTo) == 6;
+            std::swap(position.m_board[static_cast<std::size_t>(base + (bKingSide ? 7 : 0))],
+                      position.m_board[static_cast<std::size_t>(base + (bKingSide ? 5 : 3))]);
+        }
+    }
+    return texts;
+}
+
+} // namespace
+
+std::uint32_t RegisterScale(int nPlies, std::int64_t nBudgetMB) {
+    constexpr std::int64_t kModestBudgetMB = 8192;
+    if (nPlies < 15)
+        return 0x4000;
+    return nPlies < 23 || nBudgetMB <= kModestBudgetMB ? 0x80000 : 0x400000;
+}
+
+CSolve::CSolve(TSolveRequest request) : m_request(std::move(request)), m_context(NewSearchContext()) {
+    SetMode();
+    m_run.m_nProblemId = m_request.m_nProblemId;
+    m_run.m_bLog = m_request.m_bLog;
+    m_run.m_bChosenHeuristics = m_request.m_bChosenHeuristics;
+    m_run.m_nChosenHeuristics = m_request.m_nChosenHeuristics;
+    if (m_request.m_bBruteForce)
+        SwitchToBruteForce();
+}
+
+void CSolve::SetMode() {
+    TAnalysis& a = m_analysis;
+    a.m_nSolveMode = 0;
+    a.m_nStopFlags = 0;
+    switch (m_request.m_mode) {
+    case ESolveMode::FirstSolution:
+        a.m_nSolveMode = kSingleSolution;
+        break;
+    case ESolveMode::StopOnDual:
+        a.m_nStopFlags = kStopOnDual;
+        break;
+    case ESolveMode::StopOn3:
+        a.m_nStopFlags = kStopOn3Solutions;
+        break;
+    case ESolveMode::StopOn4:
+        a.m_nStopFlags = kStopOn4Solutions;
+        break;
+    case ESolveMode::AllSolutions:
+        a.m_nSolveMode = kAllSolutions;
+        break;
+    }
+    if (m_request.m_bHybrid)
+        a.m_nHybridPhase = kHybridHeuristical;
+    a.m_bSafeMode = m_request.m_bSafeMode;
+    a.m_nRequiredHeuristics = m_request.m_nRequiredHeuristics;
+    a.m_shLookForQuickerMateDepth = m_request.m_shLookForQuickerMateDepth;
+    a.m_nThreads = static_cast<std::uint8_t>(std::clamp(m_request.m_nThreads, 1, 255));
+    m_context->m_bLetRelaxHeuristics = m_request.m_bLetRelaxHeuristics;
+    m_context->m_bRunPass2 = m_request.m_bRunPass2;
+}
+
+/// What brute force overrides: no heuristics, one thread, safe mode, the default depth of the short-mate search.
+void CSolve::SwitchToBruteForce() {
+    m_run.m_bChosenHeuristics = true;
+    m_run.m_nChosenHeuristics = 0;
+    m_analysis.m_nThreads = 1;
+    m_analysis.m_nMultithreadingLevels = 1;
+    m_analysis.m_bSafeMode = true;
+    m_analysis.m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
+}
+
+void CSolve::SetRegisterMemory() {
+    const std::int64_t budget = BudgetBytes(m_request);
+    m_analysis.m_nRegisterScale = RegisterScale(PliesOf(m_request.m_nStipulation), budget / kMegabyte);
+    m_analysis.m_nRegisterBudget = (m_analysis.m_nStopFlags & kNoRegisterBudget) != 0 ? 0 : budget;
+}
+
+void CSolve::Prepare() {
+    if (m_request.m_nStipulation < 1 || m_request.m_nStipulation > kMaxStipulation)
+        throw ChessException("The number of moves must be from 1 to " + std::to_string(kMaxStipulation) + ".");
+    if (m_request.m_board.m_blackChecker != kNoChecker)
+        throw ChessException("Black is in check with White to move.");
+    m_analysis.m_nPositions.store(0, std::memory_order_relaxed);
+    m_analysis.m_nPassesPlanned.store(1, std::memory_order_relaxed);
+    m_context->m_nUncounted = 0;
+    m_run.m_solutions.clear();
+    m_run.m_passes.clear();
+    SetRegisterMemory();
+}
+
+int CSolve::RunOnce(bool bFirstTime, bool bAllowDemand) {
+    m_analysis.m_nStartTicks.store(TickCount64(), std::memory_order_relaxed);
+    return FindMateRoot(*m_context, m_analysis, m_request.m_board, PliesOf(m_request.m_nStipulation), m_run, bFirstTime,
+                        bAllowDemand);
+}
+
+/// The aids of relaxation count on the threads that were refused.
+void CSolve::RefuseThreads() {
+    m_context->m_bDropBlockedFigures = false;
+    m_context->m_bQueenCheckRelaxable = false;
+    m_context->m_bPromotedQueenRelaxable = false;
+    m_context->m_bEdgeToAssertBks = false;
+}
+
+int CSolve::RunRoot(INotifier& notifier) {
+    const int result = RunOnce(true, m_request.m_bAllowThreadDemand);
+    if (result >= 0 || m_analysis.m_nCommand.load(std::memory_order_relaxed) == kStopCommand)
+        return result;
+    const int demand = -result;
+    if (notifier.AskYesNo(ThreadDemandQuestion(demand), "Quillon"))
+        m_analysis.m_nThreads = static_cast<std::uint8_t>(demand);
+    else
+        RefuseThreads();
+    return RunOnce(true, false);
+}
+
+TSolvingResult CSolve::StartSolving(INotifier& notifier) {
+    Prepare();
+    const std::uint64_t start = TickCount64();
+    if (m_request.m_bBruteForce && !notifier.AskYesNo(kBruteForceQuestion, "Quillon")) {
+        m_run.m_bStopped = true;
+        return Collect(0);
+    }
+    if (m_analysis.m_nHybridPhase == kHybridHeuristical)
+        m_analysis.m_nSolveMode = kSingleSolution;
+    const int result = RunRoot(notifier);
+    if (m_analysis.m_nHybridPhase == kHybridHeuristical && result == kSolutionsFound && !m_run.m_bStopped) {
+        SetMode();
+        m_analysis.m_nHybridPhase = kHybridBruteForce;
+        if (m_request.m_mode == ESolveMode::FirstSolution) // the second phase is there for the duals
+            m_analysis.m_nSolveMode = kAllSolutions;
+        SwitchToBruteForce();
+        (void)RunOnce(false, false);
+    }
+    return Collect(static_cast<double>(TickCount64() - start) / 1000.0);
+}
+
+std::vector<std::string> CSolve::VariantTexts() {
+    if (m_run.m_solutions.empty())
+        return {};
+    TChessboard& root = *m_context->m_pRoot;
+    const std::vector<TMove> line = BuildMainVariant(root, m_run.m_solutions.front().m_move);
+    return LineTexts(root, line);
+}
+
+TSolvingResult CSolve::Collect(double seconds) {
+    TSolvingResult result;
+    result.m_solutions = m_run.m_solutions;
+    result.m_passes = m_run.m_passes;
+    result.m_bStopped = m_run.m_bStopped;
+    result.m_bComplete = !m_run.m_bStopped && !HasOpenMoves(m_run);
+    if (!result.m_solutions.empty())
+        result.m_verdict = EVerdict::Mate;
+    else if (m_run.m_bStopped)
+        result.m_verdict = EVerdict::Stopped;
+    else
+        result.m_verdict = result.m_bComplete ? EVerdict::NoMate : EVerdict::Doubtful;
+    result.m_variant = VariantTexts();
+    FlushPositions(*m_context, m_analysis);
+    result.m_nPositions = m_analysis.m_nPositions.load(std::memory_order_relaxed);
+    result.m_seconds = seconds;
+    FillTexts(result);
+    return result;
+}
+
+void CSolve::FillTexts(TSolvingResult& result) const {
+    const int count = static_cast<int>(result.m_solutions.size());
+    const bool bNoPass2 = !m_context->m_bRunPass2, bNoRelaxation = !m_context->m_bLetRelaxHeuristics;
+    const int limit = SolutionLimit(m_analysis);
+    result.m_title = kMateSearchTitle;
+    result.m_logLine = EngineEndText(result.m_bStopped, m_request.m_description);
+    if (result.m_bStopped && count == 0) {
+        result.m_text = kStoppedByUser;
+    } else if (result.m_verdict == EVerdict::NoMate) {
+        result.m_text = NoSolutionText(m_request.m_nStipulation, result.m_seconds, false);
+        result.m_title = kAnalysisResultTitle;
+    } else if (count == 0) {
+        result.m_text = NothingFoundText(m_request.m_nStipulation, bNoRelaxation, bNoPass2);
+    } else {
+        result.m_text = SolutionCountText(m_analysis, count, limit != 0 && count >= limit);
+        if (result.m_bStopped)
+            result.m_text += kStoppedByUserSuffix;
+    }
+}
+
+std::string CSolve::ShowAnalysisSettings() const {
+    const TAnalysis& a = m_analysis;
+    std::string text = ModeText(a, !m_run.m_solutions.empty());
+    text += a.m_bSafeMode ? "* Safe mode is on (implicit quick mode heuristics is off)\n"
+                          : "* Quick mode implicit heuristics is on, but it does not affect second pass (without "
+                            "heuristics), which is/will be run is safe mode\n";
+    text += a.m_shLookForQuickerMateDepth >= 0
+                ? "* Custom depth of search for short mate: #" + std::to_string(a.m_shLookForQuickerMateDepth / 2 + 1) +
+                      "\n"
+                : "* Default depth of search for short mate (typically #7, sometimes #6 or #8)\n";
+    text += "* Threads = " + std::to_string(m_request.m_nThreads);
+    if (a.m_nThreads != m_request.m_nThreads)
+        text += " (but forced by engine to " + std::to_string(a.m_nThreads) + ")";
+    text += "\n* Multithreading levels = " + std::to_string(a.m_nMultithreadingLevels);
+    text += "\n* Effective number of main threads = " + std::to_string(a.m_nThreads);
+    text += "\n* Scheduler is off\n* Custom scheduler is off\n* Initial set of heuristics: ";
+    TChessboard shown = m_request.m_board;
+    shown.m_pContext = m_context.get();
+    shown.m_nHeuristics = m_run.m_bChosenHeuristics ? m_run.m_nChosenHeuristics : m_run.m_nInitialHeuristics;
+    text += shown.m_nHeuristics != 0 ? HeuristicsText(shown, false, a) : "none";
+    return text + "\n";
+}
+
+} // namespace quillon

@@ -1,0 +1,111 @@
+#pragma once
+// The front end of a solve: prepares the analysis, runs the root, and tells what came of it.
+//
+// Threads: StartSolving runs on a thread of the caller's choice and returns when the solve has ended. Another thread may
+//          meanwhile read the analysis' atomics and the context's move counters, and give commands (CSolve::RequestStop,
+//          CSolve::Pause).
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/notifier.h"
+#include "heuristics/find_mate_root.h"
+
+namespace quillon {
+
+/// How many solutions are looked for.
+enum class ESolveMode { FirstSolution, StopOnDual, StopOn3, StopOn4, AllSolutions };
+
+/// A problem with its run options.
+struct TSolveRequest {
+    TChessboard m_board = {};              // validated (RecountFigures), White to move, Black not in check
+    int m_nStipulation = 0;                // mate in n moves, 1..kMaxStipulation
+    long m_nProblemId = 0;
+    std::string m_description;             // for the log
+    ESolveMode m_mode = ESolveMode::FirstSolution;
+    bool m_bHybrid = false;                // a normal run for one solution, then brute force for the others
+    bool m_bBruteForce = false;            // no heuristics at all
+    bool m_bSafeMode = false;
+    bool m_bLetRelaxHeuristics = true;
+    bool m_bRunPass2 = true;
+    bool m_bChosenHeuristics = false;      // take the mask below instead of the engine's choice
+    std::uint32_t m_nChosenHeuristics = 0;
+    std::uint32_t m_nRequiredHeuristics = 0;
+    std::int16_t m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
+    int m_nThreads = 1;
+    bool m_bAllowThreadDemand = false;     // the user may be asked for more threads
+    std::int64_t m_nMemoryBudgetMB = -1;   // of the register; negative: a share of the physical memory
+    int m_nMemoryShare = 50;               // that share, in percent
+    bool m_bLog = false;
+};
+
+enum class EVerdict {
+    Mate,     // at least one key
+    NoMate,   // proved: no key exists
+    Doubtful, // the passes ended without a proof
+    Stopped,  // ended by the user or a limit before a proof, no key found
+};
+
+struct TSolvingResult {
+    EVerdict m_verdict = EVerdict::Doubtful;
+    bool m_bComplete = false;             // the list of keys is proved complete
+    bool m_bStopped = false;              // the user or a limit ended the run early
+    std::vector<TSolution> m_solutions;   // in the order found
+    std::vector<std::string> m_variant;   // main variant in long notation, key first; empty if it was not finished
+    std::vector<std::string> m_passes;    // names of the passes that were run
+    std::uint64_t m_nPositions = 0;
+    double m_seconds = 0;                 // wall clock
+    std::string m_text;                   // the result text for the user
+    std::string m_title;                  // and the title it goes under
+    std::string m_logLine;
+};
+
+/// A solve: its analysis, its context, and the controls that another thread may use while it runs.
+class CSolve {
+  public:
+    explicit CSolve(TSolveRequest request);
+
+    /// Runs the solve to its end.
+    ///   Errors  ChessException for a request that cannot be run: stipulation out of range, Black in check.
+    [[nodiscard]] TSolvingResult StartSolving(INotifier& notifier);
+
+    // From any thread, also from a signal handler: relaxed stores.
+    void RequestStop() { m_context->m_nStopRequest.store(kStopRequest, std::memory_order_relaxed); }
+    void Pause() { m_context->m_nStopRequest.store(kPauseRequest, std::memory_order_relaxed); }
+    void Resume() { m_context->m_nStopRequest.store(kRunRequest, std::memory_order_relaxed); }
+
+    /// Called for each solution as it is found, on the solving thread. Set before the start.
+    void SetSink(decltype(TRootRun::m_sink) sink) { m_run.m_sink = std::move(sink); }
+
+    [[nodiscard]] TAnalysis& Analysis() { return m_analysis; }
+    [[nodiscard]] const TSearchContext& Context() const { return *m_context; }
+
+    /// The box "Main settings of current analysis". On the solving thread or before the start.
+    [[nodiscard]] std::string ShowAnalysisSettings() const;
+
+  private:
+    void Prepare();
+    void SetMode();
+    void SetRegisterMemory();
+    [[nodiscard]] int RunRoot(INotifier& notifier);
+    [[nodiscard]] int RunOnce(bool bFirstTime, bool bAllowDemand);
+    void SwitchToBruteForce();
+    void RefuseThreads();
+    [[nodiscard]] TSolvingResult Collect(double seconds);
+    void FillTexts(TSolvingResult& result) const;
+    [[nodiscard]] std::vector<std::string> VariantTexts();
+
+    TSolveRequest m_request;
+    TAnalysis m_analysis;
+    std::unique_ptr<TSearchContext> m_context;
+    TRootRun m_run;
+};
+
+/// Plies of mate in n moves.
+[[nodiscard]] constexpr int PliesOf(int nStipulation) { return 2 * nStipulation - 1; }
+
+/// Memory scale of the register: a larger problem makes larger lots of entries.
+[[nodiscard]] std::uint32_t RegisterScale(int nPlies, std::int64_t nBudgetMB);
+
+} // namespace quillon

@@ -1,0 +1,37 @@
+#include "library/chess_problem.h"
+
+#include "core/chess_exception.h"
+#include "core/search_context.h"
+
+namespace quillon {
+
+void SetStipulation(ChessProblem& problem, std::uint16_t kind, int nMoves) {
+    if (nMoves < 1 || nMoves > kMaxStipulation)
+        throw ChessException("Stipulation out of range (1 to " + std::to_string(kMaxStipulation) +
+                             " moves): " + std::to_string(nMoves));
+    problem.kind = kind;
+    problem.plies = static_cast<std::uint16_t>(kind == kSelfmate ? 2 * nMoves + 1 : 2 * nMoves - 1);
+}
+
+void SetOriginalPosition(ChessProblem& problem, const TChessboard& board) {
+    auto position = std::make_unique<TChessboard>(EmptyChessboard());
+    position->m_board = board.m_board;
+    position->m_nMoves = position->m_nInitialMoves = problem.plies;
+    RecountFigures(*position, true);
+    if (position->m_blackChecker != kNoChecker)
+        throw ChessException("Black is in check with White to move.");
+    problem.originalPosition = std::move(position);
+}
+
+int StipulationMoves(const ChessProblem& problem) {
+    switch (problem.kind) {
+    case kDirectMate:
+        return (problem.plies + 1) / 2;
+    case kSelfmate:
+        return problem.plies / 2;
+    default:
+        return 0;
+    }
+}
+
+} // namespace quillon

@@ -1,0 +1,158 @@
+#include "library/problem_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <set>
+#include <string>
+
+#include "library/ascii.h"
+#include "library/file_text.h"
+#include "library/problem_resync.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kUtf8Mark = "UTF-8";
+constexpr std::string_view kDefaultClause = "//!default";
+
+/// Skips the mark of the encoding; true if it is there. Editors put a byte order mark before it or in its place.
+bool SkipUtf8Mark(CTextPosition& position) {
+    bool bUtf8 = false;
+    if (position.Rest().starts_with(kByteOrderMark)) {
+        position.Advance(kByteOrderMark.size());
+        bUtf8 = true;
+    }
+    position.Advance(position.Rest().find_first_not_of(" \t"));
+    if (position.Rest().starts_with(kUtf8Mark)) {
+        position.Advance(kUtf8Mark.size());
+        bUtf8 = true;
+    }
+    return bUtf8;
+}
+
+/// Cuts a line at every single blank: two blanks in a row have an empty piece between them.
+std::vector<std::string_view> SplitAtBlanks(std::string_view line) {
+    std::vector<std::string_view> pieces;
+    for (;;) {
+        const auto end = line.find_first_of(" \t");
+        pieces.push_back(line.substr(0, end));
+        if (end == std::string_view::npos)
+            return pieces;
+        line.remove_prefix(end + 1);
+    }
+}
+
+/// Enters the clause "//!default #N OPTION".
+void ReadDefaultClause(CTextPosition& position, TDefaultClauses& defaults) {
+    const std::vector<std::string_view> pieces = SplitAtBlanks(NextToken(position, true, true));
+    if (pieces.size() != 3)
+        position.Fail("Incorrect 'default' clause.");
+    const int nMoves = pieces[1].starts_with('#') ? LeadingNumber(pieces[1].substr(1)) : 0;
+    if (nMoves == 0)
+        position.Fail("Error in 'default' clause.");
+    defaults[nMoves].emplace(pieces[2]);
+}
+
+/// What follows next, empty at the end of the text. Where not even that can be told, it is the parser of the problem
+/// that stumbles over it, and tells.
+std::string_view PeekWhatFollows(CTextPosition position) {
+    try {
+        return NextToken(position, false, true);
+    } catch (const ProblemFileError&) {
+        return position.Rest();
+    }
+}
+
+bool HasMoreProblems(CTextPosition position) {
+    try {
+        return !NextToken(position, false, false).empty();
+    } catch (const ProblemFileError&) {
+        return true;
+    }
+}
+
+TDefaultClauses ReadDefaultClauses(CTextPosition& position, const TOnError& onError) {
+    TDefaultClauses defaults;
+    while (PeekWhatFollows(position).starts_with(kDefaultClause)) {
+        try {
+            ReadDefaultClause(position, defaults);
+        } catch (const ProblemFileError& error) {
+            onError(error);
+        }
+    }
+    return defaults;
+}
+
+/// Runs the parser; a failure gets the id of the problem.
+void Parse(TProblemParser& parser, const TDefaultClauses& defaults) {
+    try {
+        ParseWholeProblem(parser, defaults);
+    } catch (ProblemFileError& error) {
+        if (parser.m_bIdRead)
+            error.SetProblemId(parser.m_problem.id);
+        throw;
+    }
+}
+
+} // namespace
+
+CTextPosition ParseProblem(ChessProblem& problem, CTextPosition position, bool bUtf8, const TDefaultClauses& defaults) {
+    TProblemParser parser{problem, position, bUtf8};
+    Parse(parser, defaults);
+    return parser.m_position;
+}
+
+ProblemFileError RedefinitionWarning(std::int32_t id, int line) {
+    // The spelling is that of the log of old: people and scripts search for it.
+    ProblemFileError warning("WARINING: Problem id=" + std::to_string(id) + " redefinition - overwriting.", {line, 1},
+                             ProblemFileError::ESeverity::Warning);
+    warning.SetProblemId(id);
+    return warning;
+}
+
+void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnError& onError) {
+    CTextPosition position(text);
+    const bool bUtf8 = SkipUtf8Mark(position);
+    const TDefaultClauses defaults = ReadDefaultClauses(position, onError);
+    std::set<std::int32_t> ids;
+    while (HasMoreProblems(position)) {
+        auto problem = std::make_unique<ChessProblem>();
+        TProblemParser parser{*problem, position, bUtf8};
+        try {
+            Parse(parser, defaults);
+        } catch (const ProblemFileError& error) {
+            onError(error);
+            position = FindNextProblem(position, parser.m_position, parser.m_bInBody);
+            continue;
+        }
+        position = parser.m_position;
+        if (!ids.insert(problem->id).second)
+            onError(RedefinitionWarning(problem->id, problem->line));
+        onProblem(std::move(problem));
+    }
+}
+
+void ReadProblemText(std::string_view text, TProblemMap& library, const TOnError& onWarning) {
+    const auto store = [&](std::unique_ptr<ChessProblem> problem) {
+        const std::int32_t id = problem->id;
+        library.insert_or_assign(id, std::move(problem));
+    };
+    const auto failOrWarn = [&](const ProblemFileError& error) {
+        if (!error.IsWarning())
+            throw error;
+        onWarning(error);
+    };
+    ReadProblems(text, store, failOrWarn);
+}
+
+void ReadProblemFile(const std::filesystem::path& path, TProblemMap& library, const TOnError& onWarning) {
+    std::string text;
+    if (ReadFileText(path, text))
+        throw ChessException("Error opening file: " + path.string());
+    ReadProblemText(text, library, onWarning);
+}
+
+} // namespace quillon

@@ -1,0 +1,50 @@
+#pragma once
+// The reader of problem libraries (.cp files).
+//
+//   file = [ "UTF-8" ] { "//!default #N OPTION" } problem { problem }        problem: see problem_parser.h
+//
+// Without the mark "UTF-8" (or a byte order mark of UTF-8), descriptions, tags and variants are in the legacy code page
+// (text_decoding.h). Everything else is ASCII.
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+#include "library/chess_problem.h"
+#include "library/lexer.h"
+#include "library/problem_file_error.h"
+#include "library/problem_parser.h"
+
+namespace quillon {
+
+/// Takes a problem, in the order of the text.
+using TOnProblem = std::function<void(std::unique_ptr<ChessProblem>)>;
+
+/// Takes a failure, which is the loss of one problem or line, or a warning (ProblemFileError::IsWarning).
+using TOnError = std::function<void(const ProblemFileError&)>;
+
+/// Reads one problem; the result is the position behind its closing bracket.
+///   Errors  ProblemFileError, with the id of the problem once it has been read.
+[[nodiscard]] CTextPosition ParseProblem(ChessProblem& problem, CTextPosition position, bool bUtf8,
+                                         const TDefaultClauses& defaults);
+
+/// Reads every problem of a text that can be read. After a failure the reading goes on at the next line that looks like
+/// the beginning of a problem ("12 #3", "12 s#3") and is no part of the body that failed. A problem whose id was there
+/// before is told with a warning, and then handed out: it is meant to replace the earlier one.
+///   Errors  none of its own; what the callbacks throw ends the reading.
+void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnError& onError);
+
+/// Reads the problems of a text into `library`, up to the first failure; a later problem replaces an earlier one of its
+/// id. An empty text has no problems.
+///   Errors  ProblemFileError; what was stored before stays. Warnings go to onWarning.
+void ReadProblemText(std::string_view text, TProblemMap& library, const TOnError& onWarning);
+
+/// The same for a file.
+///   Errors  also ChessException "Error opening file: " and the path.
+void ReadProblemFile(const std::filesystem::path& path, TProblemMap& library, const TOnError& onWarning);
+
+/// The warning that the problem of `id`, which begins at `line`, replaces an earlier one.
+[[nodiscard]] ProblemFileError RedefinitionWarning(std::int32_t id, int line);
+
+} // namespace quillon

@@ -1,0 +1,79 @@
+#include "platform/thread.h"
+
+#include <algorithm>
+#include <limits.h>
+#include <memory>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace quillon {
+
+namespace {
+
+using TBody = std::function<void()>;
+
+void* RunBody(void* argument) noexcept {
+    const std::unique_ptr<TBody> body(static_cast<TBody*>(argument));
+    (*body)();
+    return nullptr;
+}
+
+void Check(int error, const char* what) {
+    if (error != 0)
+        throw std::system_error(error, std::generic_category(), what);
+}
+
+std::size_t WholePages(std::size_t bytes) {
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return (bytes + page - 1) / page * page;
+}
+
+class CThreadAttributes {
+  public:
+    CThreadAttributes() { Check(pthread_attr_init(&m_attributes), "thread attributes"); }
+    CThreadAttributes(const CThreadAttributes&) = delete;
+    CThreadAttributes& operator=(const CThreadAttributes&) = delete;
+    ~CThreadAttributes() { pthread_attr_destroy(&m_attributes); }
+
+    void SetStack(std::size_t bytes) {
+        const auto least = static_cast<std::size_t>(PTHREAD_STACK_MIN);
+        Check(pthread_attr_setstacksize(&m_attributes, WholePages(std::max(bytes, least))), "stack of a thread");
+    }
+    [[nodiscard]] const pthread_attr_t* Get() const { return &m_attributes; }
+
+  private:
+    pthread_attr_t m_attributes{};
+};
+
+} // namespace
+
+CThread::CThread(std::size_t stackBytes, std::function<void()> body) {
+    CThreadAttributes attributes;
+    attributes.SetStack(stackBytes);
+    auto argument = std::make_unique<TBody>(std::move(body));
+    Check(pthread_create(&m_thread, attributes.Get(), RunBody, argument.get()), "start of a thread");
+    static_cast<void>(argument.release()); // the thread owns it now
+    m_bJoinable = true;
+}
+
+CThread::CThread(CThread&& other) noexcept
+    : m_thread(other.m_thread), m_bJoinable(std::exchange(other.m_bJoinable, false)) {}
+
+CThread& CThread::operator=(CThread&& other) noexcept {
+    if (this != &other) {
+        Join();
+        m_thread = other.m_thread;
+        m_bJoinable = std::exchange(other.m_bJoinable, false);
+    }
+    return *this;
+}
+
+CThread::~CThread() { Join(); }
+
+void CThread::Join() {
+    if (std::exchange(m_bJoinable, false))
+        pthread_join(m_thread, nullptr);
+}
+
+} // namespace quillon

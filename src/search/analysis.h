@@ -1,0 +1,95 @@
+#pragma once
+// TAnalysis: the record shared by all threads of one analysis.
+//
+// Threads: plain fields are written before the threads start and between passes. Atomics are read and written relaxed
+//          by any thread, without a lock: counters for display, and the control record that pauses and stops a run.
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+
+#include "core/chessboard.h"
+#include "core/heuristic_parameters.h"
+#include "core/search_context.h"
+#include "tempregister/temporary_register.h"
+
+namespace quillon {
+
+class INodeLog;
+
+/// Values of m_nCommand.
+inline constexpr std::uint8_t kNoCommand = 0;
+inline constexpr std::uint8_t kPauseCommand = 1;
+inline constexpr std::uint8_t kManualCommand = 2;
+inline constexpr std::uint8_t kStopCommand = 3;
+
+inline constexpr std::uint16_t kAllThreads = 65535;
+
+// Bits of m_nSolveMode.
+inline constexpr std::uint8_t kSingleSolution = 1; // stop at the first solution
+inline constexpr std::uint8_t kAllSolutions = 2;   // passes go on after a solution
+
+// Bits of m_nStopFlags.
+inline constexpr std::uint32_t kStopOnDual = 1u << 3;
+inline constexpr std::uint32_t kStopOn3Solutions = 1u << 4;
+inline constexpr std::uint32_t kNoRegisterBudget = 1u << 6;
+inline constexpr std::uint32_t kStopOn4Solutions = 1u << 15;
+
+// Values of m_nHybridPhase.
+inline constexpr std::uint8_t kNotHybrid = 0;
+inline constexpr std::uint8_t kHybridHeuristical = 1; // first phase: a normal run up to one solution
+inline constexpr std::uint8_t kHybridBruteForce = 2;  // second phase: empty mask, search for duals
+
+struct TAnalysis : THeuristicAnalysisParameters {
+    // --- What is asked --------------------------------------------------------------------------------------------------
+    std::uint8_t m_nSolveMode = kSingleSolution;
+    std::uint32_t m_nStopFlags = 0;
+    std::uint8_t m_nHybridPhase = kNotHybrid;
+    std::uint32_t m_nRequiredHeuristics = 0; // if not 0: all of it must be in the mask after the initial analysis
+    bool m_bAllowForcedThreads = false;      // the driver may return a thread demand
+    bool m_bThreadsForced = false;           // the demand was made in this solve, it comes once
+    std::uint8_t m_nThreads = 1;
+    std::uint8_t m_nMultithreadingLevels = 1; // 1: only the first move runs in parallel
+    std::uint16_t m_nAnalysisStart = 0;       // m_nMoves of the root: a repetition cannot go back beyond it
+
+    // --- What is shared -------------------------------------------------------------------------------------------------
+    ITemporaryRegister* m_pRegister = nullptr; // not owned; null: nothing is stored
+    std::uint32_t m_nRegisterScale = 0;        // memory scale of the register, from the problem's length
+    std::int64_t m_nRegisterBudget = 0;        // bytes; 0 with kNoRegisterBudget means without limit
+    INodeLog* m_pNodeLog = nullptr;            // only the logging instantiations look at it
+    void (*m_pProgressHook)(const TChessboard&) = nullptr; // called every sixteenth ply
+
+    // --- Statistics -----------------------------------------------------------------------------------------------------
+    std::atomic<std::uint64_t> m_nPositions{0};    // positions with fewer than four plies left
+    std::atomic<std::uint64_t> m_nPassesPlanned{1};
+    std::atomic<std::uint64_t> m_nStartTicks{0};   // ms
+    std::atomic<std::uint64_t> m_nProgressTicks{0}; // ms, last sign of life
+
+    // --- Control record -------------------------------------------------------------------------------------------------
+    std::atomic<std::uint8_t> m_nControlLock{0};
+    std::atomic<std::uint8_t> m_nCommand{kNoCommand};
+    std::atomic<std::uint16_t> m_nCommandThread{kAllThreads};
+};
+
+/// Positions are counted per thread and brought to the analysis' total in lots, so that threads do not fight for one
+/// cache line. The total is exact once the thread has called FlushPositions.
+inline constexpr std::uint32_t kCountLot = 256;
+
+inline void FlushPositions(TSearchContext& context, TAnalysis& analysis) {
+    analysis.m_nPositions.fetch_add(context.m_nUncounted, std::memory_order_relaxed);
+    context.m_nUncounted = 0;
+}
+
+inline void CountPosition(TSearchContext& context, TAnalysis& analysis) {
+    if (++context.m_nUncounted == kCountLot)
+        FlushPositions(context, analysis);
+}
+
+/// Is repetition treated strictly: searched to its proof instead of cut off as doubtful?
+[[nodiscard]] inline bool IsStrict(const TChessboard& b) { return b.m_byPass >= 2 || b.m_pAnalysis->m_bSafeMode; }
+
+/// Makes `board` the root of a run: copies it to its slot of the context's stack and links context and analysis.
+///   nMoves  plies, odd, at most 2 * kMaxStipulation - 1.
+TChessboard* MakeRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nMoves, int nPass);
+
+} // namespace quillon

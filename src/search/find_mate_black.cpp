@@ -1,0 +1,263 @@
+// The AND node: every black move has to be answered by mate.
+//
+//   1 pause, stop              4 moves: lazily by figure below 4 plies, else all, then the sort, which may rule at once
+//   2 last move made: mated?   5 single-queen case          6 null move in a bishop mode       7 publish the list
+//   3 sorted from 4 plies on   8 try each move (below)      9 next stage of the lazy list     10 mated, or stalemate
+//
+// A move, step 8:
+//   a control          d pattern of the zugzwang triangles   g precalculated data, short-mate search
+//   b copy             e opposite bishops                    h recursion
+//   c make             f register                            i refuted: end the node     j mated: under-promotions
+
+#include <algorithm>
+#include <utility>
+
+#include "core/attacks.h"
+#include "core/generation.h"
+#include "core/makers.h"
+#include "core/queries.h"
+#include "heuristics/heuristic_signature.h"
+#include "heuristics/search_hooks.h"
+#include "search/analysis.h"
+#include "search/control.h"
+#include "search/find_mate.h"
+#include "search/move_sort.h"
+#include "search/node_log.h"
+#include "search/register_use.h"
+#include "search/repetition.h"
+#include "search/search_hooks.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr int kFirstSortedPly = 4; // nodes with fewer plies take their moves figure by figure
+
+bool IsInCheck(const TChessboard& b) { return b.m_blackChecker != kNoChecker; }
+
+/// The moves of a black node, stage by stage: the hint of the ply, then figure by figure; or all at once.
+class CBlackMoves {
+  public:
+    explicit CBlackMoves(TChessboard& b) : m_b(b), m_bLazy(b.m_nMoves < kFirstSortedPly && !IsInCheck(b)) {
+        if (m_bLazy)
+            return;
+        m_nCount = GenerateBlackMoves(b, m_list);
+        PutHintFirst(b, m_nCount, m_list);
+    }
+
+    /// Steps 3 and 4: the sort, from four plies on. Its verdict ends the node if it is negative.
+    TMateResult Sort() {
+        if (m_b.m_nMoves < kFirstSortedPly)
+            return MR_MATE;
+        const TBlackSort sort = SortBlackMoves(m_b, m_nCount, m_list);
+        m_nCount = sort.m_nMoves;
+        m_bLegal = sort.m_bLegal;
+        return sort.m_nVerdict;
+    }
+
+    /// Step 6.
+    void AddNullMove() {
+        const TSquare king = BlackKingSquare(m_b);
+        m_list[m_nCount++] = {king, king, 0, 0};
+    }
+
+    /// The next stage: false when there is none.
+    bool Next() {
+        if (!m_bLazy)
+            return std::exchange(m_bWholeListDue, false);
+        if (std::exchange(m_bHintDue, false) && FindHint(m_b, m_hint)) {
+            m_list[0] = m_hint;
+            m_nCount = 1;
+            return true;
+        }
+        m_nCount = GenerateNextBlackFigure(m_b, m_nNextSquare, m_list);
+        if (m_nCount != 0 && m_hint.m_nFrom == m_list[0].m_nFrom && !IsNullMove(m_hint))
+            DropHint();
+        if (m_nCount != 0 || m_nNextSquare < kSquares)
+            return true;
+        return std::exchange(m_bNullMoveDue, false) && (AddNullMove(), true);
+    }
+
+    void AddNullMoveLast() {
+        if (m_bLazy)
+            m_bNullMoveDue = true;
+        else
+            AddNullMove();
+    }
+
+    /// Step 8j: the promotions behind move i with its source and target need no analysis of their own.
+    void DropOtherPromotions(int i) {
+        const TMove done = m_list[i];
+        TMove* const end = std::remove_if(m_list + i + 1, m_list + m_nCount, [&](const TMove& move) {
+            return move.m_nFrom == done.m_nFrom && move.m_nTo == done.m_nTo;
+        });
+        m_nCount = static_cast<int>(end - m_list);
+    }
+
+    TMove m_list[kMaxMoves];
+    int m_nCount = 0;
+    bool m_bLegal = false; // the sort has proved every move legal
+
+  private:
+    void DropHint() {
+        TMove* const end =
+            std::remove_if(m_list, m_list + m_nCount, [&](const TMove& move) { return SameMove(move, m_hint); });
+        m_nCount = static_cast<int>(end - m_list);
+    }
+
+    TChessboard& m_b;
+    bool m_bLazy;
+    bool m_bHintDue = true, m_bWholeListDue = true, m_bNullMoveDue = false;
+    int m_nNextSquare = 0;
+    TMove m_hint{}; // a null move: none was tried
+};
+
+void Publish(const TChessboard& b, const TMove* list, int nCount) {
+    TSearchContext& context = *b.m_pContext;
+    context.m_moveCount[b.m_nMoves].store(static_cast<std::uint8_t>(nCount), std::memory_order_relaxed);
+    context.m_moveList[b.m_nMoves].store(list, std::memory_order_relaxed);
+}
+
+void PublishIndex(const TChessboard& b, int i) {
+    TSearchContext& context = *b.m_pContext;
+    context.m_moveIndex[b.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
+    context.m_moveIndexShown[b.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
+}
+
+/// Step 8d.
+void CheckZugzwangTriangles(TChessboard& child) {
+    if ((child.m_nHeuristics & SH_ZUGZWANGTRIANGLES) == 0 || StillFitsZugzwangTriangles(child))
+        return;
+    child.m_nHeuristics &= ~SH_ZUGZWANGTRIANGLES;
+    child.m_nHeurParams = ComputeHeurParams(child);
+}
+
+/// Step 8e: worth a look at only in a long pass with heuristics, with bishops and pawns alone left to Black.
+void CheckOppositeBishops(TChessboard& child, int q) {
+    const bool bMaterial = child.m_blackBishops == 1 && child.m_whiteBishops == 1 &&
+                           child.m_blackQueens + child.m_blackRooks + child.m_blackKnights == 0 &&
+                           child.m_whiteRooks + child.m_whiteQueens == 0;
+    if (child.m_byPass == 1 && BishopMode(child) == 0 && (child.m_nHeuristics & SH_ONECOLORPLAYPOSSIBLE) != 0 &&
+        child.m_bWhiteListsValid != 0 && child.m_nMoves >= 13 && q != child.m_nInitialMoves - 1 && bMaterial &&
+        child.m_whiteChecker == kNoChecker)
+        DetectOppositeBishops(child);
+}
+
+/// Step 8h: the recursion, first with SH_DONTLETFIGUREUNBLOCK added where figures have just become blocked.
+template <TNodeKind kKind> TMateResult AskWhite(TChessboard* child, int q) {
+    const bool bTrial = q >= 17 && child->m_nInitialMoves - q < 7 && child->m_pContext->m_bBlockedSubtreeTrial &&
+                        AreFiguresJustBlocked(*child);
+    if (bTrial) {
+        const std::uint32_t heuristics = child->m_nHeuristics, params = child->m_nHeurParams;
+        child->m_nHeuristics |= SH_DONTLETFIGUREUNBLOCK;
+        child->m_nHeurParams = ComputeHeurParams(*child);
+        const TMateResult result = FindMateWhite<kKind>(child, true);
+        child->m_nHeuristics = heuristics;
+        child->m_nHeurParams = params;
+        if (result > 0)
+            return result;
+    }
+    return FindMateWhite<kKind>(child, true);
+}
+
+/// Steps 8d to 8h: what White makes of this reply.
+template <TNodeKind kKind> TMateResult AnswerReply(TChessboard* child, int q) {
+    CheckZugzwangTriangles(*child);
+    CheckOppositeBishops(*child, q);
+    const TMateResult known = AskRegisterAboutReply(*child, q);
+    if (known != MR_NONE) {
+        if constexpr (kKind.m_bLog)
+            if (known == MR_MATE)
+                child->m_pAnalysis->m_pNodeLog->Remark(*child, "Mate found (pos.in temp.reg.)");
+        return known;
+    }
+    if ((child->m_nHeuristics & SH_ZUGZWANGTRIANGLES) == 0 && AskPrecalcData(*child) == MR_NONE &&
+        FindQuickerMate(child)) {
+        if constexpr (kKind.m_bLog)
+            if (child->m_pContext->m_bAdditionalMovesUsed)
+                child->m_pAnalysis->m_pNodeLog->Remark(
+                    *child, "QuickerMate with AdditionalMoves found (with glob.reg./Nalimov lookup)");
+        return MR_MATE;
+    }
+    return AskWhite<kKind>(child, q);
+}
+
+/// Step 8i for an answer that depends on the path: it is passed on if the repetition went back beyond this node; else the
+/// repetition lies within this subtree, and White has not mated there.
+TMateResult JudgeRepetition(TChessboard& b, int nBackTo, TMateResult result) {
+    if (nBackTo > b.m_nMoves) {
+        RepetitionMark(b, b.m_nMoves) = static_cast<std::uint16_t>(nBackTo);
+        return result;
+    }
+    return b.m_byPass == 1 ? MR_DOUBTFUL : MR_NOMATE;
+}
+
+/// Step 8i.
+TMateResult JudgeReply(TChessboard& b, TMateResult result) {
+    return result <= MR_REPETITION ? JudgeRepetition(b, RepetitionMark(b, b.m_nMoves - 1), result) : result;
+}
+
+/// Step 4's verdicts of the sort; a repetition that the sort found stands in this node's own mark.
+TMateResult JudgeSort(TChessboard& b, TMateResult result) {
+    if (result == MR_NONE)
+        return MR_NOMATE;
+    if (result <= MR_REPETITION && RepetitionMark(b, b.m_nMoves) <= b.m_nMoves)
+        return MR_DOUBTFUL;
+    return result;
+}
+
+template <TNodeKind kKind> TMateResult Logged(TChessboard& b, TMateResult result) {
+    if constexpr (kKind.m_bLog)
+        b.m_pAnalysis->m_pNodeLog->Verdict(b, result);
+    return result;
+}
+
+} // namespace
+
+template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
+    if (IsControlPending(*p) && PauseOrStop(*p)) // 1
+        return MR_NOMATE;
+    const int q = p->m_nMoves;
+    if (q == 0) // 2
+        return IsInCheck(*p) && !HasBlackEvasion(*p) ? MR_MATE : MR_NOMATE;
+
+    CBlackMoves moves(*p); // 3, 4
+    const TMateResult sorted = moves.Sort();
+    if (sorted < 0)
+        return Logged<kKind>(*p, JudgeSort(*p, sorted));
+    if (q == p->m_nInitialMoves - 1) // 5
+        NoteSingleQueenTarget(*p);
+    if (IsBishopRemoved(*p) && !IsInCheck(*p)) // 6
+        moves.AddNullMoveLast();
+
+    bool bAnyLegal = false;
+    while (moves.Next()) {                       // 9
+        Publish(*p, moves.m_list, moves.m_nCount); // 7
+        for (int i = 0; i < moves.m_nCount; ++i) { // 8
+            if (IsControlPending(*p) && PauseOrStop(*p))
+                return MR_NOMATE;
+            TMove& move = moves.m_list[i];
+            TChessboard* const child = CopyToChild(p);
+            const int made = MakeBlackMove(*child, move, moves.m_bLegal);
+            if (made == kIllegalMove)
+                continue;
+            bAnyLegal = true;
+            PublishIndex(*p, i);
+            if constexpr (kKind.m_bLog)
+                p->m_pAnalysis->m_pNodeLog->Move(*child);
+            const TMateResult answer = made == kCertainEscape ? MR_NOMATE : AnswerReply<kKind>(child, q);
+            if (answer != MR_MATE) {
+                KeepHint(*p, move);
+                return Logged<kKind>(*child, JudgeReply(*p, answer));
+            }
+            if (PromotionKind(move) != 0 && std::exchange(p->m_pContext->m_bUnderPromotionEqual, false))
+                moves.DropOtherPromotions(i); // 8j
+        }
+    }
+    return bAnyLegal || IsInCheck(*p) ? MR_MATE : MR_NOMATE; // 10
+}
+
+template TMateResult FindMateBlack<kPlainNode>(TChessboard*);
+template TMateResult FindMateBlack<kLoggingNode>(TChessboard*);
+
+} // namespace quillon

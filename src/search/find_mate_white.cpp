@@ -1,0 +1,435 @@
+// The OR node: one white move that mates is enough.
+//
+//   1 precalculated data     4 edge short cut      7 moves: by m lazily, or all and a sort    9 try each move (below)
+//   2 register               5 progress hook       8 threads of the multithreading levels    10 next stage, verdict
+//   3 count; mate in one     6 bishop mode
+//
+// A move, step 9:
+//   a control               c copy, make       e heuristic checks     g recursion
+//   b receding white king   d repetition       f publish the index    h mate: store, return     i other answers
+
+#include <algorithm>
+#include <utility>
+
+#include "core/attacks.h"
+#include "core/generation.h"
+#include "core/makers.h"
+#include "core/queries.h"
+#include "heuristics/heuristic_signature.h"
+#include "heuristics/search_hooks.h"
+#include "platform/clock.h"
+#include "search/analysis.h"
+#include "search/control.h"
+#include "search/find_mate.h"
+#include "search/move_sort.h"
+#include "search/node_log.h"
+#include "search/register_use.h"
+#include "search/repetition.h"
+#include "search/search_hooks.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr int kLongestUntreatedRepetition = 13; // strict cases: with this many plies or fewer repetitions are searched
+
+int PliesPlayed(const TChessboard& b) { return b.m_nInitialMoves - b.m_nMoves; }
+
+/// How a node comes by its moves.
+enum class EMoves { Lazy, Whole };
+
+/// Below 9 plies no list is worth sorting; a crowd of queens is.
+bool IsLazyLength(const TChessboard& b) { return b.m_nMoves < 9 && !(b.m_nMoves == 7 && b.m_whiteQueens >= 3); }
+
+/// The lengths at which the sort leaves the expensive knowledge out.
+bool IsShortLength(const TChessboard& b) {
+    const int m = b.m_nMoves;
+    const int heavy = b.m_whiteQueens + b.m_whiteRooks + b.m_blackBishops;
+    return m < 11 || (m < 13 && (b.m_wKingState & 0x20) == 0 && heavy < 4) || (m == 13 && (b.m_wKingState & 2) != 0);
+}
+
+/// With cheap-sort heuristics in force a short node is sorted (simply) only if White has much to choose from.
+bool IsSimpleSortWorthwhile(const TChessboard& b) {
+    const int near = KingSteps(WhiteKingSquare(b), BlackKingSquare(b)) < 4 ? 1 : 0;
+    return b.m_nMoves > 8 && b.m_whiteQueens + b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights + near > 3;
+}
+
+/// The moves of a white node, stage by stage.
+class CWhiteMoves {
+  public:
+    /// Step 7.
+    explicit CWhiteMoves(TChessboard& b) : m_b(b) {
+        if (b.m_pContext->m_byResumeList != 0)
+            TakeResumeList();
+        else if ((b.m_nHeuristics & kGeneratingHeuristics) == 0 || !TakeHeuristicMoves())
+            ChooseByLength();
+    }
+
+    bool Next() {
+        if (m_mode == EMoves::Whole)
+            return std::exchange(m_bWholeListDue, false);
+        if (std::exchange(m_bHintDue, false) && FindHint(m_b, m_hint)) {
+            m_list[0] = m_hint;
+            m_nCount = 1;
+            return true;
+        }
+        m_nCount = GenerateNextWhiteFigure(m_b, m_nNextSquare, m_list);
+        if (m_nCount == 0)
+            return false;
+        if (!IsNullMove(m_hint) && m_list[0].m_nFrom == m_hint.m_nFrom)
+            DropHint();
+        return true;
+    }
+
+    /// The same list once more, after the node's heuristics have changed.
+    void Repeat() {
+        m_bWholeListDue = true;
+        m_nNextSquare = 0;
+        m_hint = {};
+    }
+
+    TMove m_list[kMaxMoves];
+    int m_nCount = 0;
+    bool m_bLeftOut = false;   // a generator of a heuristic left moves out
+    bool m_bMateFound = false; // the sort established a mate
+    bool m_bRetry = false;     // the sort found watched figures unblocked
+    std::uint8_t m_byResumed = 0;
+
+  private:
+    void TakeResumeList() {
+        TSearchContext& context = *m_b.m_pContext;
+        m_byResumed = std::exchange(context.m_byResumeList, std::uint8_t{0});
+        m_nCount = context.m_nResumeCount;
+        std::copy_n(context.m_pResumeList, m_nCount, m_list);
+        m_mode = EMoves::Whole;
+    }
+
+    bool TakeHeuristicMoves() {
+        const THeuristicMoves moves = GenerateByHeuristics(m_b, m_list);
+        if (moves.m_nCount < 0)
+            return false;
+        m_nCount = moves.m_nCount;
+        m_bLeftOut = moves.m_bDoubtful;
+        m_mode = EMoves::Whole;
+        return true;
+    }
+
+    void ChooseByLength() {
+        const bool bInCheck = m_b.m_whiteChecker != kNoChecker;
+        if (IsLazyLength(m_b)) {
+            m_mode = bInCheck ? EMoves::Whole : EMoves::Lazy;
+            if (bInCheck)
+                GenerateAll();
+            return;
+        }
+        const bool bShort = IsShortLength(m_b) || m_b.m_nMoves == 7;
+        if (!bShort || (m_b.m_nHeuristics & kCheapSortHeuristics) == 0) {
+            GenerateAll();
+            Take(SortWhiteMoves(m_b, m_nCount, m_list, bShort));
+        } else if (IsSimpleSortWorthwhile(m_b)) {
+            GenerateAll();
+            Take(SortWhiteMovesSimple(m_b, m_nCount, m_list));
+        } else if (bInCheck) {
+            GenerateAll();
+        } else {
+            m_mode = EMoves::Lazy;
+        }
+    }
+
+    void GenerateAll() {
+        m_mode = EMoves::Whole;
+        m_nCount = GenerateWhiteMoves(m_b, m_list);
+        PutHintFirst(m_b, m_nCount, m_list);
+    }
+
+    void Take(const TWhiteSort& sort) {
+        if ((m_b.m_nHeuristics & SH_USEBLOCKBLACKPAWNSLEVEL) != 0)
+            return;
+        m_nCount = sort.m_nMoves;
+        m_bMateFound = sort.m_bMateFound;
+        m_bRetry = sort.m_bRetry;
+    }
+
+    void DropHint() {
+        TMove* const end =
+            std::remove_if(m_list, m_list + m_nCount, [&](const TMove& move) { return SameMove(move, m_hint); });
+        m_nCount = static_cast<int>(end - m_list);
+    }
+
+    TChessboard& m_b;
+    EMoves m_mode = EMoves::Lazy;
+    bool m_bHintDue = true, m_bWholeListDue = true;
+    int m_nNextSquare = 0;
+    TMove m_hint{}; // a null move: none was tried
+};
+
+/// One white node: its moves, and what they have come to.
+template <TNodeKind kKind> class CWhiteNode {
+  public:
+    explicit CWhiteNode(TChessboard* p)
+        : m_p(p), m_context(*p->m_pContext), m_m(p->m_nMoves), m_bFirstPass(p->m_byPass == 1),
+          m_bTreatsRepetition(!IsStrict(*p) || m_m > kLongestUntreatedRepetition), m_moves(*p) {
+        if (m_moves.m_bLeftOut || IsBishopRemoved(*p))
+            m_nDoubtful = 1;
+    }
+
+    TMateResult Run() {
+        if (m_moves.m_bMateFound)
+            return MR_MATE;
+        TMateResult result = TryMoves();
+        if (m_moves.m_bRetry && (m_p->m_nHeuristics & SH_DONTLETFIGUREUNBLOCK) != 0 && result != MR_MATE) {
+            m_p->m_nHeuristics &= ~SH_DONTLETFIGUREUNBLOCK;
+            m_p->m_nHeurParams = ComputeHeurParams(*m_p);
+            m_nDoubtful = m_moves.m_bLeftOut || IsBishopRemoved(*m_p) ? 1 : 0;
+            m_nRepetitions = 0;
+            m_moves.Repeat();
+            result = TryMoves();
+        }
+        return result;
+    }
+
+  private:
+    TMateResult TryMoves() {
+        while (m_moves.Next()) {
+            if (IsThreadedLevel()) { // 8
+                const int result = AnalyseInThreads(*m_p, m_moves.m_nCount, m_moves.m_list);
+                if (result != kContinueHere)
+                    return static_cast<TMateResult>(result);
+            }
+            Publish();
+            for (int i = 0; i < m_moves.m_nCount; ++i) {
+                if (IsControlPending(*m_p) && PauseOrStop(*m_p)) // 9a
+                    return MR_NOMATE;
+                if (TryMove(i))
+                    return MR_MATE;
+                if (m_bStopped)
+                    return MR_REPETITION;
+            }
+        }
+        return Conclude();
+    }
+
+    [[nodiscard]] bool IsThreadedLevel() const {
+        return m_p->m_pAnalysis->m_nMultithreadingLevels > 1 && m_moves.m_nCount >= 2 &&
+               PliesPlayed(*m_p) / 2 <= m_p->m_pAnalysis->m_nMultithreadingLevels - 1 &&
+               (m_m > 12 || (m_m > 10 && (m_p->m_wKingState & 0x20) != 0)) && m_context.m_nQuickerLevel == 0;
+    }
+
+    void Publish() {
+        m_context.m_moveCount[m_p->m_nMoves].store(static_cast<std::uint8_t>(m_moves.m_nCount),
+                                                   std::memory_order_relaxed);
+        m_context.m_moveList[m_p->m_nMoves].store(m_moves.m_list, std::memory_order_relaxed);
+    }
+
+    void PublishIndex(int i) {
+        m_context.m_moveIndex[m_p->m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
+        m_context.m_moveIndexShown[m_p->m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
+    }
+
+    void Doubt(std::uint32_t cause) {
+        m_context.m_lastDoubtCause = cause;
+        ++m_nDoubtful;
+    }
+
+    /// Steps 9b to 9i: true if the move mates.
+    bool TryMove(int i) {
+        TMove& move = m_moves.m_list[i];
+        if (m_bFirstPass && (m_p->m_nHeuristics & SH_DONTRECEDEBLACKKING) != 0 && RecedesFromBlackKing(*m_p, move)) {
+            Doubt(SH_DONTRECEDEBLACKKING); // 9b
+            return false;
+        }
+        TChessboard* const child = CopyToChild(m_p); // 9c
+        if (MakeWhiteMove(*child, move) == 0)
+            return false;
+        if constexpr (kKind.m_bLog)
+            m_p->m_pAnalysis->m_pNodeLog->Move(*child);
+        if (m_bTreatsRepetition && IsTreatedRepetition(*child)) // 9d
+            return false;
+        if (m_bFirstPass && IsDoubtful(*child)) // 9e
+            return false;
+        PublishIndex(i); // 9f
+        const TMateResult result = AskBlack(child);
+        if (result == MR_MATE) {
+            Mated(move, *child);
+            return true;
+        }
+        Judge(result);
+        return false;
+    }
+
+    bool IsTreatedRepetition(const TChessboard& child) {
+        bool bTreated = false;
+        const int backTo = FindRepetition(child, bTreated);
+        if (!bTreated)
+            return false;
+        ++m_nRepetitions;
+        RaiseRepetitionMark(*m_p, m_m, backTo);
+        if constexpr (kKind.m_bLog)
+            m_p->m_pAnalysis->m_pNodeLog->Verdict(child, MR_REPETITION);
+        return true;
+    }
+
+    bool IsDoubtful(TChessboard& child) {
+        const std::uint32_t cause = FindDoubtAfterWhiteMove(child);
+        if (cause == 0)
+            return false;
+        Doubt(cause);
+        if constexpr (kKind.m_bLog)
+            m_p->m_pAnalysis->m_pNodeLog->Verdict(child, MR_DOUBTFUL);
+        return true;
+    }
+
+    /// Step 9g: the recursion, first with the black king kept on the edge where that pattern holds.
+    TMateResult AskBlack(TChessboard* child) {
+        if (m_m > 16 && PliesPlayed(*m_p) < 10 && IsEdgeTrialWorthwhile(*child)) {
+            const std::uint32_t heuristics = child->m_nHeuristics, params = child->m_nHeurParams;
+            child->m_nHeuristics |= SH_KEEPKINGONTHEEDGE;
+            child->m_nHeurParams = ComputeHeurParams(*child);
+            const TMateResult result = FindMateBlack<kKind>(child);
+            child->m_nHeuristics = heuristics;
+            child->m_nHeurParams = params;
+            if (result > 0)
+                return result;
+        }
+        return FindMateBlack<kKind>(child);
+    }
+
+    /// Step 9h.
+    void Mated(const TMove& move, const TChessboard& child) {
+        if constexpr (kKind.m_bLog)
+            m_p->m_pAnalysis->m_pNodeLog->Verdict(child, MR_MATE);
+        KeepHint(*m_p, move);
+        if ((m_p->m_nHeuristics & SH_ZUGZWANGTRIANGLES) != 0)
+            m_context.m_zugzwangMove = move;
+        if (m_p->m_pPrevious != nullptr && PromotionKind(m_p->m_lastMove) != 0) {
+            m_context.m_bUnderPromotionEqual = move.m_nTo == m_p->m_lastMove.m_nTo;
+            if (m_context.m_bUnderPromotionEqual)
+                StoreOtherPromotions(*m_p);
+        }
+        StoreVerdict(*m_p, MR_MATE);
+    }
+
+    /// Step 9i.
+    void Judge(TMateResult result) {
+        if (result == MR_DOUBTFUL)
+            ++m_nDoubtful;
+        if (result > MR_REPETITION)
+            return;
+        RaiseRepetitionMark(*m_p, m_m, RepetitionMark(*m_p, m_m - 1));
+        ++m_nRepetitions;
+        if (IsStopping(*m_p)) {
+            RepetitionMark(*m_p, m_m) = m_p->m_nInitialMoves;
+            m_bStopped = true;
+        }
+    }
+
+    // Step 10.
+    TMateResult Conclude() {
+        if (IsStopping(*m_p))
+            return MR_NOMATE;
+        return IsStrict(*m_p) ? ConcludeStrictly() : ConcludeQuickly();
+    }
+
+    void Store(TMateResult verdict) {
+        if (m_moves.m_byResumed <= 1)
+            StoreVerdict(*m_p, verdict);
+    }
+
+    TMateResult Logged(TMateResult result) {
+        if constexpr (kKind.m_bLog)
+            m_p->m_pAnalysis->m_pNodeLog->Verdict(*m_p, result);
+        return result;
+    }
+
+    TMateResult ConcludeStrictly() {
+        const int mark = RepetitionMark(*m_p, m_m);
+        if (m_m < mark) {
+            RaiseRepetitionMark(*m_p, m_m, RepetitionMark(*m_p, m_m - 1));
+            return Logged(MR_REPETITION);
+        }
+        if (m_nDoubtful == 0 && (mark == 0 || m_p->m_nHeuristics == 0)) {
+            Store(MR_NOMATE); // a repetition within the subtree does not depend on the path to it
+            if (mark == 0)
+                return Logged(MR_NOMATE);
+        }
+        Logged(MR_DOUBTFUL);
+        return m_nDoubtful != 0 || m_p->m_nHeuristics != 0 ? MR_DOUBTFUL : MR_NOMATE;
+    }
+
+    TMateResult ConcludeQuickly() {
+        TMateResult result = MR_NOMATE;
+        if (m_nRepetitions != 0) {
+            ++m_nDoubtful;
+            RaiseRepetitionMark(*m_p, m_m, RepetitionMark(*m_p, m_m - 1));
+            result = MR_REPETITION;
+        } else if (m_nDoubtful != 0) {
+            result = MR_DOUBTFUL;
+        }
+        Store(m_nDoubtful == 0 ? MR_NOMATE : MR_DOUBTFUL);
+        return Logged(result);
+    }
+
+    TChessboard* m_p;
+    TSearchContext& m_context;
+    int m_m;
+    bool m_bFirstPass;
+    bool m_bTreatsRepetition;
+    bool m_bStopped = false;
+    int m_nDoubtful = 0;
+    int m_nRepetitions = 0;
+    CWhiteMoves m_moves;
+};
+
+/// Step 5.
+void ShowProgress(const TChessboard& p) {
+    TAnalysis& analysis = *p.m_pAnalysis;
+    if (analysis.m_pProgressHook != nullptr)
+        analysis.m_pProgressHook(p);
+    analysis.m_nProgressTicks.store(TickCount64(), std::memory_order_relaxed);
+}
+
+bool IsProgressPly(const TChessboard& p) {
+    return (p.m_nMoves & 15) == 9 && (p.m_nMoves == 9 || PliesPlayed(p) > 8);
+}
+
+} // namespace
+
+template <TNodeKind kKind> TMateResult FindMateWhite(TChessboard* p, bool bUseRegister) {
+    const int m = p->m_nMoves;
+    if ((p->m_wKingState & kPrecalcCanAnswer) != 0) { // 1
+        const TMateResult exact = AskPrecalcData(*p);
+        if (exact != MR_NONE)
+            return exact;
+    }
+    if (bUseRegister) { // 2
+        const TMateResult known = AskRegister(*p);
+        if (known != MR_NONE)
+            return known;
+    }
+    if (m < 4) { // 3
+        CountPosition(*p->m_pContext, *p->m_pAnalysis);
+        if (m == 1)
+            return FindMateInOne(p) ? MR_MATE : MR_NOMATE;
+    }
+    if (m > 16 && PliesPlayed(*p) < 10 && (p->m_nHeuristics & SH_KEEPKINGONTHEEDGE) == 0 && BlackRing(*p) == 0) { // 4
+        const TMateResult shortCut = ShortCutOnTheEdge(*p);
+        if (shortCut > 0)
+            return shortCut;
+    }
+    if (IsProgressPly(*p)) // 5
+        ShowProgress(*p);
+    if (IsBishopRemoved(*p) && p->m_whiteKnights != 0 && IsWonInBishopMode(*p)) // 6
+        return MR_MATE;
+    return CWhiteNode<kKind>(p).Run(); // 7 to 10
+}
+
+template TMateResult FindMateWhite<kPlainNode>(TChessboard*, bool);
+template TMateResult FindMateWhite<kLoggingNode>(TChessboard*, bool);
+
+bool HasMateInTwo(const TChessboard& b) {
+    TChessboard copy = b;
+    copy.m_nMoves = 3;
+    return FindMateWhite(&copy, false) == MR_MATE;
+}
+
+} // namespace quillon

@@ -1,0 +1,28 @@
+#pragma once
+// What the search asks of the register of solved subpositions. The analysis owns one or none; with none, nothing is
+// looked up and nothing stored.
+//
+// Threads: all operations may be called from every thread of an analysis at once.
+
+#include "core/chessboard.h"
+#include "core/mate_result.h"
+
+namespace quillon {
+
+class ITemporaryRegister {
+  public:
+    virtual ~ITemporaryRegister() = default;
+
+    /// What is known of the position with `nMoves` plies left. With nMaxMoves above nMoves an entry for any number of
+    /// plies from nMoves to nMaxMoves serves: MR_QUICKER when more than nMoves were needed.
+    /// MR_NONE when nothing is known. Doubt counts only under the same m_nHeuristics and m_nHeurParams.
+    [[nodiscard]] virtual TMateResult Find(const TChessboard& position, int nMoves, int nMaxMoves) = 0;
+
+    /// Stores a proved verdict, MR_MATE or MR_NOMATE. A verdict that finds no room is lost.
+    virtual void Insert(const TChessboard& position, int nMoves, TMateResult verdict) = 0;
+
+    /// Stores doubt, under the position's m_nHeuristics and m_nHeurParams.
+    virtual void InsertDoubtful(const TChessboard& position, int nMoves) = 0;
+};
+
+} // namespace quillon
