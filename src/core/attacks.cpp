@@ -131,8 +131,8 @@ template <EColour kColour> bool IsPinned(const TChessboard& b, int file, int ran
     const int square = SquareAt(file, rank);
     const TDirection direction = DirectionBetween(king, square);
     constexpr EColour enemy = kColour == EColour::White ? EColour::Black : EColour::White;
-    if (direction == kNoDirection || !HasSlider<enemy>(b, direction) ||
-        DirectionBetween(king, target) == direction || !IsEmptyBetween(b, king, square, direction))
+    if (direction == kNoDirection || !HasSlider<enemy>(b, direction) || DirectionBetween(king, target) == direction ||
+        !IsEmptyBetween(b, king, square, direction))
         return false;
     const TSquare behind = FirstOnRay(b, square, direction);
     return behind != kNoSquare && IsSliderAlong(b.m_board[behind], CodeOf(enemy), direction);

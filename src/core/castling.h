@@ -1,5 +1,6 @@
 #pragma once
-// Castling rights as weights: 1 king side, 2 queen side. A position's board can claim more rights than the game has left.
+// Castling rights as weights: 1 king side, 2 queen side. A position's board can claim more rights than the game has
+// left.
 
 #include "core/chessboard.h"
 

@@ -43,20 +43,11 @@ TMask BlackPawns(const TChessboard& b) {
     return found;
 }
 
-/// Two knights mate only a king on the edge that is helped by its own men: with pawnless Black the answer is a mate in
-/// two moves at once or none.
-bool EscapesTwoKnights(TChessboard& b, bool bCaptureBefore) {
+/// Two knights mate only a king that is helped by its own men: bare, or with heavy figures alone, Black falls to a mate
+/// in two moves at once or to none.
+bool EscapesTwoKnights(TChessboard& b) {
     b.m_wBlackState |= kMinorMaterial;
-    if (b.m_blackPawns != 0)
-        return false;
-    const int figures = BlackMen(b);
-    if (figures == 0)
-        return !IsOnEdge(b) || !bCaptureBefore || !HasMateInTwo(b);
-    if (figures == b.m_blackQueens)
-        return !IsOnEdge(b) || !HasMateInOne(b);
-    if (figures == b.m_blackQueens + b.m_blackRooks)
-        return !IsOnEdge(b) || !HasMateInTwo(b);
-    return false;
+    return BlackMen(b) == b.m_blackQueens + b.m_blackRooks;
 }
 
 bool EscapesPawns(const TChessboard& b) {
@@ -93,16 +84,17 @@ bool EscapesLoneKnight(TChessboard& b) {
     return crowd < (bKingsApart ? 5 : 4);
 }
 
-bool EscapesByMaterial(TChessboard& b, bool bCaptureBefore) {
+bool EscapesByMaterial(TChessboard& b) {
     if (MinorFigures(b) == 0)
         return b.m_whitePawns == 0 || EscapesPawns(b);
     if (b.m_whitePawns != 0)
         return false;
-    if (b.m_whiteKnights == 2)
-        return EscapesTwoKnights(b, bCaptureBefore);
-    if (MinorFigures(b) != 1)
-        return false;
-    return b.m_whiteBishops == 1 ? EscapesLoneBishop(b) : EscapesLoneKnight(b);
+    const bool bEscapes = b.m_whiteKnights == 2   ? EscapesTwoKnights(b)
+                          : MinorFigures(b) != 1  ? false
+                          : b.m_whiteBishops == 1 ? EscapesLoneBishop(b)
+                                                  : EscapesLoneKnight(b);
+    return bEscapes &&
+           !HasMateInTwo(b); // the rules look at material and squares, and may miss a mate that stands there
 }
 
 bool EscapesWithBareKing(const TChessboard& b) {
@@ -234,10 +226,10 @@ bool DoesPawnMatter(const TChessboard& b, TSquare pawn, int nMovesLeft) {
     return t >= ahead - (bMayStepTwice ? 2 : 1);
 }
 
-bool HasEscapedForCertain(TChessboard& b, bool bCaptureBefore) {
+bool HasEscapedForCertain(TChessboard& b) {
     if (b.m_nMoves <= 2 || b.m_whiteQueens + b.m_whiteRooks != 0 || MinorFigures(b) > 2)
         return false;
-    return EscapesByMaterial(b, bCaptureBefore) || EscapesWithBareKing(b) || EscapesInRookPawnsCorner(b);
+    return EscapesByMaterial(b) || EscapesWithBareKing(b) || EscapesInRookPawnsCorner(b);
 }
 
 } // namespace quillon

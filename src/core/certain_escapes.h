@@ -20,15 +20,14 @@ namespace quillon {
 
 /// Has Black escaped for certain? `after` is complete but for m_lastMove: White is to move, m_nMoves (odd) plies are
 /// left; below 3 the rules do not apply. Sets the marks kMinorMaterial and kRookPawnWrongBishop.
-///   bCaptureBefore  this black move or the white move before it was a capture
-[[nodiscard]] bool HasEscapedForCertain(TChessboard& after, bool bCaptureBefore);
+[[nodiscard]] bool HasEscapedForCertain(TChessboard& after);
 
-/// The colour of square that White's bishops cannot reach, when all of them stand on one colour; -1 otherwise or with no
-/// bishop. 0 dark, 1 light.
+/// The colour of square that White's bishops cannot reach, when all of them stand on one colour; -1 otherwise or with
+/// no bishop. 0 dark, 1 light.
 [[nodiscard]] int ColourOutOfBishopsReach(const TChessboard& b);
 
-/// White has bishops of one colour only, no knight, rook or queen, and a pawn on a rook's file whose corner the bishops do
-/// not control. `bAllPawns`: all pawns have to stand on that file.
+/// White has bishops of one colour only, no knight, rook or queen, and a pawn on a rook's file whose corner the bishops
+/// do not control. `bAllPawns`: all pawns have to stand on that file.
 [[nodiscard]] bool IsRookPawnWithWrongBishop(const TChessboard& b, bool bAllPawns);
 
 /// King and pawn against king, Black having just moved: a sufficient test for a draw.

@@ -27,7 +27,7 @@ inline constexpr std::int8_t kNoChecker = -1;
 inline constexpr std::int8_t kDoubleCheck = 64;
 
 // Bits of m_wKingState that the chess core sets; the others belong to the heuristics.
-inline constexpr std::uint16_t kBareBlackKing = 0x400;  // Black has a bare king and White can still mate
+inline constexpr std::uint16_t kBareBlackKing = 0x400;    // Black has a bare king and White can still mate
 inline constexpr std::uint16_t kPrecalcCanAnswer = 0x800; // precalculated data can answer for this material
 
 // Bits of m_wBlackState.
@@ -47,20 +47,20 @@ inline constexpr int kBlackCapturesShift = 4; // bits 4 and 5: black figures cap
 inline constexpr std::uint8_t kBlackCapturesMask = 3u << kBlackCapturesShift;
 
 struct TChessboard {
-    std::array<TFigure, kSquares> m_board;        // figure code per square
-    TAnalysis* m_pAnalysis;                       // shared by all threads of the analysis; not owned
-    std::array<TSquare, 8> m_blockedFigures;      // black figures held by SH_DONTLETFIGUREUNBLOCK, 255 for a gone one
-    TChessboard* m_pPrevious;                     // parent, null in the root: the chain is the history of the game
-    TSearchContext* m_pContext;                   // owner of the stack this record is a slot of
-    TMove m_lastMove;                             // the move that led here; unset in the root
-    std::uint16_t m_nMoves;                       // plies still to play: odd = White to move, mate in n starts at 2n - 1
-    std::uint16_t m_nInitialMoves;                // m_nMoves of the root of this run
-    std::uint32_t m_nHeuristics;                  // heuristic flags in force here (heuristic_parameters.h)
-    std::uint32_t m_nHeurParams;                  // signature of flags and parameters; part of a register key
-    std::uint16_t m_wKingState;                   // see the bits above
-    std::uint16_t m_wBlackState;                  // see the bits above
-    std::uint8_t m_bySideState;                   // see the bits above
-    std::uint8_t m_byPass;                        // 1 in a pass with heuristics, 2 in the pass without
+    std::array<TFigure, kSquares> m_board;   // figure code per square
+    TAnalysis* m_pAnalysis;                  // shared by all threads of the analysis; not owned
+    std::array<TSquare, 8> m_blockedFigures; // black figures held by SH_DONTLETFIGUREUNBLOCK, 255 for a gone one
+    TChessboard* m_pPrevious;                // parent, null in the root: the chain is the history of the game
+    TSearchContext* m_pContext;              // owner of the stack this record is a slot of
+    TMove m_lastMove;                        // the move that led here; unset in the root
+    std::uint16_t m_nMoves;                  // plies still to play: odd = White to move, mate in n starts at 2n - 1
+    std::uint16_t m_nInitialMoves;           // m_nMoves of the root of this run
+    std::uint32_t m_nHeuristics;             // heuristic flags in force here (heuristic_parameters.h)
+    std::uint32_t m_nHeurParams;             // signature of flags and parameters; part of a register key
+    std::uint16_t m_wKingState;              // see the bits above
+    std::uint16_t m_wBlackState;             // see the bits above
+    std::uint8_t m_bySideState;              // see the bits above
+    std::uint8_t m_byPass;                   // 1 in a pass with heuristics, 2 in the pass without
     std::int8_t m_whiteKingFile, m_whiteKingRank; //
     std::int8_t m_blackKingFile, m_blackKingRank; //
     std::int8_t m_whiteChecker;                   // black figure that checks the white king, kNoChecker, kDoubleCheck
@@ -95,9 +95,7 @@ static_assert(std::is_trivially_copyable_v<TChessboard> && std::is_standard_layo
 
 /// 0 none, 1 or 2 a black bishop was taken off the board by the opposite-bishops heuristic, 3 its further mode.
 [[nodiscard]] constexpr int BishopMode(const TChessboard& b) { return b.m_bySideState & kBishopModeMask; }
-[[nodiscard]] constexpr bool IsBishopRemoved(const TChessboard& b) {
-    return BishopMode(b) == 1 || BishopMode(b) == 2;
-}
+[[nodiscard]] constexpr bool IsBishopRemoved(const TChessboard& b) { return BishopMode(b) == 1 || BishopMode(b) == 2; }
 
 /// Colour (as ColourOf) of the squares that the bishop taken off the board lived on; for modes 1 and 2.
 [[nodiscard]] constexpr int RemovedBishopColour(const TChessboard& b) { return b.m_bySideState & 1; }

@@ -62,8 +62,8 @@ inline constexpr TFigure kBlackKnight = kBlack | kKnight;
 [[nodiscard]] constexpr bool IsFigureCode(TFigure figure) {
     const TFigure kind = KindOf(figure);
     const TFigure colour = figure & (kWhite | kBlack);
-    const bool bKind = kind == kKing || kind == kPawn || kind == kBishop || kind == kRook || kind == kQueen ||
-                       kind == kKnight;
+    const bool bKind =
+        kind == kKing || kind == kPawn || kind == kBishop || kind == kRook || kind == kQueen || kind == kKnight;
     const bool bMark = (figure & kPawnMayNotAdvance) == 0 || WithoutMark(figure) == kBlackPawn;
     return bKind && bMark && (colour == kWhite || colour == kBlack);
 }

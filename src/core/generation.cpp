@@ -141,8 +141,8 @@ constexpr TCastling CastlingOf(EColour colour, bool bKingSide) {
                      : TCastling{at(0), at(2), at(3), at(3), at(2), at(1)};
 }
 
-/// Has any move since the root ended on one of the two squares? Only targets count: a figure that left and came back has
-/// such a move, and so has a capture there.
+/// Has any move since the root ended on one of the two squares? Only targets count: a figure that left and came back
+/// has such a move, and so has a capture there.
 bool WasTargetSinceRoot(const TChessboard& b, TSquare first, TSquare second) {
     for (const TChessboard* p = &b; p->m_pPrevious != nullptr; p = p->m_pPrevious)
         if (p->m_lastMove.m_nTo == first || p->m_lastMove.m_nTo == second)
@@ -222,8 +222,8 @@ template <EColour kColour> int GenerateFigureMoves(const TChessboard& b, TSquare
     return out.Count();
 }
 
-/// Every figure but the king that can move to an empty square: pawns by step and double step, knights, diagonal sliders,
-/// straight sliders.
+/// Every figure but the king that can move to an empty square: pawns by step and double step, knights, diagonal
+/// sliders, straight sliders.
 template <EColour kColour> void AddMovesToEmptySquare(const TChessboard& b, int target, CMoveWriter& out) {
     constexpr TSide side = SideOf(kColour);
     constexpr TFigure pawn = CodeOf(kColour) | kPawn;
@@ -315,7 +315,8 @@ template <EColour kColour> int GenerateNextFigure(const TChessboard& b, int& nex
     return 0;
 }
 
-// --- Checks -----------------------------------------------------------------------------------------------------------
+// --- Checks
+// -----------------------------------------------------------------------------------------------------------
 
 /// Does a figure of this kind, standing on `square` with `from` emptied, attack the black king?
 bool AttacksBlackKing(const TChessboard& b, TFigure kind, int square, int from) {
@@ -371,8 +372,8 @@ bool GivesCheck(const TChessboard& b, const TMove& move, TFigure kind, bool bDis
     const TFigure arriving = move.m_nPromotion != 0 ? PromotionKind(move) : kind;
     if (AttacksBlackKing(b, arriving, move.m_nTo, move.m_nFrom))
         return true;
-    const bool bEnPassant = kind == kPawn && FileOf(move.m_nFrom) != FileOf(move.m_nTo) &&
-                            b.m_board[move.m_nTo] == kNoFigure;
+    const bool bEnPassant =
+        kind == kPawn && FileOf(move.m_nFrom) != FileOf(move.m_nTo) && b.m_board[move.m_nTo] == kNoFigure;
     return bEnPassant && EnPassantOpensLine(b, move);
 }
 

@@ -14,7 +14,8 @@ namespace quillon {
 int GenerateWhiteFigureMoves(const TChessboard& b, TSquare square, TMove* list);
 int GenerateBlackFigureMoves(const TChessboard& b, TSquare square, TMove* list);
 
-/// Only for the side in check: king's moves, captures of the checker, interpositions from the king outwards, en passant.
+/// Only for the side in check: king's moves, captures of the checker, interpositions from the king outwards, en
+/// passant.
 int GenerateWhiteEvasions(const TChessboard& b, TMove* list);
 int GenerateBlackEvasions(const TChessboard& b, TMove* list);
 

@@ -82,17 +82,10 @@ int MakeNullMove(TChessboard& b, const TMove& move) {
     return kMoveStands;
 }
 
-/// Was the white move before this one a capture? The record is still a copy of its parent; the root has no such move.
-bool WasCapture(const TChessboard& b) {
-    const TChessboard& parent = ParentOf(b);
-    return parent.m_pPrevious != nullptr && (parent.m_lastMove.m_nEnPassant != 0 ||
-                                             parent.m_pPrevious->m_board[parent.m_lastMove.m_nTo] != kNoFigure);
-}
-
-/// Watched figures follow a move of one step; one that goes further is watched no longer where it went.
+/// Watched figures follow a move of one step; one that goes further is watched no longer.
 void FollowWatchedFigure(TChessboard& b, const TMove& move) {
-    if (HasBlockedFigures(b) && KingSteps(move.m_nFrom, move.m_nTo) == 1)
-        FollowBlockedFigure(b, move.m_nFrom, move.m_nTo);
+    if (HasBlockedFigures(b))
+        FollowBlockedFigure(b, move.m_nFrom, KingSteps(move.m_nFrom, move.m_nTo) == 1 ? move.m_nTo : kNoSquare);
 }
 
 } // namespace
@@ -112,7 +105,6 @@ template <TMakerRules kRules> int MakeBlackMove(TChessboard& b, TMove& move, boo
         return kIllegalMove;
     TFigure captured = b.m_board[move.m_nTo];
     TSquare captureSquare = move.m_nTo;
-    const bool bCaptureBefore = captured != kNoFigure || WasCapture(b);
     move.m_nEnPassant = bPawn && captured == kNoFigure && FileOf(move.m_nFrom) != FileOf(move.m_nTo);
     if (move.m_nEnPassant != 0) {
         captureSquare = static_cast<TSquare>(move.m_nTo + 8);
@@ -146,8 +138,8 @@ template <TMakerRules kRules> int MakeBlackMove(TChessboard& b, TMove& move, boo
     if (captured != kNoFigure || bPromotion)
         UpdatePrecalcBit(b);
     const bool bAsk = kRules.m_bUselessMoves && MayHaveEscaped(b, captured != kNoFigure);
-    FinishMove(b, move);                                                // 9
-    if (bAsk && HasEscapedForCertain(b, bCaptureBefore)) // 8
+    FinishMove(b, move);                 // 9
+    if (bAsk && HasEscapedForCertain(b)) // 8
         return kCertainEscape;
     if (kRules.m_bUselessMoves && (move.m_nPromotion & kMoveDefersEdgeCheck) != 0) // 10
         ApplyDeferredEdgeCheck(b);

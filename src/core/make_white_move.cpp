@@ -22,9 +22,7 @@ bool IsRefusedByMode(const TChessboard& b, const TMove& move) {
     return bDoubleStep || IsOnRemovedBishopsColour(b, move.m_nTo);
 }
 
-void ReplaceInList(std::array<TSquare, 2>& list, TSquare from, TSquare to) {
-    list[list[0] == from ? 0 : 1] = to;
-}
+void ReplaceInList(std::array<TSquare, 2>& list, TSquare from, TSquare to) { list[list[0] == from ? 0 : 1] = to; }
 
 /// Follows a moved white figure in its list.
 void FollowInLists(TChessboard& b, TFigure kind, TSquare from, TSquare to) {
@@ -91,9 +89,9 @@ bool CanMateBareKing(const TChessboard& b) {
 void UpdateRookPawnMark(TChessboard& b) {
     if (b.m_whiteQueens + b.m_whiteRooks + b.m_whiteKnights != 0 || b.m_whiteBishops == 0)
         return;
-    b.m_wBlackState = static_cast<std::uint16_t>(IsRookPawnWithWrongBishop(b, false)
-                                                     ? b.m_wBlackState | kRookPawnWrongBishop
-                                                     : b.m_wBlackState & ~kRookPawnWrongBishop);
+    b.m_wBlackState =
+        static_cast<std::uint16_t>(IsRookPawnWithWrongBishop(b, false) ? b.m_wBlackState | kRookPawnWrongBishop
+                                                                       : b.m_wBlackState & ~kRookPawnWrongBishop);
 }
 
 void Promote(TChessboard& b, const TMove& move) {
@@ -127,7 +125,7 @@ template <TMakerRules kRules> int MakeWhiteMove(TChessboard& b, TMove& move) {
         b.m_board[captureSquare] = kNoFigure;
     }
 
-    b.m_board[move.m_nTo] = moved; // 3
+    b.m_board[move.m_nTo] = moved;       // 3
     b.m_board[move.m_nFrom] = kNoFigure; // 4
     const bool bPromotion = PromotionKind(move) != 0;
     if (bPromotion)
@@ -157,8 +155,8 @@ template <TMakerRules kRules> int MakeWhiteMove(TChessboard& b, TMove& move) {
 
     DetectCheck<TWhiteSide>(b, move, bKing && move.m_nFrom == kE1 && IsCastling(move)); // 11
     b.m_whiteChecker = kNoChecker;
-    FinishMove(b, move); // 12
-    if (captured != kNoFigure && HasBlockedFigures(b))                                // 13
+    FinishMove(b, move);                               // 12
+    if (captured != kNoFigure && HasBlockedFigures(b)) // 13
         FollowBlockedFigure(b, captureSquare, kNoSquare);
     if (captured != kNoFigure || bPromotion)
         UpdatePrecalcBit(b);

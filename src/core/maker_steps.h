@@ -39,8 +39,8 @@ struct TBlackSide {
         const int file = FileOf(square), rank = RankOf(square);
         b.m_blackKingFile = static_cast<std::int8_t>(file);
         b.m_blackKingRank = static_cast<std::int8_t>(rank);
-        b.m_wBlackState = static_cast<std::uint16_t>((b.m_wBlackState & ~kRingMask) |
-                                                     (RingOf(file, rank) << kRingShift));
+        b.m_wBlackState =
+            static_cast<std::uint16_t>((b.m_wBlackState & ~kRingMask) | (RingOf(file, rank) << kRingShift));
     }
 };
 
@@ -99,8 +99,7 @@ template <class TSide> [[nodiscard]] bool ChecksDirectly(const TChessboard& b, i
         return files * AbsDiff(RankOf(square), RankOf(king)) == 2;
     default: {
         const TDirection direction = DirectionBetween(square, king);
-        return direction != kNoDirection && SlidesAlong(kind, direction) &&
-               IsEmptyBetween(b, square, king, direction);
+        return direction != kNoDirection && SlidesAlong(kind, direction) && IsEmptyBetween(b, square, king, direction);
     }
     }
 }

@@ -9,8 +9,8 @@ namespace quillon {
 
 /// What a maker does besides the rules of chess. Named values of a template parameter.
 struct TMakerRules {
-    bool m_bUselessMoves; // White: refuse moves after which mate is impossible on material, and moves that a heuristic in
-                          // force forbids. Black: recognise certain escapes.
+    bool m_bUselessMoves; // White: refuse moves after which mate is impossible on material, and moves that a heuristic
+                          // in force forbids. Black: recognise certain escapes.
 };
 inline constexpr TMakerRules kSolving{true};
 inline constexpr TMakerRules kLegalityOnly{false};

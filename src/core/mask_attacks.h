@@ -74,8 +74,7 @@ constexpr auto MakeRankAttacks() {
                 if ((occupied >> f) & 1)
                     break;
             }
-            table[static_cast<std::size_t>(file)][static_cast<std::size_t>(inner)] =
-                static_cast<std::uint8_t>(attacks);
+            table[static_cast<std::size_t>(file)][static_cast<std::size_t>(inner)] = static_cast<std::uint8_t>(attacks);
         }
     return table;
 }
@@ -144,18 +143,18 @@ inline constexpr auto kKnightSteps = mask_detail::MakeSteps(mask_detail::kKnight
 
 /// All figures of a position as masks.
 struct TFigureMasks {
-    TMask m_white, m_black;                // all figures of the colour, kings included
-    TMask m_pawns, m_knights;              // of both colours
-    TMask m_diagonalSliders;               // bishops and queens of both colours
-    TMask m_straightSliders;               // rooks and queens of both colours
-    int m_nWhiteKing, m_nBlackKing;        // squares
+    TMask m_white, m_black;         // all figures of the colour, kings included
+    TMask m_pawns, m_knights;       // of both colours
+    TMask m_diagonalSliders;        // bishops and queens of both colours
+    TMask m_straightSliders;        // rooks and queens of both colours
+    int m_nWhiteKing, m_nBlackKing; // squares
 
     [[nodiscard]] TMask Occupied() const { return m_white | m_black; }
 };
 
 [[nodiscard]] inline TFigureMasks TakeMasks(const TChessboard& b) {
     const CBoardPlanes planes(b.m_board.data());
-    return {planes.Plane<6>(), planes.Plane<7>(),  planes.Plane<1>(),  planes.Plane<4>(),
+    return {planes.Plane<6>(), planes.Plane<7>(), planes.Plane<1>(),  planes.Plane<4>(),
             planes.Plane<2>(), planes.Plane<3>(), WhiteKingSquare(b), BlackKingSquare(b)};
 }
 

@@ -18,7 +18,7 @@ namespace quillon {
 
 namespace {
 
-constexpr int kShortestAnalysedPlies = 5;  // shorter problems get no initial analysis
+constexpr int kShortestAnalysedPlies = 5;   // shorter problems get no initial analysis
 constexpr int kShortestDemandingPlies = 13; // and up to here no demand for threads
 
 bool IsOpen(const TRootMove& move) {
@@ -56,10 +56,9 @@ class CRootRun {
         if (m_run.m_bChosenHeuristics)
             m_run.m_nInitialHeuristics = m_run.m_nChosenHeuristics;
         SetHeuristics(m_analysis.m_nHybridPhase == kHybridBruteForce ? 0 : m_run.m_nInitialHeuristics);
-        const int planned = CountRelaxations(m_root) + (m_root.m_nHeuristics != 0 ? 1 : 0) +
-                            (m_context.m_bRunPass2 ? 1 : 0);
-        m_analysis.m_nPassesPlanned.store(static_cast<std::uint64_t>(std::max(planned, 1)),
-                                          std::memory_order_relaxed);
+        const int planned =
+            CountRelaxations(m_root) + (m_root.m_nHeuristics != 0 ? 1 : 0) + (m_context.m_bRunPass2 ? 1 : 0);
+        m_analysis.m_nPassesPlanned.store(static_cast<std::uint64_t>(std::max(planned, 1)), std::memory_order_relaxed);
     }
 
     [[nodiscard]] bool HasRequiredHeuristics() const {
@@ -91,8 +90,7 @@ class CRootRun {
         m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(count), std::memory_order_relaxed);
         for (std::size_t i = 0; i < count && !IsEnded(); ++i) {
             m_context.m_moveIndex[m_root.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
-            m_context.m_moveIndexShown[m_root.m_nMoves].store(static_cast<std::uint8_t>(i),
-                                                              std::memory_order_relaxed);
+            m_context.m_moveIndexShown[m_root.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
             if (IsOpen(m_run.m_moves[i]))
                 TryMove(m_run.m_moves[i]);
         }
@@ -108,8 +106,7 @@ class CRootRun {
             root.m_nResult = kRootMoveRefuted;
             return;
         }
-        const TMateResult result =
-            m_run.m_bLog ? FindMateBlack<kLoggingNode>(child) : FindMateBlack<kPlainNode>(child);
+        const TMateResult result = m_run.m_bLog ? FindMateBlack<kLoggingNode>(child) : FindMateBlack<kPlainNode>(child);
         if (result == MR_MATE) {
             root.m_nResult = kRootMoveMates;
             AddSolution(root.m_move, m_passName);

@@ -33,18 +33,18 @@ struct TRootMove {
 struct TRootRun {
     // Asked.
     long m_nProblemId = 0;
-    bool m_bChosenHeuristics = false;     // m_nChosenHeuristics replaces the initial analysis' choice
+    bool m_bChosenHeuristics = false; // m_nChosenHeuristics replaces the initial analysis' choice
     std::uint32_t m_nChosenHeuristics = 0;
-    bool m_bAnalysisOnly = false;         // stop behind the initial analysis
-    bool m_bLog = false;                  // run the logging nodes
+    bool m_bAnalysisOnly = false; // stop behind the initial analysis
+    bool m_bLog = false;          // run the logging nodes
     std::function<void(const TMove&, std::string_view text, long problemId, std::string_view comment)> m_sink;
 
     // Found.
-    std::vector<TSolution> m_solutions;   // in the order found
-    std::vector<TRootMove> m_moves;       // legal root moves of the last run
-    std::vector<std::string> m_passes;    // names of the passes that were begun
+    std::vector<TSolution> m_solutions; // in the order found
+    std::vector<TRootMove> m_moves;     // legal root moves of the last run
+    std::vector<std::string> m_passes;  // names of the passes that were begun
     std::uint32_t m_nInitialHeuristics = 0;
-    bool m_bStopped = false;              // the user or a limit ended the run
+    bool m_bStopped = false; // the user or a limit ended the run
 };
 
 /// Results of FindMateRoot; any other negative value -n is a demand for n threads (at most 127).

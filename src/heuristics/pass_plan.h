@@ -1,6 +1,7 @@
 #pragma once
-// The plan of a solve: which heuristics the first pass has, and what the next pass drops. No rule that chooses or drops a
-// heuristic exists yet: the engine chooses none by itself, and a set given by hand is followed by the pass without any.
+// The plan of a solve: which heuristics the first pass has, and what the next pass drops. No rule that chooses or drops
+// a heuristic exists yet: the engine chooses none by itself, and a set given by hand is followed by the pass without
+// any.
 
 #include <cstdint>
 #include <string>
@@ -13,8 +14,8 @@ namespace quillon {
 
 /// What the initial analysis of a position found.
 struct TInitialAnalysis {
-    std::uint32_t m_nHeuristics = 0;   // mask of the first pass
-    std::vector<TMove> m_solvedMoves;  // root moves shown to mate on the way
+    std::uint32_t m_nHeuristics = 0;  // mask of the first pass
+    std::vector<TMove> m_solvedMoves; // root moves shown to mate on the way
 };
 
 /// Resets the parameters and chooses the heuristics of the first pass.

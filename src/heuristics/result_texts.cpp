@@ -43,8 +43,7 @@ std::string EngineEndText(bool bStopped, const std::string& problem) {
 }
 
 std::string ThreadDemandQuestion(int nThreads) {
-    return "Engine wants to force a different number of threads (" + std::to_string(nThreads) +
-           "). Do you accept it?";
+    return "Engine wants to force a different number of threads (" + std::to_string(nThreads) + "). Do you accept it?";
 }
 
 std::string ModeText(const TAnalysis& analysis, bool bAnySolution) {

@@ -26,7 +26,8 @@ struct THeuristicMoves {
     bool m_bDoubtful = false; // moves were left out, so the node cannot end as proved no mate
 };
 
-// --- Black nodes -------------------------------------------------------------------------------------------------------
+// --- Black nodes
+// -------------------------------------------------------------------------------------------------------
 
 /// At the first reply, in the ending of a single queen against a rook: notes the queen's target square in the context.
 inline void NoteSingleQueenTarget(TChessboard&) {}
@@ -40,7 +41,8 @@ inline void DetectOppositeBishops(TChessboard&) {}
 /// Did the watched figures just become blocked, so that a trial with SH_DONTLETFIGUREUNBLOCK added pays?
 [[nodiscard]] inline bool AreFiguresJustBlocked(const TChessboard&) { return false; }
 
-// --- White nodes -------------------------------------------------------------------------------------------------------
+// --- White nodes
+// -------------------------------------------------------------------------------------------------------
 
 /// A forced win against a king on the edge, seen without search: a positive result ends the node.
 [[nodiscard]] inline TMateResult ShortCutOnTheEdge(TChessboard&) { return MR_NONE; }

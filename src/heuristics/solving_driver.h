@@ -1,9 +1,10 @@
 #pragma once
 // The front end of a solve: prepares the analysis, runs the root, and tells what came of it.
 //
-// Threads: StartSolving runs on a thread of the caller's choice and returns when the solve has ended. Another thread may
-//          meanwhile read the analysis' atomics and the context's move counters, and give commands (CSolve::RequestStop,
-//          CSolve::Pause).
+// Threads: StartSolving runs on a thread of the caller's choice and returns when the solve has ended. Another thread
+// may
+//          meanwhile read the analysis' atomics and the context's move counters, and give commands
+//          (CSolve::RequestStop, CSolve::Pause).
 
 #include <memory>
 #include <string>
@@ -19,24 +20,24 @@ enum class ESolveMode { FirstSolution, StopOnDual, StopOn3, StopOn4, AllSolution
 
 /// A problem with its run options.
 struct TSolveRequest {
-    TChessboard m_board = {};              // validated (RecountFigures), White to move, Black not in check
-    int m_nStipulation = 0;                // mate in n moves, 1..kMaxStipulation
+    TChessboard m_board = {}; // validated (RecountFigures), White to move, Black not in check
+    int m_nStipulation = 0;   // mate in n moves, 1..kMaxStipulation
     long m_nProblemId = 0;
-    std::string m_description;             // for the log
+    std::string m_description; // for the log
     ESolveMode m_mode = ESolveMode::FirstSolution;
-    bool m_bHybrid = false;                // a normal run for one solution, then brute force for the others
-    bool m_bBruteForce = false;            // no heuristics at all
+    bool m_bHybrid = false;     // a normal run for one solution, then brute force for the others
+    bool m_bBruteForce = false; // no heuristics at all
     bool m_bSafeMode = false;
     bool m_bLetRelaxHeuristics = true;
     bool m_bRunPass2 = true;
-    bool m_bChosenHeuristics = false;      // take the mask below instead of the engine's choice
+    bool m_bChosenHeuristics = false; // take the mask below instead of the engine's choice
     std::uint32_t m_nChosenHeuristics = 0;
     std::uint32_t m_nRequiredHeuristics = 0;
     std::int16_t m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
     int m_nThreads = 1;
-    bool m_bAllowThreadDemand = false;     // the user may be asked for more threads
-    std::int64_t m_nMemoryBudgetMB = -1;   // of the register; negative: a share of the physical memory
-    int m_nMemoryShare = 50;               // that share, in percent
+    bool m_bAllowThreadDemand = false;   // the user may be asked for more threads
+    std::int64_t m_nMemoryBudgetMB = -1; // of the register; negative: a share of the physical memory
+    int m_nMemoryShare = 50;             // that share, in percent
     bool m_bLog = false;
 };
 
@@ -49,15 +50,15 @@ enum class EVerdict {
 
 struct TSolvingResult {
     EVerdict m_verdict = EVerdict::Doubtful;
-    bool m_bComplete = false;             // the list of keys is proved complete
-    bool m_bStopped = false;              // the user or a limit ended the run early
-    std::vector<TSolution> m_solutions;   // in the order found
-    std::vector<std::string> m_variant;   // main variant in long notation, key first; empty if it was not finished
-    std::vector<std::string> m_passes;    // names of the passes that were run
+    bool m_bComplete = false;           // the list of keys is proved complete
+    bool m_bStopped = false;            // the user or a limit ended the run early
+    std::vector<TSolution> m_solutions; // in the order found
+    std::vector<std::string> m_variant; // main variant in long notation, key first; empty if it was not finished
+    std::vector<std::string> m_passes;  // names of the passes that were run
     std::uint64_t m_nPositions = 0;
-    double m_seconds = 0;                 // wall clock
-    std::string m_text;                   // the result text for the user
-    std::string m_title;                  // and the title it goes under
+    double m_seconds = 0; // wall clock
+    std::string m_text;   // the result text for the user
+    std::string m_title;  // and the title it goes under
     std::string m_logLine;
 };
 

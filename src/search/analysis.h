@@ -41,7 +41,8 @@ inline constexpr std::uint8_t kHybridHeuristical = 1; // first phase: a normal r
 inline constexpr std::uint8_t kHybridBruteForce = 2;  // second phase: empty mask, search for duals
 
 struct TAnalysis : THeuristicAnalysisParameters {
-    // --- What is asked --------------------------------------------------------------------------------------------------
+    // --- What is asked
+    // --------------------------------------------------------------------------------------------------
     std::uint8_t m_nSolveMode = kSingleSolution;
     std::uint32_t m_nStopFlags = 0;
     std::uint8_t m_nHybridPhase = kNotHybrid;
@@ -52,20 +53,23 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::uint8_t m_nMultithreadingLevels = 1; // 1: only the first move runs in parallel
     std::uint16_t m_nAnalysisStart = 0;       // m_nMoves of the root: a repetition cannot go back beyond it
 
-    // --- What is shared -------------------------------------------------------------------------------------------------
-    ITemporaryRegister* m_pRegister = nullptr; // not owned; null: nothing is stored
-    std::uint32_t m_nRegisterScale = 0;        // memory scale of the register, from the problem's length
-    std::int64_t m_nRegisterBudget = 0;        // bytes; 0 with kNoRegisterBudget means without limit
-    INodeLog* m_pNodeLog = nullptr;            // only the logging instantiations look at it
+    // --- What is shared
+    // -------------------------------------------------------------------------------------------------
+    ITemporaryRegister* m_pRegister = nullptr;             // not owned; null: nothing is stored
+    std::uint32_t m_nRegisterScale = 0;                    // memory scale of the register, from the problem's length
+    std::int64_t m_nRegisterBudget = 0;                    // bytes; 0 with kNoRegisterBudget means without limit
+    INodeLog* m_pNodeLog = nullptr;                        // only the logging instantiations look at it
     void (*m_pProgressHook)(const TChessboard&) = nullptr; // called every sixteenth ply
 
-    // --- Statistics -----------------------------------------------------------------------------------------------------
-    std::atomic<std::uint64_t> m_nPositions{0};    // positions with fewer than four plies left
+    // --- Statistics
+    // -----------------------------------------------------------------------------------------------------
+    std::atomic<std::uint64_t> m_nPositions{0}; // positions with fewer than four plies left
     std::atomic<std::uint64_t> m_nPassesPlanned{1};
-    std::atomic<std::uint64_t> m_nStartTicks{0};   // ms
+    std::atomic<std::uint64_t> m_nStartTicks{0};    // ms
     std::atomic<std::uint64_t> m_nProgressTicks{0}; // ms, last sign of life
 
-    // --- Control record -------------------------------------------------------------------------------------------------
+    // --- Control record
+    // -------------------------------------------------------------------------------------------------
     std::atomic<std::uint8_t> m_nControlLock{0};
     std::atomic<std::uint8_t> m_nCommand{kNoCommand};
     std::atomic<std::uint16_t> m_nCommandThread{kAllThreads};

@@ -5,8 +5,8 @@
 
 namespace quillon {
 
-/// Obeys a pause or a stop of this thread (m_nStopRequest) or of the analysis (m_nCommand): sleeps while paused, in steps
-/// of 10 ms; true if the thread is to stop.
+/// Obeys a pause or a stop of this thread (m_nStopRequest) or of the analysis (m_nCommand): sleeps while paused, in
+/// steps of 10 ms; true if the thread is to stop.
 [[nodiscard]] bool PauseOrStop(const TChessboard& b);
 
 /// Is anything but "run" asked for? Two relaxed reads.

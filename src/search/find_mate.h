@@ -6,7 +6,8 @@
 // moves are tried (register, precalculated data, short-mate search, heuristic checks) are named steps.
 //
 // Stack:   a node builds its children in slot m_nMoves of the thread's context.
-// Stop:    a stopped thread returns MR_NOMATE upwards; who called must look at m_nStopRequest or the control record before
+// Stop:    a stopped thread returns MR_NOMATE upwards; who called must look at m_nStopRequest or the control record
+// before
 //          it believes a result, and every store does.
 
 #include "core/chessboard.h"

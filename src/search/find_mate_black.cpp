@@ -182,8 +182,8 @@ template <TNodeKind kKind> TMateResult AnswerReply(TChessboard* child, int q) {
     return AskWhite<kKind>(child, q);
 }
 
-/// Step 8i for an answer that depends on the path: it is passed on if the repetition went back beyond this node; else the
-/// repetition lies within this subtree, and White has not mated there.
+/// Step 8i for an answer that depends on the path: it is passed on if the repetition went back beyond this node; else
+/// the repetition lies within this subtree, and White has not mated there.
 TMateResult JudgeRepetition(TChessboard& b, int nBackTo, TMateResult result) {
     if (nBackTo > b.m_nMoves) {
         RepetitionMark(b, b.m_nMoves) = static_cast<std::uint16_t>(nBackTo);
@@ -231,7 +231,7 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
         moves.AddNullMoveLast();
 
     bool bAnyLegal = false;
-    while (moves.Next()) {                       // 9
+    while (moves.Next()) {                         // 9
         Publish(*p, moves.m_list, moves.m_nCount); // 7
         for (int i = 0; i < moves.m_nCount; ++i) { // 8
             if (IsControlPending(*p) && PauseOrStop(*p))

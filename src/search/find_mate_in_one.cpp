@@ -1,5 +1,6 @@
-// Mate on the move. The squares around the black king tell which white moves can mate at all: a move that neither checks
-// nor takes away every flight is dropped before it is made. What is left is made on masks and tested for an evasion.
+// Mate on the move. The squares around the black king tell which white moves can mate at all: a move that neither
+// checks nor takes away every flight is dropped before it is made. What is left is made on masks and tested for an
+// evasion.
 
 #include "core/attacks.h"
 #include "core/generation.h"
@@ -24,9 +25,7 @@ class CMateInOne {
         FindDiscoverers();
     }
 
-    [[nodiscard]] bool Find() {
-        return AnyKnightMates() || AnySliderMates() || AnyPawnMates() || AnyKingMoveMates();
-    }
+    [[nodiscard]] bool Find() { return AnyKnightMates() || AnySliderMates() || AnyPawnMates() || AnyKingMoveMates(); }
 
   private:
     static constexpr int kMaxSliders = 16; // legal positions have at most eleven
@@ -118,7 +117,8 @@ class CMateInOne {
         TMask targets = slider.m_attacks & ~m.m_white;
         if (!IsDiscoverer(from))
             targets &= checks;
-        const TFigure kind = static_cast<TFigure>((slider.m_bStraight ? kRook : 0) | (slider.m_bDiagonal ? kBishop : 0));
+        const TFigure kind =
+            static_cast<TFigure>((slider.m_bStraight ? kRook : 0) | (slider.m_bDiagonal ? kBishop : 0));
         while (targets != 0) {
             const int to = TakeSquare(targets);
             if (m_flights == 0 || MayTakeFlights(from, to, SliderAttacks(kind, from, to)))

@@ -388,9 +388,7 @@ void ShowProgress(const TChessboard& p) {
     analysis.m_nProgressTicks.store(TickCount64(), std::memory_order_relaxed);
 }
 
-bool IsProgressPly(const TChessboard& p) {
-    return (p.m_nMoves & 15) == 9 && (p.m_nMoves == 9 || PliesPlayed(p) > 8);
-}
+bool IsProgressPly(const TChessboard& p) { return (p.m_nMoves & 15) == 9 && (p.m_nMoves == 9 || PliesPlayed(p) > 8); }
 
 } // namespace
 

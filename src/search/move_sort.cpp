@@ -16,8 +16,8 @@ bool FindHint(const TChessboard& b, TMove& hint) {
     if (!(bWhite ? IsWhite(figure) : IsBlack(figure)))
         return false;
     TMove list[kMaxMoves];
-    const int count = bWhite ? GenerateWhiteFigureMoves(b, wanted.m_nFrom, list)
-                             : GenerateBlackFigureMoves(b, wanted.m_nFrom, list);
+    const int count =
+        bWhite ? GenerateWhiteFigureMoves(b, wanted.m_nFrom, list) : GenerateBlackFigureMoves(b, wanted.m_nFrom, list);
     const TMove* const found =
         std::find_if(list, list + count, [&](const TMove& move) { return SameMove(move, wanted); });
     hint = wanted;
@@ -26,8 +26,7 @@ bool FindHint(const TChessboard& b, TMove& hint) {
 
 void PutHintFirst(const TChessboard& b, int nMoves, TMove* list) {
     const TMove wanted = b.m_pContext->m_hints[b.m_nMoves];
-    TMove* const found =
-        std::find_if(list, list + nMoves, [&](const TMove& move) { return SameMove(move, wanted); });
+    TMove* const found = std::find_if(list, list + nMoves, [&](const TMove& move) { return SameMove(move, wanted); });
     if (found != list + nMoves)
         std::rotate(list, found, found + 1);
 }

@@ -87,9 +87,8 @@ void StoreVerdict(const TChessboard& b, TMateResult verdict) {
     if (!MayStore(b))
         return;
     const TSearchContext& context = *b.m_pContext;
-    const int nMoves = b.m_nMoves + (verdict == MR_MATE && context.m_bAdditionalMovesUsed
-                                         ? 2 * context.m_nAdditionalMoves
-                                         : 0);
+    const int nMoves =
+        b.m_nMoves + (verdict == MR_MATE && context.m_bAdditionalMovesUsed ? 2 * context.m_nAdditionalMoves : 0);
     const TChessboard key = WithRemovedBishop(b);
     if (verdict == MR_DOUBTFUL)
         b.m_pAnalysis->m_pRegister->InsertDoubtful(key, nMoves);

@@ -15,12 +15,12 @@ namespace quillon {
 [[nodiscard]] TChessboard WithRemovedBishop(const TChessboard& b);
 
 /// What the register knows of a white node (plies left m_nMoves); MR_NONE if nothing usable. Doubt is no answer in the
-/// pass without heuristics. An answer sets the context's doubt cause (0 for no mate, -1 for doubt) and, if it needed the
-/// additional moves, m_bAdditionalMovesUsed; MR_QUICKER comes back as MR_MATE.
+/// pass without heuristics. An answer sets the context's doubt cause (0 for no mate, -1 for doubt) and, if it needed
+/// the additional moves, m_bAdditionalMovesUsed; MR_QUICKER comes back as MR_MATE.
 [[nodiscard]] TMateResult AskRegister(const TChessboard& b);
 
-/// The same for a child of a black node with q plies left: asked only from q = 3 on (inside a trial with additional moves
-/// always).
+/// The same for a child of a black node with q plies left: asked only from q = 3 on (inside a trial with additional
+/// moves always).
 [[nodiscard]] TMateResult AskRegisterAboutReply(const TChessboard& child, int q);
 
 /// May a verdict of this node be stored at all?

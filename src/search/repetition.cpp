@@ -71,8 +71,7 @@ int FindRepetition(const TChessboard& child, bool& bTreated) {
     if (earlier == nullptr || !Counts(*earlier, child))
         return 0;
     const int m = child.m_nMoves + 1;
-    bTreated = !IsStrict(child) ||
-               (m > 13 && (m > 15 || Distance(*earlier, child) < 5 || RepeatsItself(*earlier)));
+    bTreated = !IsStrict(child) || (m > 13 && (m > 15 || Distance(*earlier, child) < 5 || RepeatsItself(*earlier)));
     return earlier->m_nMoves;
 }
 

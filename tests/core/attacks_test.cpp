@@ -179,7 +179,8 @@ TEST_P(AttacksAgainstReference, CapturersAreTheLegalOnes) {
     });
 }
 
-/// Of a side that is not in check every pseudo-legal move but the king's and en passant is legal unless a pin forbids it.
+/// Of a side that is not in check every pseudo-legal move but the king's and en passant is legal unless a pin forbids
+/// it.
 TEST_P(AttacksAgainstReference, PinsForbidExactlyTheMovesThatUncoverTheKing) {
     int nPins = 0;
     Walk(5400, [&](CLine& line, const reference::Position& truth) {
@@ -222,7 +223,8 @@ bool IsEnPassantAvailableInTruth(const reference::Position& truth) {
     for (const int step : {-1, 1})
         bBeside |= IsOnBoard(FileOf(victim) + step, RankOf(victim)) &&
                    truth.board[static_cast<std::size_t>(victim + step)] == own;
-    const bool bPawnChecks = AbsDiff(FileOf(king), FileOf(victim)) == 1 && RankOf(king) == RankOf(truth.enPassant + (bWhite ? -16 : 16));
+    const bool bPawnChecks =
+        AbsDiff(FileOf(king), FileOf(victim)) == 1 && RankOf(king) == RankOf(truth.enPassant + (bWhite ? -16 : 16));
     const int nCheckers = reference::CountAttackers(truth, king, reference::Opponent(truth.toMove));
     return bBeside && (nCheckers == 0 || (nCheckers == 1 && bPawnChecks));
 }

@@ -27,9 +27,7 @@ class CQuestion {
         m_line.Root().m_wKingState |= kBareBlackKing;
         return *this;
     }
-    [[nodiscard]] EVerdict Verdict() {
-        return HasEscapedForCertain(m_line.Root(), m_bCapture) ? kEscaped : kUndecided;
-    }
+    [[nodiscard]] EVerdict Verdict() { return HasEscapedForCertain(m_line.Root(), m_bCapture) ? kEscaped : kUndecided; }
     [[nodiscard]] bool HasMark(std::uint16_t mark) { return (m_line.Root().m_wBlackState & mark) != 0; }
 
   private:
@@ -100,7 +98,8 @@ TEST(EscapeRules, AreAskedAfterAPromotionToBishopOrKnight) {
     struct {
         const char* m_pPromotion;
         int m_nResult;
-    } const rows[] = {{"a7a8B", kCertainEscape}, {"a7a8N", kCertainEscape}, {"a7a8R", kMoveStands}, {"a7a8Q", kMoveStands}};
+    } const rows[] = {
+        {"a7a8B", kCertainEscape}, {"a7a8N", kCertainEscape}, {"a7a8R", kMoveStands}, {"a7a8Q", kMoveStands}};
     for (const auto& row : rows) {
         CLine line("8/P6k/8/8/8/8/8/K7 w");
         line.Play(row.m_pPromotion);

@@ -108,7 +108,7 @@ TMask Walked(int square, const std::vector<std::pair<int, int>>& steps, TMask oc
 const std::vector<std::pair<int, int>> kStraight{{0, 1}, {0, -1}, {1, 0}, {-1, 0}};
 const std::vector<std::pair<int, int>> kDiagonal{{1, 1}, {1, -1}, {-1, 1}, {-1, -1}};
 const std::vector<std::pair<int, int>> kAllRound{{0, 1}, {0, -1}, {1, 0}, {-1, 0}, {1, 1}, {1, -1}, {-1, 1}, {-1, -1}};
-const std::vector<std::pair<int, int>> kKnightSteps8{{1, 2},  {2, 1},  {2, -1}, {1, -2},
+const std::vector<std::pair<int, int>> kKnightSteps8{{1, 2},   {2, 1},   {2, -1}, {1, -2},
                                                      {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}};
 
 TEST(MaskAttacks, SlidersSeeWhatAWalkAlongTheRaysSees) {

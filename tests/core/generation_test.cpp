@@ -45,7 +45,7 @@ TEST(GeneratorOrder, BishopGoesAlongFourDiagonalsNearSquaresFirst) {
 TEST(GeneratorOrder, QueenMovesAsRookThenAsBishop) {
     for (const char* square : {"d4", "a1", "h5", "e8"}) {
         CLine queen("7k/1p6/8/8/8/8/6P1/2K5 w"), rook = CLine("7k/1p6/8/8/8/8/6P1/2K5 w"),
-            bishop = CLine("7k/1p6/8/8/8/8/6P1/2K5 w");
+                                                 bishop = CLine("7k/1p6/8/8/8/8/6P1/2K5 w");
         PutFigure(queen.Root(), SquareOf(square), kWhiteQueen);
         PutFigure(rook.Root(), SquareOf(square), kWhiteRook);
         PutFigure(bishop.Root(), SquareOf(square), kWhiteBishop);
@@ -79,11 +79,9 @@ TEST(GeneratorOrder, PawnStepsThenDoubleStepsThenCapturesLeftAndRight) {
 
 TEST(GeneratorOrder, PromotionsAppearFourTimesQueenFirstCapturesToo) {
     CLine white("3r1n1k/4P3/8/8/8/8/8/K7 w");
-    EXPECT_EQ(WhiteFrom(white, "e7"),
-              Words("e7e8Q e7e8R e7e8B e7e8N e7d8Q e7d8R e7d8B e7d8N e7f8Q e7f8R e7f8B e7f8N"));
+    EXPECT_EQ(WhiteFrom(white, "e7"), Words("e7e8Q e7e8R e7e8B e7e8N e7d8Q e7d8R e7d8B e7d8N e7f8Q e7f8R e7f8B e7f8N"));
     CLine black("7k/8/8/8/8/8/4p3/K2R1N2 b");
-    EXPECT_EQ(BlackFrom(black, "e2"),
-              Words("e2e1Q e2e1R e2e1B e2e1N e2d1Q e2d1R e2d1B e2d1N e2f1Q e2f1R e2f1B e2f1N"));
+    EXPECT_EQ(BlackFrom(black, "e2"), Words("e2e1Q e2e1R e2e1B e2e1N e2d1Q e2d1R e2d1B e2d1N e2f1Q e2f1R e2f1B e2f1N"));
 }
 
 TEST(GeneratorOrder, FullListScansTheSquaresInOrder) {
@@ -103,7 +101,8 @@ TEST(GeneratorOrder, FigureByFigureGivesTheFullListInParts) {
         while (true) {
             TMove list[kMaxMoves];
             const int from = square;
-            const int count = bWhite ? GenerateNextWhiteFigure(b, square, list) : GenerateNextBlackFigure(b, square, list);
+            const int count =
+                bWhite ? GenerateNextWhiteFigure(b, square, list) : GenerateNextBlackFigure(b, square, list);
             if (count == 0)
                 break;
             ASSERT_GT(square, from);
@@ -235,13 +234,13 @@ TEST(CastlingGeneration, KingDoesNotPassNorReachAnAttackedSquare) {
         const char* m_pFen;
         bool m_bKingSide, m_bQueenSide;
     } const rows[] = {
-        {"4k3/8/8/8/8/8/5r2/R3K2R w", false, true},  // f1
-        {"4k3/8/8/8/8/8/6r1/R3K2R w", false, true},  // g1
-        {"4k3/8/8/8/8/8/3r4/R3K2R w", true, false},  // d1
-        {"4k3/8/8/8/8/8/2r5/R3K2R w", true, false},  // c1
-        {"4k3/8/8/8/8/8/1r6/R3K2R w", true, true},   // b1 is passed by the rook alone
-        {"4k3/8/8/8/8/8/r6r/R3K2R w", true, true},   // the rooks may be attacked
-        {"8/8/8/8/8/8/6k1/R3K2R w", false, true},    // the enemy king attacks too
+        {"4k3/8/8/8/8/8/5r2/R3K2R w", false, true}, // f1
+        {"4k3/8/8/8/8/8/6r1/R3K2R w", false, true}, // g1
+        {"4k3/8/8/8/8/8/3r4/R3K2R w", true, false}, // d1
+        {"4k3/8/8/8/8/8/2r5/R3K2R w", true, false}, // c1
+        {"4k3/8/8/8/8/8/1r6/R3K2R w", true, true},  // b1 is passed by the rook alone
+        {"4k3/8/8/8/8/8/r6r/R3K2R w", true, true},  // the rooks may be attacked
+        {"8/8/8/8/8/8/6k1/R3K2R w", false, true},   // the enemy king attacks too
     };
     for (const auto& row : rows) {
         CLine line(row.m_pFen);
@@ -364,7 +363,8 @@ TEST_P(GeneratorsAgainstReference, ChecksFilteredByTheMakerAreTheLegalMovesThatC
             if (truth.toMove != reference::Side::White)
                 return;
             std::vector<reference::Move> checks = reference::LegalMoves(truth);
-            std::erase_if(checks, [&](const reference::Move move) { return !reference::InCheck(reference::Play(truth, move)); });
+            std::erase_if(
+                checks, [&](const reference::Move move) { return !reference::InCheck(reference::Play(truth, move)); });
             ASSERT_EQ(line.Standing(Listed(GenerateWhiteChecks, line.Now())), SortedTexts(checks));
             nChecks += static_cast<int>(checks.size());
         });
@@ -398,8 +398,7 @@ TEST(CheckGeneration, PromotionChecksThroughThePawnsOwnSquare) {
 
 TEST(CheckGeneration, FollowsTheSquaresInOrder) {
     // The king f6 stands between queen and king: of its moves those count that leave the diagonal.
-    EXPECT_EQ(Checks("7k/8/5K2/6N1/3Q4/8/8/R7 w"),
-              Words("a1a8 a1h1 d4d8 d4h4 g5f7 f6f5 f6f7 f6e7 f6e6 f6g6"));
+    EXPECT_EQ(Checks("7k/8/5K2/6N1/3Q4/8/8/R7 w"), Words("a1a8 a1h1 d4d8 d4h4 g5f7 f6f5 f6f7 f6e7 f6e6 f6g6"));
 }
 
 } // namespace

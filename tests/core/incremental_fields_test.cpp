@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
-
 #include "core/chessboard.h"
 #include "core/positions.h"
 
@@ -89,14 +87,15 @@ class IncrementalFields : public testing::TestWithParam<int> {
 };
 
 TEST_P(IncrementalFields, EveryLegalMoveGivesTheRebuiltRecord) {
-    WalkRandomGames<kLegalityOnly>(static_cast<std::uint64_t>(GetParam()), kGames, kPlies, [](CLine& line, const auto&) {
-        for (const std::string& move : line.Moves()) {
-            SCOPED_TRACE(move);
-            if (line.Try<kLegalityOnly>(move) != 0) {
-                ExpectAsRebuilt(line.Tried());
-            }
-        }
-    });
+    WalkRandomGames<kLegalityOnly>(static_cast<std::uint64_t>(GetParam()), kGames, kPlies,
+                                   [](CLine& line, const auto&) {
+                                       for (const std::string& move : line.Moves()) {
+                                           SCOPED_TRACE(move);
+                                           if (line.Try<kLegalityOnly>(move) != 0) {
+                                               ExpectAsRebuilt(line.Tried());
+                                           }
+                                       }
+                                   });
 }
 
 TEST_P(IncrementalFields, EveryMoveThatASolveMakesGivesTheRebuiltRecord) {
@@ -113,14 +112,16 @@ TEST_P(IncrementalFields, EveryMoveThatASolveMakesGivesTheRebuiltRecord) {
 
 TEST_P(IncrementalFields, CheckersAreThoseOfTheReference) {
     WalkRandomGames<kLegalityOnly>(
-        2000u + static_cast<std::uint64_t>(GetParam()), kGames, kPlies, [](CLine& line, const reference::Position& truth) {
+        2000u + static_cast<std::uint64_t>(GetParam()), kGames, kPlies,
+        [](CLine& line, const reference::Position& truth) {
             ASSERT_EQ(line.Now().m_whiteChecker, ExpectedChecker(truth, reference::Side::White));
             ASSERT_EQ(line.Now().m_blackChecker, ExpectedChecker(truth, reference::Side::Black));
             for (const reference::Move move : reference::LegalMoves(truth)) {
                 ASSERT_NE(line.Try<kLegalityOnly>(TextOf(move)), 0) << TextOf(move);
                 const reference::Position after = reference::Play(truth, move);
                 const TChessboard& b = line.Tried();
-                ASSERT_EQ((IsWhiteToMove(b) ? b.m_whiteChecker : b.m_blackChecker) != kNoChecker, reference::InCheck(after))
+                ASSERT_EQ((IsWhiteToMove(b) ? b.m_whiteChecker : b.m_blackChecker) != kNoChecker,
+                          reference::InCheck(after))
                     << TextOf(move);
             }
         });
@@ -204,7 +205,8 @@ void FollowGame(const std::vector<reference::GameStep>& steps) {
         ASSERT_NE(line.Try<kLegalityOnly>(TextOf(move)), 0);
         line.Accept();
         const char mover = before.board[move.from];
-        const bool bEnPassant = (mover == 'P' || mover == 'p') && move.to == before.enPassant && move.from % 8 != move.to % 8;
+        const bool bEnPassant =
+            (mover == 'P' || mover == 'p') && move.to == before.enPassant && move.from % 8 != move.to % 8;
         ExpectLinked(line.Now(), *parent, MoveOf(TextOf(move)), bEnPassant);
         Tell(story, before, move);
         ExpectTold(line, story);
@@ -222,6 +224,134 @@ TEST(IncrementalHistory, CapturesPromotionsAndLinksAreThoseOfTheGame) {
         if (HasFatalFailure())
             return;
     }
+}
+
+// ---- promotions and lists, by name
+
+TEST(WhitePromotion, MovesThePawnsCountToTheNewKind) {
+    for (const auto& [letter, kind] : {std::pair{'Q', kQueen}, {'R', kRook}, {'B', kBishop}, {'N', kKnight}}) {
+        CLine line("8/P6k/8/8/8/8/8/K7 w");
+        line.Play(std::string("a7a8") + letter);
+        TChessboard& b = line.Now();
+        EXPECT_EQ(b.m_board[kA8], kWhite | kind);
+        EXPECT_EQ(b.m_whitePawns, 0);
+        EXPECT_EQ(CounterOf(b, static_cast<TFigure>(kWhite | kind)), 1);
+        EXPECT_EQ((b.m_wBlackState & kWhiteQueenPromoted) != 0, kind == kQueen);
+        EXPECT_NE(b.m_bWhiteListsValid, 0);
+    }
+}
+
+TEST(WhitePromotion, SecondQueenMakesTheListsInvalidUntilBlackTakesOne) {
+    CLine line("8/P6k/8/8/8/6r1/8/K5Q1 w");
+    line.Play("a7a8Q");
+    EXPECT_EQ(line.Now().m_bWhiteListsValid, 0);
+    EXPECT_EQ(line.Now().m_whiteQueens, 2);
+    line.Play("g3g1");
+    EXPECT_NE(line.Now().m_bWhiteListsValid, 0);
+    EXPECT_EQ(line.Now().m_whiteQueens, 1);
+    EXPECT_EQ(line.Now().m_whiteQueenSquare, kA8);
+}
+
+TEST(WhitePromotion, BishopOnTheColourOfTheFirstMakesTheListsInvalid) {
+    CLine same("8/P6k/8/8/8/8/6B1/K7 w"); // a8 and g2 are light
+    same.Play("a7a8B");
+    EXPECT_EQ(same.Now().m_bWhiteListsValid, 0);
+    CLine opposite("8/P6k/8/8/8/8/5B2/K7 w");
+    opposite.Play("a7a8B");
+    EXPECT_NE(opposite.Now().m_bWhiteListsValid, 0);
+    EXPECT_EQ(opposite.Now().m_whiteBishopSquares, (std::array<TSquare, 2>{SquareOf("f2"), kA8}));
+}
+
+TEST(WhitePromotion, ThirdRookMakesTheListsInvalid) {
+    CLine line("8/P6k/8/8/8/8/8/K1RR4 w");
+    line.Play("a7a8R");
+    EXPECT_EQ(line.Now().m_whiteRooks, 3);
+    EXPECT_EQ(line.Now().m_bWhiteListsValid, 0);
+}
+
+TEST(BlackPromotion, CountsAndSaturatesAtThree) {
+    CLine line("K7/8/8/8/7P/8/ppppp2k/8 b");
+    line.Context().m_bUnderPromotionEqual = true;
+    line.Play("a2a1Q");
+    EXPECT_FALSE(line.Context().m_bUnderPromotionEqual);
+    EXPECT_EQ(line.Now().m_board[kA1], kBlackQueen);
+    EXPECT_EQ(line.Now().m_blackQueens, 1);
+    EXPECT_EQ(line.Now().m_blackPawns, 4);
+    EXPECT_EQ(line.Now().m_wBlackState & kBlackPromotionsMask, 1);
+    line.Play("a8b8 b2b1N");
+    EXPECT_EQ(line.Now().m_wBlackState & kBlackPromotionsMask, 2);
+    EXPECT_EQ(line.Now().m_blackKnights, 1);
+    line.Play("h4h5 c2c1R h5h6 d2d1B");
+    EXPECT_EQ(line.Now().m_wBlackState & kBlackPromotionsMask, 3);
+    line.Play("h6h7 e2e1Q");
+    EXPECT_EQ(line.Now().m_wBlackState & kBlackPromotionsMask, 3);
+    EXPECT_EQ(BlackRing(line.Now()), 0) << "the ring beside the counter is untouched";
+    EXPECT_EQ(line.Now().m_blackPawns, 0);
+}
+
+TEST(BlackPromotion, LeavesTheUnderPromotionMarkToOtherMoves) {
+    CLine line("K7/8/8/8/8/8/p6k/8 b");
+    line.Context().m_bUnderPromotionEqual = true;
+    line.Play("h2h1");
+    EXPECT_TRUE(line.Context().m_bUnderPromotionEqual);
+}
+
+TEST(WhiteLists, CapturedFirstEntryIsReplacedByTheSecond) {
+    CLine line("7k/8/8/8/8/8/8/RR2K2r b");
+    PutFigure(line.Root(), SquareOf("a3"), kBlackRook);
+    line.Play("a3a1");
+    EXPECT_EQ(line.Now().m_whiteRooks, 1);
+    EXPECT_EQ(line.Now().m_whiteRookSquares[0], SquareOf("b1"));
+    EXPECT_NE(line.Now().m_bWhiteListsValid, 0);
+}
+
+TEST(WhiteLists, SameColouredBishopCapturedMakesThemValidAgain) {
+    CLine line("7k/8/8/8/8/b7/8/2B1BK2 b");
+    ASSERT_EQ(line.Root().m_bWhiteListsValid, 0);
+    line.Play("a3c1");
+    EXPECT_NE(line.Now().m_bWhiteListsValid, 0);
+    EXPECT_EQ(line.Now().m_whiteBishops, 1);
+    EXPECT_EQ(line.Now().m_whiteBishopSquares[0], kE1);
+}
+
+TEST(WhiteLists, StayInvalidWhileTheBoundsAreBroken) {
+    CLine line("6k1/8/8/8/8/b7/P7/QQR2K2 b");
+    line.Play("a3c1");
+    EXPECT_EQ(line.Now().m_bWhiteListsValid, 0);
+}
+
+// ---- captures
+
+TEST(CaptureRecords, FirstThreeOfEachColourAreKept) {
+    CLine line("7k/8/8/1p1p4/P1P5/8/8/K7 w");
+    line.Play("a4b5");
+    EXPECT_EQ(line.Now().m_bySideState & kBlackCapturesMask, 1 << kBlackCapturesShift);
+    EXPECT_EQ(line.Context().m_capturedBlack[0].m_figure, kBlackPawn);
+    EXPECT_EQ(line.Context().m_capturedBlack[0].m_square, SquareOf("b5"));
+    line.Play("d5c4");
+    EXPECT_EQ(line.Now().m_bySideState & kWhiteCapturesMask, 1 << kWhiteCapturesShift);
+    EXPECT_EQ(line.Context().m_capturedWhite[0].m_figure, kWhitePawn);
+    EXPECT_EQ(line.Context().m_capturedWhite[0].m_square, SquareOf("c4"));
+}
+
+TEST(CaptureRecords, EnPassantTellsThePawnsOwnSquare) {
+    CLine white("7k/3p4/8/4P3/8/8/8/K7 b");
+    white.Play("d7d5 e5d6");
+    EXPECT_EQ(white.Context().m_capturedBlack[0].m_square, SquareOf("d5"));
+    CLine black("7k/8/8/8/4p3/8/3P4/K7 w");
+    black.Play("d2d4 e4d3");
+    EXPECT_EQ(black.Context().m_capturedWhite[0].m_square, SquareOf("d4"));
+}
+
+TEST(CaptureRecords, FourthCaptureIsNotRecorded) {
+    CLine line("7k/8/8/p1p1p1p1/1P1P1P2/8/8/K1R5 w");
+    line.Play<kLegalityOnly>("b4a5 h8g8 d4c5 g8h8 f4e5 h8g8");
+    EXPECT_EQ(line.Now().m_bySideState & kBlackCapturesMask, 3 << kBlackCapturesShift);
+    EXPECT_EQ(line.Context().m_capturedBlack[2].m_square, SquareOf("e5"));
+    line.Play<kLegalityOnly>("c1g1 g8h8 g1g5");
+    EXPECT_EQ(line.Now().m_bySideState & kBlackCapturesMask, 3 << kBlackCapturesShift);
+    EXPECT_EQ(line.Context().m_capturedBlack[2].m_square, SquareOf("e5"));
+    EXPECT_EQ(line.Now().m_bySideState & kWhiteCapturesMask, 0);
 }
 
 } // namespace

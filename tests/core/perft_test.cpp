@@ -29,23 +29,18 @@ TEST_P(Perft, CountsAsPublished) {
     EXPECT_EQ(quillon::Perft(line.Root(), GetParam().m_nDepth), GetParam().m_nLeaves);
 }
 
-INSTANTIATE_TEST_SUITE_P(KnownPositions, Perft,
-                         testing::Values(TPerftRow{"Initial1", kInitial, 1, 20}, TPerftRow{"Initial2", kInitial, 2, 400},
-                                         TPerftRow{"Initial3", kInitial, 3, 8902},
-                                         TPerftRow{"Initial4", kInitial, 4, 197281},
-                                         TPerftRow{"Initial5", kInitial, 5, 4865609},
-                                         TPerftRow{"Kiwipete1", kKiwipete, 1, 48},
-                                         TPerftRow{"Kiwipete2", kKiwipete, 2, 2039},
-                                         TPerftRow{"Kiwipete3", kKiwipete, 3, 97862},
-                                         TPerftRow{"Kiwipete4", kKiwipete, 4, 4085603},
-                                         TPerftRow{"Third5", kThird, 5, 674624},
-                                         TPerftRow{"Third6", kThird, 6, 11030083},
-                                         TPerftRow{"Fourth4", kFourth, 4, 422333},
-                                         TPerftRow{"Fourth5", kFourth, 5, 15833292},
-                                         TPerftRow{"FourthMirrored4", kFourthMirrored, 4, 422333},
-                                         TPerftRow{"Fifth4", kFifth, 4, 2103487},
-                                         TPerftRow{"Sixth4", kSixth, 4, 3894594}),
-                         [](const auto& row) { return std::string(row.param.m_pName); });
+INSTANTIATE_TEST_SUITE_P(
+    KnownPositions, Perft,
+    testing::Values(TPerftRow{"Initial1", kInitial, 1, 20}, TPerftRow{"Initial2", kInitial, 2, 400},
+                    TPerftRow{"Initial3", kInitial, 3, 8902}, TPerftRow{"Initial4", kInitial, 4, 197281},
+                    TPerftRow{"Initial5", kInitial, 5, 4865609}, TPerftRow{"Kiwipete1", kKiwipete, 1, 48},
+                    TPerftRow{"Kiwipete2", kKiwipete, 2, 2039}, TPerftRow{"Kiwipete3", kKiwipete, 3, 97862},
+                    TPerftRow{"Kiwipete4", kKiwipete, 4, 4085603}, TPerftRow{"Third5", kThird, 5, 674624},
+                    TPerftRow{"Third6", kThird, 6, 11030083}, TPerftRow{"Fourth4", kFourth, 4, 422333},
+                    TPerftRow{"Fourth5", kFourth, 5, 15833292},
+                    TPerftRow{"FourthMirrored4", kFourthMirrored, 4, 422333}, TPerftRow{"Fifth4", kFifth, 4, 2103487},
+                    TPerftRow{"Sixth4", kSixth, 4, 3894594}),
+    [](const auto& row) { return std::string(row.param.m_pName); });
 
 TEST(PerftCount, DepthZeroIsThePositionItself) {
     CLine line(kInitial);
@@ -77,7 +72,8 @@ TEST(PerftCount, AgreesWithTheReferenceInRandomDiagrams) {
     for (int round = 0; round < 300; ++round) {
         const std::string placement = reference::RandomAnyPlacement(rng);
         CLine line(placement);
-        ASSERT_EQ(quillon::Perft(line.Root(), 3), reference::Perft(reference::ProblemFromFen(placement), 3)) << placement;
+        ASSERT_EQ(quillon::Perft(line.Root(), 3), reference::Perft(reference::ProblemFromFen(placement), 3))
+            << placement;
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
-// Positions for tests of the chess core: a root in its slot of a context of its own, moves made in the slots below it as
-// a search makes them, and random games in which the reference rules keep step.
+// Positions for tests of the chess core: a root in its slot of a context of its own, moves made in the slots below it
+// as a search makes them, and random games in which the reference rules keep step.
 
 #include <algorithm>
 #include <cstdint>
@@ -24,9 +24,7 @@ namespace quillon::test {
 
 using TTexts = std::vector<std::string>;
 
-[[nodiscard]] inline TSquare SquareOf(std::string_view text) {
-    return SquareAt(text.at(0) - 'a', text.at(1) - '1');
-}
+[[nodiscard]] inline TSquare SquareOf(std::string_view text) { return SquareAt(text.at(0) - 'a', text.at(1) - '1'); }
 
 [[nodiscard]] inline std::string TextOf(TSquare square) {
     return {static_cast<char>('a' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
@@ -127,7 +125,9 @@ class CLine {
         return IsWhiteToMove(*m_pNow) ? Listed(GenerateWhiteMoves, *m_pNow) : Listed(GenerateBlackMoves, *m_pNow);
     }
     /// Those of them that the maker lets stand, sorted.
-    template <TMakerRules kRules = kLegalityOnly> [[nodiscard]] TTexts StandingMoves() { return Standing<kRules>(Moves()); }
+    template <TMakerRules kRules = kLegalityOnly> [[nodiscard]] TTexts StandingMoves() {
+        return Standing<kRules>(Moves());
+    }
 
     /// Those moves that the maker lets stand, sorted.
     template <TMakerRules kRules = kLegalityOnly> [[nodiscard]] TTexts Standing(TTexts moves) {

@@ -215,6 +215,26 @@ TEST(GoingOn, AHeaderInsideABrokenBodyIsNoProblem) {
     EXPECT_EQ(reading.Errors(), (TLines{"3:7 Improper FEN code"}));
 }
 
+TEST(GoingOn, AHeaderInsideABrokenBodyStaysOneWhateverFollows) {
+    // The problem without a stipulation is no place to go on at; its opening bracket must not revive the false header.
+    const TReading reading = Read("1 #2\n{\n\tFEN: 8/8\n\t2 #3\n}\n" + Problem("4") + Problem("3 #2"));
+    EXPECT_EQ(reading.Ids(), (TIds{3}));
+    EXPECT_EQ(reading.m_errors.size(), 1u);
+}
+
+TEST(GoingOn, WhatTheReaderHadPassedIsNotJudgedAgain) {
+    const TReading reading = Read("1 #2 { Desc: a } b\n\tFEN: 8/8\n\t2 #3\n}\n" + Problem("3 #2"));
+    EXPECT_EQ(reading.Ids(), (TIds{3}));
+    EXPECT_EQ(reading.Errors(), (TLines{"2:7 Improper FEN code"}));
+}
+
+TEST(GoingOn, BehindABrokenBodyAHeaderNeedsNoBracket) {
+    const TReading reading = Read("1 #2 { x }\n2 #2 Foo }\n" + Problem("3 #2"));
+    EXPECT_EQ(reading.Ids(), (TIds{3}));
+    ASSERT_EQ(reading.m_errors.size(), 2u);
+    EXPECT_EQ(reading.m_errors[1].ProblemId(), 2);
+}
+
 TEST(GoingOn, AHeaderInsideACommentIsNoProblem) {
     const TReading reading = Read("1 #2 Foo\n/*\n" + Problem("2 #2") + "*/\n" + "// 3 #2 {\n" + Problem("4 #2"));
     EXPECT_EQ(reading.Ids(), (TIds{4}));
@@ -248,6 +268,7 @@ TEST(GoingOn, IndentedHeadersAndSelfmatesAreFound) {
 TEST(GoingOn, ABadFirstLexemeEndsTheReadingSomewhere) {
     EXPECT_EQ(Read("/").Errors(), (TLines{"1:1 Unexpected lexem (slash)."}));
     EXPECT_EQ(Read("}").Errors(), (TLines{"1:1 Alphanumeric identifier expected. Found: }"}));
+    EXPECT_FALSE(Read("}").m_errors[0].ProblemId().has_value());
     EXPECT_EQ(Read("\xFF").Errors(), (TLines{"1:1 Alphanumeric identifier expected. Found: \\xFF"}));
 }
 
