@@ -461,5 +461,14 @@ TEST(WatchedFigures, StepIsFollowed) {
     EXPECT_EQ(line.Now().m_blockedFigures[0], SquareOf("d6"));
 }
 
+TEST(WatchedFigures, OneThatGoesFurtherIsWatchedNoLonger) {
+    CLine line("7k/8/8/3r4/8/8/8/K7 b");
+    line.Root().m_blockedFigures[0] = SquareOf("d5");
+    line.Root().m_blockedFigures[1] = kH8;
+    line.Play("d5d7");
+    EXPECT_EQ(line.Now().m_blockedFigures[0], kNoSquare);
+    EXPECT_EQ(line.Now().m_blockedFigures[1], kH8);
+}
+
 } // namespace
 } // namespace quillon::test

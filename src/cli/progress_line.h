@@ -1,0 +1,38 @@
+#pragma once
+// The live line on standard error that tells how far a solve has come.
+//
+// Threads: every function may be called from any thread; messages and the line never mix.
+
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace quillon {
+
+class CProgressLine {
+  public:
+    /// A line that is not shown takes all calls and writes only messages.
+    explicit CProgressLine(bool bShown) : m_bShown(bShown) {}
+    CProgressLine(const CProgressLine&) = delete;
+    CProgressLine& operator=(const CProgressLine&) = delete;
+    ~CProgressLine() { Erase(); }
+
+    [[nodiscard]] bool IsShown() const { return m_bShown; }
+
+    /// Replaces what the line shows, cut to the width of the terminal.
+    void Show(std::string_view text);
+
+    void Erase();
+
+    /// Erases the line and writes the message below what has been written so far.
+    void WriteMessage(std::string_view message);
+
+  private:
+    void EraseLocked();
+
+    const bool m_bShown;
+    std::mutex m_mutex;
+    std::size_t m_nWritten = 0; // characters on the line; guarded by m_mutex
+};
+
+} // namespace quillon

@@ -1,0 +1,139 @@
+#include "cli/watched_solve.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <exception>
+#include <mutex>
+
+#include "cli/console_notifier.h"
+#include "platform/thread.h"
+
+namespace quillon {
+
+namespace {
+
+using TClock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// The longest search recurses 600 plies deep, with lists of moves in every node and short searches inside long ones.
+constexpr std::size_t kSearchStackBytes = std::size_t{256} << 20;
+
+constexpr auto kWatchStep = 50ms;     // an interrupt is noticed within this time
+constexpr auto kProgressStep = 250ms; // between two states of the live line
+
+class CWatchedSolve {
+  public:
+    CWatchedSolve(const TSolveRequest& request, CProgressLine& line)
+        : m_solve(request), m_line(line), m_notifier(line), m_nRootPly(PliesOf(request.m_nStipulation)) {}
+
+    TWatchedResult Run(std::optional<double> secondsLimit, const std::atomic<int>& interrupts) {
+        m_start = TClock::now();
+        if (secondsLimit)
+            m_deadline = m_start + std::chrono::duration_cast<TClock::duration>(
+                                       std::chrono::duration<double>(*secondsLimit));
+        {
+            CThread thread(kSearchStackBytes, [this] { Solve(); });
+            Watch(interrupts);
+            thread.Join();
+        }
+        m_line.Erase();
+        if (m_failure)
+            std::rethrow_exception(m_failure);
+        return {std::move(m_result), m_cause};
+    }
+
+  private:
+    void Solve() {
+        try {
+            m_result = m_solve.StartSolving(m_notifier);
+        } catch (...) {
+            m_failure = std::current_exception();
+        }
+        const std::lock_guard lock(m_mutex);
+        m_bDone = true;
+        m_changed.notify_one();
+    }
+
+    void Watch(const std::atomic<int>& interrupts) {
+        std::unique_lock lock(m_mutex);
+        while (!m_changed.wait_until(lock, NextLook(), [this] { return m_bDone; })) {
+            if (interrupts.load(std::memory_order_relaxed) > 0)
+                Stop(EStopCause::Interrupt);
+            else if (m_deadline && TClock::now() >= *m_deadline)
+                Stop(EStopCause::TimeLimit);
+            if (m_line.IsShown() && TClock::now() >= m_nextProgress)
+                ShowProgress();
+        }
+    }
+
+    [[nodiscard]] TClock::time_point NextLook() const {
+        const TClock::time_point next = TClock::now() + kWatchStep;
+        return m_deadline && m_cause == EStopCause::None ? std::min(next, *m_deadline) : next;
+    }
+
+    void Stop(EStopCause cause) {
+        if (m_cause == EStopCause::None)
+            m_cause = cause;
+        m_solve.RequestStop();
+    }
+
+    /// The part of the root's moves that this pass has behind it. The replies to the move under analysis, all of which
+    /// must be answered before it is a key, divide its share.
+    [[nodiscard]] double DonePart() const {
+        const TSearchContext& context = m_solve.Context();
+        double done = 0, share = 1;
+        for (int ply = m_nRootPly; ply > 0 && ply > m_nRootPly - 2; --ply) {
+            const auto slot = static_cast<std::size_t>(ply);
+            const int count = context.m_moveCount[slot].load(std::memory_order_relaxed);
+            const int index = context.m_moveIndexShown[slot].load(std::memory_order_relaxed);
+            if (index >= count)
+                break;
+            share /= count;
+            done += share * index;
+        }
+        return done;
+    }
+
+    void ShowProgress() {
+        const TSearchContext& context = m_solve.Context();
+        const auto root = static_cast<std::size_t>(m_nRootPly);
+        const int count = context.m_moveCount[root].load(std::memory_order_relaxed);
+        const int index = context.m_moveIndexShown[root].load(std::memory_order_relaxed);
+        const auto nodes = m_solve.Analysis().m_nPositions.load(std::memory_order_relaxed);
+        const double seconds = std::chrono::duration<double>(TClock::now() - m_start).count();
+        char text[120];
+        if (count == 0)
+            std::snprintf(text, sizeof text, "Initial analysis, %.1f s", seconds);
+        else
+            std::snprintf(text, sizeof text, "Move %d of %d, %.1f%% of this pass, %llu nodes, %.1f s", index + 1,
+                          count, 100 * DonePart(), static_cast<unsigned long long>(nodes), seconds);
+        m_line.Show(text);
+        m_nextProgress = TClock::now() + kProgressStep;
+    }
+
+    CSolve m_solve;
+    CProgressLine& m_line;
+    CConsoleNotifier m_notifier;
+    const int m_nRootPly;
+
+    TClock::time_point m_start{}, m_nextProgress{};
+    std::optional<TClock::time_point> m_deadline;
+    EStopCause m_cause = EStopCause::None;
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_bDone = false; // guarded by m_mutex
+    TSolvingResult m_result;      // of the solving thread; read behind Join
+    std::exception_ptr m_failure; // the same
+};
+
+} // namespace
+
+TWatchedResult SolveWatched(const TSolveRequest& request, CProgressLine& line, std::optional<double> secondsLimit,
+                            const std::atomic<int>& interrupts) {
+    return CWatchedSolve(request, line).Run(secondsLimit, interrupts);
+}
+
+} // namespace quillon

@@ -1,0 +1,26 @@
+#pragma once
+// A solve under watch: on a thread of its own, while the caller's thread shows the progress and ends it in time.
+
+#include <atomic>
+#include <optional>
+
+#include "cli/progress_line.h"
+#include "heuristics/solving_driver.h"
+
+namespace quillon {
+
+enum class EStopCause { None, TimeLimit, Interrupt };
+
+struct TWatchedResult {
+    TSolvingResult m_result;
+    EStopCause m_cause = EStopCause::None; // what was asked to stop the solve; it may have ended just before
+};
+
+/// Runs the solve to its end; no thread is left when it returns.
+///   secondsLimit  stops the solve when it has run so long.
+///   interrupts    stops the solve when it is above 0.
+///   Errors        what StartSolving throws; std::system_error when there is no thread.
+[[nodiscard]] TWatchedResult SolveWatched(const TSolveRequest& request, CProgressLine& line,
+                                          std::optional<double> secondsLimit, const std::atomic<int>& interrupts);
+
+} // namespace quillon
