@@ -1,6 +1,7 @@
 // FEN: any text is read or refused with a ChessException; what is read is what the text says, and writing and reading
 // it again changes nothing.
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -27,8 +28,9 @@ std::string Expanded(std::string_view placement) {
 std::string_view PlacementOf(std::string_view text) { return text.substr(0, text.find_first_of(" \t")); }
 
 bool DiffersOutsideOfBoard(TChessboard a, const TChessboard& b) {
+    constexpr std::size_t kUsed = offsetof(TChessboard, m_bWhiteListsValid) + 1; // without the padding at the end
     a.m_board = b.m_board;
-    return std::memcmp(&a, &b, sizeof a) != 0;
+    return std::memcmp(&a, &b, kUsed) != 0;
 }
 
 bool Reads(TChessboard& b, std::string_view text, TFenFields& fields) {

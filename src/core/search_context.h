@@ -72,6 +72,7 @@ struct TSearchMarks {
     TSquare m_nSingleQueenTarget = kNoSquare;
 
     bool m_bBlockedSubtreeTrial = false; // option of the trial with SH_DONTLETFIGUREUNBLOCK added, first plies only
+    bool m_bEdgeTrial = false;           // SH_KEEPKINGONTHEEDGE is in force as a trial of this line
     bool m_bNoStore = false;             // verdicts are not stored
     bool m_bNoThreadDemand = false;      // the driver must not ask for threads
     std::int8_t m_nVerifyDepth = 0;      // nesting depth of VerifyHeuristics

@@ -12,7 +12,6 @@
 #include "search/control.h"
 #include "search/find_mate.h"
 #include "search/move_sort.h"
-#include "search/register_use.h"
 
 namespace quillon {
 
@@ -53,6 +52,8 @@ class CRootRun {
             for (const TMove& move : initial.m_solvedMoves)
                 AddSolution(move, {});
         }
+        if (m_run.m_bNoAids)
+            SwitchAidsOff();
         if (m_run.m_bChosenHeuristics)
             m_run.m_nInitialHeuristics = m_run.m_nChosenHeuristics;
         SetHeuristics(m_analysis.m_nHybridPhase == kHybridBruteForce ? 0 : m_run.m_nInitialHeuristics);
@@ -76,6 +77,13 @@ class CRootRun {
     }
 
   private:
+    void SwitchAidsOff() {
+        m_context.m_bDropBlockedFigures = false;
+        m_context.m_bQueenCheckRelaxable = false;
+        m_context.m_bPromotedQueenRelaxable = false;
+        m_context.m_bEdgeToAssertBks = false;
+    }
+
     /// Without heuristics there is nothing to doubt: that is pass 2, wherever it comes in the plan.
     void SetHeuristics(std::uint32_t heuristics) {
         m_root.m_nHeuristics = heuristics;
@@ -84,6 +92,7 @@ class CRootRun {
     }
 
     void RunPass() {
+        m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
         m_passName = PassName(m_root.m_byPass, m_context.m_nRelaxations);
         m_run.m_passes.push_back(m_passName);
         const std::size_t count = m_run.m_moves.size();

@@ -37,6 +37,7 @@ struct TRootRun {
     std::uint32_t m_nChosenHeuristics = 0;
     bool m_bAnalysisOnly = false; // stop behind the initial analysis
     bool m_bLog = false;          // run the logging nodes
+    bool m_bNoAids = false;       // threads were refused: relax without the aids that count on them
     std::function<void(const TMove&, std::string_view text, long problemId, std::string_view comment)> m_sink;
 
     // Found.

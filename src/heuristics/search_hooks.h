@@ -7,6 +7,7 @@
 #include "core/chessboard.h"
 #include "core/heuristic_parameters.h"
 #include "core/mate_result.h"
+#include "core/search_context.h"
 
 namespace quillon {
 
@@ -43,6 +44,11 @@ inline void DetectOppositeBishops(TChessboard&) {}
 
 // --- White nodes
 // -------------------------------------------------------------------------------------------------------
+
+/// SH_KEEPKINGONTHEEDGE is in force because of such a trial (below), not as a choice of the pass.
+[[nodiscard]] inline bool IsEdgeTrialRunning(const TChessboard& b) {
+    return (b.m_nHeuristics & SH_KEEPKINGONTHEEDGE) != 0 && b.m_pContext->m_bEdgeTrial;
+}
 
 /// A forced win against a king on the edge, seen without search: a positive result ends the node.
 [[nodiscard]] inline TMateResult ShortCutOnTheEdge(TChessboard&) { return MR_NONE; }

@@ -126,28 +126,22 @@ void CSolve::Prepare() {
 }
 
 int CSolve::RunOnce(bool bFirstTime, bool bAllowDemand) {
+    m_analysis.m_pStatusText.store(kInitialCheckPending, std::memory_order_relaxed);
     m_analysis.m_nStartTicks.store(TickCount64(), std::memory_order_relaxed);
+    m_analysis.m_nProgressTicks.store(TickCount64(), std::memory_order_relaxed);
     return FindMateRoot(*m_context, m_analysis, m_request.m_board, PliesOf(m_request.m_nStipulation), m_run, bFirstTime,
                         bAllowDemand);
 }
 
-/// The aids of relaxation count on the threads that were refused.
-void CSolve::RefuseThreads() {
-    m_context->m_bDropBlockedFigures = false;
-    m_context->m_bQueenCheckRelaxable = false;
-    m_context->m_bPromotedQueenRelaxable = false;
-    m_context->m_bEdgeToAssertBks = false;
-}
-
 int CSolve::RunRoot(INotifier& notifier) {
     const int result = RunOnce(true, m_request.m_bAllowThreadDemand);
-    if (result >= 0 || m_analysis.m_nCommand.load(std::memory_order_relaxed) == kStopCommand)
+    if (result >= 0 || IsStopping(*m_context->m_pRoot))
         return result;
     const int demand = -result;
     if (notifier.AskYesNo(ThreadDemandQuestion(demand), "Quillon"))
         m_analysis.m_nThreads = static_cast<std::uint8_t>(demand);
     else
-        RefuseThreads();
+        m_run.m_bNoAids = true;
     return RunOnce(true, false);
 }
 
@@ -209,7 +203,7 @@ void CSolve::FillTexts(TSolvingResult& result) const {
     if (result.m_bStopped && count == 0) {
         result.m_text = kStoppedByUser;
     } else if (result.m_verdict == EVerdict::NoMate) {
-        result.m_text = NoSolutionText(m_request.m_nStipulation, result.m_seconds, false);
+        result.m_text = NoSolutionText(m_request.m_nStipulation, result.m_seconds, bNoPass2);
         result.m_title = kAnalysisResultTitle;
     } else if (count == 0) {
         result.m_text = NothingFoundText(m_request.m_nStipulation, bNoRelaxation, bNoPass2);

@@ -92,7 +92,6 @@ class CSolve {
     [[nodiscard]] int RunRoot(INotifier& notifier);
     [[nodiscard]] int RunOnce(bool bFirstTime, bool bAllowDemand);
     void SwitchToBruteForce();
-    void RefuseThreads();
     [[nodiscard]] TSolvingResult Collect(double seconds);
     void FillTexts(TSolvingResult& result) const;
     [[nodiscard]] std::vector<std::string> VariantTexts();

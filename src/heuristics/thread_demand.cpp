@@ -20,7 +20,7 @@ int ComputeThreadDemand(const TThreadDemandInput& in) {
         return std::min({demand, good, kMostDemanded});
     }
     if (good == 0 && moves > 8 * n)
-        return std::min(n + n / 2, kMostDemanded);
+        return n > 1 ? std::min(n + n / 2, kMostDemanded) : 0; // half of one more thread is none
     return 0;
 }
 

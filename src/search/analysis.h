@@ -66,6 +66,7 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::atomic<std::uint64_t> m_nPositions{0}; // positions with fewer than four plies left
     std::atomic<std::uint64_t> m_nPassesPlanned{1};
     std::atomic<std::uint64_t> m_nStartTicks{0};    // ms
+    std::atomic<const char*> m_pStatusText{""};     // what the progress panel shows; static texts only
     std::atomic<std::uint64_t> m_nProgressTicks{0}; // ms, last sign of life
 
     // --- Control record

@@ -26,17 +26,19 @@ bool IsControlPending(const TChessboard& b) {
            b.m_pAnalysis->m_nCommand.load(std::memory_order_relaxed) != kNoCommand;
 }
 
+bool IsStopping(const TChessboard& b) {
+    return b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed) >= kStopRequest ||
+           CommandFor(b) == kStopCommand;
+}
+
 bool PauseOrStop(const TChessboard& b) {
-    const TSearchContext& context = *b.m_pContext;
-    for (;;) {
-        const std::uint8_t request = context.m_nStopRequest.load(std::memory_order_relaxed);
-        const std::uint8_t command = CommandFor(b);
-        if (request >= kStopRequest || command == kStopCommand)
-            return true;
-        if (request != kPauseRequest && command != kPauseCommand)
+    while (!IsStopping(b)) {
+        const std::uint8_t request = b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed);
+        if (request != kPauseRequest && CommandFor(b) != kPauseCommand)
             return false;
         SleepMs(kPauseStepMs);
     }
+    return true;
 }
 
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {

@@ -9,6 +9,9 @@ namespace quillon {
 /// steps of 10 ms; true if the thread is to stop.
 [[nodiscard]] bool PauseOrStop(const TChessboard& b);
 
+/// Is this thread being stopped? A verdict found then is none.
+[[nodiscard]] bool IsStopping(const TChessboard& b);
+
 /// Is anything but "run" asked for? Two relaxed reads.
 [[nodiscard]] bool IsControlPending(const TChessboard& b);
 

@@ -154,6 +154,7 @@ template <TNodeKind kKind> TMateResult AskWhite(TChessboard* child, int q) {
         const TMateResult result = FindMateWhite<kKind>(child, true);
         child->m_nHeuristics = heuristics;
         child->m_nHeurParams = params;
+        RepetitionMark(*child, child->m_nMoves) = 0;
         if (result > 0)
             return result;
     }

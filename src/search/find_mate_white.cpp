@@ -123,7 +123,9 @@ class CWhiteMoves {
             return;
         }
         const bool bShort = IsShortLength(m_b) || m_b.m_nMoves == 7;
-        if (!bShort || (m_b.m_nHeuristics & kCheapSortHeuristics) == 0) {
+        if ((m_b.m_nHeuristics & SH_USEBLOCKBLACKPAWNSLEVEL) != 0) {
+            GenerateAll(); // used as generated
+        } else if (!bShort || (m_b.m_nHeuristics & kCheapSortHeuristics) == 0) {
             GenerateAll();
             Take(SortWhiteMoves(m_b, m_nCount, m_list, bShort));
         } else if (IsSimpleSortWorthwhile(m_b)) {
@@ -143,8 +145,6 @@ class CWhiteMoves {
     }
 
     void Take(const TWhiteSort& sort) {
-        if ((m_b.m_nHeuristics & SH_USEBLOCKBLACKPAWNSLEVEL) != 0)
-            return;
         m_nCount = sort.m_nMoves;
         m_bMateFound = sort.m_bMateFound;
         m_bRetry = sort.m_bRetry;
@@ -288,6 +288,7 @@ template <TNodeKind kKind> class CWhiteNode {
             const TMateResult result = FindMateBlack<kKind>(child);
             child->m_nHeuristics = heuristics;
             child->m_nHeurParams = params;
+            RepetitionMark(*child, child->m_nMoves) = 0;
             if (result > 0)
                 return result;
         }
@@ -409,7 +410,7 @@ template <TNodeKind kKind> TMateResult FindMateWhite(TChessboard* p, bool bUseRe
         if (m == 1)
             return FindMateInOne(p) ? MR_MATE : MR_NOMATE;
     }
-    if (m > 16 && PliesPlayed(*p) < 10 && (p->m_nHeuristics & SH_KEEPKINGONTHEEDGE) == 0 && BlackRing(*p) == 0) { // 4
+    if (m > 16 && PliesPlayed(*p) < 10 && !IsEdgeTrialRunning(*p) && BlackRing(*p) == 0) { // 4
         const TMateResult shortCut = ShortCutOnTheEdge(*p);
         if (shortCut > 0)
             return shortCut;
@@ -427,6 +428,8 @@ template TMateResult FindMateWhite<kLoggingNode>(TChessboard*, bool);
 bool HasMateInTwo(const TChessboard& b) {
     TChessboard copy = b;
     copy.m_nMoves = 3;
+    copy.m_byPass = 2; // the answer has to be a proof, whatever is in force in the line
+    copy.m_nHeuristics = copy.m_nHeurParams = 0;
     return FindMateWhite(&copy, false) == MR_MATE;
 }
 

@@ -5,8 +5,8 @@
 #include "core/generation.h"
 #include "core/makers.h"
 #include "core/search_context.h"
+#include "search/control.h"
 #include "search/find_mate.h"
-#include "search/register_use.h"
 
 namespace quillon {
 
@@ -17,8 +17,9 @@ struct TReply {
     int m_nPlies; // White mates within these plies after it
 };
 
-/// Makes a black move as the child of `b`, with `nPlies` left to White.
-TChessboard* MakeReply(TChessboard& b, TMove move, int nPlies) {
+/// Makes a black move as the child of `b`, with `nPlies` left to White. The maker marks an en passant capture in
+/// `move`.
+TChessboard* MakeReply(TChessboard& b, TMove& move, int nPlies) {
     TChessboard* const child = CopyToChild(&b);
     if (MakeBlackMove<kLegalityOnly>(*child, move, false) == kIllegalMove)
         return nullptr;
@@ -41,7 +42,7 @@ std::vector<TReply> LegalReplies(TChessboard& b) {
 TReply LongestReply(TChessboard& b, std::vector<TReply> replies) {
     for (int plies = 1; plies < b.m_nMoves - 1 && !IsStopping(b); plies += 2) {
         std::vector<TReply> surviving;
-        for (const TReply& reply : replies) {
+        for (TReply& reply : replies) {
             TChessboard* const child = MakeReply(b, reply.m_move, plies);
             if (FindMateWhite(child, true) != MR_MATE)
                 surviving.push_back(reply);
@@ -81,7 +82,7 @@ std::vector<TMove> BuildMainVariant(TChessboard& root, const TMove& key) {
         std::vector<TReply> replies = LegalReplies(*b);
         if (replies.empty())
             return line;
-        const TReply reply = LongestReply(*b, std::move(replies));
+        TReply reply = LongestReply(*b, std::move(replies));
         TChessboard* const answered = MakeReply(*b, reply.m_move, reply.m_nPlies);
         line.push_back(reply.m_move);
         b = MakeMatingMove(*answered, move);

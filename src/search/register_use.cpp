@@ -3,6 +3,7 @@
 #include "core/attacks.h"
 #include "core/castling.h"
 #include "search/analysis.h"
+#include "search/control.h"
 
 namespace quillon {
 
@@ -29,11 +30,6 @@ TMateResult Find(const TChessboard& b, int nMaxMoves) {
 }
 
 } // namespace
-
-bool IsStopping(const TChessboard& b) {
-    return b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed) >= kStopRequest ||
-           b.m_pAnalysis->m_nCommand.load(std::memory_order_relaxed) == kStopCommand;
-}
 
 bool IsRegisterSafe(const TChessboard& b) {
     if (b.m_pPrevious == nullptr)

@@ -33,7 +33,4 @@ void StoreVerdict(const TChessboard& b, TMateResult verdict);
 /// promotion on that square.
 void StoreOtherPromotions(const TChessboard& b);
 
-/// Is the thread or the whole analysis being stopped? A verdict found then is none.
-[[nodiscard]] bool IsStopping(const TChessboard& b);
-
 } // namespace quillon

@@ -1,0 +1,99 @@
+#include "cli/bench_command.h"
+
+#include <CLI/CLI.hpp>
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+#include "cli/bench_positions.h"
+#include "cli/output.h"
+#include "cli/solve_report.h"
+#include "core/fen.h"
+
+namespace quillon {
+
+namespace {
+
+// Fixed, so that the search does not depend on the machine's memory.
+constexpr std::int64_t kBenchMemoryMB = 256;
+
+/// 64-bit FNV-1a over numbers and texts, each of them with an end.
+class CFingerprint {
+  public:
+    void Add(std::string_view text) {
+        for (const char c : text)
+            AddByte(static_cast<unsigned char>(c));
+        AddByte(0);
+    }
+    void Add(std::uint64_t number) { Add(std::to_string(number)); }
+
+    [[nodiscard]] std::string Text() const {
+        char text[24];
+        std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(m_hash));
+        return text;
+    }
+
+  private:
+    void AddByte(unsigned char byte) { m_hash = (m_hash ^ byte) * 0x100000001b3; }
+
+    std::uint64_t m_hash = 0xcbf29ce484222325;
+};
+
+TSolveRequest RequestOf(const TBenchPosition& position) {
+    TSolveRequest request;
+    request.m_board = ChessboardFromFEN(position.m_placement);
+    request.m_nStipulation = position.m_nMoves;
+    request.m_mode = ESolveMode::AllSolutions;
+    request.m_nMemoryBudgetMB = kBenchMemoryMB;
+    return request;
+}
+
+std::string LineText(const TBenchPosition& position, const TSolvingResult& result) {
+    char numbers[64];
+    std::snprintf(numbers, sizeof numbers, "%12llu nodes  #%d  ",
+                  static_cast<unsigned long long>(result.m_nPositions), position.m_nMoves);
+    std::string keys;
+    for (const TSolution& key : result.m_solutions)
+        keys += " 1." + key.m_text + "!";
+    return numbers + std::string(position.m_placement) + (keys.empty() ? " no solution" : keys) +
+           (result.m_bComplete ? "" : " (doubtful)") + "\n";
+}
+
+EExitStatus RunBench() {
+    CProgressLine line(false);
+    const std::atomic<int> interrupts{0}; // Ctrl+C ends a bench at once: a part of it says nothing
+    CFingerprint fingerprint;
+    std::uint64_t nodes = 0;
+    double seconds = 0;
+    for (const TBenchPosition& position : kBenchPositions) {
+        const TSolvingResult result = SolveWatched(RequestOf(position), line, std::nullopt, interrupts).m_result;
+        nodes += result.m_nPositions;
+        seconds += result.m_seconds;
+        fingerprint.Add(result.m_nPositions);
+        for (const TSolution& key : result.m_solutions)
+            fingerprint.Add(key.m_text);
+        fingerprint.Add(result.m_bComplete ? 1 : 0);
+        WriteOutput(LineText(position, result));
+    }
+    char text[160];
+    std::snprintf(text, sizeof text, "\nSeconds: %.3f\nNodes per second: %.0f\nFingerprint: %s\nBench: %llu\n",
+                  seconds, seconds > 0 ? static_cast<double>(nodes) / seconds : 0.0, fingerprint.Text().c_str(),
+                  static_cast<unsigned long long>(nodes));
+    WriteOutput(text);
+    return EExitStatus::Answered;
+}
+
+} // namespace
+
+void AddBenchCommand(CLI::App& app, TChosenCommand& chosen) {
+    CLI::App* const command = app.add_subcommand("bench", "Solve a fixed set of problems and tell speed and fingerprint");
+    command->footer(R"(
+Every key of each problem is looked for, on one thread and without a clock.
+"Bench" is the sum of all nodes; it and the fingerprint, which also has the
+keys in it, change only when the search does.)");
+    command->callback([&chosen] { chosen = RunBench; });
+}
+
+} // namespace quillon

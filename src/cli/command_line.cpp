@@ -1,0 +1,76 @@
+#include "cli/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <string>
+
+#include "app/version.h"
+#include "cli/bench_command.h"
+#include "cli/help_formatter.h"
+#include "cli/output.h"
+#include "cli/perft_command.h"
+#include "cli/show_command.h"
+#include "cli/solve_command.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const char* kExamples = R"(
+Examples:
+  quillon solve                                  solve the sample library
+  quillon solve problems.cp --all                every key of every problem
+  quillon solve --fen "8/8/8/8/8/1K5Q/1p6/kn6" --moves 3
+
+"quillon COMMAND --help" tells the options of a command.)";
+
+/// Help and version go to standard output; what is wrong with the command line is told in one line.
+EExitStatus Explain(const CLI::App& app, const CLI::ParseError& error) {
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        app.exit(error, std::cout, std::cerr);
+        WriteOutput("");
+        return EExitStatus::Answered;
+    }
+    const auto commands = app.get_subcommands();
+    const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
+    WriteDiagnostic(error.what());
+    std::cerr << "Run \"quillon " + command + "--help\" for more information.\n";
+    return EExitStatus::BadInput;
+}
+
+EExitStatus Run(int argc, const char* const* argv) {
+    CLI::App app{"Quillon solves direct-mate chess problems.", "quillon"};
+    app.set_version_flag("--version", "quillon " + std::string(kVersion), "Print the version and exit");
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    app.formatter(std::make_shared<CHelpFormatter>());
+    app.require_subcommand(1);
+    app.footer(kExamples);
+    TChosenCommand chosen;
+    AddSolveCommand(app, chosen);
+    AddPerftCommand(app, chosen);
+    AddShowCommand(app, chosen);
+    AddBenchCommand(app, chosen);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return Explain(app, error);
+    }
+    return chosen();
+}
+
+} // namespace
+
+int RunCommandLine(int argc, const char* const* argv) {
+    try {
+        return static_cast<int>(Run(argc, argv));
+    } catch (const std::bad_alloc&) {
+        WriteDiagnostic("out of memory");
+    } catch (const std::exception& failure) {
+        WriteDiagnostic(failure.what());
+    }
+    return static_cast<int>(EExitStatus::SystemFailure);
+}
+
+} // namespace quillon

@@ -1,0 +1,178 @@
+#include "cli/solve_command.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+
+#include "cli/option_values.h"
+#include "cli/output.h"
+#include "cli/problem_source.h"
+#include "cli/solve_options.h"
+#include "cli/solve_report.h"
+#include "core/chess_exception.h"
+#include "platform/interrupt.h"
+#include "platform/terminal.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const char* kDirectMatesOnly = "only direct mates are solved";
+constexpr const char* kOneThread = "note: this version solves on one thread";
+
+constexpr const char* kExamples = R"(
+Examples:
+  quillon solve                                       the sample library
+  quillon solve problems.cp --id 1,5,10-20            some problems of a library
+  quillon solve problems.epd --all --time-limit 60    every key, a minute a problem
+  quillon solve --fen "8/8/8/8/8/1K5Q/1p6/kn6" --moves 3
+
+The side to move is White. Without --all or --stop-on, and without such an
+option in the problem itself, a solve stops at the first key. Ctrl+C stops it
+and tells what is known.
+
+Exit status: 0 every problem has a mate or is proved to have none, 1 some
+doubtful, stopped or differing from the expected answer, 2 bad input or usage,
+3 failure of the system (memory, disk).)";
+
+/// Asked for by Ctrl+C. Handlers refer to it as long as the program runs.
+std::atomic<int> g_interrupts{0};
+
+class CSolveCommand {
+  public:
+    explicit CSolveCommand(const TSolveOptions& options)
+        : m_options(options), m_line(options.m_bProgress || IsTerminal(EStream::Error)) {}
+
+    EExitStatus Run() {
+        if (ThreadsOf(m_options.m_threads) > 1)
+            WriteDiagnostic(kOneThread);
+        const std::optional<TProblemSource> source = ReadSource();
+        if (!source)
+            return EExitStatus::BadInput;
+        m_fileName = source->m_name;
+        for (const std::string& warning : source->m_warnings)
+            WriteDiagnostic(warning);
+        for (const std::string& missing : source->m_missing)
+            Fail(missing);
+        InstallInterruptHandler(g_interrupts);
+        for (const TSourceItem& item : source->m_items)
+            RunItem(item);
+        if (!m_options.m_bJson && m_totals.m_nProblems + m_totals.m_nNotStarted > 1)
+            WriteOutput((m_options.m_bQuiet ? "" : "\n") + SummaryText(m_totals));
+        return m_status;
+    }
+
+  private:
+    std::optional<TProblemSource> ReadSource() {
+        try {
+            if (m_options.m_fen)
+                return MakeFenSource(*m_options.m_fen, m_options.m_moves.value_or(1));
+            return ReadProblemSource(m_options.m_file, m_options.m_ids);
+        } catch (const ChessException& failure) {
+            WriteDiagnostic(failure.what());
+            return std::nullopt;
+        }
+    }
+
+    void RunItem(const TSourceItem& item) {
+        if (g_interrupts.load(std::memory_order_relaxed) > 0) {
+            ++m_totals.m_nNotStarted;
+            Worsen(EExitStatus::Unanswered);
+            return;
+        }
+        ++m_totals.m_nProblems;
+        if (!item.m_problem)
+            ReportError(item, item.m_error);
+        else if (item.m_problem->kind != kDirectMate)
+            ReportError(item, kDirectMatesOnly);
+        else
+            SolveItem(item);
+    }
+
+    void SolveItem(const TSourceItem& item) {
+        const ChessProblem& problem = *item.m_problem;
+        const TSolveRequest request = MakeRequest(problem, m_options);
+        const bool bFromFile = !m_options.m_fen;
+        if (!m_options.m_bJson && !m_options.m_bQuiet)
+            WriteOutput((m_totals.m_nProblems > 1 ? "\n" : "") + HeadText(problem, bFromFile));
+        try {
+            const TWatchedResult watched = SolveWatched(request, m_line, m_options.m_secondsLimit, g_interrupts);
+            TSolveReport report{problem, request, watched, bFromFile, std::nullopt};
+            if ((problem.flags & kFlagAnswer) != 0)
+                report.m_answerCheck = CheckAnswer(watched.m_result, problem.answer, WantedKeys(request));
+            Print(report);
+            Count(report);
+        } catch (const ChessException& failure) {
+            ReportError(item, failure.what());
+        }
+    }
+
+    void Print(const TSolveReport& report) const {
+        if (m_options.m_bJson)
+            WriteOutput(JsonText(report) + "\n");
+        else
+            WriteOutput(m_options.m_bQuiet ? QuietText(report) : ResultText(report));
+        if (m_options.m_bJson && report.m_answerCheck == EAnswerCheck::Differs)
+            WriteDiagnostic(PlaceText(m_fileName, report.m_problem.line) + DifferenceText(report.m_problem));
+    }
+
+    void Count(const TSolveReport& report) {
+        const TSolvingResult& result = report.m_watched.m_result;
+        m_totals.m_nPositions += result.m_nPositions;
+        m_totals.m_seconds += result.m_seconds;
+        const EOutcome outcome = OutcomeOf(result);
+        ++CounterOf(outcome);
+        if (outcome == EOutcome::Doubtful || outcome == EOutcome::Stopped)
+            Worsen(EExitStatus::Unanswered);
+        if (report.m_answerCheck == EAnswerCheck::Differs) {
+            ++m_totals.m_nDiffering;
+            Worsen(EExitStatus::Unanswered);
+        }
+    }
+
+    int& CounterOf(EOutcome outcome) {
+        switch (outcome) {
+        case EOutcome::Mate:
+            return m_totals.m_nSolved;
+        case EOutcome::NoMate:
+            return m_totals.m_nNoSolution;
+        case EOutcome::Doubtful:
+            return m_totals.m_nDoubtful;
+        case EOutcome::Stopped:
+            break;
+        }
+        return m_totals.m_nStopped;
+    }
+
+    void ReportError(const TSourceItem& item, const std::string& message) {
+        ++m_totals.m_nErrors;
+        if (m_options.m_bJson)
+            WriteOutput(JsonErrorText(item.m_id, message, m_fileName, item.m_nLine) + "\n");
+        Fail(PlaceText(m_fileName, item.m_nLine) + message);
+    }
+
+    void Fail(const std::string& message) {
+        WriteDiagnostic(message);
+        Worsen(EExitStatus::BadInput);
+    }
+
+    void Worsen(EExitStatus status) { m_status = Graver(m_status, status); }
+
+    const TSolveOptions& m_options;
+    CProgressLine m_line;
+    std::string m_fileName; // empty for --fen
+    TSolveTotals m_totals;
+    EExitStatus m_status = EExitStatus::Answered;
+};
+
+} // namespace
+
+void AddSolveCommand(CLI::App& app, TChosenCommand& chosen) {
+    CLI::App* const command = app.add_subcommand("solve", "Solve direct-mate problems");
+    const auto options = std::make_shared<TSolveOptions>();
+    AddSolveOptions(*command, *options);
+    command->footer(kExamples);
+    command->callback([options, &chosen] { chosen = [options] { return CSolveCommand(*options).Run(); }; });
+}
+
+} // namespace quillon

@@ -1,0 +1,114 @@
+#include "cli/solve_options.h"
+
+#include "cli/option_values.h"
+
+namespace quillon {
+
+namespace {
+
+ESolveMode ModeOf(int nKeys) {
+    switch (nKeys) {
+    case 2:
+        return ESolveMode::StopOnDual;
+    case 3:
+        return ESolveMode::StopOn3;
+    case 4:
+        return ESolveMode::StopOn4;
+    default:
+        return ESolveMode::FirstSolution;
+    }
+}
+
+/// A limit is narrower than "all".
+ESolveMode ModeOf(const ChessProblem& problem) {
+    if ((problem.flags & kFlagStopOnDual) != 0)
+        return ESolveMode::StopOnDual;
+    if ((problem.flags & kFlagStopOn3Sol) != 0)
+        return ESolveMode::StopOn3;
+    if ((problem.flags & kFlagStopOn4Sol) != 0)
+        return ESolveMode::StopOn4;
+    return (problem.flags & kFlagAllSolutions) != 0 ? ESolveMode::AllSolutions : ESolveMode::FirstSolution;
+}
+
+void AddSources(CLI::App& command, TSolveOptions& options) {
+    auto* const file = command.add_option("FILE", options.m_file,
+                                          "Problem library (.cp) or EPD file; - is standard input. Without it the "
+                                          "sample library of the program is solved");
+    command
+        .add_option("--id", options.m_ids, "Solve only these problems of the file: 7, or 1,5,10-20; may be repeated")
+        ->type_name("N[,M-K]")
+        ->allow_extra_args(false)
+        ->check(ProblemIds());
+    auto* const fen = command.add_option("--fen", options.m_fen,
+                                         "Solve this position: a FEN, its placement alone, or a position id");
+    fen->type_name("FEN")->excludes(file)->excludes("--id");
+    auto* const moves = command.add_option("--moves", options.m_moves, "Mate in so many moves or less, with --fen");
+    moves->type_name("N")->check(WholeNumber(1, kMaxStipulation))->needs(fen);
+    fen->needs(moves);
+}
+
+void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
+    constexpr const char* kGroup = "Search";
+    auto* const all = command.add_flag("--all", options.m_bAll, "Find every key, instead of stopping at the first");
+    all->group(kGroup);
+    command.add_option("--stop-on", options.m_stopOn, "Stop when so many keys have been found (1 to 4)")
+        ->type_name("K")
+        ->check(WholeNumber(1, 4))
+        ->excludes(all)
+        ->group(kGroup);
+    auto* const hybrid = command.add_flag("--hybrid", options.m_bHybrid,
+                                          "One key with heuristics, then the others by brute force");
+    hybrid->group(kGroup);
+    command.add_flag("--brute-force", options.m_bBruteForce, "No heuristics at all")->excludes(hybrid)->group(kGroup);
+    command.add_flag("--safe", options.m_bSafe, "Safe mode: without the implicit heuristics of the quick mode")
+        ->group(kGroup);
+    command.add_flag("--no-relax", options.m_bNoRelax, "Do not relax heuristics between passes")->group(kGroup);
+    command.add_flag("--no-pass2", options.m_bNoPass2, "Skip the last pass, which has no heuristics")->group(kGroup);
+    command.add_option("--threads", options.m_threads, "Threads (this version solves on one thread)")
+        ->type_name("T[^L]")
+        ->check(Threads())
+        ->group(kGroup);
+    command.add_option("--time-limit", options.m_secondsLimit, "Stop a problem after so many seconds")
+        ->type_name("SECONDS")
+        ->check(Seconds())
+        ->group(kGroup);
+}
+
+void AddOutputOptions(CLI::App& command, TSolveOptions& options) {
+    constexpr const char* kGroup = "Output";
+    auto* const json = command.add_flag("--json", options.m_bJson, "One JSON object a problem, on one line");
+    json->group(kGroup);
+    command.add_flag("--quiet", options.m_bQuiet, "One line a problem")->excludes(json)->group(kGroup);
+    command
+        .add_flag("--progress", options.m_bProgress,
+                  "Show the live line of progress even if standard error is no terminal")
+        ->group(kGroup);
+}
+
+} // namespace
+
+void AddSolveOptions(CLI::App& command, TSolveOptions& options) {
+    AddSources(command, options);
+    AddSearchOptions(command, options);
+    AddOutputOptions(command, options);
+}
+
+TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& options) {
+    TSolveRequest request;
+    request.m_board = *problem.originalPosition;
+    request.m_nStipulation = StipulationMoves(problem);
+    request.m_nProblemId = problem.id;
+    request.m_description = problem.description;
+    request.m_mode = options.m_bAll ? ESolveMode::AllSolutions
+                     : options.m_stopOn ? ModeOf(*options.m_stopOn)
+                                        : ModeOf(problem);
+    const bool bWayChosen = options.m_bHybrid || options.m_bBruteForce;
+    request.m_bHybrid = options.m_bHybrid || (!bWayChosen && (problem.flags & kFlagHybridBruteForce) != 0);
+    request.m_bBruteForce = options.m_bBruteForce || (!bWayChosen && (problem.flags & kFlagBruteForce) != 0);
+    request.m_bSafeMode = options.m_bSafe || (problem.flags & kFlagSafeMode) != 0;
+    request.m_bLetRelaxHeuristics = !options.m_bNoRelax;
+    request.m_bRunPass2 = !options.m_bNoPass2;
+    return request;
+}
+
+} // namespace quillon

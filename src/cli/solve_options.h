@@ -1,0 +1,41 @@
+#pragma once
+// The options of `solve`, and the request that they and a problem's own options make.
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "heuristics/solving_driver.h"
+#include "library/chess_problem.h"
+
+namespace quillon {
+
+struct TSolveOptions {
+    std::optional<std::string> m_file; // "-" for standard input
+    std::vector<std::string> m_ids;
+    std::optional<std::string> m_fen;
+    std::optional<int> m_moves;
+
+    bool m_bAll = false;
+    std::optional<int> m_stopOn; // 1..4
+    bool m_bHybrid = false;
+    bool m_bBruteForce = false;
+    bool m_bSafe = false;
+    bool m_bNoRelax = false;
+    bool m_bNoPass2 = false;
+    std::string m_threads = "1"; // "T" or "T^L"
+    std::optional<double> m_secondsLimit;
+
+    bool m_bJson = false;
+    bool m_bQuiet = false;
+    bool m_bProgress = false;
+};
+
+/// Adds all of them to the command; `options` must outlive the reading of the command line.
+void AddSolveOptions(CLI::App& command, TSolveOptions& options);
+
+/// A problem's own options hold unless the command line says otherwise.
+[[nodiscard]] TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& options);
+
+} // namespace quillon
