@@ -757,7 +757,28 @@ UTF-8
 	Answer:  a3-a4
 }
 
-109 #9 AllSolutions
+109 #8 AllSolutions
+{
+	Description: Composed for this library, the march of a pawn: 5 pawns against 4 pawns
+	FEN: k7/1p6/1P6/p7/PKp5/2P1p2P/4P3/8
+	Answer:  Kb4-c5
+}
+
+110 #9 AllSolutions
+{
+	Description: Composed for this library, the march of a pawn: 6 pawns against 5 pawns
+	FEN: k7/1p6/1P5p/p1K2p1P/P4P2/2Pp4/3P4/8
+	Answer:  Kc5-d6
+}
+
+111 #9 AllSolutions
+{
+	Description: Composed for this library, the march of a pawn: 4 pawns against 4 pawns
+	FEN: k7/1p6/pP2p3/P3P2p/2K4P/8/8/8
+	Answer:  Kc4-c5
+}
+
+112 #9 AllSolutions
 {
 	Description: Composed for this library, the march of a pawn: 3 pawns against 3 pawns
 	FEN: k7/1p5K/1P3p2/p7/P7/5P2/8/8

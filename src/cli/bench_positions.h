@@ -33,7 +33,7 @@ inline constexpr std::array kBenchPositions{
     TBenchPosition{2, "2N5/K3Pp2/3p4/k5P1/8/P3B3/8/8"},
     TBenchPosition{3, "8/6P1/2p5/3p4/4Qrk1/1N2b3/4P3/R3K3"},
     TBenchPosition{3, "8/PP2R3/5K2/k2P1p2/2rP3Q/p4p1P/5B2/r7"},
-    TBenchPosition{4, "5BkN/4Pp2/1pB5/1b1p1P2/p2p3Q/1n6/3P1Kp1/6R1"},
+    TBenchPosition{4, "8/5P1P/P7/4p3/2p4K/8/8/7k"},
 
     // Castlings of White, and of Black.
     TBenchPosition{2, "8/4B1N1/6R1/8/5p2/8/8/1k2K2R"},

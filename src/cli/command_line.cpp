@@ -26,6 +26,12 @@ Examples:
 
 "quillon COMMAND --help" tells the options of a command.)";
 
+EExitStatus FailUsage(const std::string& message, const std::string& command) {
+    WriteDiagnostic(message);
+    std::cerr << "Run \"quillon " + command + "--help\" for more information.\n";
+    return EExitStatus::BadInput;
+}
+
 /// Help and version go to standard output; what is wrong with the command line is told in one line.
 EExitStatus Explain(const CLI::App& app, const CLI::ParseError& error) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
@@ -35,9 +41,7 @@ EExitStatus Explain(const CLI::App& app, const CLI::ParseError& error) {
     }
     const auto commands = app.get_subcommands();
     const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
-    WriteDiagnostic(error.what());
-    std::cerr << "Run \"quillon " + command + "--help\" for more information.\n";
-    return EExitStatus::BadInput;
+    return FailUsage(error.what(), command);
 }
 
 EExitStatus Run(int argc, const char* const* argv) {
@@ -45,7 +49,7 @@ EExitStatus Run(int argc, const char* const* argv) {
     app.set_version_flag("--version", "quillon " + std::string(kVersion), "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.formatter(std::make_shared<CHelpFormatter>());
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1); // a missing one is told below, an unknown one by its name
     app.footer(kExamples);
     TChosenCommand chosen;
     AddSolveCommand(app, chosen);
@@ -57,7 +61,7 @@ EExitStatus Run(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         return Explain(app, error);
     }
-    return chosen();
+    return chosen ? chosen() : FailUsage("a command is needed", "");
 }
 
 } // namespace

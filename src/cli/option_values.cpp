@@ -34,8 +34,7 @@ std::optional<TIdRange> ReadRange(std::string_view text) {
 /// Digits with at most one point, at least one digit.
 bool IsDecimal(std::string_view text) {
     return text.find_first_not_of("0123456789.") == std::string_view::npos &&
-           std::count(text.begin(), text.end(), '.') <= 1 &&
-           text.find_first_of("0123456789") != std::string_view::npos;
+           std::count(text.begin(), text.end(), '.') <= 1 && text.find_first_of("0123456789") != std::string_view::npos;
 }
 
 bool IsThreadCount(std::string_view text) {
@@ -72,8 +71,7 @@ CLI::Validator Seconds() {
 CLI::Validator Threads() {
     const auto check = [](std::string& text) -> std::string {
         const std::size_t hat = text.find('^');
-        if (IsThreadCount(text.substr(0, hat)) &&
-            (hat == std::string::npos || IsThreadCount(text.substr(hat + 1))))
+        if (IsThreadCount(text.substr(0, hat)) && (hat == std::string::npos || IsThreadCount(text.substr(hat + 1))))
             return {};
         return "a number of threads is wanted (4, or 4^2 for two levels of the search), not '" + text + "'";
     };

@@ -121,7 +121,7 @@ void AddPerftCommand(CLI::App& app, TChosenCommand& chosen) {
         ->type_name("FEN");
     command->add_option("--depth", options->m_depth, "Half-moves to the leaves, 0 to 40")
         ->type_name("D")
-        ->check(WholeNumber(0, kMostDepth))
+        ->transform(WholeNumber(0, kMostDepth))
         ->required();
     command->add_flag("--divide", options->m_bDivide, "Also the leaves below each move");
     command->add_flag("--json", options->m_bJson, "One JSON object");

@@ -57,10 +57,10 @@ std::string ShowText(const TGivenPosition& position) {
     const bool bWhiteToMove = position.m_fields.m_cSideToMove == 'w';
     TChessboard b = position.m_board;
     b.m_nMoves = b.m_nInitialMoves = bWhiteToMove ? 1 : 2; // only the parity counts
-    return DiagramText(b) + "To move:        " + (bWhiteToMove ? "White" : "Black") + "\nFEN:            " +
-           WriteFEN(b, true) + "\nPosition id:    " + ToAlphanum6(MakeChessboardId(b)) + "\nPosition type:  " +
-           TypeText(b) + "\nCastlings:      White " + CastlingsText(WhiteCastlingsOnBoard(b)) + "; Black " +
-           CastlingsText(BlackCastlingsOnBoard(b)) + "\nCheck:          " + CheckText(position) + "\n";
+    return DiagramText(b) + "To move:        " + (bWhiteToMove ? "White" : "Black") +
+           "\nFEN:            " + WriteFEN(b, true) + "\nPosition id:    " + ToAlphanum6(MakeChessboardId(b)) +
+           "\nPosition type:  " + TypeText(b) + "\nCastlings:      White " + CastlingsText(WhiteCastlingsOnBoard(b)) +
+           "; Black " + CastlingsText(BlackCastlingsOnBoard(b)) + "\nCheck:          " + CheckText(position) + "\n";
 }
 
 EExitStatus RunShow(const std::string& fen) {

@@ -39,11 +39,11 @@ void AddSources(CLI::App& command, TSolveOptions& options) {
         ->type_name("N[,M-K]")
         ->allow_extra_args(false)
         ->check(ProblemIds());
-    auto* const fen = command.add_option("--fen", options.m_fen,
-                                         "Solve this position: a FEN, its placement alone, or a position id");
+    auto* const fen =
+        command.add_option("--fen", options.m_fen, "Solve this position: a FEN, its placement alone, or a position id");
     fen->type_name("FEN")->excludes(file)->excludes("--id");
     auto* const moves = command.add_option("--moves", options.m_moves, "Mate in so many moves or less, with --fen");
-    moves->type_name("N")->check(WholeNumber(1, kMaxStipulation))->needs(fen);
+    moves->type_name("N")->transform(WholeNumber(1, kMaxStipulation))->needs(fen);
     fen->needs(moves);
 }
 
@@ -53,11 +53,11 @@ void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
     all->group(kGroup);
     command.add_option("--stop-on", options.m_stopOn, "Stop when so many keys have been found (1 to 4)")
         ->type_name("K")
-        ->check(WholeNumber(1, 4))
+        ->transform(WholeNumber(1, 4))
         ->excludes(all)
         ->group(kGroup);
-    auto* const hybrid = command.add_flag("--hybrid", options.m_bHybrid,
-                                          "One key with heuristics, then the others by brute force");
+    auto* const hybrid =
+        command.add_flag("--hybrid", options.m_bHybrid, "One key with heuristics, then the others by brute force");
     hybrid->group(kGroup);
     command.add_flag("--brute-force", options.m_bBruteForce, "No heuristics at all")->excludes(hybrid)->group(kGroup);
     command.add_flag("--safe", options.m_bSafe, "Safe mode: without the implicit heuristics of the quick mode")
@@ -99,7 +99,7 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_nStipulation = StipulationMoves(problem);
     request.m_nProblemId = problem.id;
     request.m_description = problem.description;
-    request.m_mode = options.m_bAll ? ESolveMode::AllSolutions
+    request.m_mode = options.m_bAll     ? ESolveMode::AllSolutions
                      : options.m_stopOn ? ModeOf(*options.m_stopOn)
                                         : ModeOf(problem);
     const bool bWayChosen = options.m_bHybrid || options.m_bBruteForce;

@@ -70,8 +70,7 @@ std::string CompletenessText(const TSolveReport& report) {
 }
 
 std::string StoppedText(const TWatchedResult& watched) {
-    std::string text =
-        watched.m_cause == EStopCause::TimeLimit ? "Stopped by the time limit" : kStoppedByUser;
+    std::string text = watched.m_cause == EStopCause::TimeLimit ? "Stopped by the time limit" : kStoppedByUser;
     text += watched.m_result.m_solutions.empty() ? ", no key found so far." : "; other keys are not excluded.";
     return text;
 }
@@ -199,8 +198,8 @@ std::string ResultText(const TSolveReport& report) {
     if (!result.m_variant.empty())
         text += "Main variant: " + VariantText(result.m_variant) + "\n";
     text += VerdictText(report) + "\n" + AnswerLine(report);
-    return text + PassesText(result.m_passes) + NodesText(result.m_nPositions) + "; " +
-           SecondsText(result.m_seconds) + "\n";
+    return text + PassesText(result.m_passes) + NodesText(result.m_nPositions) + "; " + SecondsText(result.m_seconds) +
+           "\n";
 }
 
 std::string QuietText(const TSolveReport& report) {

@@ -30,9 +30,10 @@ class CWatchedSolve {
 
     TWatchedResult Run(std::optional<double> secondsLimit, const std::atomic<int>& interrupts) {
         m_start = TClock::now();
+        m_nextProgress = m_start + kProgressStep;
         if (secondsLimit)
-            m_deadline = m_start + std::chrono::duration_cast<TClock::duration>(
-                                       std::chrono::duration<double>(*secondsLimit));
+            m_deadline =
+                m_start + std::chrono::duration_cast<TClock::duration>(std::chrono::duration<double>(*secondsLimit));
         {
             CThread thread(kSearchStackBytes, [this] { Solve(); });
             Watch(interrupts);
@@ -107,8 +108,8 @@ class CWatchedSolve {
         if (count == 0)
             std::snprintf(text, sizeof text, "Initial analysis, %.1f s", seconds);
         else
-            std::snprintf(text, sizeof text, "Move %d of %d, %.1f%% of this pass, %llu nodes, %.1f s", index + 1,
-                          count, 100 * DonePart(), static_cast<unsigned long long>(nodes), seconds);
+            std::snprintf(text, sizeof text, "Move %d of %d, %.1f%% of this pass, %llu nodes, %.1f s", index + 1, count,
+                          100 * DonePart(), static_cast<unsigned long long>(nodes), seconds);
         m_line.Show(text);
         m_nextProgress = TClock::now() + kProgressStep;
     }
@@ -124,7 +125,7 @@ class CWatchedSolve {
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_bDone = false; // guarded by m_mutex
+    bool m_bDone = false;         // guarded by m_mutex
     TSolvingResult m_result;      // of the solving thread; read behind Join
     std::exception_ptr m_failure; // the same
 };

@@ -137,7 +137,9 @@ class CRootRun {
     bool NextPass() {
         if (m_root.m_byPass >= 2)
             return false;
-        if (m_context.m_bLetRelaxHeuristics && TryRelaxSpecialHeuristics(m_root)) {
+        // A run that looks for duals and has a key goes straight to the proof.
+        const bool bOnlyDualsWanted = !m_run.m_solutions.empty() && (m_analysis.m_nSolveMode & kAllSolutions) == 0;
+        if (m_context.m_bLetRelaxHeuristics && !bOnlyDualsWanted && TryRelaxSpecialHeuristics(m_root)) {
             ++m_context.m_nRelaxations;
             return true;
         }
@@ -177,11 +179,12 @@ class CRootRun {
 };
 
 /// How many threads the root wants; no sort tells good moves from others yet, so only the number of moves counts.
-int DemandedThreads(const TAnalysis& analysis, const TRootRun& run) {
+int DemandedThreads(const TAnalysis& analysis, const TRootRun& run, const TChessboard& b) {
     TThreadDemandInput input{};
     input.m_nThreads = analysis.m_nThreads;
     input.m_nMoves = static_cast<int>(run.m_moves.size());
     input.m_nProcessors = UsableProcessors();
+    input.m_bPawnsOnly = WhiteMen(b) + BlackMen(b) == b.m_whitePawns + b.m_blackPawns;
     return ComputeThreadDemand(input);
 }
 
@@ -210,7 +213,7 @@ int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard
     driver.ListMoves();
     if (nPlies > kShortestDemandingPlies && bAllowThreadDemand && !analysis.m_bThreadsForced &&
         !context.m_bNoThreadDemand) {
-        if (const int demand = DemandedThreads(analysis, run)) {
+        if (const int demand = DemandedThreads(analysis, run, root)) {
             analysis.m_bThreadsForced = true;
             return -demand;
         }

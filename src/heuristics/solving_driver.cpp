@@ -135,8 +135,12 @@ int CSolve::RunOnce(bool bFirstTime, bool bAllowDemand) {
 
 int CSolve::RunRoot(INotifier& notifier) {
     const int result = RunOnce(true, m_request.m_bAllowThreadDemand);
-    if (result >= 0 || IsStopping(*m_context->m_pRoot))
+    if (result >= 0)
         return result;
+    if (IsStopping(*m_context->m_pRoot)) {
+        m_run.m_bStopped = true;
+        return kNoSolutionFound;
+    }
     const int demand = -result;
     if (notifier.AskYesNo(ThreadDemandQuestion(demand), "Quillon"))
         m_analysis.m_nThreads = static_cast<std::uint8_t>(demand);

@@ -307,7 +307,7 @@ template <TNodeKind kKind> class CWhiteNode {
             if (m_context.m_bUnderPromotionEqual)
                 StoreOtherPromotions(*m_p);
         }
-        StoreVerdict(*m_p, MR_MATE);
+        Store(MR_MATE);
     }
 
     /// Step 9i.

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "core/positions.h"
+#include "support/reference_solver.h"
 
 namespace quillon::test {
 namespace {
@@ -418,6 +419,56 @@ TEST(RookPawnCorner, MaterialIsTold) {
     EXPECT_EQ(ColourOutOfBishopsReach(CLine("7k/8/8/8/8/8/8/KB6").Root()), 0);
     EXPECT_EQ(ColourOutOfBishopsReach(CLine("6k1/8/8/8/8/8/8/KBB5").Root()), -1);
     EXPECT_EQ(ColourOutOfBishopsReach(CLine("7k/8/8/8/8/8/8/K7").Root()), -1);
+}
+
+// ---- against the reference
+
+/// Asks about up to three captures of Black behind each white move; the white moves left after them are nMoves.
+void ExpectEscapesHold(const std::string& placement, int nMoves, int& nEscapes) {
+    CLine line(placement, 2 * nMoves + 1);
+    const reference::Position truth = reference::ProblemFromFen(placement);
+    int nAsked = 0;
+    for (const reference::Move move : reference::LegalMoves(truth)) {
+        if (line.Try(TextOf(move)) == 0)
+            continue;
+        const TChessboard before = line.Tried();
+        const reference::Position afterWhite = reference::Play(truth, move);
+        for (const reference::Move reply : reference::LegalMoves(afterWhite)) {
+            if (!reference::IsCapture(afterWhite, reply) || nAsked == 3)
+                continue;
+            TChessboard parent = before, child = before;
+            child.m_pPrevious = &parent;
+            TMove answer = MoveOf(TextOf(reply));
+            if (MakeBlackMove(child, answer, false) != kCertainEscape)
+                continue;
+            ++nAsked;
+            EXPECT_FALSE(reference::ForcesMate(reference::Play(afterWhite, reply), nMoves)) << WriteFEN(child, false);
+        }
+    }
+    nEscapes += nAsked;
+}
+
+TEST(EscapeRules, WhiteHasNoMateInTwoWhereBlackHasEscaped) {
+    std::mt19937_64 rng(91);
+    int nEscapes = 0;
+    for (int round = 0; round < 3000; ++round)
+        ExpectEscapesHold(reference::RandomMinorPlacement(rng, 4 + round % 5), 2, nEscapes);
+    EXPECT_GT(nEscapes, 1000);
+}
+
+/// Random diagrams, White to move, as if Black had just captured.
+TEST(EscapeRules, WhiteHasNoMateInThreeWhereBlackHasEscaped) {
+    std::mt19937_64 rng(92);
+    int nEscapes = 0;
+    for (int round = 0; round < 3000; ++round) {
+        const std::string placement = reference::RandomMinorPlacement(rng, 3 + round % 3);
+        if (CQuestion(placement, 3).Verdict() != kEscaped)
+            continue;
+        ++nEscapes;
+        const auto answer = reference::SolveAllWithTable(reference::ProblemFromFen(placement), 3, 3'000'000);
+        EXPECT_TRUE(answer.has_value() && !answer->mateExists) << placement;
+    }
+    EXPECT_GT(nEscapes, 500);
 }
 
 } // namespace

@@ -17,6 +17,7 @@
 #include "core/generation.h"
 #include "core/makers.h"
 #include "core/search_context.h"
+#include "search/analysis.h"
 #include "support/random_positions.h"
 #include "support/reference_chess.h"
 
@@ -89,6 +90,8 @@ class CLine {
         if (IsWhiteToMove(root) != bWhite)
             throw std::invalid_argument("plies and side to move disagree");
         root.m_pContext = m_context.get();
+        root.m_pAnalysis = m_analysis.get();
+        m_analysis->m_nAnalysisStart = root.m_nMoves;
         m_pNow = m_context->m_pRoot = &RootSlot(*m_context, root.m_nMoves);
         *m_pNow = root;
     }
@@ -142,6 +145,7 @@ class CLine {
 
   private:
     std::unique_ptr<TSearchContext> m_context = NewSearchContext();
+    std::unique_ptr<TAnalysis> m_analysis = std::make_unique<TAnalysis>(); // Black's maker asks the search for mates
     TChessboard* m_pNow = nullptr;
     TChessboard* m_pChild = nullptr;
 };

@@ -193,7 +193,7 @@ TEST_F(HeuristicText, SeaSnakeShowsSquaresAndCount) {
     m_p.m_nSeaSnakeTurnBack = kE6;
     m_p.m_nSeaSnakePendulum1 = kA1;
     EXPECT_EQ(Parameters(SH_SEASNAKE), "D5,E6");
-    m_analysis.m_seaSnakeAfterMoves = {TMove{1, 2}, TMove{3, 4}, TMove{5, 6}};
+    m_analysis.m_seaSnakeAfterMoves = {TMove{1, 2, 0, 0}, TMove{3, 4, 0, 0}, TMove{5, 6, 0, 0}};
     EXPECT_EQ(Parameters(SH_SEASNAKE), "D5,E6,3");
     m_p.m_nSeaSnakeTurnBack = kNoSquare;
     EXPECT_EQ(Parameters(SH_SEASNAKE), "D5,3");

@@ -30,8 +30,10 @@ class CErrorStreamAt {
 class CPseudoTerminal {
   public:
     CPseudoTerminal() : m_master(posix_openpt(O_RDWR | O_NOCTTY)) {
-        if (m_master >= 0 && grantpt(m_master) == 0 && unlockpt(m_master) == 0)
-            m_terminal = open(ptsname(m_master), O_RDWR | O_NOCTTY);
+        char name[64];
+        if (m_master >= 0 && grantpt(m_master) == 0 && unlockpt(m_master) == 0 &&
+            ptsname_r(m_master, name, sizeof name) == 0)
+            m_terminal = open(name, O_RDWR | O_NOCTTY);
     }
     CPseudoTerminal(const CPseudoTerminal&) = delete;
     CPseudoTerminal& operator=(const CPseudoTerminal&) = delete;

@@ -27,7 +27,7 @@ std::size_t StackOfThisThread() {
 }
 
 // Uses a kilobyte of stack a level; the result keeps the frames alive.
-int UseKilobytes(int kilobytes) { // NOLINT(misc-no-recursion)
+int UseKilobytes(int kilobytes) {
     volatile char frame[1024];
     frame[0] = static_cast<char>(kilobytes);
     if (kilobytes == 0)
@@ -83,7 +83,8 @@ TEST(Thread, MoveHandsTheThreadOver) {
     std::atomic<int> runs = 0;
     CThread first(kMegabyte, [&runs] { ++runs; });
     CThread second(std::move(first));
-    EXPECT_FALSE(first.IsJoinable()); // NOLINT(bugprone-use-after-move): a moved-from thread is no thread
+    // A moved-from thread is no thread, by contract.
+    EXPECT_FALSE(first.IsJoinable()); // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
     EXPECT_TRUE(second.IsJoinable());
     second = CThread(kMegabyte, [&runs] { ++runs; });
     second.Join();

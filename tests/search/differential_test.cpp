@@ -33,8 +33,7 @@ class CEngine {
     /// The verdict of the root's own node in a pass.
     [[nodiscard]] TMateResult Verdict(const std::string& placement, int nMoves, int nPass, bool bSafeMode) {
         m_analysis.m_bSafeMode = bSafeMode;
-        TChessboard& root =
-            *MakeRoot(*m_context, m_analysis, ChessboardFromFEN(placement), 2 * nMoves - 1, nPass);
+        TChessboard& root = *MakeRoot(*m_context, m_analysis, ChessboardFromFEN(placement), 2 * nMoves - 1, nPass);
         const TMateResult verdict = FindMateWhite(&root, true);
         m_analysis.m_bSafeMode = false;
         return verdict;
@@ -62,8 +61,8 @@ int Compare(const TSample& sample) {
     for (int i = 0; compared < sample.m_nCount && i < 10 * sample.m_nCount; ++i) {
         const int men = sample.m_nLeastMen + reference::DrawInt(rng, sample.m_nMostMen - sample.m_nLeastMen + 1);
         const std::string placement = AnyPlacement(rng, i, men);
-        const auto truth = reference::SolveAllWithTable(reference::ProblemFromFen(placement), sample.m_nMoves,
-                                                        sample.m_nMaxNodes);
+        const auto truth =
+            reference::SolveAllWithTable(reference::ProblemFromFen(placement), sample.m_nMoves, sample.m_nMaxNodes);
         if (!truth)
             continue;
         ++compared;
@@ -155,7 +154,8 @@ TEST(Differential, ComposedPositionsHaveTheirKeyAlone) {
     for (const TComposed& row : rows) {
         if (row.m_nMoves > 5 || i++ % (rows.size() / static_cast<std::size_t>(Samples(120)) + 1) != 0)
             continue;
-        EXPECT_EQ(engine.Keys(row.m_placement, row.m_nMoves), TKeys{row.m_key}) << row.m_placement << ' ' << row.m_remark;
+        EXPECT_EQ(engine.Keys(row.m_placement, row.m_nMoves), TKeys{row.m_key})
+            << row.m_placement << ' ' << row.m_remark;
         EXPECT_TRUE(engine.Keys(row.m_placement, row.m_nMoves - 1).empty()) << row.m_placement << " is shorter";
     }
 }

@@ -26,8 +26,7 @@ TEST(MateInOne, AgreesWithTheRulesInRandomDiagrams) {
     for (int i = 0; i < count; ++i) {
         const std::string placement = AnyPlacement(rng, i, 4 + i % 9);
         const bool bMate = HasReferenceMateInOne(reference::ProblemFromFen(placement));
-        TChessboard& root =
-            *MakeRoot(frame.Context(), frame.Analysis(), ChessboardFromFEN(placement), 1, 2);
+        TChessboard& root = *MakeRoot(frame.Context(), frame.Analysis(), ChessboardFromFEN(placement), 1, 2);
         ASSERT_EQ(FindMateInOne(&root), bMate) << placement;
         mates += bMate ? 1 : 0;
     }
@@ -110,8 +109,7 @@ TEST(MateInTwo, AgreesWithTheRulesInRandomDiagrams) {
     for (int i = 0; i < Samples(2500); ++i) {
         const std::string placement = AnyPlacement(rng, i, 4 + i % 6);
         const bool bMate = reference::ForcesMate(reference::ProblemFromFen(placement), 2);
-        TChessboard& root =
-            *MakeRoot(frame.Context(), frame.Analysis(), ChessboardFromFEN(placement), 3, 2);
+        TChessboard& root = *MakeRoot(frame.Context(), frame.Analysis(), ChessboardFromFEN(placement), 3, 2);
         ASSERT_EQ(HasMateInTwo(root), bMate) << placement;
         mates += bMate ? 1 : 0;
     }

@@ -133,8 +133,8 @@ TEST(Repetition, StrictCasesTreatItEarlyInTheLineOnly) {
         bool m_bTreated;
     };
     for (const TRow& row : {TRow{kFourPlies, 4, 11, false}, TRow{kFourPlies, 4, 13, false},
-                            TRow{kFourPlies, 4, 15, true}, TRow{kFourPlies, 4, 17, true},
-                            TRow{kSixPlies, 6, 13, false}, TRow{kSixPlies, 6, 15, false}, TRow{kSixPlies, 6, 17, true}})
+                            TRow{kFourPlies, 4, 15, true}, TRow{kFourPlies, 4, 17, true}, TRow{kSixPlies, 6, 13, false},
+                            TRow{kSixPlies, 6, 15, false}, TRow{kSixPlies, 6, 17, true}})
         for (const bool bSafeMode : {false, true}) {
             const int root = row.m_nPlies + row.m_nPlayed;
             CSearchedPosition line(kRook, root, bSafeMode ? 1 : 2);
@@ -251,9 +251,14 @@ TEST(RepetitionInNodes, QuickPassEndsItAtAnyLength) {
     CRepetitionCounter log;
     CSearchedPosition line(kShutIn, 9, 1);
     line.Analysis().m_pNodeLog = &log;
-    EXPECT_EQ(line.Verdict<kLoggingNode>(), MR_DOUBTFUL);
-    EXPECT_GT(log.m_nFound, 0);
-    EXPECT_LE(log.m_nFewestPlies, 5);
+    line.Play("Kg1-h1 Ka8-b8 Kh1-g1 Kb8-a8");
+    EXPECT_EQ(line.Verdict<kLoggingNode>(), MR_REPETITION);
+    EXPECT_EQ(log.m_nFound, 1) << "White's only move";
+    EXPECT_EQ(log.m_nFewestPlies, 5);
+    CSearchedPosition safe(kShutIn, 9, 1);
+    safe.Analysis().m_bSafeMode = true;
+    safe.Play("Kg1-h1 Ka8-b8 Kh1-g1 Kb8-a8");
+    EXPECT_EQ(safe.Verdict(), MR_NOMATE);
 }
 
 } // namespace

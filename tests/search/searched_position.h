@@ -1,6 +1,7 @@
 #pragma once
 // A position set up for the nodes of the recursion, and the doubles that tests put beside it.
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <memory>
@@ -61,8 +62,8 @@ class CSearchedPosition {
             const bool bWhite = IsWhiteToMove(*m_pNow);
             TMove move = ParseMove(text, bWhite);
             TChessboard* const child = CopyToChild(m_pNow);
-            const int made = bWhite ? MakeWhiteMove<kLegalityOnly>(*child, move)
-                                    : MakeBlackMove<kLegalityOnly>(*child, move, false);
+            const int made =
+                bWhite ? MakeWhiteMove<kLegalityOnly>(*child, move) : MakeBlackMove<kLegalityOnly>(*child, move, false);
             if (made == 0)
                 throw std::invalid_argument("cannot play " + std::string(text));
             m_pNow = child;

@@ -1,0 +1,104 @@
+#include "cli/program_run.h"
+
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace quillon::testing {
+
+namespace {
+
+std::string ReadAll(const std::filesystem::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+void Redirect(const std::string& path, int flags, int descriptor) {
+    const int opened = open(path.c_str(), flags, 0600);
+    if (opened < 0 || dup2(opened, descriptor) < 0)
+        _exit(126);
+    close(opened);
+}
+
+bool WaitForText(const std::filesystem::path& path, const std::string& text) {
+    using namespace std::chrono_literals;
+    for (int nSteps = 0; nSteps < 3000; ++nSteps, std::this_thread::sleep_for(20ms))
+        if (ReadAll(path).find(text) != std::string::npos)
+            return true;
+    return false;
+}
+
+} // namespace
+
+std::vector<std::string> TProgramResult::OutLines() const {
+    std::vector<std::string> lines;
+    std::istringstream text(m_out);
+    for (std::string line; std::getline(text, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+CProgramRun::CProgramRun(const std::vector<std::string>& arguments, const TProgramInput& input) {
+    m_folder.Write("in", input.m_text);
+    m_folder.Write("out", "");
+    m_folder.Write("err", "");
+    const std::string in = m_folder.Path() / "in", err = m_folder.Path() / "err";
+    const std::string out = input.m_outputPath.empty() ? std::string(m_folder.Path() / "out") : input.m_outputPath;
+    std::vector<std::string> texts{QUILLON_PROGRAM};
+    texts.insert(texts.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& text : texts)
+        argv.push_back(text.data());
+    argv.push_back(nullptr);
+    m_pid = fork();
+    if (m_pid < 0)
+        throw std::runtime_error("cannot fork");
+    if (m_pid == 0) {
+        Redirect(in, O_RDONLY, STDIN_FILENO);
+        Redirect(out, O_WRONLY, STDOUT_FILENO);
+        Redirect(err, O_WRONLY, STDERR_FILENO);
+        execv(argv[0], argv.data());
+        _exit(127);
+    }
+}
+
+CProgramRun::~CProgramRun() {
+    if (m_pid <= 0)
+        return;
+    kill(m_pid, SIGKILL);
+    waitpid(m_pid, nullptr, 0);
+}
+
+void CProgramRun::Signal(int signal) const { kill(m_pid, signal); }
+
+bool CProgramRun::WaitForError(const std::string& text) const { return WaitForText(m_folder.Path() / "err", text); }
+bool CProgramRun::WaitForOutput(const std::string& text) const { return WaitForText(m_folder.Path() / "out", text); }
+
+TProgramResult CProgramRun::Finish() {
+    int status = 0;
+    waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    TProgramResult result;
+    result.m_nStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.m_out = ReadAll(m_folder.Path() / "out");
+    result.m_err = ReadAll(m_folder.Path() / "err");
+    return result;
+}
+
+TProgramResult RunQuillon(const std::vector<std::string>& arguments, const TProgramInput& input) {
+    return CProgramRun(arguments, input).Finish();
+}
+
+std::string WithoutTimes(const std::string& text) {
+    static const std::regex kTime(R"([0-9]+\.[0-9]+ s(ec\.)?|"seconds":[0-9.e+-]+|[0-9]+ leaves per second)");
+    return std::regex_replace(text, kTime, "T");
+}
+
+} // namespace quillon::testing

@@ -1,0 +1,52 @@
+#pragma once
+// Runs the program itself, as a user would, and tells what came out of it.
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+#include "platform/temporary_folder.h"
+
+namespace quillon::testing {
+
+struct TProgramResult {
+    int m_nStatus = -1; // exit status; 128 and the signal for one that a signal ended
+    std::string m_out;
+    std::string m_err;
+
+    [[nodiscard]] std::vector<std::string> OutLines() const;
+};
+
+struct TProgramInput {
+    std::string m_text;       // of standard input
+    std::string m_outputPath; // where standard output goes; a file of its own if empty
+};
+
+/// A run that has been started. The destructor ends it if it has not ended.
+class CProgramRun {
+  public:
+    explicit CProgramRun(const std::vector<std::string>& arguments, const TProgramInput& input = {});
+    CProgramRun(const CProgramRun&) = delete;
+    CProgramRun& operator=(const CProgramRun&) = delete;
+    ~CProgramRun();
+
+    void Signal(int signal) const;
+
+    /// Waits, up to a minute, until standard error has the text; false if it does not come.
+    [[nodiscard]] bool WaitForError(const std::string& text) const;
+    [[nodiscard]] bool WaitForOutput(const std::string& text) const;
+
+    [[nodiscard]] TProgramResult Finish();
+
+  private:
+    CTemporaryFolder m_folder;
+    pid_t m_pid = -1;
+};
+
+/// From start to end.
+[[nodiscard]] TProgramResult RunQuillon(const std::vector<std::string>& arguments, const TProgramInput& input = {});
+
+/// Without what differs from run to run: times and speeds become "T".
+[[nodiscard]] std::string WithoutTimes(const std::string& text);
+
+} // namespace quillon::testing

@@ -1,0 +1,440 @@
+// The front end of a solve, from the request to the texts.
+
+#include "heuristics/solving_driver.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "core/chess_exception.h"
+#include "heuristics/result_texts.h"
+#include "search/searched_position.h"
+
+namespace quillon::test {
+namespace {
+
+constexpr const char* kManyKeys = "7k/8/6K1/8/8/8/8/1RRQRR2";
+constexpr const char* kNoMate = "8/8/8/8/8/2k5/7R/K7";
+constexpr const char* kMateInThree = "8/8/8/8/7Q/n1K5/8/k7";
+constexpr const char* kEndless = "r1bqkbnr/pppppppp/n7/8/8/N7/PPPPPPPP/R1BQKBNR";
+
+class CAnswers : public INotifier {
+  public:
+    explicit CAnswers(bool bYes = true) : m_bYes(bYes) {}
+    void Inform(std::string_view, std::string_view) override {}
+    bool AskYesNo(std::string_view text, std::string_view) override {
+        m_questions.emplace_back(text);
+        return m_bYes;
+    }
+    std::vector<std::string> m_questions;
+
+  private:
+    bool m_bYes;
+};
+
+TSolveRequest Request(std::string_view placement, int nStipulation, ESolveMode mode = ESolveMode::FirstSolution) {
+    TSolveRequest request;
+    request.m_board = ChessboardFromFEN(placement);
+    request.m_nStipulation = nStipulation;
+    request.m_mode = mode;
+    request.m_description = "the problem";
+    return request;
+}
+
+TSolvingResult Solve(TSolveRequest request, CAnswers& answers) {
+    CSolve solve(std::move(request));
+    return solve.StartSolving(answers);
+}
+TSolvingResult Solve(TSolveRequest request) {
+    CAnswers answers;
+    TSolvingResult result = Solve(std::move(request), answers);
+    EXPECT_TRUE(answers.m_questions.empty());
+    return result;
+}
+
+std::vector<std::string> Keys(const TSolvingResult& result) {
+    std::vector<std::string> keys;
+    for (const TSolution& solution : result.m_solutions)
+        keys.push_back(solution.m_text);
+    return keys;
+}
+
+// ---- verdicts and modes
+
+TEST(SolvingDriver, FindsTheKey) {
+    const TSolvingResult result = Solve(Request(kMateInThree, 3));
+    EXPECT_EQ(result.m_verdict, EVerdict::Mate);
+    EXPECT_EQ(Keys(result), std::vector<std::string>{"Qh4-b4"});
+    EXPECT_FALSE(result.m_bStopped);
+    EXPECT_EQ(result.m_variant.size(), 5u);
+    EXPECT_EQ(result.m_variant.front(), "Qh4-b4");
+    EXPECT_GT(result.m_nPositions, 0u);
+    EXPECT_EQ(result.m_logLine, "Engine has completed: the problem");
+    EXPECT_EQ(result.m_title, kMateSearchTitle);
+    EXPECT_EQ(result.m_text, "");
+}
+
+TEST(SolvingDriver, ProvesThatThereIsNone) {
+    const TSolvingResult result = Solve(Request(kNoMate, 3));
+    EXPECT_EQ(result.m_verdict, EVerdict::NoMate);
+    EXPECT_TRUE(result.m_bComplete);
+    EXPECT_TRUE(result.m_variant.empty());
+    EXPECT_EQ(result.m_title, kAnalysisResultTitle);
+    EXPECT_TRUE(result.m_text.starts_with("No solution found ("));
+}
+
+TEST(SolvingDriver, ModesLimitTheSolutions) {
+    const auto truth = reference::SolveAll(reference::ProblemFromFen(kManyKeys), 1);
+    const struct {
+        ESolveMode m_mode;
+        std::size_t m_nExpected;
+        const char* m_pText;
+        bool m_bComplete;
+    } rows[] = {
+        {ESolveMode::FirstSolution, 1, "", false},
+        {ESolveMode::StopOnDual, 2, "Search for solutions has been stopped after detection of dual.", false},
+        {ESolveMode::StopOn3, 3, "Search for solutions has been stopped after finding 3 solutions", false},
+        {ESolveMode::StopOn4, 4, "Search for solutions has been stopped after finding 4 solutions", false},
+        {ESolveMode::AllSolutions, truth.keys.size(), nullptr, true},
+    };
+    for (const auto& row : rows) {
+        const TSolvingResult result = Solve(Request(kManyKeys, 1, row.m_mode));
+        EXPECT_EQ(result.m_solutions.size(), row.m_nExpected);
+        EXPECT_EQ(result.m_bComplete, row.m_bComplete);
+        EXPECT_FALSE(result.m_bStopped);
+        const std::string expected =
+            row.m_pText != nullptr ? row.m_pText : "More than one solution found: " + std::to_string(truth.keys.size());
+        EXPECT_EQ(result.m_text, expected);
+    }
+}
+
+TEST(SolvingDriver, TellsSolutionsAsTheyAreFound) {
+    TSolveRequest request = Request(kManyKeys, 1, ESolveMode::StopOn3);
+    request.m_nProblemId = 9;
+    CSolve solve(request);
+    std::vector<std::string> told;
+    solve.SetSink([&](const TMove&, std::string_view text, long id, std::string_view) {
+        told.emplace_back(text);
+        EXPECT_EQ(id, 9);
+    });
+    CAnswers answers;
+    const TSolvingResult result = solve.StartSolving(answers);
+    EXPECT_EQ(told, Keys(result));
+}
+
+// ---- requests that cannot be run
+
+TEST(SolvingDriver, RefusesStipulationsOutOfRange) {
+    for (const int moves : {-1, 0, kMaxStipulation + 1}) {
+        CSolve solve(Request(kMateInThree, moves));
+        CAnswers answers;
+        EXPECT_THROW((void)solve.StartSolving(answers), ChessException) << moves;
+    }
+}
+
+TEST(SolvingDriver, RefusesABlackKingInCheck) {
+    CSolve solve(Request("7k/8/6K1/8/8/8/8/7R", 2));
+    CAnswers answers;
+    EXPECT_THROW((void)solve.StartSolving(answers), ChessException);
+}
+
+// ---- passes
+
+TEST(SolvingDriver, ChosenHeuristicsAreFollowedByThePassWithoutAny) {
+    TSolveRequest request = Request(kNoMate, 4);
+    request.m_bChosenHeuristics = true;
+    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    const TSolvingResult both = Solve(request);
+    EXPECT_EQ(both.m_passes, (std::vector<std::string>{"1", "2"}));
+    EXPECT_EQ(both.m_verdict, EVerdict::NoMate);
+
+    request.m_bRunPass2 = false;
+    const TSolvingResult one = Solve(request);
+    EXPECT_EQ(one.m_passes, std::vector<std::string>{"1"});
+    EXPECT_EQ(one.m_verdict, EVerdict::Doubtful);
+    EXPECT_FALSE(one.m_bComplete);
+    EXPECT_EQ(one.m_text, "Not found any solutions for #4\n\nNote:\n\t* pass without heuristics has been skipped (on "
+                          "user's request)\n");
+    EXPECT_EQ(one.m_title, kMateSearchTitle);
+
+    request.m_bLetRelaxHeuristics = false;
+    const TSolvingResult rigid = Solve(request);
+    EXPECT_EQ(rigid.m_text, "Not found any solutions for #4\n\nNote:\n\t* there was only one pass with heuristcs "
+                            "(relaxation of heuristics was switched off by user's request)\n\t* pass without "
+                            "heuristics has been skipped (on user's request)\n");
+}
+
+TEST(SolvingDriver, AProofInTheFirstPassStandsWithoutTheSecond) {
+    TSolveRequest request = Request(kNoMate, 2);
+    request.m_bChosenHeuristics = true;
+    request.m_nChosenHeuristics = SH_AREKINGSNEAR;
+    request.m_bRunPass2 = false;
+    const TSolvingResult result = Solve(request);
+    EXPECT_EQ(result.m_passes, std::vector<std::string>{"1"});
+    EXPECT_EQ(result.m_verdict, EVerdict::NoMate);
+    EXPECT_TRUE(result.m_text.ends_with(
+        " NOTE: Pass without heuristics is currently switched off (see heuristics selection dialog box)"));
+}
+
+TEST(SolvingDriver, UnmetHeuristicsLeaveEverythingOpen) {
+    TSolveRequest request = Request(kMateInThree, 3);
+    request.m_nRequiredHeuristics = SH_AREKINGSNEAR;
+    const TSolvingResult result = Solve(request);
+    EXPECT_TRUE(result.m_passes.empty());
+    EXPECT_TRUE(result.m_solutions.empty());
+    EXPECT_EQ(result.m_verdict, EVerdict::Doubtful);
+}
+
+// ---- brute force and hybrid
+
+TEST(SolvingDriver, BruteForceIsAskedAbout) {
+    TSolveRequest request = Request(kMateInThree, 3);
+    request.m_bBruteForce = true;
+    request.m_bChosenHeuristics = true;
+    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    CAnswers yes(true);
+    const TSolvingResult run = Solve(request, yes);
+    EXPECT_EQ(yes.m_questions, std::vector<std::string>{kBruteForceQuestion});
+    EXPECT_EQ(run.m_passes, std::vector<std::string>{"2"}) << "no heuristics, whatever was chosen";
+    EXPECT_EQ(run.m_verdict, EVerdict::Mate);
+
+    CAnswers no(false);
+    const TSolvingResult declined = Solve(request, no);
+    EXPECT_EQ(no.m_questions.size(), 1u);
+    EXPECT_TRUE(declined.m_bStopped);
+    EXPECT_EQ(declined.m_verdict, EVerdict::Stopped);
+    EXPECT_TRUE(declined.m_passes.empty());
+    EXPECT_EQ(declined.m_nPositions, 0u);
+}
+
+TEST(SolvingDriver, HybridRunKeepsTheFirstPhasesSolution) {
+    TSolveRequest request = Request(kManyKeys, 1);
+    request.m_bHybrid = true;
+    request.m_bChosenHeuristics = true;
+    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    const TSolvingResult all = Solve(request);
+    const auto truth = reference::SolveAll(reference::ProblemFromFen(kManyKeys), 1);
+    std::vector<std::string> keys = Keys(all);
+    EXPECT_EQ(all.m_solutions.front().m_pass, "1");
+    EXPECT_EQ(all.m_solutions.back().m_pass, "2");
+    std::ranges::sort(keys);
+    EXPECT_EQ(keys, truth.keys) << "each once";
+    EXPECT_EQ(all.m_passes, (std::vector<std::string>{"1", "2"}));
+
+    request.m_mode = ESolveMode::StopOnDual;
+    EXPECT_EQ(Solve(request).m_solutions.size(), 2u);
+}
+
+TEST(SolvingDriver, HybridRunWithoutASolutionHasNoSecondPhase) {
+    TSolveRequest request = Request(kNoMate, 3);
+    request.m_bHybrid = true;
+    request.m_bChosenHeuristics = true;
+    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    CSolve solve(request);
+    CAnswers answers;
+    const TSolvingResult result = solve.StartSolving(answers);
+    EXPECT_EQ(result.m_passes, (std::vector<std::string>{"1", "2"})) << "both of the first phase";
+    EXPECT_EQ(result.m_verdict, EVerdict::NoMate);
+    EXPECT_EQ(solve.Analysis().m_nHybridPhase, kHybridHeuristical);
+}
+
+// ---- thread demands
+
+TEST(SolvingDriver, ADemandIsAskedOnceAndObeyed) {
+    TSolveRequest request = Request("k7/8/8/8/8/1p5P/1P6/K6b", 8); // two moves of White
+    request.m_bAllowThreadDemand = true;
+    for (const bool bAccepted : {true, false}) {
+        CSolve solve(request);
+        CAnswers answers(bAccepted);
+        std::thread stopper([&solve] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            solve.RequestStop();
+        });
+        const TSolvingResult result = solve.StartSolving(answers);
+        stopper.join();
+        EXPECT_EQ(
+            answers.m_questions,
+            std::vector<std::string>{"Engine wants to force a different number of threads (2). Do you accept it?"});
+        EXPECT_EQ(solve.Analysis().m_nThreads, bAccepted ? 2 : 1);
+        EXPECT_EQ(result.m_passes.size(), 1u) << "then the run";
+        EXPECT_NE(solve.ShowAnalysisSettings().find(bAccepted ? "* Threads = 1 (but forced by engine to 2)"
+                                                              : "* Threads = 1\n"),
+                  std::string::npos);
+    }
+}
+
+TEST(SolvingDriver, NoDemandUnlessAllowedNorInShortProblems) {
+    for (const bool bAllowed : {true, false}) {
+        TSolveRequest request = Request("k7/8/8/8/8/1p5P/1P6/K6b", bAllowed ? 2 : 8);
+        request.m_bAllowThreadDemand = bAllowed;
+        CSolve solve(request);
+        if (!bAllowed)
+            solve.RequestStop();
+        CAnswers answers;
+        (void)solve.StartSolving(answers);
+        EXPECT_TRUE(answers.m_questions.empty());
+    }
+}
+
+TEST(SolvingDriver, AStopBeforeTheDemandKeepsTheQuestionBack) {
+    TSolveRequest request = Request("k7/8/8/8/8/1p5P/1P6/K6b", 8);
+    request.m_bAllowThreadDemand = true;
+    CSolve solve(request);
+    solve.RequestStop();
+    CAnswers answers;
+    const TSolvingResult result = solve.StartSolving(answers);
+    EXPECT_TRUE(answers.m_questions.empty());
+    EXPECT_NE(result.m_verdict, EVerdict::NoMate);
+    EXPECT_TRUE(result.m_bStopped);
+    EXPECT_EQ(result.m_verdict, EVerdict::Stopped);
+}
+
+// ---- stop and pause
+
+TEST(SolvingDriver, AStopIsReported) {
+    CSolve solve(Request(kEndless, 20));
+    std::thread stopper([&solve] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        solve.RequestStop();
+    });
+    CAnswers answers;
+    const TSolvingResult result = solve.StartSolving(answers);
+    stopper.join();
+    EXPECT_TRUE(result.m_bStopped);
+    EXPECT_FALSE(result.m_bComplete);
+    EXPECT_EQ(result.m_verdict, EVerdict::Stopped);
+    EXPECT_EQ(result.m_text, "Analysis stopped by user");
+    EXPECT_EQ(result.m_logLine, "Engine stopped: the problem");
+    EXPECT_LT(result.m_seconds, 30);
+}
+
+/// Stopped from the sink: what was found so far is told.
+TEST(SolvingDriver, AStopKeepsTheKeysFoundSoFar) {
+    CSolve solve(Request(kManyKeys, 1, ESolveMode::AllSolutions));
+    int told = 0;
+    solve.SetSink([&](const TMove&, std::string_view, long, std::string_view) {
+        if (++told == 2)
+            solve.RequestStop();
+    });
+    CAnswers answers;
+    const TSolvingResult result = solve.StartSolving(answers);
+    EXPECT_EQ(result.m_verdict, EVerdict::Mate);
+    EXPECT_TRUE(result.m_bStopped);
+    EXPECT_FALSE(result.m_bComplete);
+    EXPECT_EQ(result.m_solutions.size(), 2u);
+    EXPECT_EQ(result.m_text, "More than one solution found: 2 (stopped by user)");
+}
+
+TEST(SolvingDriver, PauseAndResume) {
+    CSolve solve(Request(kMateInThree, 3));
+    solve.Pause();
+    std::atomic<bool> bDone{false};
+    TSolvingResult result;
+    std::thread run([&] {
+        CAnswers answers;
+        result = solve.StartSolving(answers);
+        bDone = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    EXPECT_FALSE(bDone);
+    solve.Resume();
+    run.join();
+    EXPECT_EQ(result.m_verdict, EVerdict::Mate);
+}
+
+// ---- memory of the register
+
+TEST(SolvingDriver, RegisterScaleGrowsWithTheProblem) {
+    EXPECT_EQ(RegisterScale(13, 100000), 0x4000u);
+    EXPECT_EQ(RegisterScale(15, 100000), 0x80000u);
+    EXPECT_EQ(RegisterScale(21, 100000), 0x80000u);
+    EXPECT_EQ(RegisterScale(23, 8192), 0x80000u);
+    EXPECT_EQ(RegisterScale(23, 8193), 0x400000u);
+}
+
+TEST(SolvingDriver, RegisterBudgetIsTheStoredOneOrAShare) {
+    TSolveRequest request = Request(kMateInThree, 1);
+    request.m_nMemoryBudgetMB = 3;
+    CSolve stored(request);
+    CAnswers answers;
+    (void)stored.StartSolving(answers);
+    EXPECT_EQ(stored.Analysis().m_nRegisterBudget, 3 << 20);
+    EXPECT_EQ(stored.Analysis().m_nRegisterScale, 0x4000u);
+    request.m_nMemoryBudgetMB = -1;
+    request.m_nMemoryShare = 10;
+    CSolve tenth(request);
+    (void)tenth.StartSolving(answers);
+    request.m_nMemoryShare = 20;
+    CSolve fifth(request);
+    (void)fifth.StartSolving(answers);
+    EXPECT_GT(tenth.Analysis().m_nRegisterBudget, 0);
+    EXPECT_EQ(fifth.Analysis().m_nRegisterBudget, 2 * tenth.Analysis().m_nRegisterBudget);
+}
+
+// ---- the settings box
+
+TEST(SolvingDriver, SettingsOfAPlainRun) {
+    CSolve solve(Request(kMateInThree, 3));
+    EXPECT_EQ(solve.ShowAnalysisSettings(),
+              "* Search for single solution\n"
+              "* Quick mode implicit heuristics is on, but it does not affect second pass (without heuristics), which "
+              "is/will be run is safe mode\n"
+              "* Default depth of search for short mate (typically #7, sometimes #6 or #8)\n"
+              "* Threads = 1\n"
+              "* Multithreading levels = 1\n"
+              "* Effective number of main threads = 1\n"
+              "* Scheduler is off\n"
+              "* Custom scheduler is off\n"
+              "* Initial set of heuristics: none\n");
+}
+
+TEST(SolvingDriver, SettingsThatWereChanged) {
+    TSolveRequest request = Request(kMateInThree, 3, ESolveMode::StopOn3);
+    request.m_bSafeMode = true;
+    request.m_shLookForQuickerMateDepth = 9;
+    request.m_bChosenHeuristics = true;
+    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    const std::string text = CSolve(request).ShowAnalysisSettings();
+    for (const char* line :
+         {"* Search for no more than 3 solutions\n", "* Safe mode is on (implicit quick mode heuristics is off)\n",
+          "* Custom depth of search for short mate: #5\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << line;
+    EXPECT_NE(text.find("* Initial set of heuristics: SH_DONTRECEDEBLACKKING"), std::string::npos) << text;
+}
+
+// ---- the main variant in words
+
+TEST(SolvingDriver, VariantIsALegalLineToMate) {
+    std::mt19937_64 rng(2718);
+    int lines = 0;
+    for (int i = 0; i < Samples(400); ++i) {
+        const int moves = 1 + i % 3;
+        const std::string placement = AnyPlacement(rng, i, 4 + i % 4);
+        const TSolvingResult result = Solve(Request(placement, moves));
+        EXPECT_EQ(result.m_variant.empty(), result.m_solutions.empty()) << placement;
+        if (result.m_variant.empty())
+            continue;
+        EXPECT_EQ(result.m_variant.front(), Keys(result).front());
+        reference::Position position = reference::ProblemFromFen(placement);
+        for (const std::string& text : result.m_variant) {
+            ASSERT_NO_THROW(position = reference::Play(position, reference::MoveFromNotation(position, text)))
+                << placement << ' ' << text;
+        }
+        EXPECT_TRUE(reference::IsMate(position)) << placement;
+        ++lines;
+    }
+    EXPECT_GT(lines, 0);
+}
+
+/// Behind an en passant capture the square of the captured pawn is empty: the mating move there is no capture.
+TEST(SolvingDriver, VariantForgetsAPawnTakenEnPassant) {
+    const TSolvingResult result = Solve(Request("7k/4N2p/7P/6P1/4p2Q/4K3/3P4/8", 2, ESolveMode::AllSolutions));
+    const std::vector<std::string> keys = Keys(result);
+    EXPECT_NE(std::ranges::find(keys, "d2-d4"), keys.end());
+    EXPECT_EQ(result.m_variant.back(), "Qh4-d4");
+}
+
+} // namespace
+} // namespace quillon::test
