@@ -18,7 +18,7 @@ using TClock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 // The longest search recurses 600 plies deep, with lists of moves in every node and short searches inside long ones.
-constexpr std::size_t kSearchStackBytes = std::size_t{256} << 20;
+constexpr std::size_t kSearchStackBytes = std::size_t{64} << 20;
 
 constexpr auto kWatchStep = 50ms;     // an interrupt is noticed within this time
 constexpr auto kProgressStep = 250ms; // between two states of the live line

@@ -198,6 +198,15 @@ TEST_F(SolveFiles, FilesThatCannotBeRead) {
     EXPECT_EQ(binary.m_err, "quillon: Not a text file: " + m_path + "\n");
 }
 
+TEST(SolveSampleLibrary, IsWhatIsSolvedWithoutAFile) {
+    const TProgramResult result = RunQuillon({"solve", "--id", "1", "--json"});
+    EXPECT_EQ(result.m_nStatus, 0) << result.m_err;
+    ASSERT_EQ(result.OutLines().size(), 1u);
+    const TJson object = TJson::parse(result.m_out);
+    EXPECT_EQ(object["id"], 1);
+    EXPECT_EQ(object["result"], "mate");
+}
+
 TEST_F(SolveFiles, TextWithoutAnyProblem) {
     Given("prose.txt", "It was a dark and stormy night.\n");
     const TProgramResult result = Solve();
