@@ -102,6 +102,7 @@ void CheckInput(std::string_view input) {
     try {
         const TFenFields fields = ReadFEN(position, input.substr(0, end));
         RecountFigures(position, true);
+        CheckNumberOfMen(position);
         position.m_pContext = &Context();
         position.m_pContext->m_pRoot = &position;
         position.m_nMoves = position.m_nInitialMoves = fields.m_cSideToMove == 'w' ? 3 : 2;

@@ -70,6 +70,7 @@ TGivenPosition ReadGivenPosition(std::string_view text) {
     else
         ReadId(position.m_board, text);
     RecountFigures(position.m_board, true);
+    CheckNumberOfMen(position.m_board);
     if (bFen)
         position.m_note = NoteOf(position, text);
     return position;

@@ -112,6 +112,12 @@ void RecountFigures(TChessboard& b, bool bClearHeuristics) {
         throw ChessException(failure);
 }
 
+void CheckNumberOfMen(const TChessboard& b) {
+    constexpr int kMostMenWithoutKing = 15;
+    if (WhiteMen(b) > kMostMenWithoutKing || BlackMen(b) > kMostMenWithoutKing)
+        throw ChessException("More than 16 figures of one colour.");
+}
+
 bool TryRecountFigures(TChessboard& b, bool bClearHeuristics) {
     return RecountOrExplain(b, bClearHeuristics) == nullptr;
 }

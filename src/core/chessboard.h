@@ -120,7 +120,12 @@ static_assert(std::is_trivially_copyable_v<TChessboard> && std::is_standard_layo
 ///           "Both kings attacked."
 void RecountFigures(TChessboard& b, bool bClearHeuristics);
 
-/// The same, false instead of an exception.
+/// Refuses a board with more men of one colour than a game can have: only with at most 16 do all moves of a position
+/// fit a list of kMaxMoves. For boards from outside; RecountFigures itself does not ask.
+///   Errors  ChessException: "More than 16 figures of one colour."
+void CheckNumberOfMen(const TChessboard& b);
+
+/// The same as RecountFigures, false instead of an exception.
 [[nodiscard]] bool TryRecountFigures(TChessboard& b, bool bClearHeuristics);
 
 /// Puts a figure (code with colour) on an empty square and adjusts counters, kings, ring and, while valid and with

@@ -183,6 +183,7 @@ TChessboard ChessboardFromFEN(std::string_view text) {
     TChessboard b = EmptyChessboard();
     static_cast<void>(ReadFEN(b, text));
     RecountFigures(b, true);
+    CheckNumberOfMen(b);
     return b;
 }
 

@@ -28,7 +28,7 @@ struct TFenFields {
 ///           ranks of eight files and a side to move is "w" or "b". m_board is then as it was.
 [[nodiscard]] TFenFields ReadFEN(TChessboard& b, std::string_view text);
 
-/// A legal root from a FEN: ReadFEN, then RecountFigures on a cleared record.
+/// A legal root from a FEN: ReadFEN, then RecountFigures and CheckNumberOfMen on a cleared record.
 [[nodiscard]] TChessboard ChessboardFromFEN(std::string_view text);
 
 /// bFull false: the placement only; "E" (of Black: "e") stands for a code of no known kind. True: side to move,

@@ -115,6 +115,7 @@ void CSolve::SetRegisterMemory() {
 void CSolve::Prepare() {
     if (m_request.m_nStipulation < 1 || m_request.m_nStipulation > kMaxStipulation)
         throw ChessException("The number of moves must be from 1 to " + std::to_string(kMaxStipulation) + ".");
+    CheckNumberOfMen(m_request.m_board);
     if (m_request.m_board.m_blackChecker != kNoChecker)
         throw ChessException("Black is in check with White to move.");
     m_analysis.m_nPositions.store(0, std::memory_order_relaxed);

@@ -18,6 +18,7 @@ void SetOriginalPosition(ChessProblem& problem, const TChessboard& board) {
     position->m_board = board.m_board;
     position->m_nMoves = position->m_nInitialMoves = problem.plies;
     RecountFigures(*position, true);
+    CheckNumberOfMen(*position);
     if (position->m_blackChecker != kNoChecker)
         throw ChessException("Black is in check with White to move.");
     problem.originalPosition = std::move(position);

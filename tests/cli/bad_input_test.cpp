@@ -54,6 +54,9 @@ INSTANTIATE_TEST_SUITE_P(
         TBadCase{"NeitherFenNorId", Position("hello!"), "neither a FEN"},
         TBadCase{"ShowBadFen", {"show", "--fen", "8/8"}, "fewer than eight ranks"},
         TBadCase{"PerftBadFen", {"perft", "--fen", "8/8", "--depth", "2"}, "fewer than eight ranks"},
+        TBadCase{"PerftTooManyMen",
+                 {"perft", "--fen", "QQQQQKnk/Q4QnP/Q5QQ/Q6Q/Q6Q/Q6Q/Q6Q/QQQQQQQQ", "--depth", "1"},
+                 "More than 16 figures of one colour."},
         TBadCase{"PerftBlackInCheck", {"perft", "--fen", "k6R/8/8/8/8/8/8/K7", "--depth", "2"}, "Black is in check"},
         TBadCase{"PerftWhiteInCheck", {"perft", "--fen", "7k/8/8/8/8/8/8/K6r b", "--depth", "2"}, "White is in check"}),
     [](const auto& param) { return param.param.m_label; });

@@ -22,7 +22,14 @@ void* Allocate(std::size_t bytes) {
 
 void* operator new(std::size_t bytes) { return Allocate(bytes); }
 void* operator new[](std::size_t bytes) { return Allocate(bytes); }
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    ++t_nAllocations;
+    return std::malloc(bytes != 0 ? bytes : 1);
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t& tag) noexcept { return operator new(bytes, tag); }
 void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }

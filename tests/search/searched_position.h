@@ -36,7 +36,7 @@ namespace quillon::test {
 /// How many of `nFull` samples a test takes: sanitizers make everything some twenty times as slow.
 [[nodiscard]] constexpr int Samples(int nFull) {
 #if defined(QUILLON_TESTS_ARE_SANITIZED) || !defined(__OPTIMIZE__)
-    return nFull / 25 + 1;
+    return std::max(nFull / 6, std::min(nFull, 150));
 #else
     return nFull;
 #endif
