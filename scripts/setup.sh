@@ -4,7 +4,8 @@
 
 : "${root:?the folder of the checkout}"
 
-readonly packages=(g++ cmake ninja-build libgtest-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev libicu-dev)
+readonly packages=(g++ cmake ninja-build libgtest-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev libicu-dev
+    libboost-dev)
 readonly system_failure=3
 
 say() { printf 'quillon: %s\n' "$*" >&2; }

@@ -1,0 +1,16 @@
+#pragma once
+// How many buckets the registers of an analysis get.
+
+#include <cstdint>
+
+namespace quillon {
+
+inline constexpr std::uint32_t kShortAnalysisBuckets = 16384;
+inline constexpr std::uint32_t kUsualBuckets = 0x80000;
+inline constexpr std::uint32_t kManyBuckets = 0x400000;
+inline constexpr std::uint32_t kFewestBuckets = 256;
+
+/// A power of two, from the plies of the problem's stipulation (2n - 1) and the budget of its register in MB.
+[[nodiscard]] std::uint32_t BucketCount(int nPlies, std::uint64_t nBudgetMB);
+
+} // namespace quillon

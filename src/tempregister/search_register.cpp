@@ -1,0 +1,40 @@
+#include "tempregister/search_register.h"
+
+#include <cassert>
+
+namespace quillon {
+
+namespace {
+
+static_assert(kRegisterMate == MR_MATE && kRegisterNoMate == MR_NOMATE && kRegisterIsDoubtful == MR_DOUBTFUL &&
+              kRegisterUnknown == MR_NONE && kRegisterQuicker == MR_QUICKER);
+
+// Who moves is no part of the key.
+[[maybe_unused]] bool IsWhiteLength(int nMoves) { return (nMoves & 1) != 0; }
+
+// Without heuristics nothing is doubtful.
+bool MayBeDoubtful(const TChessboard& position) { return position.m_byPass < 2 && position.m_nHeuristics != 0; }
+
+} // namespace
+
+TMateResult CSearchRegister::Find(const TChessboard& position, int nMoves, int nMaxMoves) {
+    assert(IsWhiteLength(nMoves) && nMoves <= nMaxMoves);
+    if (nMaxMoves > nMoves)
+        return m_known.FindRange(nMoves, nMaxMoves, position.m_board, position.m_nHeuristics, position.m_nHeurParams);
+    if (!MayBeDoubtful(position))
+        return m_known.FindFinal(nMoves, position.m_board);
+    return m_known.Find(nMoves, position.m_board, position.m_nHeuristics, position.m_nHeurParams);
+}
+
+void CSearchRegister::Insert(const TChessboard& position, int nMoves, TMateResult verdict) {
+    assert(IsWhiteLength(nMoves) && (verdict == MR_MATE || verdict == MR_NOMATE));
+    m_known.Insert(static_cast<std::uint16_t>(nMoves), position, verdict == MR_MATE);
+}
+
+void CSearchRegister::InsertDoubtful(const TChessboard& position, int nMoves) {
+    assert(IsWhiteLength(nMoves));
+    m_known.InsertDoubtful(static_cast<std::uint16_t>(nMoves), position.m_board, position.m_nHeuristics,
+                           position.m_nHeurParams);
+}
+
+} // namespace quillon

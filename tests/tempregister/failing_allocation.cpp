@@ -1,0 +1,48 @@
+#include "tempregister/failing_allocation.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace {
+
+constexpr long kAll = std::numeric_limits<long>::max();
+
+thread_local long t_nAllocations = 0;
+thread_local long t_nLimit = kAll; // the last allocation that succeeds
+
+void* TryAllocate(std::size_t bytes) noexcept {
+    if (t_nAllocations >= t_nLimit)
+        return nullptr;
+    ++t_nAllocations;
+    return std::malloc(bytes != 0 ? bytes : 1);
+}
+
+void* Allocate(std::size_t bytes) {
+    if (void* const memory = TryAllocate(bytes))
+        return memory;
+    throw std::bad_alloc();
+}
+
+} // namespace
+
+void* operator new(std::size_t bytes) { return Allocate(bytes); }
+void* operator new[](std::size_t bytes) { return Allocate(bytes); }
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return TryAllocate(bytes); }
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept { return TryAllocate(bytes); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+
+namespace quillon::test {
+
+long AllocationsOfThisThread() { return t_nAllocations; }
+
+CFailingAllocations::CFailingAllocations(long nAllowed) { t_nLimit = t_nAllocations + nAllowed; }
+CFailingAllocations::~CFailingAllocations() { t_nLimit = kAll; }
+
+} // namespace quillon::test
