@@ -27,6 +27,7 @@ inline constexpr std::int8_t kNoChecker = -1;
 inline constexpr std::int8_t kDoubleCheck = 64;
 
 // Bits of m_wKingState that the chess core sets; the others belong to the heuristics.
+inline constexpr std::uint16_t kNarrowPlay = 0x4;         // the initial analysis: little room for both sides
 inline constexpr std::uint16_t kBareBlackKing = 0x400;    // Black has a bare king and White can still mate
 inline constexpr std::uint16_t kPrecalcCanAnswer = 0x800; // precalculated data can answer for this material
 

@@ -54,6 +54,12 @@ struct TSearchMarks {
     TChessboard* m_pQuickerRoot = nullptr; // that position
     bool m_bNoQuicker = false;             // work in progress must not run a nested trial
     std::uint16_t m_nQuickerCap = 0;       // cap on the horizon when bit 2 of m_wBlackState is set
+    std::uint16_t m_nLineHorizon = 0;      // cap on the horizon inside an attempt at a long line; 0: no attempt runs
+    bool m_bNoForcingProof = false;        // the proof by forcing moves is not to be tried
+
+    // Move sorts.
+    std::uint8_t m_nSortNesting = 0;          // sorts in progress: a sort may search
+    const TChessboard* m_pSortRoot = nullptr; // the position of the thread's first black sort
 
     // A list handed in for the next white node: it takes this list instead of generating one and clears the byte;
     // above 1 it does not store its verdict either.
@@ -81,11 +87,17 @@ struct TSearchMarks {
 
     TMove m_zugzwangMove{}; // the winning move that SH_ZUGZWANGTRIANGLES keeps
 
-    // Last refuting reply and last winning move per ply: tried first at the next short node of that ply.
+    // What is tried first at the next node (search/hints.h): the move that answered the last node of the same ply, and
+    // the move that last answered the same move of the other side, [White's answers, Black's][source, target].
     std::array<TMove, kStackSlots> m_hints{};
+    std::array<std::array<std::uint16_t, kSquares * kSquares>, 2> m_answers{};
+
+    // How often a black figure's move to a square has refuted lately, [kind][target].
+    std::array<std::array<std::uint16_t, kSquares>, kKindMask + 1> m_refutations{};
 
     // Positions counted by this thread and not yet added to the analysis' total.
     std::uint32_t m_nUncounted = 0;
+    std::uint64_t m_nTrialPositions = 0; // counted inside the short-mate search, which the statistics leave out
 };
 
 struct TSearchContext : THeuristicParameters, TSearchMarks {

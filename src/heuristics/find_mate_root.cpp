@@ -95,14 +95,26 @@ class CRootRun {
         m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
         m_passName = PassName(m_root.m_byPass, m_context.m_nRelaxations);
         m_run.m_passes.push_back(m_passName);
-        const std::size_t count = m_run.m_moves.size();
-        m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(count), std::memory_order_relaxed);
-        for (std::size_t i = 0; i < count && !IsEnded(); ++i) {
-            m_context.m_moveIndex[m_root.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
-            m_context.m_moveIndexShown[m_root.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
-            if (IsOpen(m_run.m_moves[i]))
-                TryMove(m_run.m_moves[i]);
+        const auto open = std::count_if(m_run.m_moves.begin(), m_run.m_moves.end(), IsOpen);
+        m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(open), std::memory_order_relaxed);
+        PublishIndex(0, 0);
+        m_analysis.m_nPassIndex.store(PassIndex(m_root.m_byPass, m_context.m_nRelaxations), std::memory_order_relaxed);
+        for (std::size_t i = 0, nTried = 0; i < m_run.m_moves.size() && !IsEnded(); ++i) {
+            if (!IsOpen(m_run.m_moves[i]))
+                continue;
+            PublishIndex(i, nTried++);
+            TryMove(m_run.m_moves[i]);
         }
+    }
+
+    /// The display counts the moves of this pass only. Below the root it is to see no line of the move before.
+    void PublishIndex(std::size_t nMove, std::size_t nOfPass) {
+        const int root = m_root.m_nMoves;
+        for (int ply = root - 1; ply >= 0 && ply > root - kShownPlies; --ply)
+            m_context.m_moveCount[static_cast<std::size_t>(ply)].store(0, std::memory_order_relaxed);
+        m_context.m_moveIndex[m_root.m_nMoves].store(static_cast<std::uint8_t>(nMove), std::memory_order_relaxed);
+        m_context.m_moveIndexShown[m_root.m_nMoves].store(static_cast<std::uint8_t>(nOfPass),
+                                                          std::memory_order_relaxed);
     }
 
     void TryMove(TRootMove& root) {
@@ -200,6 +212,10 @@ int SolutionLimit(const TAnalysis& analysis) {
     if ((analysis.m_nStopFlags & kStopOn4Solutions) != 0)
         return 4;
     return 0;
+}
+
+std::string PassNameOf(std::uint32_t nPassIndex) {
+    return nPassIndex == 0 ? std::string() : PassName(static_cast<int>(nPassIndex >> 16), nPassIndex & 0xffff);
 }
 
 bool HasOpenMoves(const TRootRun& run) { return std::any_of(run.m_moves.begin(), run.m_moves.end(), IsOpen); }

@@ -48,6 +48,9 @@ struct TRootRun {
     bool m_bStopped = false; // the user or a limit ended the run
 };
 
+/// Plies, the root among them, whose moves tell how far a pass has come.
+inline constexpr int kShownPlies = 4;
+
 /// Results of FindMateRoot; any other negative value -n is a demand for n threads (at most 127).
 inline constexpr int kNoSolutionFound = 0;
 inline constexpr int kSolutionsFound = 1;
@@ -60,6 +63,14 @@ inline constexpr int kThreadDemandOnForcedMate = -4;
 ///   bAllowThreadDemand  the run may return a demand for threads instead of solving.
 int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nPlies, TRootRun& run,
                  bool bFirstTime, bool bAllowThreadDemand);
+
+/// What TAnalysis::m_nPassIndex holds: the number of the pass in the high half, relaxations so far in the low one.
+[[nodiscard]] constexpr std::uint32_t PassIndex(int nPass, int nRelaxations) {
+    return static_cast<std::uint32_t>(nPass) << 16 | static_cast<std::uint16_t>(nRelaxations);
+}
+
+/// "1", "1b", ..., "2"; empty for 0, when no pass has begun.
+[[nodiscard]] std::string PassNameOf(std::uint32_t nPassIndex);
 
 /// The number of solutions at which the run ends, by m_nSolveMode and m_nStopFlags; 0 for no limit.
 [[nodiscard]] int SolutionLimit(const TAnalysis& analysis);

@@ -36,11 +36,27 @@ inline void NoteSingleQueenTarget(TChessboard&) {}
 /// SH_ZUGZWANGTRIANGLES is in force: does the position still fit its pattern?
 [[nodiscard]] inline bool StillFitsZugzwangTriangles(const TChessboard&) { return true; }
 
+/// The heuristics' word on a black move, made in `child`, in the pass with heuristics: 0 nothing, else the negative of
+/// the verdict that ends the node (1 doubtful, 2 no mate, 3 repetition). May mark `move` to defer the edge check.
+[[nodiscard]] inline int VerifyBlackMove(TChessboard&, TMove&) { return 0; }
+
 /// Takes a black bishop that cannot matter any more off the board and sets the bishop mode.
 inline void DetectOppositeBishops(TChessboard&) {}
 
 /// Did the watched figures just become blocked, so that a trial with SH_DONTLETFIGUREUNBLOCK added pays?
 [[nodiscard]] inline bool AreFiguresJustBlocked(const TChessboard&) { return false; }
+
+// --- Short-mate search
+// ------------------------------------------------------------------------------------------------
+
+/// A lone queen too far from its own king for the two to mate soon.
+[[nodiscard]] inline bool IsQueenFarFromItsKing(const TChessboard&) { return false; }
+
+/// SH_ZUGZWANG with White's first move made: is a short mate not even to be looked for?
+[[nodiscard]] inline bool RefusesQuickerSearch(const TChessboard&) { return false; }
+
+/// Does the white figure on the square (no king, no pawn) take no part in the attack?
+[[nodiscard]] inline bool IsIdleFigure(const TChessboard&, TSquare) { return false; }
 
 // --- White nodes
 // -------------------------------------------------------------------------------------------------------
@@ -52,6 +68,13 @@ inline void DetectOppositeBishops(TChessboard&) {}
 
 /// A forced win against a king on the edge, seen without search: a positive result ends the node.
 [[nodiscard]] inline TMateResult ShortCutOnTheEdge(TChessboard&) { return MR_NONE; }
+
+/// Before a white sort in the pass with heuristics: does a single white queen against a promoted one call for
+/// SH_SAVEQUEENROOK from here on? Sets the bit and the signature.
+inline void DetectSingleQueen(TChessboard&) {}
+
+/// A stored tree of solved positions of this material orders the list: true if it knows a move that mates in time.
+[[nodiscard]] inline bool OrderByStoredTree(TChessboard&, int, TMove*) { return false; }
 
 /// In a bishop mode with a white knight: is the position won at sight?
 [[nodiscard]] inline bool IsWonInBishopMode(TChessboard&) { return false; }

@@ -10,12 +10,16 @@
 #include "platform/memory_info.h"
 #include "search/control.h"
 #include "search/main_variant.h"
+#include "tempregister/bucket_count.h"
+#include "tempregister/bucket_pool.h"
+#include "tempregister/search_register.h"
 
 namespace quillon {
 
 namespace {
 
 constexpr std::int64_t kMegabyte = 1 << 20;
+constexpr int kShortestRegisterPlies = 10; // in shorter problems the search does not ask a register
 
 std::int64_t BudgetBytes(const TSolveRequest& request) {
     if (request.m_nMemoryBudgetMB >= 0)
@@ -65,6 +69,14 @@ CSolve::CSolve(TSolveRequest request) : m_request(std::move(request)), m_context
         SwitchToBruteForce();
 }
 
+CSolve::~CSolve() {
+    if (m_register == nullptr)
+        return;
+    m_searchRegister.reset();
+    m_register.reset();
+    ReleaseFreeBuckets(); // or they would stay with the process
+}
+
 void CSolve::SetMode() {
     TAnalysis& a = m_analysis;
     a.m_nSolveMode = 0;
@@ -112,7 +124,34 @@ void CSolve::SetRegisterMemory() {
     m_analysis.m_nRegisterBudget = (m_analysis.m_nStopFlags & kNoRegisterBudget) != 0 ? 0 : budget;
 }
 
-void CSolve::Prepare() {
+bool CSolve::IsRegisterWorthwhile() const {
+    const bool bNoLimit = (m_analysis.m_nStopFlags & kNoRegisterBudget) != 0;
+    return PliesOf(m_request.m_nStipulation) >= kShortestRegisterPlies &&
+           (bNoLimit || m_analysis.m_nRegisterBudget >= kMegabyte);
+}
+
+/// Made once, empty at the start of a solve, kept across the restarts within it.
+void CSolve::PrepareRegister(INotifier& notifier) {
+    if (!IsRegisterWorthwhile())
+        return;
+    nLastRemovedLevel.store(0, std::memory_order_relaxed);
+    if (m_register == nullptr) {
+        const std::int64_t told = m_analysis.m_nRegisterBudget;
+        const std::uint64_t budget = told > 0 ? static_cast<std::uint64_t>(told) : PhysicalMemory();
+        m_register = std::make_unique<TAggregatedTemporaryChessboardRegister>(
+            budget, BucketCount(PliesOf(m_request.m_nStipulation), budget / kMegabyte));
+        m_searchRegister = std::make_unique<CSearchRegister>(*m_register);
+        m_pShownRegister.store(m_register.get(), std::memory_order_release);
+    } else {
+        m_register->Clear(0, true);
+    }
+    m_register->m_hooks.m_showMessage = [&notifier](std::string_view text, std::string_view title) {
+        notifier.Inform(text, title);
+    };
+    m_analysis.m_pRegister = m_searchRegister.get();
+}
+
+void CSolve::Prepare(INotifier& notifier) {
     if (m_request.m_nStipulation < 1 || m_request.m_nStipulation > kMaxStipulation)
         throw ChessException("The number of moves must be from 1 to " + std::to_string(kMaxStipulation) + ".");
     CheckNumberOfMen(m_request.m_board);
@@ -120,10 +159,14 @@ void CSolve::Prepare() {
         throw ChessException("Black is in check with White to move.");
     m_analysis.m_nPositions.store(0, std::memory_order_relaxed);
     m_analysis.m_nPassesPlanned.store(1, std::memory_order_relaxed);
+    m_analysis.m_nPassIndex.store(0, std::memory_order_relaxed);
+    m_analysis.m_nTrialPositions.store(0, std::memory_order_relaxed);
     m_context->m_nUncounted = 0;
+    m_context->m_nTrialPositions = 0;
     m_run.m_solutions.clear();
     m_run.m_passes.clear();
     SetRegisterMemory();
+    PrepareRegister(notifier);
 }
 
 int CSolve::RunOnce(bool bFirstTime, bool bAllowDemand) {
@@ -151,7 +194,7 @@ int CSolve::RunRoot(INotifier& notifier) {
 }
 
 TSolvingResult CSolve::StartSolving(INotifier& notifier) {
-    Prepare();
+    Prepare(notifier);
     const std::uint64_t start = TickCount64();
     if (m_request.m_bBruteForce && !notifier.AskYesNo(kBruteForceQuestion, "Quillon")) {
         m_run.m_bStopped = true;
@@ -195,8 +238,26 @@ TSolvingResult CSolve::Collect(double seconds) {
     FlushPositions(*m_context, m_analysis);
     result.m_nPositions = m_analysis.m_nPositions.load(std::memory_order_relaxed);
     result.m_seconds = seconds;
+    result.m_register = RegisterFigures();
     FillTexts(result);
     return result;
+}
+
+TRegisterFigures CSolve::RegisterFigures() const {
+    const TAggregatedTemporaryChessboardRegister* const known = m_pShownRegister.load(std::memory_order_acquire);
+    if (known == nullptr)
+        return {};
+    const TRegisterStatistics told = known->Statistics();
+    TRegisterFigures figures;
+    figures.m_bInUse = true;
+    figures.m_nElements = told.m_nElements;
+    figures.m_nDoubtfulElements = told.m_nDoubtfulElements;
+    figures.m_nLookups = told.m_nLookups;
+    figures.m_nHits = told.m_nHits;
+    figures.m_nEvictions = told.m_nEvictions;
+    figures.m_nEvictedElements = told.m_nEvictedElements;
+    figures.m_nMegabytes = (told.m_nBytes + kMegabyte - 1) / kMegabyte;
+    return figures;
 }
 
 void CSolve::FillTexts(TSolvingResult& result) const {

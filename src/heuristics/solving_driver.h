@@ -6,6 +6,7 @@
 //          meanwhile read the analysis' atomics and the context's move counters, and give commands
 //          (CSolve::RequestStop, CSolve::Pause).
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,6 +15,9 @@
 #include "heuristics/find_mate_root.h"
 
 namespace quillon {
+
+class CSearchRegister;
+class TAggregatedTemporaryChessboardRegister;
 
 /// How many solutions are looked for.
 enum class ESolveMode { FirstSolution, StopOnDual, StopOn3, StopOn4, AllSolutions };
@@ -36,9 +40,21 @@ struct TSolveRequest {
     std::int16_t m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
     int m_nThreads = 1;
     bool m_bAllowThreadDemand = false;   // the user may be asked for more threads
-    std::int64_t m_nMemoryBudgetMB = -1; // of the register; negative: a share of the physical memory
-    int m_nMemoryShare = 50;             // that share, in percent
+    std::int64_t m_nMemoryBudgetMB = -1; // of the register; 0: none; negative: a share of the physical memory
+    int m_nMemoryShare = 20;             // that share, in percent
     bool m_bLog = false;
+};
+
+/// What the register of solved positions holds and has done. All zero without a register.
+struct TRegisterFigures {
+    bool m_bInUse = false; // there is a register
+    std::uint64_t m_nElements = 0;
+    std::uint64_t m_nDoubtfulElements = 0; // of m_nElements, those that hold only under certain heuristics
+    std::uint64_t m_nLookups = 0;
+    std::uint64_t m_nHits = 0;
+    std::uint64_t m_nEvictions = 0; // how often room was made
+    std::uint64_t m_nEvictedElements = 0;
+    std::uint64_t m_nMegabytes = 0; // in use, rounded up
 };
 
 enum class EVerdict {
@@ -57,8 +73,9 @@ struct TSolvingResult {
     std::vector<std::string> m_passes;  // names of the passes that were run
     std::uint64_t m_nPositions = 0;
     double m_seconds = 0; // wall clock
-    std::string m_text;   // the result text for the user
-    std::string m_title;  // and the title it goes under
+    TRegisterFigures m_register;
+    std::string m_text;  // the result text for the user
+    std::string m_title; // and the title it goes under
     std::string m_logLine;
 };
 
@@ -66,6 +83,7 @@ struct TSolvingResult {
 class CSolve {
   public:
     explicit CSolve(TSolveRequest request);
+    ~CSolve();
 
     /// Runs the solve to its end.
     ///   Errors  ChessException for a request that cannot be run: stipulation out of range, Black in check.
@@ -80,15 +98,21 @@ class CSolve {
     void SetSink(decltype(TRootRun::m_sink) sink) { m_run.m_sink = std::move(sink); }
 
     [[nodiscard]] TAnalysis& Analysis() { return m_analysis; }
+    [[nodiscard]] const TAnalysis& Analysis() const { return m_analysis; }
     [[nodiscard]] const TSearchContext& Context() const { return *m_context; }
+
+    /// As they are now. From any thread.
+    [[nodiscard]] TRegisterFigures RegisterFigures() const;
 
     /// The box "Main settings of current analysis". On the solving thread or before the start.
     [[nodiscard]] std::string ShowAnalysisSettings() const;
 
   private:
-    void Prepare();
+    void Prepare(INotifier& notifier);
     void SetMode();
     void SetRegisterMemory();
+    void PrepareRegister(INotifier& notifier);
+    [[nodiscard]] bool IsRegisterWorthwhile() const;
     [[nodiscard]] int RunRoot(INotifier& notifier);
     [[nodiscard]] int RunOnce(bool bFirstTime, bool bAllowDemand);
     void SwitchToBruteForce();
@@ -100,6 +124,11 @@ class CSolve {
     TAnalysis m_analysis;
     std::unique_ptr<TSearchContext> m_context;
     TRootRun m_run;
+
+    // Both live as long as the solve: the progress display may look at them at any time.
+    std::unique_ptr<TAggregatedTemporaryChessboardRegister> m_register;
+    std::unique_ptr<CSearchRegister> m_searchRegister;
+    std::atomic<const TAggregatedTemporaryChessboardRegister*> m_pShownRegister{nullptr}; // null until it is made
 };
 
 /// Plies of mate in n moves.

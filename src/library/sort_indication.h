@@ -1,39 +1,18 @@
 #pragma once
-// Sort indications: what a user tells the engine about the order in which White's moves are to be tried.
+// The text form of sort indications: what a user tells the engine about the order in which White's moves are to be
+// tried.
 //
 //   [ ~ ] [n.] [F] sqrFrom [| - | : | > ] sqrTo [ + | * ]          for instance "3.Qd8:f6+", "~Ke1-e2", "0-0", "Rh8"
 //
 //   ~  as the worst move    n.  in move n only    F  figure    :  captures only    >  no captures
-//   +  with check           ++  threatening mate  *  only where the figure cannot be captured after the move
+//   +  with check           ++  with double check  *  only where the figure cannot be captured after the move
 
-#include <compare>
-#include <cstdint>
 #include <set>
 #include <string_view>
 
-#include "core/figures.h"
-#include "core/square.h"
+#include "search/sort_indication.h"
 
 namespace quillon {
-
-/// Values of SortIndication::m_nCapture.
-inline constexpr std::uint8_t kMustNotCapture = 0;
-inline constexpr std::uint8_t kMustCapture = 1;
-inline constexpr std::uint8_t kMayCapture = 255;
-
-struct SortIndication {
-    int m_nMove = 0;              // number of the move, 0 for any
-    TFigure m_figure = kNoFigure; // kind with kWhite, kNoFigure for any
-    TSquare m_nFrom = kNoSquare;  // kNoSquare for any
-    TSquare m_nTo = kNoSquare;
-    TFigure m_nPromotion = kNoFigure; // kind, kNoFigure when none is named
-    std::uint8_t m_nCapture = kMayCapture;
-    std::uint8_t m_nCheck = 0;           // 0 does not matter, 1 check, 2 threat of mate
-    bool m_bOnlyIfNotCapturable = false; // only if the figure cannot be captured after the move
-    bool m_bWorst = false;               // tried last instead of first
-
-    friend auto operator<=>(const SortIndication&, const SortIndication&) = default;
-};
 
 using SortIndications = std::set<SortIndication>;
 

@@ -7,10 +7,12 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <vector>
 
 #include "core/chessboard.h"
 #include "core/heuristic_parameters.h"
 #include "core/search_context.h"
+#include "search/sort_indication.h"
 #include "tempregister/temporary_register.h"
 
 namespace quillon {
@@ -40,6 +42,12 @@ inline constexpr std::uint8_t kNotHybrid = 0;
 inline constexpr std::uint8_t kHybridHeuristical = 1; // first phase: a normal run up to one solution
 inline constexpr std::uint8_t kHybridBruteForce = 2;  // second phase: empty mask, search for duals
 
+/// A white move of a known variant, as far as it names a move again: figure (code with colour) and target.
+struct TVariantMove {
+    TFigure m_figure = kNoFigure;
+    TSquare m_nTo = kNoSquare;
+};
+
 struct TAnalysis : THeuristicAnalysisParameters {
     // --- What is asked
     // --------------------------------------------------------------------------------------------------
@@ -53,6 +61,12 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::uint8_t m_nMultithreadingLevels = 1; // 1: only the first move runs in parallel
     std::uint16_t m_nAnalysisStart = 0;       // m_nMoves of the root: a repetition cannot go back beyond it
 
+    // --- What is known of the order of White's moves (move_sort.h)
+    // ----------------------------------------------------------------------
+    std::vector<SortIndication> m_sortIndications;
+    std::uint8_t m_nSortIndicationLevels = 255; // the first moves of a line that they are asked at
+    std::vector<TVariantMove> m_mainVariant;    // White's moves of a known variant, the key first
+
     // --- What is shared
     // -------------------------------------------------------------------------------------------------
     ITemporaryRegister* m_pRegister = nullptr;             // not owned; null: nothing is stored
@@ -63,8 +77,11 @@ struct TAnalysis : THeuristicAnalysisParameters {
 
     // --- Statistics
     // -----------------------------------------------------------------------------------------------------
-    std::atomic<std::uint64_t> m_nPositions{0}; // positions with fewer than four plies left
+    std::atomic<std::uint64_t> m_nPositions{0}; // positions with fewer than four plies left, outside trials
+    std::atomic<std::uint64_t> m_nTrialPositions{
+        0}; // the same inside the short-mate search, brought in when a run ends
     std::atomic<std::uint64_t> m_nPassesPlanned{1};
+    std::atomic<std::uint32_t> m_nPassIndex{0};     // the pass begun last, number and relaxations; 0: none yet
     std::atomic<std::uint64_t> m_nStartTicks{0};    // ms
     std::atomic<const char*> m_pStatusText{""};     // what the progress panel shows; static texts only
     std::atomic<std::uint64_t> m_nProgressTicks{0}; // ms, last sign of life
@@ -82,10 +99,16 @@ inline constexpr std::uint32_t kCountLot = 256;
 
 inline void FlushPositions(TSearchContext& context, TAnalysis& analysis) {
     analysis.m_nPositions.fetch_add(context.m_nUncounted, std::memory_order_relaxed);
+    analysis.m_nTrialPositions.fetch_add(context.m_nTrialPositions, std::memory_order_relaxed);
     context.m_nUncounted = 0;
+    context.m_nTrialPositions = 0;
 }
 
 inline void CountPosition(TSearchContext& context, TAnalysis& analysis) {
+    if (context.m_nQuickerLevel != 0) {
+        ++context.m_nTrialPositions;
+        return;
+    }
     if (++context.m_nUncounted == kCountLot)
         FlushPositions(context, analysis);
 }

@@ -21,8 +21,10 @@
 #include "search/analysis.h"
 #include "search/control.h"
 #include "search/find_mate.h"
+#include "search/hints.h"
 #include "search/move_sort.h"
 #include "search/node_log.h"
+#include "search/quicker_mate.h"
 #include "search/register_use.h"
 #include "search/repetition.h"
 #include "search/search_hooks.h"
@@ -33,26 +35,42 @@ namespace {
 
 constexpr int kFirstSortedPly = 4; // nodes with fewer plies take their moves figure by figure
 
+// The register has been asked about a reply before the short-mate search. From here on that search takes so long that
+// another thread may have answered meanwhile.
+constexpr int kAskedAgainPly = 10;
+
 bool IsInCheck(const TChessboard& b) { return b.m_blackChecker != kNoChecker; }
 
-/// The moves of a black node, stage by stage: the hint of the ply, then figure by figure; or all at once.
-class CBlackMoves {
-  public:
-    explicit CBlackMoves(TChessboard& b) : m_b(b), m_bLazy(b.m_nMoves < kFirstSortedPly && !IsInCheck(b)) {
-        if (m_bLazy)
-            return;
-        m_nCount = GenerateBlackMoves(b, m_list);
-        PutHintFirst(b, m_nCount, m_list);
+/// The move by which a sort has ended the node.
+template <TNodeKind kKind> void LogDeciding(TChessboard& b, TMove move) {
+    if constexpr (kKind.m_bLog) {
+        TChessboard* const child = CopyToChild(&b);
+        if (MakeBlackMove(*child, move, true) != kIllegalMove)
+            b.m_pAnalysis->m_pNodeLog->Move(*child);
     }
+}
 
-    /// Steps 3 and 4: the sort, from four plies on. Its verdict ends the node if it is negative.
-    TMateResult Sort() {
-        if (m_b.m_nMoves < kFirstSortedPly)
-            return MR_MATE;
-        const TBlackSort sort = SortBlackMoves(m_b, m_nCount, m_list);
-        m_nCount = sort.m_nMoves;
-        m_bLegal = sort.m_bLegal;
-        return sort.m_nVerdict;
+/// How a black node comes by its moves.
+enum class EReplies {
+    Lazy,            // the hints, then figure by figure
+    HintsThenSorted, // the hints, then the sorted list
+    Sorted,          // step 4 as it stands
+    Whole,           // the evasions of a short node
+};
+
+/// With four plies left a hint refutes nearly always, and a sort that makes every move costs more than to try it.
+EReplies RepliesOf(const TChessboard& b) {
+    if (b.m_nMoves < kFirstSortedPly)
+        return IsInCheck(b) ? EReplies::Whole : EReplies::Lazy;
+    const bool bHints = b.m_nMoves == kFirstSortedPly && b.m_nHeuristics == 0 && !IsInCheck(b);
+    return bHints ? EReplies::HintsThenSorted : EReplies::Sorted;
+}
+
+/// The moves of a black node, stage by stage.
+template <TNodeKind kKind> class CBlackMoves {
+  public:
+    explicit CBlackMoves(TChessboard& b) : m_b(b), m_kind(RepliesOf(b)) {
+        m_bHintsDue = m_kind == EReplies::Lazy || m_kind == EReplies::HintsThenSorted;
     }
 
     /// Step 6.
@@ -61,29 +79,16 @@ class CBlackMoves {
         m_list[m_nCount++] = {king, king, 0, 0};
     }
 
-    /// The next stage: false when there is none.
+    /// The next stage: false when there is none, or when the sort has ended the node (m_nVerdict).
     bool Next() {
-        if (!m_bLazy)
-            return std::exchange(m_bWholeListDue, false);
-        if (std::exchange(m_bHintDue, false) && FindHint(m_b, m_hint)) {
-            m_list[0] = m_hint;
-            m_nCount = 1;
+        if (std::exchange(m_bHintsDue, false) && TakeHints())
             return true;
-        }
-        m_nCount = GenerateNextBlackFigure(m_b, m_nNextSquare, m_list);
-        if (m_nCount != 0 && m_hint.m_nFrom == m_list[0].m_nFrom && !IsNullMove(m_hint))
-            DropHint();
-        if (m_nCount != 0 || m_nNextSquare < kSquares)
-            return true;
-        return std::exchange(m_bNullMoveDue, false) && (AddNullMove(), true);
+        if (m_kind == EReplies::Lazy)
+            return NextFigure();
+        return std::exchange(m_bWholeListDue, false) && TakeWholeList();
     }
 
-    void AddNullMoveLast() {
-        if (m_bLazy)
-            m_bNullMoveDue = true;
-        else
-            AddNullMove();
-    }
+    void AddNullMoveLast() { m_bNullMoveDue = true; }
 
     /// Step 8j: the promotions behind move i with its source and target need no analysis of their own.
     void DropOtherPromotions(int i) {
@@ -96,20 +101,53 @@ class CBlackMoves {
 
     TMove m_list[kMaxMoves];
     int m_nCount = 0;
-    bool m_bLegal = false; // the sort has proved every move legal
+    bool m_bLegal = false;            // the sort has proved every move of the stage legal
+    bool m_bAnyMated = false;         // it took out legal moves that are known to be mated
+    TMateResult m_nVerdict = MR_MATE; // of the sort; negative: ends the node
 
   private:
-    void DropHint() {
-        TMove* const end =
-            std::remove_if(m_list, m_list + m_nCount, [&](const TMove& move) { return SameMove(move, m_hint); });
-        m_nCount = static_cast<int>(end - m_list);
+    bool NextFigure() {
+        m_nCount = m_hints.DropFrom(m_list, GenerateNextBlackFigure(m_b, m_nNextSquare, m_list));
+        if (m_nCount != 0 || m_nNextSquare < kSquares)
+            return true;
+        return std::exchange(m_bNullMoveDue, false) && (AddNullMove(), true);
+    }
+
+    bool TakeWholeList() {
+        m_nCount = m_hints.DropFrom(m_list, GenerateBlackMoves(m_b, m_list));
+        if (m_kind == EReplies::Whole)
+            PutHintsFirst(m_b, m_nCount, m_list);
+        else if (!Sort())
+            return false;
+        if (m_bNullMoveDue)
+            AddNullMove();
+        return true;
+    }
+
+    /// Steps 3 and 4.
+    bool Sort() {
+        const TBlackSort sort = SortBlackMoves(m_b, m_nCount, m_list, kKind.m_bLog);
+        if (sort.m_nVerdict < 0)
+            LogDeciding<kKind>(m_b, sort.m_deciding);
+        m_nCount = sort.m_nMoves;
+        m_bLegal = true;
+        m_bAnyMated = sort.m_bAnyMated;
+        m_nVerdict = sort.m_nVerdict;
+        return m_nVerdict >= 0;
+    }
+
+    bool TakeHints() {
+        m_hints = CHints(m_b);
+        m_nCount = m_hints.Count();
+        std::copy_n(m_hints.Moves(), m_nCount, m_list);
+        return m_nCount != 0;
     }
 
     TChessboard& m_b;
-    bool m_bLazy;
-    bool m_bHintDue = true, m_bWholeListDue = true, m_bNullMoveDue = false;
+    EReplies m_kind;
+    bool m_bHintsDue, m_bWholeListDue = true, m_bNullMoveDue = false;
     int m_nNextSquare = 0;
-    TMove m_hint{}; // a null move: none was tried
+    CHints m_hints; // those that were tried
 };
 
 void Publish(const TChessboard& b, const TMove* list, int nCount) {
@@ -122,6 +160,7 @@ void PublishIndex(const TChessboard& b, int i) {
     TSearchContext& context = *b.m_pContext;
     context.m_moveIndex[b.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
     context.m_moveIndexShown[b.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
+    context.m_moveCount[b.m_nMoves - 1u].store(0, std::memory_order_relaxed); // the last sibling's answers
 }
 
 /// Step 8d.
@@ -158,7 +197,7 @@ template <TNodeKind kKind> TMateResult AskWhite(TChessboard* child, int q) {
         if (result > 0)
             return result;
     }
-    return FindMateWhite<kKind>(child, true);
+    return FindMateWhite<kKind>(child, q >= kAskedAgainPly);
 }
 
 /// Steps 8d to 8h: what White makes of this reply.
@@ -222,10 +261,7 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
     if (q == 0) // 2
         return IsInCheck(*p) && !HasBlackEvasion(*p) ? MR_MATE : MR_NOMATE;
 
-    CBlackMoves moves(*p); // 3, 4
-    const TMateResult sorted = moves.Sort();
-    if (sorted < 0)
-        return Logged<kKind>(*p, JudgeSort(*p, sorted));
+    CBlackMoves<kKind> moves(*p);    // 3, 4
     if (q == p->m_nInitialMoves - 1) // 5
         NoteSingleQueenTarget(*p);
     if (IsBishopRemoved(*p) && !IsInCheck(*p)) // 6
@@ -249,13 +285,17 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
             const TMateResult answer = made == kCertainEscape ? MR_NOMATE : AnswerReply<kKind>(child, q);
             if (answer != MR_MATE) {
                 KeepHint(*p, move);
+                if (q >= kFirstSortedPly)
+                    KeepRefutation(*p, moves.m_list, i);
                 return Logged<kKind>(*child, JudgeReply(*p, answer));
             }
             if (PromotionKind(move) != 0 && std::exchange(p->m_pContext->m_bUnderPromotionEqual, false))
                 moves.DropOtherPromotions(i); // 8j
         }
     }
-    return bAnyLegal || IsInCheck(*p) ? MR_MATE : MR_NOMATE; // 10
+    if (moves.m_nVerdict < 0)
+        return Logged<kKind>(*p, JudgeSort(*p, moves.m_nVerdict));
+    return bAnyLegal || moves.m_bAnyMated || IsInCheck(*p) ? MR_MATE : MR_NOMATE; // 10
 }
 
 template TMateResult FindMateBlack<kPlainNode>(TChessboard*);

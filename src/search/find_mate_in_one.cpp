@@ -1,6 +1,4 @@
-// Mate on the move. The squares around the black king tell which white moves can mate at all: a move that neither
-// checks nor takes away every flight is dropped before it is made. What is left is made on masks and tested for an
-// evasion.
+// Mate on the move in a position of the recursion: on masks where the rules allow it, by making the moves where not.
 
 #include "core/attacks.h"
 #include "core/generation.h"
@@ -9,235 +7,11 @@
 #include "core/queries.h"
 #include "core/search_context.h"
 #include "search/find_mate.h"
+#include "search/mate_in_one.h"
 
 namespace quillon {
 
 namespace {
-
-/// One position's masks and what all candidates have in common.
-class CMateInOne {
-  public:
-    explicit CMateInOne(const TChessboard& b) : m_b(b), m(TakeMasks(b)), m_occupied(m.Occupied()) {
-        const int king = m.m_nBlackKing;
-        m_straightChecks = RookAttacks(king, m_occupied);
-        m_diagonalChecks = BishopAttacks(king, m_occupied);
-        FindFlights();
-        FindDiscoverers();
-    }
-
-    [[nodiscard]] bool Find() { return AnyKnightMates() || AnySliderMates() || AnyPawnMates() || AnyKingMoveMates(); }
-
-  private:
-    static constexpr int kMaxSliders = 16; // legal positions have at most eleven
-    struct TSlider {
-        int m_nSquare;
-        bool m_bStraight, m_bDiagonal;
-        TMask m_attacks;
-    };
-
-    void AddSlider(int square, bool bStraight, bool bDiagonal) {
-        TMask attacks = 0;
-        if (bStraight)
-            attacks |= RookAttacks(square, m_occupied);
-        if (bDiagonal)
-            attacks |= BishopAttacks(square, m_occupied);
-        m_protected |= attacks;
-        if (m_nSliders < kMaxSliders)
-            m_sliders[m_nSliders++] = {square, bStraight, bDiagonal, attacks};
-    }
-
-    /// White's attacks need no lifting of the black king here: it is not in check, so no slider looks through it.
-    void FindFlights() {
-        const TMask straight = m.m_white & m.m_straightSliders, diagonal = m.m_white & m.m_diagonalSliders;
-        for (TMask sliders = straight | diagonal; sliders != 0;) {
-            const int square = TakeSquare(sliders);
-            AddSlider(square, (straight >> square) & 1, (diagonal >> square) & 1);
-        }
-        TMask attacks = m_protected | KingAttacks(m.m_nWhiteKing) | WhitePawnAttacks(m.m_white & m.m_pawns);
-        for (TMask knights = m.m_white & m.m_knights; knights != 0;)
-            attacks |= KnightAttacks(TakeSquare(knights));
-        m_flights = KingAttacks(m.m_nBlackKing) & ~m.m_black & ~attacks;
-    }
-
-    /// White figures that stand alone between a white slider and the black king.
-    void FindDiscoverers() {
-        AddDiscoverers(m_straightChecks, m.m_straightSliders, true);
-        AddDiscoverers(m_diagonalChecks, m.m_diagonalSliders, false);
-    }
-    void AddDiscoverers(TMask seen, TMask sliders, bool bStraight) {
-        const TMask screens = seen & m.m_white;
-        sliders &= m.m_white & ~seen;
-        if (screens == 0 || sliders == 0)
-            return;
-        const int king = m.m_nBlackKing;
-        TMask behind = sliders & (bStraight ? RookAttacks(king, m_occupied & ~screens)
-                                            : BishopAttacks(king, m_occupied & ~screens));
-        while (behind != 0)
-            m_discoverers |= SquaresBetween(king, TakeSquare(behind)) & screens;
-    }
-
-    [[nodiscard]] bool IsDiscoverer(int square) const { return (m_discoverers >> square) & 1; }
-
-    /// Can a figure that attacks these squares from `to` leave no flight? A figure that leaves a square which a slider
-    /// protects may open that slider's line, so it is let through.
-    [[nodiscard]] bool MayTakeFlights(int from, int to, TMask attacksFromTo) const {
-        return (m_flights & ~(attacksFromTo | MaskOf(to))) == 0 || ((m_protected >> from) & 1) != 0;
-    }
-
-    bool AnyKnightMates() {
-        const TMask checks = KnightAttacks(m.m_nBlackKing);
-        for (TMask knights = m.m_white & m.m_knights; knights != 0;) {
-            const int from = TakeSquare(knights);
-            TMask targets = KnightAttacks(from) & ~m.m_white;
-            if (!IsDiscoverer(from))
-                targets &= checks;
-            while (targets != 0) {
-                const int to = TakeSquare(targets);
-                if (MayTakeFlights(from, to, KnightAttacks(to)) && Mates(from, to, kKnight))
-                    return true;
-            }
-        }
-        return false;
-    }
-
-    bool AnySliderMates() {
-        for (std::size_t i = 0; i < m_nSliders; ++i)
-            if (SliderMates(m_sliders[i]))
-                return true;
-        return false;
-    }
-
-    bool SliderMates(const TSlider& slider) {
-        const int from = slider.m_nSquare;
-        TMask checks = 0;
-        if (slider.m_bStraight)
-            checks |= m_straightChecks;
-        if (slider.m_bDiagonal)
-            checks |= m_diagonalChecks;
-        TMask targets = slider.m_attacks & ~m.m_white;
-        if (!IsDiscoverer(from))
-            targets &= checks;
-        const TFigure kind =
-            static_cast<TFigure>((slider.m_bStraight ? kRook : 0) | (slider.m_bDiagonal ? kBishop : 0));
-        while (targets != 0) {
-            const int to = TakeSquare(targets);
-            if (m_flights == 0 || MayTakeFlights(from, to, SliderAttacks(kind, from, to)))
-                if (Mates(from, to, kind))
-                    return true;
-        }
-        return false;
-    }
-
-    /// Attacks of a slider that has gone from one square to another, through the black king.
-    [[nodiscard]] TMask SliderAttacks(TFigure kind, int from, int to) const {
-        const TMask occupied = m_occupied & ~MaskOf(from) & ~MaskOf(m.m_nBlackKing);
-        TMask attacks = 0;
-        if ((kind & kRook) != 0)
-            attacks |= RookAttacks(to, occupied);
-        if ((kind & kBishop) != 0)
-            attacks |= BishopAttacks(to, occupied);
-        return attacks;
-    }
-
-    bool AnyPawnMates() {
-        const TMask pawns = m.m_white & m.m_pawns;
-        const TMask directSquares = BlackPawnAttacks(MaskOf(m.m_nBlackKing));
-        // Pawns that may check: by promotion, by discovery, en passant, or from a square in front of the black king.
-        TMask candidates = pawns & ((kRank1 << 48) | m_discoverers | EnPassantCapturers());
-        const TMask steps = directSquares & ~m_occupied;
-        candidates |= pawns & (steps >> 8);
-        candidates |= pawns & (steps >> 16) & (kRank1 << 8);
-        candidates |= pawns & BlackPawnAttacks(directSquares & m.m_black);
-        TMove list[kMaxMoves];
-        while (candidates != 0) {
-            const int from = TakeSquare(candidates);
-            const int count = GenerateWhiteFigureMoves(m_b, static_cast<TSquare>(from), list);
-            for (int i = 0; i < count; ++i)
-                if (PawnMoveMates(list[i], directSquares))
-                    return true;
-        }
-        return false;
-    }
-
-    [[nodiscard]] TMask EnPassantCapturers() const {
-        const int to = m_b.m_lastMove.m_nTo;
-        if (m_b.m_pPrevious == nullptr || m_b.m_lastMove.m_nFrom - to != 16 ||
-            KindOf(m_b.m_board[static_cast<std::size_t>(to)]) != kPawn)
-            return 0;
-        return ((MaskOf(to) & ~kFileA) >> 1) | ((MaskOf(to) & ~kFileH) << 1);
-    }
-
-    bool PawnMoveMates(const TMove& move, TMask directSquares) {
-        const int from = move.m_nFrom, to = move.m_nTo;
-        if (move.m_nPromotion != 0)
-            return Mates(from, to, PromotionKind(move));
-        const bool bEnPassant = FileOf(from) != FileOf(to) && ((m_occupied >> to) & 1) == 0;
-        const bool bMayCheck = IsDiscoverer(from) || bEnPassant || ((directSquares >> to) & 1) != 0;
-        return bMayCheck && Mates(from, to, kPawn, bEnPassant);
-    }
-
-    /// The king mates by discovery or by castling.
-    bool AnyKingMoveMates() {
-        const int king = m.m_nWhiteKing;
-        const bool bMayCastle = king == kE1 && (m_b.m_board[kA1] == kWhiteRook || m_b.m_board[kH1] == kWhiteRook);
-        if (!IsDiscoverer(king) && !bMayCastle)
-            return false;
-        TMove list[kMaxMoves];
-        const int count = GenerateWhiteFigureMoves(m_b, static_cast<TSquare>(king), list);
-        for (int i = 0; i < count; ++i)
-            if (Mates(king, list[i].m_nTo, kKing))
-                return true;
-        return false;
-    }
-
-    /// Makes the move on a copy of the masks: is it legal, and mate?
-    [[nodiscard]] bool Mates(int from, int to, TFigure kind, bool bEnPassant = false) const {
-        TFigureMasks after = m;
-        const TMask source = MaskOf(from), target = MaskOf(to);
-        const TMask gone = source | target | (bEnPassant ? target >> 8 : 0);
-        after.m_white = (after.m_white & ~source) | target;
-        after.m_black &= ~gone;
-        after.m_pawns &= ~gone;
-        after.m_knights &= ~gone;
-        after.m_diagonalSliders &= ~gone;
-        after.m_straightSliders &= ~gone;
-        Arrive(after, target, kind);
-        if (kind == kKing)
-            MoveKing(after, from, to);
-        const bool bDoubleStep = kind == kPawn && to - from == 16;
-        return IsBlackMated(after, bDoubleStep ? to : kNoDoubleStep) && !IsWhiteKingAttacked(after);
-    }
-
-    static void Arrive(TFigureMasks& after, TMask target, TFigure kind) {
-        if (kind == kPawn)
-            after.m_pawns |= target;
-        else if (kind == kKnight)
-            after.m_knights |= target;
-        if ((kind & kBishop) != 0)
-            after.m_diagonalSliders |= target;
-        if ((kind & kRook) != 0)
-            after.m_straightSliders |= target;
-    }
-
-    static void MoveKing(TFigureMasks& after, int from, int to) {
-        after.m_nWhiteKing = to;
-        if (AbsDiff(from, to) != 2)
-            return;
-        const TMask rookFrom = MaskOf(to == kG1 ? kH1 : kA1), rookTo = MaskOf(to == kG1 ? kF1 : kD1);
-        after.m_white = (after.m_white & ~rookFrom) | rookTo;
-        after.m_straightSliders = (after.m_straightSliders & ~rookFrom) | rookTo;
-    }
-
-    const TChessboard& m_b;
-    TFigureMasks m;
-    TMask m_occupied;
-    TMask m_straightChecks = 0, m_diagonalChecks = 0; // squares from which a slider sees the black king
-    TMask m_flights = 0;                              // squares the black king can go to as things stand
-    TMask m_protected = 0;                            // squares White's sliders look at
-    TMask m_discoverers = 0;
-    TSlider m_sliders[kMaxSliders];
-    std::size_t m_nSliders = 0;
-};
 
 /// White in check, or a black bishop off the board: the maker knows the rules of both.
 bool FindByMaking(const TChessboard& b) {
@@ -252,12 +26,33 @@ bool FindByMaking(const TChessboard& b) {
     return false;
 }
 
+/// The black pawn that has just made a double step.
+int DoubleStepOf(const TChessboard& b) {
+    const int to = b.m_lastMove.m_nTo;
+    const bool bDoubleStep = b.m_pPrevious != nullptr && b.m_lastMove.m_nFrom - to == 16 &&
+                             KindOf(b.m_board[static_cast<std::size_t>(to)]) == kPawn;
+    return bDoubleStep ? to : kNoDoubleStep;
+}
+
+/// Squares to which White's king may castle.
+TMask CastlingTargets(const TChessboard& b) {
+    if (WhiteKingSquare(b) != kE1 || (b.m_board[kA1] != kWhiteRook && b.m_board[kH1] != kWhiteRook))
+        return 0;
+    TMove list[kMaxMoves];
+    const int count = GenerateWhiteFigureMoves(b, kE1, list);
+    TMask targets = 0;
+    for (int i = 0; i < count; ++i)
+        if (AbsDiff(list[i].m_nTo, kE1) == 2)
+            targets |= MaskOf(list[i].m_nTo);
+    return targets;
+}
+
 } // namespace
 
 bool HasMateInOne(const TChessboard& b) {
     if (b.m_whiteChecker != kNoChecker || BishopMode(b) != 0)
         return FindByMaking(b);
-    return CMateInOne(b).Find();
+    return CMateInOne(TakeMasks(b), DoubleStepOf(b), CastlingTargets(b)).Find();
 }
 
 bool FindMateInOne(TChessboard* p) { return HasMateInOne(*p); }

@@ -9,6 +9,7 @@
 //   b receding white king   d repetition       f publish the index    h mate: store, return     i other answers
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "core/attacks.h"
@@ -21,8 +22,10 @@
 #include "search/analysis.h"
 #include "search/control.h"
 #include "search/find_mate.h"
+#include "search/hints.h"
 #include "search/move_sort.h"
 #include "search/node_log.h"
+#include "search/quick_refutation.h"
 #include "search/register_use.h"
 #include "search/repetition.h"
 #include "search/search_hooks.h"
@@ -35,6 +38,12 @@ constexpr int kLongestUntreatedRepetition = 13; // strict cases: with this many 
 
 int PliesPlayed(const TChessboard& b) { return b.m_nInitialMoves - b.m_nMoves; }
 
+/// Lazy nodes with fewer plies try the checks where the figures' turn comes.
+constexpr int kChecksFirstPlies = 5;
+
+/// With so many plies left a move is first looked at on masks.
+constexpr int kQuicklyRefutedPlies = 3;
+
 /// How a node comes by its moves.
 enum class EMoves { Lazy, Whole };
 
@@ -45,7 +54,8 @@ bool IsLazyLength(const TChessboard& b) { return b.m_nMoves < 9 && !(b.m_nMoves 
 bool IsShortLength(const TChessboard& b) {
     const int m = b.m_nMoves;
     const int heavy = b.m_whiteQueens + b.m_whiteRooks + b.m_blackBishops;
-    return m < 11 || (m < 13 && (b.m_wKingState & 0x20) == 0 && heavy < 4) || (m == 13 && (b.m_wKingState & 2) != 0);
+    return m < 11 || (m < 13 && (b.m_wKingState & 0x20) == 0 && heavy < 4) ||
+           (m == 13 && (b.m_wKingState & kNarrowPlay) != 0);
 }
 
 /// With cheap-sort heuristics in force a short node is sorted (simply) only if White has much to choose from.
@@ -58,7 +68,7 @@ bool IsSimpleSortWorthwhile(const TChessboard& b) {
 class CWhiteMoves {
   public:
     /// Step 7.
-    explicit CWhiteMoves(TChessboard& b) : m_b(b) {
+    explicit CWhiteMoves(TChessboard& b) : m_b(b), m_bChecksDue(b.m_nMoves >= kChecksFirstPlies) {
         if (b.m_pContext->m_byResumeList != 0)
             TakeResumeList();
         else if ((b.m_nHeuristics & kGeneratingHeuristics) == 0 || !TakeHeuristicMoves())
@@ -68,16 +78,15 @@ class CWhiteMoves {
     bool Next() {
         if (m_mode == EMoves::Whole)
             return std::exchange(m_bWholeListDue, false);
-        if (std::exchange(m_bHintDue, false) && FindHint(m_b, m_hint)) {
-            m_list[0] = m_hint;
-            m_nCount = 1;
+        if (std::exchange(m_bHintsDue, false) && TakeHints())
             return true;
-        }
+        if (std::exchange(m_bChecksDue, false) && TakeChecks())
+            return true;
         m_nCount = GenerateNextWhiteFigure(m_b, m_nNextSquare, m_list);
         if (m_nCount == 0)
             return false;
-        if (!IsNullMove(m_hint) && m_list[0].m_nFrom == m_hint.m_nFrom)
-            DropHint();
+        m_nCount = m_hints.DropFrom(m_list, m_nCount);
+        DropChecks();
         return true;
     }
 
@@ -85,7 +94,8 @@ class CWhiteMoves {
     void Repeat() {
         m_bWholeListDue = true;
         m_nNextSquare = 0;
-        m_hint = {};
+        m_hints = {};
+        m_nChecks = 0;
     }
 
     TMove m_list[kMaxMoves];
@@ -119,12 +129,12 @@ class CWhiteMoves {
         if (IsLazyLength(m_b)) {
             m_mode = bInCheck ? EMoves::Whole : EMoves::Lazy;
             if (bInCheck)
-                GenerateAll();
+                GenerateAllWithHints();
             return;
         }
         const bool bShort = IsShortLength(m_b) || m_b.m_nMoves == 7;
         if ((m_b.m_nHeuristics & SH_USEBLOCKBLACKPAWNSLEVEL) != 0) {
-            GenerateAll(); // used as generated
+            GenerateAllWithHints(); // used as generated
         } else if (!bShort || (m_b.m_nHeuristics & kCheapSortHeuristics) == 0) {
             GenerateAll();
             Take(SortWhiteMoves(m_b, m_nCount, m_list, bShort));
@@ -132,7 +142,7 @@ class CWhiteMoves {
             GenerateAll();
             Take(SortWhiteMovesSimple(m_b, m_nCount, m_list));
         } else if (bInCheck) {
-            GenerateAll();
+            GenerateAllWithHints();
         } else {
             m_mode = EMoves::Lazy;
         }
@@ -141,26 +151,51 @@ class CWhiteMoves {
     void GenerateAll() {
         m_mode = EMoves::Whole;
         m_nCount = GenerateWhiteMoves(m_b, m_list);
-        PutHintFirst(m_b, m_nCount, m_list);
+    }
+
+    void GenerateAllWithHints() {
+        GenerateAll();
+        PutHintsFirst(m_b, m_nCount, m_list);
+    }
+
+    bool TakeHints() {
+        m_hints = CHints(m_b);
+        m_nCount = m_hints.Count();
+        std::copy_n(m_hints.Moves(), m_nCount, m_list);
+        return m_nCount != 0;
+    }
+
+    /// Checks come before the figures in turn: a mate is mostly found through one.
+    bool TakeChecks() {
+        m_nChecks = m_hints.DropFrom(m_checks, GenerateWhiteChecks(m_b, m_checks));
+        m_nCount = m_nChecks;
+        std::copy_n(m_checks, m_nChecks, m_list);
+        return m_nCount != 0;
+    }
+
+    void DropChecks() {
+        TMove* const end = std::remove_if(m_list, m_list + m_nCount, [&](const TMove& move) {
+            return std::any_of(m_checks, m_checks + m_nChecks,
+                               [&](const TMove& check) { return SameMove(check, move); });
+        });
+        m_nCount = static_cast<int>(end - m_list);
     }
 
     void Take(const TWhiteSort& sort) {
         m_nCount = sort.m_nMoves;
         m_bMateFound = sort.m_bMateFound;
         m_bRetry = sort.m_bRetry;
-    }
-
-    void DropHint() {
-        TMove* const end =
-            std::remove_if(m_list, m_list + m_nCount, [&](const TMove& move) { return SameMove(move, m_hint); });
-        m_nCount = static_cast<int>(end - m_list);
+        m_bLeftOut = sort.m_bLeftOut;
     }
 
     TChessboard& m_b;
     EMoves m_mode = EMoves::Lazy;
-    bool m_bHintDue = true, m_bWholeListDue = true;
+    bool m_bHintsDue = true, m_bWholeListDue = true;
     int m_nNextSquare = 0;
-    TMove m_hint{}; // a null move: none was tried
+    CHints m_hints; // those that were tried
+    bool m_bChecksDue;
+    int m_nChecks = 0;
+    TMove m_checks[kMaxMoves]; // those that were tried
 };
 
 /// One white node: its moves, and what they have come to.
@@ -171,11 +206,15 @@ template <TNodeKind kKind> class CWhiteNode {
           m_bTreatsRepetition(!IsStrict(*p) || m_m > kLongestUntreatedRepetition), m_moves(*p) {
         if (m_moves.m_bLeftOut || IsBishopRemoved(*p))
             m_nDoubtful = 1;
+        if (m_m == kQuicklyRefutedPlies)
+            m_quickRefutation.emplace(*p);
     }
 
     TMateResult Run() {
-        if (m_moves.m_bMateFound)
+        if (m_moves.m_bMateFound) {
+            Store(MR_MATE);
             return MR_MATE;
+        }
         TMateResult result = TryMoves();
         if (m_moves.m_bRetry && (m_p->m_nHeuristics & SH_DONTLETFIGUREUNBLOCK) != 0 && result != MR_MATE) {
             m_p->m_nHeuristics &= ~SH_DONTLETFIGUREUNBLOCK;
@@ -224,6 +263,7 @@ template <TNodeKind kKind> class CWhiteNode {
     void PublishIndex(int i) {
         m_context.m_moveIndex[m_p->m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
         m_context.m_moveIndexShown[m_p->m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
+        m_context.m_moveCount[m_p->m_nMoves - 1u].store(0, std::memory_order_relaxed); // the last sibling's replies
     }
 
     void Doubt(std::uint32_t cause) {
@@ -238,6 +278,9 @@ template <TNodeKind kKind> class CWhiteNode {
             Doubt(SH_DONTRECEDEBLACKKING); // 9b
             return false;
         }
+        if constexpr (!kKind.m_bLog)
+            if (m_quickRefutation && IsQuicklyRefuted(move))
+                return false;
         TChessboard* const child = CopyToChild(m_p); // 9c
         if (MakeWhiteMove(*child, move) == 0)
             return false;
@@ -255,6 +298,18 @@ template <TNodeKind kKind> class CWhiteNode {
         }
         Judge(result);
         return false;
+    }
+
+    bool IsQuicklyRefuted(const TMove& move) {
+        switch (m_quickRefutation->Look(move)) {
+        case EQuickLook::Refuted:
+            CountPosition(m_context, *m_p->m_pAnalysis); // the one behind the reply
+            return true;
+        case EQuickLook::Illegal:
+            return true;
+        default:
+            return false;
+        }
     }
 
     bool IsTreatedRepetition(const TChessboard& child) {
@@ -379,6 +434,7 @@ template <TNodeKind kKind> class CWhiteNode {
     int m_nDoubtful = 0;
     int m_nRepetitions = 0;
     CWhiteMoves m_moves;
+    std::optional<CQuickRefutation> m_quickRefutation; // with three plies left
 };
 
 /// Step 5.
@@ -426,11 +482,14 @@ template TMateResult FindMateWhite<kPlainNode>(TChessboard*, bool);
 template TMateResult FindMateWhite<kLoggingNode>(TChessboard*, bool);
 
 bool HasMateInTwo(const TChessboard& b) {
+    const bool bUnderPromotionEqual = b.m_pContext->m_bUnderPromotionEqual; // of the line, not of this look aside
     TChessboard copy = b;
     copy.m_nMoves = 3;
     copy.m_byPass = 2; // the answer has to be a proof, whatever is in force in the line
     copy.m_nHeuristics = copy.m_nHeurParams = 0;
-    return FindMateWhite(&copy, false) == MR_MATE;
+    const bool bMate = FindMateWhite(&copy, false) == MR_MATE;
+    b.m_pContext->m_bUnderPromotionEqual = bUnderPromotionEqual;
+    return bMate;
 }
 
 } // namespace quillon

@@ -1,6 +1,9 @@
 #pragma once
-// Move ordering: where the recursion asks for the order of a node's moves. No sort is in force yet; lists keep the
-// order of generation, behind the hint of the node's ply.
+// Move ordering: White's key and Black's best defence should come first, so that most of the tree is never entered. The
+// sorts try every move on a scratch copy in the slot that the real child will use, ask the register about the result,
+// and score the move (move_score.h). They may find that the node is already answered.
+//
+// The terms of a score are rules of thumb and bear only on the order. What ends a node is a proof.
 
 #include <cstdint>
 
@@ -11,32 +14,27 @@
 namespace quillon {
 
 struct TWhiteSort {
-    int m_nMoves;              // moves that remain to be tried
+    int m_nMoves;              // moves that remain to be tried; illegal ones have fallen off the end
     bool m_bMateFound = false; // a mate of the node was established: it returns mate at once
     bool m_bRetry = false;     // the node is to be run again without SH_DONTLETFIGUREUNBLOCK
+    bool m_bLeftOut = false;   // moves were cut that could be mates: the node cannot end as proved no mate
 };
 
 struct TBlackSort {
-    int m_nMoves;                     // moves that remain
+    int m_nMoves;                     // moves that remain, all proved legal
     TMateResult m_nVerdict = MR_MATE; // negative: ends the node
-    bool m_bLegal = false;            // every move of the list was proved legal
+    bool m_bAnyMated = false;         // legal moves known to be mated were taken out
+    TMove m_deciding = {};            // the move that a negative verdict is about
 };
 
 /// bShort: few plies left, the expensive position knowledge is skipped.
-[[nodiscard]] inline TWhiteSort SortWhiteMoves(TChessboard&, int nMoves, TMove*, bool /*bShort*/) { return {nMoves}; }
-[[nodiscard]] inline TWhiteSort SortWhiteMovesSimple(TChessboard&, int nMoves, TMove*) { return {nMoves}; }
-[[nodiscard]] inline TBlackSort SortBlackMoves(TChessboard&, int nMoves, TMove*) { return {nMoves}; }
+[[nodiscard]] TWhiteSort SortWhiteMoves(TChessboard& p, int nMoves, TMove* list, bool bShort);
 
-// Hints: the move that answered the last node of the same ply is tried first in the next one. It changes nothing but
-// the order, and needs no board knowledge: a mate threat stays a threat in most of the sibling lines.
+/// The cheap order: one pass of the capture and check terms.
+[[nodiscard]] TWhiteSort SortWhiteMovesSimple(TChessboard& p, int nMoves, TMove* list);
 
-/// The hint of the node's ply if it is among the moves that its figure could make here.
-[[nodiscard]] bool FindHint(const TChessboard& b, TMove& hint);
-
-/// Brings the ply's hint, if it is in the list, to the front; the others keep their order.
-void PutHintFirst(const TChessboard& b, int nMoves, TMove* list);
-
-/// This move answered the node: mate for White, a refutation for Black.
-void KeepHint(const TChessboard& b, const TMove& move);
+/// For nodes of four plies or more. Verdicts: MR_NONE (Black escapes), MR_DOUBTFUL, MR_REPETITION.
+///   bKeepMated  moves known to be mated stay in the list: a log is to tell of them.
+[[nodiscard]] TBlackSort SortBlackMoves(TChessboard& p, int nMoves, TMove* list, bool bKeepMated = false);
 
 } // namespace quillon

@@ -13,10 +13,6 @@ namespace {
 constexpr int kShortestStoredAnalysis = 10; // plies of the root
 constexpr int kFewestStoredPlies = 3;
 
-bool IsInForce(const TChessboard& b) {
-    return b.m_pAnalysis->m_pRegister != nullptr && b.m_nInitialMoves >= kShortestStoredAnalysis;
-}
-
 bool IsTrialWithAdditionalMoves(const TSearchContext& context) {
     return context.m_nQuickerLevel != 0 && context.m_nAdditionalMoves != 0;
 }
@@ -30,6 +26,10 @@ TMateResult Find(const TChessboard& b, int nMaxMoves) {
 }
 
 } // namespace
+
+bool IsRegisterInForce(const TChessboard& b) {
+    return b.m_pAnalysis->m_pRegister != nullptr && b.m_nInitialMoves >= kShortestStoredAnalysis;
+}
 
 bool IsRegisterSafe(const TChessboard& b) {
     if (b.m_pPrevious == nullptr)
@@ -52,7 +52,7 @@ TChessboard WithRemovedBishop(const TChessboard& b) {
 }
 
 TMateResult AskRegister(const TChessboard& b) {
-    if (!IsInForce(b))
+    if (!IsRegisterInForce(b))
         return MR_NONE;
     TSearchContext& context = *b.m_pContext;
     const bool bTrial = IsTrialWithAdditionalMoves(context);
@@ -75,7 +75,7 @@ TMateResult AskRegisterAboutReply(const TChessboard& child, int q) {
 }
 
 bool MayStore(const TChessboard& b) {
-    return IsInForce(b) && b.m_nMoves >= kFewestStoredPlies && !b.m_pContext->m_bNoStore && !IsStopping(b) &&
+    return IsRegisterInForce(b) && b.m_nMoves >= kFewestStoredPlies && !b.m_pContext->m_bNoStore && !IsStopping(b) &&
            IsRegisterSafe(b);
 }
 

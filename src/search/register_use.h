@@ -14,6 +14,9 @@ namespace quillon {
 /// bishop on the first empty square of its colour. The position itself in any other mode.
 [[nodiscard]] TChessboard WithRemovedBishop(const TChessboard& b);
 
+/// Is there a register, and is this analysis long enough to use it?
+[[nodiscard]] bool IsRegisterInForce(const TChessboard& b);
+
 /// What the register knows of a white node (plies left m_nMoves); MR_NONE if nothing usable. Doubt is no answer in the
 /// pass without heuristics. An answer sets the context's doubt cause (0 for no mate, -1 for doubt) and, if it needed
 /// the additional moves, m_bAdditionalMovesUsed; MR_QUICKER comes back as MR_MATE.

@@ -10,9 +10,6 @@ namespace quillon {
 /// Answer of a white node from precalculated data; MR_NONE: not in force, or the material has no data.
 [[nodiscard]] inline TMateResult AskPrecalcData(const TChessboard&) { return MR_NONE; }
 
-/// Short-mate search: true only if a mate within m_nMoves plies was proved. False says nothing.
-[[nodiscard]] inline bool FindQuickerMate(TChessboard*) { return false; }
-
 /// What AnalyseInThreads returns when the node is to go on by itself.
 inline constexpr int kContinueHere = -128;
 

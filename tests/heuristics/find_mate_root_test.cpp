@@ -113,6 +113,51 @@ TEST(FindMateRoot, TellsEachSolutionOnce) {
     EXPECT_EQ(run.Keys().size(), 1u);
 }
 
+// ---- what the display reads
+
+TEST(PassIndex, NamesThePass) {
+    EXPECT_EQ(PassNameOf(0), "");
+    EXPECT_EQ(PassNameOf(PassIndex(1, 0)), "1");
+    EXPECT_EQ(PassNameOf(PassIndex(1, 1)), "1b");
+    EXPECT_EQ(PassNameOf(PassIndex(1, 25)), "1z");
+    EXPECT_EQ(PassNameOf(PassIndex(1, 255)), "1+255");
+    EXPECT_EQ(PassNameOf(PassIndex(2, 0)), "2");
+    EXPECT_EQ(PassNameOf(PassIndex(2, 3)), "2");
+}
+
+TEST(FindMateRoot, ShowsThePassThatRuns) {
+    CRun run;
+    run.Choose(SH_DONTRECEDEBLACKKING);
+    run.m_analysis.m_nSolveMode = kAllSolutions;
+    std::vector<std::string> shown;
+    run.m_run.m_sink = [&](const TMove&, std::string_view, long, std::string_view pass) {
+        shown.push_back(PassNameOf(run.m_analysis.m_nPassIndex.load()));
+        EXPECT_EQ(shown.back(), pass);
+    };
+    EXPECT_EQ(run.m_analysis.m_nPassIndex.load(), 0u);
+    EXPECT_EQ(run.Go(kManyKeys, 1), kSolutionsFound);
+    EXPECT_EQ(shown.front(), "1");
+    (void)run.Go(kNoMate, 7);
+    EXPECT_EQ(run.m_run.m_passes.back(), "2");
+    EXPECT_EQ(PassNameOf(run.m_analysis.m_nPassIndex.load()), "2");
+}
+
+/// Moves that an earlier pass has settled are no part of the next one.
+TEST(FindMateRoot, ShowsTheMovesOfThePass) {
+    CRun all;
+    all.m_analysis.m_nSolveMode = kAllSolutions;
+    (void)all.Go(kManyKeys, 1);
+    EXPECT_EQ(all.m_context->m_moveCount[1].load(), all.m_run.m_moves.size());
+    EXPECT_EQ(all.m_context->m_moveIndexShown[1].load(), all.m_run.m_moves.size() - 1);
+    CRun second;
+    second.m_analysis.m_nSolveMode = kAllSolutions;
+    second.m_run.m_solutions.push_back(all.m_run.m_solutions.front());
+    (void)second.Go(kManyKeys, 1);
+    EXPECT_EQ(second.m_context->m_moveCount[1].load(), all.m_run.m_moves.size() - 1);
+    EXPECT_EQ(second.m_context->m_moveIndexShown[1].load(), all.m_run.m_moves.size() - 2);
+    EXPECT_EQ(second.m_context->m_moveIndex[1].load(), all.m_run.m_moves.size() - 1);
+}
+
 // ---- passes
 
 TEST(FindMateRoot, WithoutHeuristicsThereIsOnePass) {

@@ -10,6 +10,7 @@
 
 #include "core/chess_exception.h"
 #include "heuristics/result_texts.h"
+#include "platform/memory_info.h"
 #include "search/searched_position.h"
 
 namespace quillon::test {
@@ -371,6 +372,126 @@ TEST(SolvingDriver, RegisterBudgetIsTheStoredOneOrAShare) {
     (void)fifth.StartSolving(answers);
     EXPECT_GT(tenth.Analysis().m_nRegisterBudget, 0);
     EXPECT_EQ(fifth.Analysis().m_nRegisterBudget, 2 * tenth.Analysis().m_nRegisterBudget);
+}
+
+TEST(SolvingDriver, ShareOfTheMemoryIsAFifthUnlessToldOtherwise) {
+    CSolve solve(Request(kMateInThree, 1));
+    CAnswers answers;
+    (void)solve.StartSolving(answers);
+    const auto fifth = static_cast<std::int64_t>(PhysicalMemory() / 5);
+    EXPECT_LE(std::abs(solve.Analysis().m_nRegisterBudget - fifth), 100);
+}
+
+// ---- the register
+
+/// Mate in six or less.
+TSolveRequest LongRequest(std::int64_t nMemoryMB, const char* placement = kMateInThree) {
+    TSolveRequest request = Request(placement, 6);
+    request.m_nMemoryBudgetMB = nMemoryMB;
+    return request;
+}
+
+TEST(SolvingDriver, OnlyLongProblemsHaveARegister) {
+    for (const int moves : {5, 6}) {
+        TSolveRequest request = LongRequest(16);
+        request.m_nStipulation = moves;
+        CSolve solve(request);
+        EXPECT_FALSE(solve.RegisterFigures().m_bInUse) << "not before the start";
+        CAnswers answers;
+        const TRegisterFigures figures = solve.StartSolving(answers).m_register;
+        EXPECT_EQ(figures.m_bInUse, moves == 6);
+        EXPECT_EQ(solve.Analysis().m_pRegister != nullptr, moves == 6);
+        EXPECT_EQ(figures.m_nElements > 0, moves == 6);
+        EXPECT_EQ(figures.m_nLookups > figures.m_nHits, moves == 6);
+        EXPECT_EQ(figures.m_nHits > 0, moves == 6);
+        EXPECT_EQ(figures.m_nMegabytes > 0, moves == 6);
+        EXPECT_EQ(figures.m_nEvictions, 0u);
+    }
+}
+
+TEST(SolvingDriver, WithoutABudgetThereIsNoRegister) {
+    CSolve solve(LongRequest(0));
+    CAnswers answers;
+    const TSolvingResult result = solve.StartSolving(answers);
+    EXPECT_FALSE(result.m_register.m_bInUse);
+    EXPECT_EQ(result.m_register.m_nLookups, 0u);
+    EXPECT_EQ(solve.Analysis().m_pRegister, nullptr);
+    EXPECT_EQ(result.m_verdict, EVerdict::Mate);
+}
+
+/// What the register remembers must not change what is found.
+TEST(SolvingDriver, KeysAreTheSameWithAndWithoutARegister) {
+    std::mt19937_64 rng(31415);
+    int asked = 0;
+    for (int i = 0; i < 4; ++i) {
+        const std::string placement = AnyPlacement(rng, i, 3 + i % 2);
+        std::vector<std::string> expected;
+        for (const std::int64_t memory : {0, 1, 64}) {
+            TSolveRequest request = LongRequest(memory, placement.c_str());
+            request.m_mode = ESolveMode::AllSolutions;
+            const TSolvingResult result = Solve(request);
+            std::vector<std::string> keys = Keys(result);
+            std::ranges::sort(keys);
+            EXPECT_TRUE(result.m_bComplete) << placement;
+            if (memory == 0)
+                expected = keys;
+            EXPECT_EQ(keys, expected) << placement << " with " << memory << " MB";
+            asked += result.m_register.m_nHits > 0 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(asked, 0);
+}
+
+TEST(SolvingDriver, TheRegisterOutlivesTheFirstPhaseOfAHybridRun) {
+    TSolveRequest request = LongRequest(16);
+    request.m_bHybrid = true;
+    request.m_bChosenHeuristics = true;
+    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    CSolve solve(request);
+    std::uint64_t elements = 0;
+    std::vector<std::string> passes;
+    solve.SetSink([&](const TMove&, std::string_view, long, std::string_view pass) {
+        const std::uint64_t now = solve.RegisterFigures().m_nElements;
+        EXPECT_GE(now, elements) << "nothing is dropped while there is room";
+        elements = now;
+        passes.emplace_back(pass);
+    });
+    CAnswers answers;
+    (void)solve.StartSolving(answers);
+    EXPECT_GT(elements, 0u);
+    EXPECT_EQ(passes.front(), "1");
+    EXPECT_EQ(passes.back(), "2");
+}
+
+TEST(SolvingDriver, EverySolveStartsWithAnEmptyRegister) {
+    CSolve solve(LongRequest(16));
+    CAnswers answers;
+    EXPECT_GT(solve.StartSolving(answers).m_register.m_nElements, 0u);
+    solve.RequestStop();
+    const TSolvingResult stopped = solve.StartSolving(answers);
+    EXPECT_TRUE(stopped.m_bStopped);
+    EXPECT_TRUE(stopped.m_register.m_bInUse);
+    EXPECT_EQ(stopped.m_register.m_nElements, 0u);
+}
+
+/// Told while the solve runs, from another thread.
+TEST(SolvingDriver, AFullRegisterMakesRoom) {
+    // Few men on an open board: almost every move leads to a new position.
+    TSolveRequest request = Request("8/5p2/4k1p1/3n4/8/2BNKN2/PP6/8", 20);
+    request.m_nMemoryBudgetMB = 1;
+    CSolve solve(request);
+    std::thread watcher([&solve] {
+        for (int i = 0; i < 3000 && solve.RegisterFigures().m_nEvictions == 0; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        solve.RequestStop();
+    });
+    CAnswers answers;
+    const TRegisterFigures figures = solve.StartSolving(answers).m_register;
+    watcher.join();
+    EXPECT_GT(figures.m_nEvictions, 0u);
+    EXPECT_GT(figures.m_nEvictedElements, 0u);
+    EXPECT_LE(figures.m_nElements, (1u << 20) / 68) << "no element takes less than its 68 bytes";
+    EXPECT_EQ(figures.m_nMegabytes, 1u);
 }
 
 // ---- the settings box

@@ -204,17 +204,31 @@ TEST(RepetitionInNodes, QuickPassDoubtsWhereTheSafePassProves) {
     EXPECT_EQ(second.Verdict(), MR_NOMATE);
 }
 
+/// One white move at a time (the king between g1 and h1), a black king at large.
+constexpr const char* kShutIn = "k7/8/8/8/8/3p1p1p/3PpP1P/4B1K1";
+
+/// What Black tries first, told by a hint of the ply.
+void TellReply(CSearchedPosition& line, int nPlies, const char* move) {
+    line.Context().m_hints[static_cast<std::size_t>(nPlies)] = ParseMove(move, false);
+}
+
 TEST(RepetitionInNodes, ALineThatGoesBackBeyondTheNodeIsPassedOnWithItsMark) {
-    CSearchedPosition line(kNoMateSoon, 9, 1);
-    line.Play("Rh2-h3 Kc3-c2");
-    EXPECT_EQ(line.Verdict(), MR_REPETITION);
-    EXPECT_EQ(RepetitionMark(line.Now(), 7), 8) << "back to the position after the first move";
-    CSearchedPosition parent(kNoMateSoon, 9, 1);
-    parent.Play("Rh2-h3");
+    CSearchedPosition white(kShutIn, 9, 1);
+    white.Play("Kg1-h1 Ka8-b8 Kh1-g1 Kb8-a8"); // the king's only move repeats
+    EXPECT_EQ(white.Verdict(), MR_REPETITION);
+    EXPECT_EQ(RepetitionMark(white.Now(), 5), 8) << "back to the position after the first move";
+    CSearchedPosition black(kShutIn, 9, 1);
+    black.Play("Kg1-h1 Ka8-b8 Kh1-g1");
+    TellReply(black, 6, "Kb8-a8");
+    EXPECT_EQ(black.Verdict(), MR_REPETITION);
+    EXPECT_EQ(RepetitionMark(black.Now(), 6), 8);
+    CSearchedPosition parent(kShutIn, 9, 1);
+    parent.Play("Kg1-h1");
+    TellReply(parent, 8, "Ka8-b8");
+    TellReply(parent, 6, "Kb8-a8");
     EXPECT_EQ(parent.Verdict(), MR_DOUBTFUL) << "the repetition lies within this node's subtree";
 }
 
-/// One white move at a time (the king between g1 and h1), a black king at large.
 class CRepetitionCounter : public INodeLog {
   public:
     void Move(const TChessboard&) override {}
@@ -228,8 +242,6 @@ class CRepetitionCounter : public INodeLog {
     int m_nFound = 0;
     int m_nFewestPlies = 999; // left to White before a move that ended as a repetition
 };
-
-constexpr const char* kShutIn = "k7/8/8/8/8/3p1p1p/3PpP1P/4B1K1";
 
 TEST(RepetitionInNodes, StrictPassSearchesItOnAtThirteenPlies) {
     CRepetitionCounter early;

@@ -1,0 +1,264 @@
+// The order of White's moves: the one that most likely mates comes first.
+//
+//   1 nesting               4 pawn about to promote    7 register        10 the root's list
+//   2 single queen          5 sort indications         8 score
+//   3 stored tree           6 main variant             9 sort, worst moves cut
+
+#include "search/move_sort.h"
+
+#include <algorithm>
+#include <bitset>
+
+#include "core/attacks.h"
+#include "core/generation.h"
+#include "core/makers.h"
+#include "core/mask_attacks.h"
+#include "core/queries.h"
+#include "core/search_context.h"
+#include "heuristics/search_hooks.h"
+#include "search/analysis.h"
+#include "search/hints.h"
+#include "search/move_score.h"
+#include "search/register_use.h"
+#include "search/sort_indications.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr int kAskedReplyPlies = 11;  // from here on the register is asked about the replies to a move
+constexpr int kMostAskedReplies = 12; // a move that leaves more is not worth the questions
+constexpr int kUncutMoves = 24;       // SH_SKIPWORSTWHITEMOVES spares shorter lists
+constexpr int kLeastMovesAfterCut = 25;
+
+enum class ESortKind { Simple, Short, Full };
+
+class CWhiteSort {
+  public:
+    CWhiteSort(TChessboard& p, int count, TMove* list, ESortKind kind)
+        : m_p(p), m_list(list), m_count(count), m_kind(kind) {}
+
+    TWhiteSort Run() {
+        if (m_kind != ESortKind::Simple) {
+            DetectSingleQueen(m_p); // 2
+            if (OrderByStoredTree(m_p, m_count, m_list))
+                return {m_count, true};
+            m_bPromotionFirst = IsPromotionDue(); // 4
+        }
+        for (int i = 0; i < m_count; ++i)
+            if (Take(m_list[i]))
+                return {m_kept, true};
+        if (m_bIndicated)
+            LowerComputedScores();
+        SortByScore(m_list, m_kept); // 9
+        const bool bLeftOut = CutWorst();
+        if (!m_bIndicated)
+            PutHintsFirst(m_p, m_kept, m_list);
+        return {m_kept, false, false, bLeftOut};
+    }
+
+  private:
+    /// Steps 5 to 8 for one move: true if it mates for certain.
+    bool Take(const TMove listed) {
+        const TMove move = {listed.m_nFrom, listed.m_nTo, listed.m_nPromotion, 0};
+        TChessboard* const child = CopyToChild(&m_p);
+        TMove made = move;
+        if (MakeWhiteMove(*child, made) == 0)
+            return false;
+        int score = kScoreMostComputed;
+        const bool bIndicated = IsIndicated(*child, move, score);
+        if (!bIndicated) {
+            switch (AskAboutReplies(*child)) {
+            case MR_MATE:
+                if (m_p.m_pPrevious != nullptr)
+                    return true;
+                score = kScoreMated; // the root's other moves are wanted all the same
+                break;
+            case MR_NOMATE:
+                score = kScoreKnownNoMate;
+                break;
+            default:
+                score = Score(move);
+            }
+        }
+        m_list[m_kept] = move;
+        m_computed[static_cast<std::size_t>(m_kept)] = !bIndicated;
+        SetScore(m_list[m_kept++], score);
+        return false;
+    }
+
+    // Steps 5, 6.
+    bool IsIndicated(const TChessboard& child, const TMove& move, int& score) {
+        if (m_kind == ESortKind::Simple)
+            return false;
+        if (const int indicated = IndicatedScore(child, move); indicated != kNotIndicated) {
+            m_bIndicated = true;
+            score = indicated;
+            if (score != kScoreKnownNoMate)
+                m_nLastIndicated = std::max(m_nLastIndicated, score);
+            return true;
+        }
+        if (!IsMainVariantMove(m_p, move))
+            return false;
+        m_bIndicated = true;
+        score = kScoreFirst;
+        return true;
+    }
+
+    /// Step 7. The register holds positions with White to move, so a move is judged by the positions behind its
+    /// replies: all mated, and the move mates; one not mated, and it does not.
+    TMateResult AskAboutReplies(TChessboard& child) {
+        if (m_kind == ESortKind::Simple || m_p.m_nMoves < kAskedReplyPlies || IsBishopRemoved(m_p) ||
+            !IsRegisterInForce(m_p))
+            return MR_NONE;
+        TMove replies[kMaxMoves];
+        const int count = GenerateBlackMoves(child, replies);
+        if (count > kMostAskedReplies)
+            return MR_NONE;
+        TMateResult verdict = MR_MATE;
+        bool bAnyLegal = false;
+        for (int i = 0; i < count; ++i) {
+            TChessboard* const reply = CopyToChild(&child);
+            const int stands = MakeBlackMove(*reply, replies[i], false);
+            if (stands == kIllegalMove)
+                continue;
+            bAnyLegal = true;
+            const TMateResult known =
+                stands == kCertainEscape ? MR_NOMATE : AskRegisterAboutReply(*reply, child.m_nMoves);
+            if (known == MR_NOMATE)
+                return MR_NOMATE;
+            if (known != MR_MATE)
+                verdict = MR_NONE;
+        }
+        if (!bAnyLegal)
+            return child.m_blackChecker != kNoChecker ? MR_MATE : MR_NOMATE;
+        return verdict;
+    }
+
+    /// Step 8, in the child that the move has made.
+    int Score(const TMove& move) {
+        const TChessboard& child = *ChildSlot(m_p);
+        TScore score;
+        const int base = PromotionKind(move) == kQueen ? -1 : 0;
+        ScoreCapture(score, move);
+        const bool bCheck = child.m_blackChecker != kNoChecker;
+        if (bCheck)
+            score.m_nMajor -= 4;
+        if (m_kind == ESortKind::Simple)
+            return score.Value(base);
+        ScoreNet(score, child, bCheck);
+        ScorePawn(score, move);
+        if (m_kind == ESortKind::Full)
+            ScoreKing(score, child, move);
+        return score.Value(base);
+    }
+
+    void ScoreCapture(TScore& score, const TMove& move) const {
+        const int value = CaptureValue(m_p.m_board[move.m_nTo]);
+        if (value == 0)
+            return;
+        score.m_nMajor -= m_p.m_whitePawns <= 1 ? 3 * value / 2 : value / 2;
+        if (KingSteps(move.m_nTo, WhiteKingSquare(m_p)) == 1)
+            score.m_nMajor -= 3;
+    }
+
+    /// How tight the net round the black king is: its free squares, Black's replies, a threat to mate at once.
+    void ScoreNet(TScore& score, const TChessboard& child, bool bCheck) const {
+        TMove replies[kMaxMoves];
+        const int count = GenerateBlackMoves(child, replies);
+        score.m_nMinor += std::min(count, 40) / 2;
+        score.m_nMajor += 2 * CountBlackKingFreeSquares(child);
+        if (!bCheck && HasMateInOne(child))
+            score.m_nMajor -= 6;
+    }
+
+    void ScorePawn(TScore& score, const TMove& move) const {
+        if (m_p.m_board[move.m_nFrom] != kWhitePawn)
+            return;
+        const int rank = RankOf(move.m_nTo);
+        if (m_bPromotionFirst && PromotionKind(move) == kQueen)
+            score.m_nMajor -= 8;
+        if (rank >= 5 && rank < 7 && IsPathFree(move.m_nTo))
+            score.m_nMajor -= 2 * (rank - 4);
+    }
+
+    [[nodiscard]] bool IsPathFree(int square) const {
+        for (int s = square + 8; s < kSquares; s += 8)
+            if (m_p.m_board[static_cast<std::size_t>(s)] != kNoFigure)
+                return false;
+        return true;
+    }
+
+    /// A king that comes nearer helps; the file between the kings counts little.
+    void ScoreKing(TScore& score, const TChessboard& child, const TMove& move) const {
+        const int king = BlackKingSquare(m_p);
+        if (m_p.m_board[move.m_nFrom] == kWhiteKing) {
+            const int nearer = KingSteps(move.m_nFrom, king) - KingSteps(move.m_nTo, king);
+            score.m_nMajor -= nearer;
+            if (IsSlotBetweenPawns(move.m_nTo))
+                score.m_nMajor += 3;
+        }
+        const int weight = m_p.m_board[move.m_nTo] != kNoFigure ? 2 : 1;
+        score.m_nMinor += weight * AbsDiff(child.m_whiteKingFile, child.m_blackKingFile);
+    }
+
+    /// A square between two black pawns holds the white king up in play on the edge.
+    [[nodiscard]] bool IsSlotBetweenPawns(int square) const {
+        const int file = FileOf(square);
+        return (m_p.m_nHeuristics & SH_KEEPKINGONTHEEDGE) != 0 && m_p.m_whiteRooks != 0 && file > 0 && file < 7 &&
+               m_p.m_board[static_cast<std::size_t>(square - 1)] == kBlackPawn &&
+               m_p.m_board[static_cast<std::size_t>(square + 1)] == kBlackPawn;
+    }
+
+    /// Step 4: in a small endgame after exchanges a pawn on the seventh goes first if the black king has a way out and
+    /// whatever takes the promoted figure can be answered.
+    [[nodiscard]] bool IsPromotionDue() const {
+        if ((m_p.m_wKingState & kNarrowPlay) != 0 || m_p.m_pPrevious == nullptr || WhiteMen(m_p) + BlackMen(m_p) >= 6)
+            return false;
+        const TChessboard& before = *m_p.m_pPrevious;
+        const bool bCaptured =
+            before.m_board[m_p.m_lastMove.m_nTo] != kNoFigure ||
+            (before.m_pPrevious != nullptr && before.m_pPrevious->m_board[before.m_lastMove.m_nTo] != kNoFigure);
+        return bCaptured && HasBlackKingFlight(m_p, m_p.m_blackKingFile, m_p.m_blackKingRank);
+    }
+
+    /// With indications in force every computed score moves down by one, and none mixes with those of the indicated.
+    void LowerComputedScores() {
+        for (int i = 0; i < m_kept; ++i)
+            if (m_computed[static_cast<std::size_t>(i)])
+                SetScore(m_list[i], std::max(ScoreOf(m_list[i]) - 1, m_nLastIndicated + 1));
+    }
+
+    bool CutWorst() {
+        if ((m_p.m_nHeuristics & SH_SKIPWORSTWHITEMOVES) == 0 || m_kept <= kUncutMoves)
+            return false;
+        const int before = m_kept;
+        m_kept = std::max(m_kept * 4 / 5, kLeastMovesAfterCut);
+        m_kept = std::min(m_kept, before);
+        return m_kept < before;
+    }
+
+    TChessboard& m_p;
+    TMove* m_list;
+    int m_count;
+    ESortKind m_kind;
+    int m_kept = 0;
+    bool m_bIndicated = false;
+    int m_nLastIndicated = kScoreFirst;
+    std::bitset<kMaxMoves> m_computed; // by place in the list, before it is sorted
+    bool m_bPromotionFirst = false;
+};
+
+} // namespace
+
+TWhiteSort SortWhiteMoves(TChessboard& p, int nMoves, TMove* list, bool bShort) {
+    const CSortMark mark(p.m_pContext->m_nSortNesting); // 1
+    return CWhiteSort(p, nMoves, list, bShort ? ESortKind::Short : ESortKind::Full).Run();
+}
+
+TWhiteSort SortWhiteMovesSimple(TChessboard& p, int nMoves, TMove* list) {
+    const CSortMark mark(p.m_pContext->m_nSortNesting);
+    return CWhiteSort(p, nMoves, list, ESortKind::Simple).Run();
+}
+
+} // namespace quillon
