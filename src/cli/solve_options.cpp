@@ -1,10 +1,15 @@
 #include "cli/solve_options.h"
 
+#include <cstdint>
+
 #include "cli/option_values.h"
 
 namespace quillon {
 
 namespace {
+
+constexpr int kMostMemoryMB = 1 << 20; // no machine has more: a greater number was meant in other units
+constexpr int kDeepestShortMate = 16;  // moves
 
 ESolveMode ModeOf(int nKeys) {
     switch (nKeys) {
@@ -17,6 +22,11 @@ ESolveMode ModeOf(int nKeys) {
     default:
         return ESolveMode::FirstSolution;
     }
+}
+
+/// What the engine is told for a number of moves: plies, ending with White's mating move; 0 stays 0.
+constexpr std::int16_t ShortMatePlies(int nMoves) {
+    return static_cast<std::int16_t>(nMoves == 0 ? 0 : PliesOf(nMoves));
 }
 
 /// A limit is narrower than "all".
@@ -47,6 +57,26 @@ void AddSources(CLI::App& command, TSolveOptions& options) {
     fen->needs(moves);
 }
 
+/// How much memory and how deep a look the search may spend.
+void AddEffortOptions(CLI::App& command, TSolveOptions& options, CLI::Option* bruteForce) {
+    constexpr const char* kGroup = "Search";
+    command
+        .add_option("--memory", options.m_memoryMB,
+                    "Memory for the register of solved positions, in MiB; 0: no register. Without the option a fifth "
+                    "of the memory of the machine")
+        ->type_name("MB")
+        ->transform(WholeNumber(0, kMostMemoryMB))
+        ->group(kGroup);
+    command
+        .add_option("--short-mate-depth", options.m_shortMateDepth,
+                    "In every position look first for a mate in so many moves or less (1 to 16); 0: do not look. "
+                    "Without the option the engine chooses; so does brute force")
+        ->type_name("N")
+        ->transform(WholeNumber(0, kDeepestShortMate))
+        ->excludes(bruteForce)
+        ->group(kGroup);
+}
+
 void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
     constexpr const char* kGroup = "Search";
     auto* const all = command.add_flag("--all", options.m_bAll, "Find every key, instead of stopping at the first");
@@ -59,7 +89,8 @@ void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
     auto* const hybrid =
         command.add_flag("--hybrid", options.m_bHybrid, "One key with heuristics, then the others by brute force");
     hybrid->group(kGroup);
-    command.add_flag("--brute-force", options.m_bBruteForce, "No heuristics at all")->excludes(hybrid)->group(kGroup);
+    auto* const bruteForce = command.add_flag("--brute-force", options.m_bBruteForce, "No heuristics at all");
+    bruteForce->excludes(hybrid)->group(kGroup);
     command.add_flag("--safe", options.m_bSafe, "Safe mode: without the implicit heuristics of the quick mode")
         ->group(kGroup);
     command.add_flag("--no-relax", options.m_bNoRelax, "Do not relax heuristics between passes")->group(kGroup);
@@ -72,6 +103,7 @@ void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
         ->type_name("SECONDS")
         ->check(Seconds())
         ->group(kGroup);
+    AddEffortOptions(command, options, bruteForce);
 }
 
 void AddOutputOptions(CLI::App& command, TSolveOptions& options) {
@@ -108,6 +140,10 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_bSafeMode = options.m_bSafe || (problem.flags & kFlagSafeMode) != 0;
     request.m_bLetRelaxHeuristics = !options.m_bNoRelax;
     request.m_bRunPass2 = !options.m_bNoPass2;
+    if (options.m_memoryMB)
+        request.m_nMemoryBudgetMB = *options.m_memoryMB;
+    if (options.m_shortMateDepth)
+        request.m_shLookForQuickerMateDepth = ShortMatePlies(*options.m_shortMateDepth);
     return request;
 }
 

@@ -26,6 +26,8 @@ struct TSolveOptions {
     bool m_bNoPass2 = false;
     std::string m_threads = "1"; // "T" or "T^L"
     std::optional<double> m_secondsLimit;
+    std::optional<int> m_memoryMB;       // of the register of solved positions; 0: none
+    std::optional<int> m_shortMateDepth; // moves; 0: no short-mate search
 
     bool m_bJson = false;
     bool m_bQuiet = false;

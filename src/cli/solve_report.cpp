@@ -44,6 +44,12 @@ std::string CountText(std::uint64_t count, const char* one, const char* many) {
 
 std::string NodesText(std::uint64_t count) { return CountText(count, "node", "nodes"); }
 
+std::string PercentText(std::uint64_t part, std::uint64_t whole) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f%%", 100.0 * static_cast<double>(part) / static_cast<double>(whole));
+    return text;
+}
+
 /// "1.Qd1-d8 Ke5-f5 2.Qd8-f6"
 std::string VariantText(const std::vector<std::string>& moves) {
     std::string text;
@@ -107,6 +113,35 @@ std::string PassesText(const std::vector<std::string>& passes) {
     return text.empty() ? text : text + "; ";
 }
 
+/// "Register: 1200 positions (20 of them doubtful) in 34 MB; 5000 lookups, 1000 hits (20.0%)", and what was thrown out.
+std::string RegisterLine(const TRegisterFigures& figures) {
+    if (!figures.m_bInUse)
+        return {};
+    std::string text = "Register: " + CountText(figures.m_nElements, "position", "positions");
+    if (figures.m_nDoubtfulElements > 0)
+        text += " (" + std::to_string(figures.m_nDoubtfulElements) + " of them doubtful)";
+    text += " in " + std::to_string(figures.m_nMegabytes) + " MB; " +
+            CountText(figures.m_nLookups, "lookup", "lookups") + ", " + CountText(figures.m_nHits, "hit", "hits");
+    if (figures.m_nLookups > 0)
+        text += " (" + PercentText(figures.m_nHits, figures.m_nLookups) + ")";
+    if (figures.m_nEvictions > 0)
+        text += "; " + CountText(figures.m_nEvictedElements, "position", "positions") + " thrown out in " +
+                CountText(figures.m_nEvictions, "run", "runs");
+    return text + "\n";
+}
+
+TJson RegisterObject(const TRegisterFigures& figures) {
+    TJson object;
+    object["elements"] = figures.m_nElements;
+    object["doubtful"] = figures.m_nDoubtfulElements;
+    object["lookups"] = figures.m_nLookups;
+    object["hits"] = figures.m_nHits;
+    object["evictions"] = figures.m_nEvictions;
+    object["evicted"] = figures.m_nEvictedElements;
+    object["megabytes"] = figures.m_nMegabytes;
+    return object;
+}
+
 std::string AnswerLine(const TSolveReport& report) {
     if (report.m_answerCheck == EAnswerCheck::AsExpected)
         return "As expected.\n";
@@ -165,6 +200,7 @@ std::string JsonText(const TSolveReport& report) {
     object["passes"] = result.m_passes;
     object["nodes"] = result.m_nPositions;
     object["seconds"] = result.m_seconds;
+    object["register"] = RegisterObject(result.m_register);
     return Dumped(object);
 }
 
@@ -199,7 +235,7 @@ std::string ResultText(const TSolveReport& report) {
         text += "Main variant: " + VariantText(result.m_variant) + "\n";
     text += VerdictText(report) + "\n" + AnswerLine(report);
     return text + PassesText(result.m_passes) + NodesText(result.m_nPositions) + "; " + SecondsText(result.m_seconds) +
-           "\n";
+           "\n" + RegisterLine(result.m_register);
 }
 
 std::string QuietText(const TSolveReport& report) {

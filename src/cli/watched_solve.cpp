@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
 #include <exception>
 #include <mutex>
 
 #include "cli/console_notifier.h"
+#include "cli/progress_text.h"
 #include "platform/thread.h"
 
 namespace quillon {
@@ -80,37 +80,9 @@ class CWatchedSolve {
         m_solve.RequestStop();
     }
 
-    /// The part of the root's moves that this pass has behind it. The replies to the move under analysis, all of which
-    /// must be answered before it is a key, divide its share.
-    [[nodiscard]] double DonePart() const {
-        const TSearchContext& context = m_solve.Context();
-        double done = 0, share = 1;
-        for (int ply = m_nRootPly; ply > 0 && ply > m_nRootPly - 2; --ply) {
-            const auto slot = static_cast<std::size_t>(ply);
-            const int count = context.m_moveCount[slot].load(std::memory_order_relaxed);
-            const int index = context.m_moveIndexShown[slot].load(std::memory_order_relaxed);
-            if (index >= count)
-                break;
-            share /= count;
-            done += share * index;
-        }
-        return done;
-    }
-
     void ShowProgress() {
-        const TSearchContext& context = m_solve.Context();
-        const auto root = static_cast<std::size_t>(m_nRootPly);
-        const int count = context.m_moveCount[root].load(std::memory_order_relaxed);
-        const int index = context.m_moveIndexShown[root].load(std::memory_order_relaxed);
-        const auto nodes = m_solve.Analysis().m_nPositions.load(std::memory_order_relaxed);
         const double seconds = std::chrono::duration<double>(TClock::now() - m_start).count();
-        char text[120];
-        if (count == 0)
-            std::snprintf(text, sizeof text, "Initial analysis, %.1f s", seconds);
-        else
-            std::snprintf(text, sizeof text, "Move %d of %d, %.1f%% of this pass, %llu nodes, %.1f s", index + 1, count,
-                          100 * DonePart(), static_cast<unsigned long long>(nodes), seconds);
-        m_line.Show(text);
+        m_line.Show(ProgressText(ReadProgress(m_solve, m_nRootPly, seconds)));
         m_nextProgress = TClock::now() + kProgressStep;
     }
 

@@ -81,6 +81,18 @@ INSTANTIATE_TEST_SUITE_P(
         TBadCase{"QuietAndJson", {"solve", "--quiet", "--json"}, "excludes"},
         TBadCase{"NoTime", {"solve", "--time-limit", "0"}, "seconds above 0"},
         TBadCase{"TimeNoNumber", {"solve", "--time-limit", "nan"}, "seconds above 0"},
+        TBadCase{
+            "MemoryNegative", {"solve", "--memory", "-1"}, "--memory: a number from 0 to 1048576 is wanted, not '-1'"},
+        TBadCase{"MemoryTooMuch", {"solve", "--memory", "1048577"}, "a number from 0 to 1048576"},
+        TBadCase{"MemoryWithUnit", {"solve", "--memory", "64MB"}, "not '64MB'"},
+        TBadCase{"MemoryHuge", {"solve", "--memory", "99999999999999999999"}, "a number from 0 to 1048576"},
+        TBadCase{"MemoryMissing", {"solve", "--memory"}, "--memory"},
+        TBadCase{"ShortMateTooDeep",
+                 {"solve", "--short-mate-depth", "17"},
+                 "--short-mate-depth: a number from 0 to 16 is wanted, not '17'"},
+        TBadCase{"ShortMateNegative", {"solve", "--short-mate-depth", "-1"}, "a number from 0 to 16"},
+        TBadCase{"ShortMateNoNumber", {"solve", "--short-mate-depth", "#3"}, "not '#3'"},
+        TBadCase{"ShortMateInBruteForce", {"solve", "--short-mate-depth", "3", "--brute-force"}, "excludes"},
         TBadCase{"NoThreads", {"solve", "--threads", "0"}, "threads"},
         TBadCase{"ThreadsNoNumber", {"solve", "--threads", "two"}, "threads"},
         TBadCase{"ThreadsWithoutLevels", {"solve", "--threads", "2^"}, "threads"},
@@ -108,7 +120,9 @@ TEST(Help, IsOnStandardOutputAtEveryLevel) {
         EXPECT_NE(result.m_out.find("Usage: quillon "), std::string::npos) << result.m_out;
     }
     EXPECT_NE(RunQuillon({"--help"}).m_out.find("Examples:"), std::string::npos);
-    EXPECT_NE(RunQuillon({"solve", "--help"}).m_out.find("--time-limit SECONDS"), std::string::npos);
+    const std::string solveHelp = RunQuillon({"solve", "--help"}).m_out;
+    for (const char* option : {"--time-limit SECONDS", "--memory MB", "--short-mate-depth N"})
+        EXPECT_NE(solveHelp.find(option), std::string::npos) << option;
 }
 
 TEST(Version, IsANumberOfThreeParts) {

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <regex>
 #include <sstream>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -83,9 +84,11 @@ bool CProgramRun::WaitForOutput(const std::string& text) const { return WaitForT
 
 TProgramResult CProgramRun::Finish() {
     int status = 0;
-    waitpid(m_pid, &status, 0);
+    rusage usage{};
+    wait4(m_pid, &status, 0, &usage);
     m_pid = -1;
     TProgramResult result;
+    result.m_nPeakBytes = std::int64_t{usage.ru_maxrss} * 1024; // told in KiB
     result.m_nStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     result.m_out = ReadAll(m_folder.Path() / "out");
     result.m_err = ReadAll(m_folder.Path() / "err");

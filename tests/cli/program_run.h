@@ -1,6 +1,7 @@
 #pragma once
 // Runs the program itself, as a user would, and tells what came out of it.
 
+#include <cstdint>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -13,6 +14,7 @@ struct TProgramResult {
     int m_nStatus = -1; // exit status; 128 and the signal for one that a signal ended
     std::string m_out;
     std::string m_err;
+    std::int64_t m_nPeakBytes = 0; // the most physical memory it has held
 
     [[nodiscard]] std::vector<std::string> OutLines() const;
 };

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "cli/program_run.h"
 #include "platform/interrupt.h"
@@ -89,7 +90,10 @@ TEST(Progress, IsSilentWhereStandardErrorIsNoTerminal) {
 TEST(Progress, IsShownWhenAskedForAndErasedAtTheEnd) {
     const TProgramResult result =
         RunQuillon({"solve", "--fen", kHopelessFen, "--moves", "20", "--time-limit", "0.7", "--progress"});
-    EXPECT_NE(result.m_err.find("\rMove 1 of 20, "), std::string::npos) << result.m_err;
+    EXPECT_NE(result.m_err.find("\rPass 2, move 1 of 20, "), std::string::npos) << result.m_err;
+    EXPECT_TRUE(
+        std::regex_search(result.m_err, std::regex(R"(, [0-9.]+%, 0\.[0-9] s, [0-9.]+[kM]? nodes, [0-9.]+[kM]?/s)")))
+        << result.m_err;
     EXPECT_EQ(result.m_err.back(), '\r');
     const std::string shown = result.m_err.substr(0, result.m_err.size() - 1);
     EXPECT_EQ(shown.substr(shown.rfind('\r')).find_first_not_of("\r "), std::string::npos) << result.m_err;

@@ -1,0 +1,68 @@
+// The request that the options of `solve` make.
+
+#include "cli/solve_options.h"
+
+#include <gtest/gtest.h>
+
+#include "core/fen.h"
+
+namespace quillon {
+namespace {
+
+/// What the engine is asked when the command line has these words behind `solve`.
+TSolveRequest RequestOf(std::vector<std::string> words) {
+    CLI::App command;
+    TSolveOptions options;
+    AddSolveOptions(command, options);
+    std::reverse(words.begin(), words.end()); // as the parser takes them
+    command.parse(words);
+    ChessProblem problem;
+    SetStipulation(problem, kDirectMate, 3);
+    SetOriginalPosition(problem, ChessboardFromFEN("8/8/8/8/8/1K5Q/1p6/kn6"));
+    return MakeRequest(problem, options);
+}
+
+TEST(MemoryOption, IsABudgetInMebibytes) {
+    EXPECT_EQ(RequestOf({"--memory", "64"}).m_nMemoryBudgetMB, 64);
+    EXPECT_EQ(RequestOf({"--memory", "0"}).m_nMemoryBudgetMB, 0);
+    EXPECT_EQ(RequestOf({"--memory=1048576"}).m_nMemoryBudgetMB, 1048576);
+    EXPECT_EQ(RequestOf({"--memory", "0100"}).m_nMemoryBudgetMB, 100) << "no octal numbers";
+}
+
+TEST(MemoryOption, WithoutItAFifthOfTheMemoryServes) {
+    const TSolveRequest request = RequestOf({});
+    EXPECT_LT(request.m_nMemoryBudgetMB, 0);
+    EXPECT_EQ(request.m_nMemoryShare, 20);
+}
+
+TEST(ShortMateDepthOption, IsInMoves) {
+    const struct {
+        const char* m_moves;
+        int m_nPlies;
+    } rows[] = {{"0", 0}, {"1", 1}, {"2", 3}, {"7", 13}, {"16", 31}};
+    for (const auto& row : rows)
+        EXPECT_EQ(RequestOf({"--short-mate-depth", row.m_moves}).m_shLookForQuickerMateDepth, row.m_nPlies);
+}
+
+TEST(ShortMateDepthOption, WithoutItTheEngineChooses) {
+    EXPECT_EQ(RequestOf({}).m_shLookForQuickerMateDepth, kDefaultQuickerMateDepth);
+}
+
+TEST(SolveOptions, OutOfRangeIsRefused) {
+    for (const std::vector<std::string>& words :
+         std::vector<std::vector<std::string>>{{"--memory", "-1"},
+                                               {"--memory", "1048577"},
+                                               {"--memory", "64MB"},
+                                               {"--memory", "1.5"},
+                                               {"--memory", ""},
+                                               {"--memory"},
+                                               {"--short-mate-depth", "17"},
+                                               {"--short-mate-depth", "-1"},
+                                               {"--short-mate-depth", "#3"},
+                                               {"--short-mate-depth"},
+                                               {"--short-mate-depth", "3", "--brute-force"}})
+        EXPECT_THROW((void)RequestOf(words), CLI::ParseError) << ::testing::PrintToString(words);
+}
+
+} // namespace
+} // namespace quillon
