@@ -910,3 +910,24 @@ UTF-8
 	FEN: k7/1p1p1p2/1P1P1P2/8/5p2/5P2/4K3/8
 	Answer:  Ke2-d3
 }
+
+131 #11 AllSolutions
+{
+	Description: Composed for this library: 2 pawns against 2 pawns
+	FEN: 7k/5p2/5P1p/2K4P/8/8/8/8
+	Answer:  Kc5-d6
+}
+
+132 #12 AllSolutions
+{
+	Description: Composed for this library: 3 pawns against 3 pawns
+	FEN: k7/2p5/p1P4p/P6P/2K5/8/8/8
+	Answer:  Kc4-d5
+}
+
+133 #12 AllSolutions
+{
+	Description: Composed for this library: 4 pawns against 4 pawns
+	FEN: 7k/3p1p2/2pP1P1p/2P4P/8/8/3K4/8
+	Answer:  Kd2-c3
+}

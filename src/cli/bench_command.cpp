@@ -63,9 +63,12 @@ std::string KeysText(const std::vector<TSolution>& keys) {
     return text.empty() ? "no solution" : text;
 }
 
+/// All positions: a change of the short-mate search is a change of the search.
+std::uint64_t Searched(const TSolvingResult& result) { return result.m_nPositions + result.m_nTrialPositions; }
+
 std::string LineText(const TBenchPosition& position, const TSolvingResult& result) {
     char numbers[64];
-    std::snprintf(numbers, sizeof numbers, "%12llu nodes  #%d  ", static_cast<unsigned long long>(result.m_nPositions),
+    std::snprintf(numbers, sizeof numbers, "%12llu nodes  #%d  ", static_cast<unsigned long long>(Searched(result)),
                   position.m_nMoves);
     return numbers + std::string(position.m_placement) + " " + KeysText(result.m_solutions) +
            (result.m_bComplete ? "" : " (doubtful)") + "\n";
@@ -80,9 +83,10 @@ EExitStatus RunBench() {
     const double cpuStart = ProcessCpuSeconds();
     for (const TBenchPosition& position : kBenchPositions) {
         const TSolvingResult result = SolveWatched(RequestOf(position), line, std::nullopt, interrupts).m_result;
-        nodes += result.m_nPositions;
+        const std::uint64_t searched = Searched(result);
+        nodes += searched;
         seconds += result.m_seconds;
-        fingerprint.Add(result.m_nPositions);
+        fingerprint.Add(searched);
         for (const TSolution& key : result.m_solutions)
             fingerprint.Add(key.m_text);
         fingerprint.Add(result.m_bComplete ? 1 : 0);

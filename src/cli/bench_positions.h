@@ -54,6 +54,14 @@ inline constexpr std::array kBenchPositions{
     // Longer, with many duals, and with one key.
     TBenchPosition{5, "4rR2/B7/K7/3pq2n/b3p3/1pPB4/1NpRP1Q1/4k3"},
     TBenchPosition{5, "7b/2K1B3/8/3P4/2N5/b1p1pkPB/Q1p5/8"},
+
+    // Long enough for the register.
+    TBenchPosition{6, "8/8/8/8/3N4/6pB/3K1pPb/5k1n"},
+    TBenchPosition{6, "8/8/8/8/5p2/6pB/3KNpPb/5k1n"},
+    TBenchPosition{7, "8/8/8/8/3N4/6pB/5pP1/3K1kbn"},
+    TBenchPosition{7, "7k/6p1/6P1/4pP2/pKP1P3/8/8/8"},
+    TBenchPosition{11, "7k/5p2/5P1p/2K4P/8/8/8/8"},
+    TBenchPosition{12, "7k/3p1p2/2pP1P1p/2P4P/8/8/3K4/8"},
 };
 
 } // namespace quillon

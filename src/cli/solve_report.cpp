@@ -201,6 +201,7 @@ std::string JsonText(const TSolveReport& report) {
     object["nodes"] = result.m_nPositions;
     object["seconds"] = result.m_seconds;
     object["register"] = RegisterObject(result.m_register);
+    object["trialNodes"] = result.m_nTrialPositions; // inside the short-mate search, which "nodes" leaves out
     return Dumped(object);
 }
 

@@ -237,6 +237,7 @@ TSolvingResult CSolve::Collect(double seconds) {
     result.m_variant = VariantTexts();
     FlushPositions(*m_context, m_analysis);
     result.m_nPositions = m_analysis.m_nPositions.load(std::memory_order_relaxed);
+    result.m_nTrialPositions = m_analysis.m_nTrialPositions.load(std::memory_order_relaxed);
     result.m_seconds = seconds;
     result.m_register = RegisterFigures();
     FillTexts(result);

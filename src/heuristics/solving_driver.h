@@ -66,13 +66,14 @@ enum class EVerdict {
 
 struct TSolvingResult {
     EVerdict m_verdict = EVerdict::Doubtful;
-    bool m_bComplete = false;           // the list of keys is proved complete
-    bool m_bStopped = false;            // the user or a limit ended the run early
-    std::vector<TSolution> m_solutions; // in the order found
-    std::vector<std::string> m_variant; // main variant in long notation, key first; empty if it was not finished
-    std::vector<std::string> m_passes;  // names of the passes that were run
-    std::uint64_t m_nPositions = 0;
-    double m_seconds = 0; // wall clock
+    bool m_bComplete = false;            // the list of keys is proved complete
+    bool m_bStopped = false;             // the user or a limit ended the run early
+    std::vector<TSolution> m_solutions;  // in the order found
+    std::vector<std::string> m_variant;  // main variant in long notation, key first; empty if it was not finished
+    std::vector<std::string> m_passes;   // names of the passes that were run
+    std::uint64_t m_nPositions = 0;      // with fewer than four plies left, outside the short-mate search
+    std::uint64_t m_nTrialPositions = 0; // and inside it
+    double m_seconds = 0;                // wall clock
     TRegisterFigures m_register;
     std::string m_text;  // the result text for the user
     std::string m_title; // and the title it goes under

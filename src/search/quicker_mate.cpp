@@ -40,6 +40,7 @@ class CQuickerSearch {
         if (++m_context.m_nQuickerLevel == 1) {
             m_context.m_nQuickerStart = p.m_nMoves;
             m_context.m_pQuickerRoot = &p;
+            m_context.m_bAdditionalMovesUsed = false; // an answer of an earlier search is not this one's
         }
     }
     ~CQuickerSearch() {

@@ -34,7 +34,7 @@ TEST(SolveJson, HasTheFieldsOfTheContractInTheirOrder) {
     for (const auto& [name, value] : object.items())
         names.push_back(name);
     EXPECT_EQ(names, (std::vector<std::string>{"id", "fen", "stipulation", "result", "keys", "complete", "variant",
-                                               "passes", "nodes", "seconds", "register"}));
+                                               "passes", "nodes", "seconds", "register", "trialNodes"}));
 }
 
 TEST(SolveJson, OneKey) {
