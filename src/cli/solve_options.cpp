@@ -138,6 +138,7 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_bHybrid = options.m_bHybrid || (!bWayChosen && (problem.flags & kFlagHybridBruteForce) != 0);
     request.m_bBruteForce = options.m_bBruteForce || (!bWayChosen && (problem.flags & kFlagBruteForce) != 0);
     request.m_bSafeMode = options.m_bSafe || (problem.flags & kFlagSafeMode) != 0;
+    request.m_sortIndications.assign(problem.sortIndications.begin(), problem.sortIndications.end());
     request.m_bLetRelaxHeuristics = !options.m_bNoRelax;
     request.m_bRunPass2 = !options.m_bNoPass2;
     if (options.m_memoryMB)

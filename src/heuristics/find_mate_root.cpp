@@ -32,6 +32,7 @@ class CRootRun {
 
     void ListMoves() {
         TMove list[kMaxMoves];
+        m_root.m_nHeuristics = 0; // none is chosen yet: the list is to be whole
         int count = GenerateWhiteMoves(m_root, list);
         if (m_root.m_nMoves >= 4)
             count = SortWhiteMoves(m_root, count, list, m_root.m_nMoves <= 5).m_nMoves;

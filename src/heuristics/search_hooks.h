@@ -76,6 +76,9 @@ inline void DetectSingleQueen(TChessboard&) {}
 /// A stored tree of solved positions of this material orders the list: true if it knows a move that mates in time.
 [[nodiscard]] inline bool OrderByStoredTree(TChessboard&, int, TMove*) { return false; }
 
+/// The root's list, sorted: the test of the initial analysis may order it anew.
+inline void ReorderRootMoves(TChessboard&, int, TMove*) {}
+
 /// In a bishop mode with a white knight: is the position won at sight?
 [[nodiscard]] inline bool IsWonInBishopMode(TChessboard&) { return false; }
 

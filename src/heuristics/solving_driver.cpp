@@ -163,6 +163,8 @@ void CSolve::Prepare(INotifier& notifier) {
     m_analysis.m_nTrialPositions.store(0, std::memory_order_relaxed);
     m_context->m_nUncounted = 0;
     m_context->m_nTrialPositions = 0;
+    m_analysis.m_sortIndications = m_request.m_sortIndications;
+    m_analysis.m_mainVariant = m_request.m_mainVariant;
     m_run.m_solutions.clear();
     m_run.m_passes.clear();
     SetRegisterMemory();

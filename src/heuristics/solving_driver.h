@@ -43,6 +43,8 @@ struct TSolveRequest {
     std::int64_t m_nMemoryBudgetMB = -1; // of the register; 0: none; negative: a share of the physical memory
     int m_nMemoryShare = 20;             // that share, in percent
     bool m_bLog = false;
+    std::vector<SortIndication> m_sortIndications; // the user's word on the order of White's moves
+    std::vector<TVariantMove> m_mainVariant;       // White's moves of a known variant, tried first; empty for none
 };
 
 /// What the register of solved positions holds and has done. All zero without a register.

@@ -3,6 +3,7 @@
 #include <cassert>
 
 #include "core/maker_steps.h"
+#include "search/sort_indications.h"
 
 namespace quillon {
 
@@ -16,6 +17,8 @@ TChessboard* MakeRoot(TSearchContext& context, TAnalysis& analysis, const TChess
     root.m_lastMove = {};
     root.m_nMoves = root.m_nInitialMoves = static_cast<std::uint16_t>(nMoves);
     root.m_byPass = static_cast<std::uint8_t>(nPass);
+    if (!analysis.m_mainVariant.empty())
+        root.m_wKingState |= kFollowsMainVariant;
     maker_steps::UpdatePrecalcBit(root);
     context.m_pRoot = &root;
     context.m_repetition[root.m_nMoves + 1u] = 0;

@@ -87,8 +87,9 @@ class CBlackSort {
             }
             if (const TMateResult verdict = VerifyReply(*child, m_list[i]); verdict != MR_MATE)
                 return verdict;
+            const std::uint8_t marks = m_list[i].m_nPromotion & kMoveDefersEdgeCheck;
             m_list[m_kept] = move;
-            m_list[m_kept].m_nPromotion |= m_list[i].m_nPromotion & kMoveDefersEdgeCheck;
+            m_list[m_kept].m_nPromotion |= marks;
             SetScore(m_list[m_kept], Score(*child, move));
             if (child->m_whiteChecker != kNoChecker)
                 m_list[m_kept].m_nPromotion |= kCheckMark;

@@ -294,7 +294,7 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
         }
     }
     if (moves.m_nVerdict < 0)
-        return Logged<kKind>(*p, JudgeSort(*p, moves.m_nVerdict));
+        return Logged<kKind>(*ChildSlot(*p), JudgeSort(*p, moves.m_nVerdict));    // of the move it has decided by
     return bAnyLegal || moves.m_bAnyMated || IsInCheck(*p) ? MR_MATE : MR_NOMATE; // 10
 }
 

@@ -206,7 +206,8 @@ template <TNodeKind kKind> class CWhiteNode {
           m_bTreatsRepetition(!IsStrict(*p) || m_m > kLongestUntreatedRepetition), m_moves(*p) {
         if (m_moves.m_bLeftOut || IsBishopRemoved(*p))
             m_nDoubtful = 1;
-        if (m_m == kQuicklyRefutedPlies)
+        // With an allowance the register may know a longer mate behind the reply that refutes.
+        if (m_m == kQuicklyRefutedPlies && m_context.m_nAdditionalMoves == 0)
             m_quickRefutation.emplace(*p);
     }
 
@@ -487,7 +488,9 @@ bool HasMateInTwo(const TChessboard& b) {
     copy.m_nMoves = 3;
     copy.m_byPass = 2; // the answer has to be a proof, whatever is in force in the line
     copy.m_nHeuristics = copy.m_nHeurParams = 0;
+    ++b.m_pContext->m_nQuickerLevel; // its positions are none of the main search, its trials none of their own
     const bool bMate = FindMateWhite(&copy, false) == MR_MATE;
+    --b.m_pContext->m_nQuickerLevel;
     b.m_pContext->m_bUnderPromotionEqual = bUnderPromotionEqual;
     return bMate;
 }

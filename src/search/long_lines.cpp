@@ -33,6 +33,7 @@ class CAttempt {
     explicit CAttempt(TSearchContext& context) : m_context(context) {
         context.m_nLineHorizon = kLineHorizon;
         context.m_nAdditionalMoves = context.m_nQuickerSpare = 0;
+        context.m_bAdditionalMovesUsed = false;
     }
     ~CAttempt() { m_context.m_nLineHorizon = 0; }
     CAttempt(const CAttempt&) = delete;

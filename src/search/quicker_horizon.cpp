@@ -25,7 +25,8 @@ int MajorsAndMinors(const TChessboard& b) {
 
 int MenOnBoard(const TChessboard& b) { return WhiteMen(b) + BlackMen(b) + 2; }
 
-int PliesPlayed(const TChessboard& b) { return b.m_nInitialMoves - b.m_nMoves; }
+/// The trials that this search is nested in have fewer plies left than were played.
+int PliesPlayed(const TChessboard& b) { return b.m_nInitialMoves - b.m_nMoves - 2 * b.m_pContext->m_nQuickerSpare; }
 
 bool Has(const TChessboard& b, std::uint32_t heuristics) { return (b.m_nHeuristics & heuristics) != 0; }
 

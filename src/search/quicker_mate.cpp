@@ -138,6 +138,9 @@ class CQuickerSearch {
 
 namespace {
 
+/// With one ply left a trial would be the very node that follows.
+constexpr int kShortestSearched = 3;
+
 /// With three plies left and nothing in force there is one trial, the mate on the move: it needs none of the setting
 /// up.
 bool IsMateInOneAll(const TChessboard& p) {
@@ -148,9 +151,11 @@ bool IsMateInOneAll(const TChessboard& p) {
 } // namespace
 
 bool FindQuickerMate(TChessboard* p) {
-    if (p->m_pContext->m_bNoQuicker)
+    if (p->m_pContext->m_bNoQuicker || p->m_nMoves < kShortestSearched)
         return false;
     if (IsMateInOneAll(*p)) {
+        if (p->m_pContext->m_nQuickerLevel == 0)
+            p->m_pContext->m_bAdditionalMovesUsed = false;
         ++p->m_pContext->m_nTrialPositions;
         return FindMateInOne(p);
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/attacks.h"
+#include "core/search_context.h"
 #include "search/analysis.h"
 #include "search/move_score.h"
 
@@ -10,8 +11,13 @@ namespace quillon {
 
 namespace {
 
+/// White's moves played before the position. Trials of the short-mate search have fewer plies left than were played.
+int WhiteMovesPlayed(const TChessboard& b) {
+    return (b.m_nInitialMoves - b.m_nMoves + 1) / 2 - b.m_pContext->m_nQuickerSpare;
+}
+
 /// Number of White's move that led to the position, the first of the line being 1.
-int MoveNumber(const TChessboard& child) { return (child.m_nInitialMoves - child.m_nMoves + 1) / 2; }
+int MoveNumber(const TChessboard& child) { return WhiteMovesPlayed(child); }
 
 /// Can Black take the figure that has just moved, en passant included?
 bool IsCapturable(const TChessboard& child) {
@@ -68,7 +74,7 @@ bool IsMainVariantMove(const TChessboard& p, const TMove& move) {
     if ((p.m_wKingState & kFollowsMainVariant) == 0)
         return false;
     const std::vector<TVariantMove>& variant = p.m_pAnalysis->m_mainVariant;
-    const auto place = static_cast<std::size_t>((p.m_nInitialMoves - p.m_nMoves) / 2);
+    const auto place = static_cast<std::size_t>(std::max(WhiteMovesPlayed(p), 0));
     return place < variant.size() && variant[place].m_figure == p.m_board[move.m_nFrom] &&
            variant[place].m_nTo == move.m_nTo;
 }

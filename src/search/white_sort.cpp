@@ -54,6 +54,8 @@ class CWhiteSort {
         const bool bLeftOut = CutWorst();
         if (!m_bIndicated)
             PutHintsFirst(m_p, m_kept, m_list);
+        if (IsWideRoot()) // 10
+            ReorderRootMoves(m_p, m_kept, m_list);
         return {m_kept, false, false, bLeftOut};
     }
 
@@ -176,10 +178,25 @@ class CWhiteSort {
         if (m_p.m_board[move.m_nFrom] != kWhitePawn)
             return;
         const int rank = RankOf(move.m_nTo);
-        if (m_bPromotionFirst && PromotionKind(move) == kQueen)
+        if (m_bPromotionFirst && PromotionKind(move) == kQueen && IsCaptureAnswered(move.m_nTo))
             score.m_nMajor -= 8;
         if (rank >= 5 && rank < 7 && IsPathFree(move.m_nTo))
             score.m_nMajor -= 2 * (rank - 4);
+    }
+
+    /// Whatever takes on the square, White takes back; the move is made.
+    [[nodiscard]] bool IsCaptureAnswered(TSquare square) const {
+        const TChessboard& child = *ChildSlot(m_p);
+        TSquare capturer = kNoSquare;
+        const bool bByFigure = FindBlackCapturer(child, FileOf(square), RankOf(square), capturer);
+        const bool bByKing = KingSteps(square, BlackKingSquare(child)) == 1;
+        return (!bByFigure && !bByKing) || IsAttackedByWhite(child, FileOf(square), RankOf(square));
+    }
+
+    [[nodiscard]] bool IsWideRoot() const {
+        constexpr int kWideMoves = 16, kFewFigures = 3;
+        return m_p.m_pPrevious == nullptr && m_kept >= kWideMoves && WhiteMen(m_p) - m_p.m_whitePawns <= kFewFigures &&
+               BlackMen(m_p) - m_p.m_blackPawns <= kFewFigures;
     }
 
     [[nodiscard]] bool IsPathFree(int square) const {
@@ -210,8 +227,8 @@ class CWhiteSort {
                m_p.m_board[static_cast<std::size_t>(square + 1)] == kBlackPawn;
     }
 
-    /// Step 4: in a small endgame after exchanges a pawn on the seventh goes first if the black king has a way out and
-    /// whatever takes the promoted figure can be answered.
+    /// Step 4: in a small endgame after exchanges, with a way out for the black king, a promotion goes first (if
+    /// whatever takes the promoted figure is taken back).
     [[nodiscard]] bool IsPromotionDue() const {
         if ((m_p.m_wKingState & kNarrowPlay) != 0 || m_p.m_pPrevious == nullptr || WhiteMen(m_p) + BlackMen(m_p) >= 6)
             return false;

@@ -22,6 +22,17 @@ TSolveRequest RequestOf(std::vector<std::string> words) {
     return MakeRequest(problem, options);
 }
 
+TEST(ProblemOptions, ItsSortIndicationsGoWithTheRequest) {
+    ChessProblem problem;
+    SetStipulation(problem, kDirectMate, 3);
+    SetOriginalPosition(problem, ChessboardFromFEN("8/8/8/8/8/1K5Q/1p6/kn6"));
+    EXPECT_TRUE(MakeRequest(problem, {}).m_sortIndications.empty());
+    ParseSortIndications(problem.sortIndications, "1.Kb3-c2; ~Qh3-h8");
+    const TSolveRequest request = MakeRequest(problem, {});
+    ASSERT_EQ(request.m_sortIndications.size(), 2u);
+    EXPECT_NE(request.m_sortIndications[0].m_bWorst, request.m_sortIndications[1].m_bWorst);
+}
+
 TEST(MemoryOption, IsABudgetInMebibytes) {
     EXPECT_EQ(RequestOf({"--memory", "64"}).m_nMemoryBudgetMB, 64);
     EXPECT_EQ(RequestOf({"--memory", "0"}).m_nMemoryBudgetMB, 0);

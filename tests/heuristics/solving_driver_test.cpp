@@ -111,6 +111,28 @@ TEST(SolvingDriver, ModesLimitTheSolutions) {
     }
 }
 
+/// The first key found is the one that the user, or a known variant, names; a move to be avoided is found last.
+TEST(SolvingDriver, TriesTheMovesFirstThatItIsToldOf) {
+    for (const TSquare target : {TSquare{36}, TSquare{28}, TSquare{20}}) { // e5, e4, e3
+        TSolveRequest indicated = Request(kManyKeys, 3);
+        SortIndication indication;
+        indication.m_nTo = target;
+        indicated.m_sortIndications = {indication};
+        ASSERT_EQ(Solve(indicated).m_solutions.size(), 1u);
+        EXPECT_EQ(Solve(indicated).m_solutions.front().m_move.m_nTo, target);
+
+        TSolveRequest known = Request(kManyKeys, 3);
+        known.m_mainVariant = {{kWhiteRook, target}};
+        ASSERT_EQ(Solve(known).m_solutions.size(), 1u);
+        EXPECT_EQ(Solve(known).m_solutions.front().m_move.m_nTo, target);
+
+        TSolveRequest avoided = Request(kManyKeys, 3, ESolveMode::AllSolutions);
+        indication.m_bWorst = true;
+        avoided.m_sortIndications = {indication};
+        EXPECT_EQ(Solve(avoided).m_solutions.back().m_move.m_nTo, target);
+    }
+}
+
 TEST(SolvingDriver, TellsSolutionsAsTheyAreFound) {
     TSolveRequest request = Request(kManyKeys, 1, ESolveMode::StopOn3);
     request.m_nProblemId = 9;
