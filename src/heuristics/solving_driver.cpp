@@ -118,6 +118,13 @@ void CSolve::SwitchToBruteForce() {
     m_analysis.m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
 }
 
+void CSolve::Request(std::uint8_t request) {
+    std::uint8_t seen = m_context->m_nStopRequest.load(std::memory_order_relaxed);
+    while (seen < kStopRequest &&
+           !m_context->m_nStopRequest.compare_exchange_weak(seen, request, std::memory_order_relaxed)) {
+    }
+}
+
 void CSolve::SetRegisterMemory() {
     const std::int64_t budget = BudgetBytes(m_request);
     m_analysis.m_nRegisterScale = RegisterScale(PliesOf(m_request.m_nStipulation), budget / kMegabyte);
@@ -137,7 +144,9 @@ void CSolve::PrepareRegister(INotifier& notifier) {
     nLastRemovedLevel.store(0, std::memory_order_relaxed);
     if (m_register == nullptr) {
         const std::int64_t told = m_analysis.m_nRegisterBudget;
-        const std::uint64_t budget = told > 0 ? static_cast<std::uint64_t>(told) : PhysicalMemory();
+        // The table is sized by what the register will really hold itself to.
+        const std::uint64_t memory = PhysicalMemory();
+        const std::uint64_t budget = told > 0 ? std::min(static_cast<std::uint64_t>(told), memory) : memory;
         m_register = std::make_unique<TAggregatedTemporaryChessboardRegister>(
             budget, BucketCount(PliesOf(m_request.m_nStipulation), budget / kMegabyte));
         m_searchRegister = std::make_unique<CSearchRegister>(*m_register);

@@ -94,8 +94,9 @@ class CSolve {
 
     // From any thread, also from a signal handler: relaxed stores.
     void RequestStop() { m_context->m_nStopRequest.store(kStopRequest, std::memory_order_relaxed); }
-    void Pause() { m_context->m_nStopRequest.store(kPauseRequest, std::memory_order_relaxed); }
-    void Resume() { m_context->m_nStopRequest.store(kRunRequest, std::memory_order_relaxed); }
+    // A stop stays: nodes that have obeyed it have returned no verdict, and those above them must know.
+    void Pause() { Request(kPauseRequest); }
+    void Resume() { Request(kRunRequest); }
 
     /// Called for each solution as it is found, on the solving thread. Set before the start.
     void SetSink(decltype(TRootRun::m_sink) sink) { m_run.m_sink = std::move(sink); }
@@ -111,6 +112,7 @@ class CSolve {
     [[nodiscard]] std::string ShowAnalysisSettings() const;
 
   private:
+    void Request(std::uint8_t request);
     void Prepare(INotifier& notifier);
     void SetMode();
     void SetRegisterMemory();

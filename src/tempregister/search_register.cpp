@@ -12,8 +12,9 @@ static_assert(kRegisterMate == MR_MATE && kRegisterNoMate == MR_NOMATE && kRegis
 // Who moves is no part of the key.
 [[maybe_unused]] bool IsWhiteLength(int nMoves) { return (nMoves & 1) != 0; }
 
-// Without heuristics nothing is doubtful.
-bool MayBeDoubtful(const TChessboard& position) { return position.m_byPass < 2 && position.m_nHeuristics != 0; }
+// In the pass without heuristics doubt is no answer. Before it even a node whose heuristics were all dropped on the way
+// may be doubtful: through a repetition.
+bool MayBeDoubtful(const TChessboard& position) { return position.m_byPass < 2; }
 
 } // namespace
 

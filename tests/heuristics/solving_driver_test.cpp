@@ -111,6 +111,16 @@ TEST(SolvingDriver, ModesLimitTheSolutions) {
     }
 }
 
+/// What a stopped node returned is no verdict: a pause or a resume must not make it one.
+TEST(SolvingDriver, AStopOutlivesPauseAndResume) {
+    CAnswers answers;
+    CSolve solve(Request(kEndless, 20, ESolveMode::AllSolutions));
+    solve.RequestStop();
+    solve.Pause();
+    solve.Resume();
+    EXPECT_EQ(solve.StartSolving(answers).m_verdict, EVerdict::Stopped);
+}
+
 /// The first key found is the one that the user, or a known variant, names; a move to be avoided is found last.
 TEST(SolvingDriver, TriesTheMovesFirstThatItIsToldOf) {
     for (const TSquare target : {TSquare{36}, TSquare{28}, TSquare{20}}) { // e5, e4, e3

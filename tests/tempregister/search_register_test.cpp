@@ -72,12 +72,14 @@ TEST_F(SearchRegister, DoubtAnswersUnderItsOwnHeuristicsAlone) {
     EXPECT_EQ(Find(7), MR_DOUBTFUL);
 }
 
-TEST_F(SearchRegister, DoubtIsNotAskedForWithoutHeuristics) {
+TEST_F(SearchRegister, DoubtIsNotAskedForInThePassWithoutHeuristics) {
     m_register.InsertDoubtful(m_position, 7);
     With(SH_KEYLINE, 7, 2);
     EXPECT_EQ(Find(7), MR_NONE);
-    With(0, 7, 1);
+    With(0, 7, 1); // every heuristic dropped on the way, in a pass with heuristics
     m_register.InsertDoubtful(m_position, 7);
+    EXPECT_EQ(Find(7), MR_DOUBTFUL);
+    With(0, 7, 2);
     EXPECT_EQ(Find(7), MR_NONE);
 }
 
