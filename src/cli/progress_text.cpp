@@ -61,7 +61,9 @@ TProgress ReadProgress(const CSolve& solve, int nRootPly, double seconds) {
         progress.m_nMoves = shown.m_nCount;
         progress.m_part = DonePart(solve.Context(), nRootPly);
     }
-    progress.m_nPositions = analysis.m_nPositions.load(std::memory_order_relaxed);
+    // Most work may be in the short-mate search for minutes: the line is to show that it goes on.
+    progress.m_nPositions = analysis.m_nPositions.load(std::memory_order_relaxed) +
+                            analysis.m_nTrialPositions.load(std::memory_order_relaxed);
     progress.m_seconds = seconds;
     progress.m_register = solve.RegisterFigures();
     return progress;

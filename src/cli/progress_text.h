@@ -9,12 +9,12 @@
 namespace quillon {
 
 struct TProgress {
-    std::string m_pass; // "1", "1b", ..., "2"; empty while the initial analysis runs
-    int m_nMove = 0;    // of this pass, from 1
-    int m_nMoves = 0;   // of this pass; 0 while there is no pass
-    double m_part = 0;  // of this pass, from 0 to 1
-    std::uint64_t m_nPositions = 0;
-    double m_seconds = 0; // since the start
+    std::string m_pass;             // "1", "1b", ..., "2"; empty while the initial analysis runs
+    int m_nMove = 0;                // of this pass, from 1
+    int m_nMoves = 0;               // of this pass; 0 while there is no pass
+    double m_part = 0;              // of this pass, from 0 to 1
+    std::uint64_t m_nPositions = 0; // searched so far, those of the short-mate search included
+    double m_seconds = 0;           // since the start
     TRegisterFigures m_register;
 };
 

@@ -52,13 +52,6 @@ std::vector<std::string> LineTexts(TChessboard position, const std::vector<TMove
 
 } // namespace
 
-std::uint32_t RegisterScale(int nPlies, std::int64_t nBudgetMB) {
-    constexpr std::int64_t kModestBudgetMB = 8192;
-    if (nPlies < 15)
-        return 0x4000;
-    return nPlies < 23 || nBudgetMB <= kModestBudgetMB ? 0x80000 : 0x400000;
-}
-
 CSolve::CSolve(TSolveRequest request) : m_request(std::move(request)), m_context(NewSearchContext()) {
     SetMode();
     m_run.m_nProblemId = m_request.m_nProblemId;
@@ -126,9 +119,10 @@ void CSolve::Request(std::uint8_t request) {
 }
 
 void CSolve::SetRegisterMemory() {
-    const std::int64_t budget = BudgetBytes(m_request);
-    m_analysis.m_nRegisterScale = RegisterScale(PliesOf(m_request.m_nStipulation), budget / kMegabyte);
+    const std::int64_t budget = std::min(BudgetBytes(m_request), static_cast<std::int64_t>(PhysicalMemory()));
     m_analysis.m_nRegisterBudget = (m_analysis.m_nStopFlags & kNoRegisterBudget) != 0 ? 0 : budget;
+    m_analysis.m_nRegisterScale =
+        BucketsByLength(PliesOf(m_request.m_nStipulation), static_cast<std::uint64_t>(budget / kMegabyte));
 }
 
 bool CSolve::IsRegisterWorthwhile() const {
@@ -144,9 +138,7 @@ void CSolve::PrepareRegister(INotifier& notifier) {
     nLastRemovedLevel.store(0, std::memory_order_relaxed);
     if (m_register == nullptr) {
         const std::int64_t told = m_analysis.m_nRegisterBudget;
-        // The table is sized by what the register will really hold itself to.
-        const std::uint64_t memory = PhysicalMemory();
-        const std::uint64_t budget = told > 0 ? std::min(static_cast<std::uint64_t>(told), memory) : memory;
+        const std::uint64_t budget = told > 0 ? static_cast<std::uint64_t>(told) : PhysicalMemory();
         m_register = std::make_unique<TAggregatedTemporaryChessboardRegister>(
             budget, BucketCount(PliesOf(m_request.m_nStipulation), budget / kMegabyte));
         m_searchRegister = std::make_unique<CSearchRegister>(*m_register);

@@ -139,7 +139,4 @@ class CSolve {
 /// Plies of mate in n moves.
 [[nodiscard]] constexpr int PliesOf(int nStipulation) { return 2 * nStipulation - 1; }
 
-/// Memory scale of the register: a larger problem makes larger lots of entries.
-[[nodiscard]] std::uint32_t RegisterScale(int nPlies, std::int64_t nBudgetMB);
-
 } // namespace quillon

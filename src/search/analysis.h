@@ -77,9 +77,8 @@ struct TAnalysis : THeuristicAnalysisParameters {
 
     // --- Statistics
     // -----------------------------------------------------------------------------------------------------
-    std::atomic<std::uint64_t> m_nPositions{0}; // positions with fewer than four plies left, outside trials
-    std::atomic<std::uint64_t> m_nTrialPositions{
-        0}; // the same inside the short-mate search, brought in when a run ends
+    std::atomic<std::uint64_t> m_nPositions{0};      // positions with fewer than four plies left, outside trials
+    std::atomic<std::uint64_t> m_nTrialPositions{0}; // the same inside the short-mate search
     std::atomic<std::uint64_t> m_nPassesPlanned{1};
     std::atomic<std::uint32_t> m_nPassIndex{0};     // the pass begun last, number and relaxations; 0: none yet
     std::atomic<std::uint64_t> m_nStartTicks{0};    // ms
@@ -104,9 +103,14 @@ inline void FlushPositions(TSearchContext& context, TAnalysis& analysis) {
     context.m_nTrialPositions = 0;
 }
 
+inline void CountTrialPosition(TSearchContext& context, TAnalysis& analysis) {
+    if (++context.m_nTrialPositions == kCountLot)
+        FlushPositions(context, analysis);
+}
+
 inline void CountPosition(TSearchContext& context, TAnalysis& analysis) {
     if (context.m_nQuickerLevel != 0) {
-        ++context.m_nTrialPositions;
+        CountTrialPosition(context, analysis);
         return;
     }
     if (++context.m_nUncounted == kCountLot)

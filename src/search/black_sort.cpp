@@ -27,7 +27,7 @@ namespace {
 constexpr int kFullEffortPlies = 14;
 constexpr int kReducedEffortPlies = 8;
 constexpr int kRegisterPlies = 6;        // with fewer, searching the first guess is cheaper than asking for all
-constexpr int kSpecialDefencePlies = 34; // from here on Black's counter-chances weigh double
+constexpr int kSpecialDefencePlies = 34; // from here on Black's counter-chances weigh more
 constexpr int kMateInTwoPenalty = 5;
 constexpr std::uint8_t kCheckMark = 0x40; // of byte 2 while the list is being sorted: the move checks White
 
@@ -119,11 +119,9 @@ class CBlackSort {
             score.m_nMajor -= 6;
         score.m_nMinor -= RefutingWorth(m_p, move);
         if (child.m_whiteChecker != kNoChecker)
-            score.m_nMajor -= 4;
+            score.m_nMajor -= CheckWorth();
         if (m_effort == EEffort::None)
             return score.Value(0);
-        if (child.m_whiteChecker != kNoChecker)
-            score.m_nMajor -= m_p.m_nMoves >= kSpecialDefencePlies ? 8 : 4;
         // Room for the king is what a mating net lacks.
         score.m_nMajor -= 2 * CountBlackKingFreeSquares(child);
         if (m_p.m_board[move.m_nFrom] == kBlackKing)
@@ -131,6 +129,13 @@ class CBlackSort {
         if (HasMateInOne(child))
             score.m_nMajor += 12;
         return score.Value(0);
+    }
+
+    /// A check leaves White few moves; in long lines Black's counter-chances weigh more.
+    [[nodiscard]] int CheckWorth() const {
+        if (m_effort == EEffort::None)
+            return 4;
+        return m_p.m_nMoves >= kSpecialDefencePlies ? 12 : 8;
     }
 
     /// Step 5: a defence that does not even stop a mate in two need not be tried early.

@@ -4,7 +4,7 @@
 //   2 register               5 progress hook       8 threads of the multithreading levels    10 next stage, verdict
 //   3 count; mate in one     6 bishop mode
 //
-// A move, step 9:
+// A move, step 9 (with three plies left it is looked at on masks between b and c):
 //   a control               c copy, make       e heuristic checks     g recursion
 //   b receding white king   d repetition       f publish the index    h mate: store, return     i other answers
 

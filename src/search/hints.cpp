@@ -51,6 +51,14 @@ struct TWanted {
     TMove m_ofPly, m_answer;
 };
 
+constexpr int kMostRefutations = 4096;
+constexpr int kWorthUnit = 64; // so that the worth of a move is at most 64, that of a minor capture being 12
+constexpr int kStep = 32;      // a refutation moves the count by this part of the way
+
+std::uint16_t& Refutations(const TChessboard& b, const TMove& move) {
+    return b.m_pContext->m_refutations[KindOf(b.m_board[move.m_nFrom])][move.m_nTo];
+}
+
 } // namespace
 
 CHints::CHints(const TChessboard& b) {
@@ -83,18 +91,6 @@ void KeepHint(const TChessboard& b, const TMove& move) {
     if (b.m_pPrevious != nullptr)
         AnswerSlot(b) = Pack(move);
 }
-
-namespace {
-
-constexpr int kMostRefutations = 4096;
-constexpr int kWorthUnit = 64; // so that the worth of a move is at most 64, that of a minor capture being 12
-constexpr int kStep = 32;      // a refutation moves the count by this part of the way
-
-std::uint16_t& Refutations(const TChessboard& b, const TMove& move) {
-    return b.m_pContext->m_refutations[KindOf(b.m_board[move.m_nFrom])][move.m_nTo];
-}
-
-} // namespace
 
 void KeepRefutation(const TChessboard& b, const TMove* list, int i) {
     std::uint16_t& count = Refutations(b, list[i]);

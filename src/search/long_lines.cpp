@@ -9,6 +9,7 @@
 #include "core/mask_attacks.h"
 #include "core/search_context.h"
 #include "search/control.h"
+#include "search/quicker_horizon.h"
 #include "search/quicker_mate.h"
 
 namespace quillon {
@@ -59,10 +60,6 @@ bool IsAllowed(const TChessboard& child, const TChessboard& reply, ERule rule) {
 }
 
 int Figures(const TChessboard& b) { return WhiteMen(b) - b.m_whitePawns; }
-
-bool HasPawnOnSeventh(const TChessboard& b) {
-    return std::find(b.m_board.begin() + 48, b.m_board.begin() + 56, kWhitePawn) != b.m_board.begin() + 56;
-}
 
 /// Every square beside the black king holds one of its own men.
 bool IsSmothered(const TChessboard& b) {

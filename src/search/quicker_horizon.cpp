@@ -78,10 +78,6 @@ int LengthenAfterWonQueen(const TChessboard& p, int d) {
     return d;
 }
 
-bool HasPawnOnSeventh(const TChessboard& p) {
-    return std::find(p.m_board.begin() + 48, p.m_board.begin() + 56, kWhitePawn) != p.m_board.begin() + 56;
-}
-
 bool JustPromotedToQueen(const TChessboard& p) {
     return p.m_pPrevious != nullptr && p.m_pPrevious->m_pPrevious != nullptr &&
            PromotionKind(p.m_pPrevious->m_lastMove) == kQueen;
@@ -147,6 +143,10 @@ static_assert((SH_ZUGZWANG | kEdgePlay) == 0x80080044);
 static_assert((SH_SEASNAKE | SH_FINDFORCEDMATE | kCheapSortHeuristics) == 0x80802c4);
 
 } // namespace
+
+bool HasPawnOnSeventh(const TChessboard& b) {
+    return std::find(b.m_board.begin() + 48, b.m_board.begin() + 56, kWhitePawn) != b.m_board.begin() + 56;
+}
 
 int QuickerHorizon(const TChessboard& p) {
     const int setting = p.m_pAnalysis->m_shLookForQuickerMateDepth;

@@ -19,4 +19,7 @@ inline constexpr std::uint16_t kCappedByContext = 0x4;
 ///   The figures come from experience with long problems; none of them bears on correctness.
 [[nodiscard]] int QuickerHorizon(const TChessboard& p);
 
+/// A white pawn stands one step before its promotion.
+[[nodiscard]] bool HasPawnOnSeventh(const TChessboard& b);
+
 } // namespace quillon

@@ -33,6 +33,16 @@ bool IsAllowanceGranted(const TChessboard& p) {
     return WhiteMen(p) - p.m_whitePawns == 1 && BlackMen(p) == p.m_blackPawns;
 }
 
+/// With one ply left a trial would be the very node that follows.
+constexpr int kShortestSearched = 3;
+
+/// With three plies left and nothing in force there is one trial, the mate on the move: it needs none of the setting
+/// up.
+bool IsMateInOneAll(const TChessboard& p) {
+    return p.m_nMoves == 3 && p.m_nHeuristics == 0 && (p.m_wBlackState & kCappedByContext) == 0 &&
+           p.m_pContext->m_nAdditionalMoves == 0 && p.m_pAnalysis->m_shLookForQuickerMateDepth < 0;
+}
+
 /// The search inside one position: nesting depth and allowance are put back on every way out.
 class CQuickerSearch {
   public:
@@ -66,7 +76,7 @@ class CQuickerSearch {
             if (IsStopping(m_p))
                 return false;
         }
-        return d > 0 && d <= kLongestHorizonWithAttempts && IsOutermost() && ClearsMark(FindLongLine(m_p));
+        return d > 0 && d <= kLongestHorizonWithAttempts && IsOutermost() && DropPromotionMark(FindLongLine(m_p));
     }
 
   private:
@@ -84,11 +94,11 @@ class CQuickerSearch {
         --m_context.m_nQuickerLevel;
         const bool bProved = ProveByForcing(m_p);
         ++m_context.m_nQuickerLevel;
-        return ClearsMark(bProved);
+        return DropPromotionMark(bProved);
     }
 
     /// A line that was not tried as a node says nothing of other promotions of Black's last move.
-    bool ClearsMark(bool bProved) {
+    bool DropPromotionMark(bool bProved) {
         m_context.m_bUnderPromotionEqual = false;
         return bProved;
     }
@@ -136,27 +146,13 @@ class CQuickerSearch {
 
 } // namespace
 
-namespace {
-
-/// With one ply left a trial would be the very node that follows.
-constexpr int kShortestSearched = 3;
-
-/// With three plies left and nothing in force there is one trial, the mate on the move: it needs none of the setting
-/// up.
-bool IsMateInOneAll(const TChessboard& p) {
-    return p.m_nMoves == 3 && p.m_nHeuristics == 0 && (p.m_wBlackState & kCappedByContext) == 0 &&
-           p.m_pContext->m_nAdditionalMoves == 0 && p.m_pAnalysis->m_shLookForQuickerMateDepth < 0;
-}
-
-} // namespace
-
 bool FindQuickerMate(TChessboard* p) {
     if (p->m_pContext->m_bNoQuicker || p->m_nMoves < kShortestSearched)
         return false;
     if (IsMateInOneAll(*p)) {
         if (p->m_pContext->m_nQuickerLevel == 0)
             p->m_pContext->m_bAdditionalMovesUsed = false;
-        ++p->m_pContext->m_nTrialPositions;
+        CountTrialPosition(*p->m_pContext, *p->m_pAnalysis);
         return FindMateInOne(p);
     }
     return CQuickerSearch(*p).Run();

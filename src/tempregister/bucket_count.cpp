@@ -12,6 +12,8 @@ std::uint64_t ElementsIn(std::uint64_t nBudgetMB) {
     return nBudgetMB * kMegabyte / 100 * kPercentForElements / kBytesPerElement;
 }
 
+} // namespace
+
 std::uint32_t BucketsByLength(int nPlies, std::uint64_t nBudgetMB) {
     constexpr int kShort = 15;
     constexpr int kLong = 23;
@@ -20,8 +22,6 @@ std::uint32_t BucketsByLength(int nPlies, std::uint64_t nBudgetMB) {
         return kShortAnalysisBuckets;
     return nPlies >= kLong && nBudgetMB > kModestBudgetMB ? kManyBuckets : kUsualBuckets;
 }
-
-} // namespace
 
 std::uint32_t BucketCount(int nPlies, std::uint64_t nBudgetMB) {
     // A bucket takes the memory of eight elements as soon as it has one, and a crowded one a header besides: shared by

@@ -7,8 +7,7 @@
 //     would wait for itself. It may take the shared side again only while no writer can come: a waiting writer lets no
 //     further reader in.
 //   3 What was done under the exclusive side is visible to every later holder of either side, and a writer sees that
-//   the
-//     readers before it are through.
+//     the readers before it are through.
 // Threads: any. The guards belong to the thread that made them.
 
 #include <atomic>

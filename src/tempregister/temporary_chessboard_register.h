@@ -4,8 +4,7 @@
 //   N = 1  doubtful results of one set of heuristics; part of an aggregate (`parent`)
 //
 // Threads: combinedLock guards combinedMap: its shared side for look-ups, its exclusive side for changes. When both
-// locks
-//          are taken, `lock` comes first. The counter may be read without any.
+//          locks are taken, `lock` comes first. The counter may be read without any.
 
 #include <atomic>
 #include <cstdint>

@@ -12,6 +12,7 @@
 #include "heuristics/result_texts.h"
 #include "platform/memory_info.h"
 #include "search/searched_position.h"
+#include "tempregister/bucket_count.h"
 
 namespace quillon::test {
 namespace {
@@ -380,11 +381,11 @@ TEST(SolvingDriver, PauseAndResume) {
 // ---- memory of the register
 
 TEST(SolvingDriver, RegisterScaleGrowsWithTheProblem) {
-    EXPECT_EQ(RegisterScale(13, 100000), 0x4000u);
-    EXPECT_EQ(RegisterScale(15, 100000), 0x80000u);
-    EXPECT_EQ(RegisterScale(21, 100000), 0x80000u);
-    EXPECT_EQ(RegisterScale(23, 8192), 0x80000u);
-    EXPECT_EQ(RegisterScale(23, 8193), 0x400000u);
+    EXPECT_EQ(BucketsByLength(13, 100000), 0x4000u);
+    EXPECT_EQ(BucketsByLength(15, 100000), 0x80000u);
+    EXPECT_EQ(BucketsByLength(21, 100000), 0x80000u);
+    EXPECT_EQ(BucketsByLength(23, 8192), 0x80000u);
+    EXPECT_EQ(BucketsByLength(23, 8193), 0x400000u);
 }
 
 TEST(SolvingDriver, RegisterBudgetIsTheStoredOneOrAShare) {

@@ -319,13 +319,6 @@ TEST_F(AdditionalMoves, NeverReachBeyondTheStipulation) {
 }
 
 TEST_F(AdditionalMoves, AreToldByTheLoggingNode) {
-    class CRemarks : public INodeLog {
-      public:
-        void Move(const TChessboard&) override {}
-        void Verdict(const TChessboard&, TMateResult) override {}
-        void Remark(const TChessboard&, const char* text) override { m_remarks.insert(text); }
-        std::set<std::string> m_remarks;
-    };
     for (const bool bKnown : {false, true}) {
         CRemarks log;
         if (bKnown)

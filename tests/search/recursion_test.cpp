@@ -276,13 +276,7 @@ TEST(NodeLog, TellsMovesAndVerdictsAndChangesNothing) {
 }
 
 TEST(NodeLog, RemarksOnAMateKnownToTheRegister) {
-    class CRemarks : public INodeLog {
-      public:
-        void Move(const TChessboard&) override {}
-        void Verdict(const TChessboard&, TMateResult) override {}
-        void Remark(const TChessboard&, const char* text) override { m_remarks.insert(text); }
-        std::set<std::string> m_remarks;
-    } log;
+    CRemarks log;
     CRecordingRegister known;
     known.m_nAnswer = MR_MATE;
     CSearchedPosition line("8/8/8/8/8/2k5/7R/K7", 11);

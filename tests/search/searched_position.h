@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -41,6 +42,15 @@ namespace quillon::test {
     return nFull;
 #endif
 }
+
+/// A log that keeps the remarks.
+class CRemarks : public INodeLog {
+  public:
+    void Move(const TChessboard&) override {}
+    void Verdict(const TChessboard&, TMateResult) override {}
+    void Remark(const TChessboard&, const char* text) override { m_remarks.insert(text); }
+    std::set<std::string> m_remarks;
+};
 
 /// A root in a context and an analysis of its own, and the moves played from it in the slots below.
 class CSearchedPosition {

@@ -205,15 +205,21 @@ TEST(SortIndications, TheFirstOneThatAppliesDecides) {
 
 // ---- the sort
 
+/// Source and target of a legal move of the position.
+SortIndication DrawIndication(std::mt19937_64& rng, const std::string& placement) {
+    const auto moves = reference::LegalMoves(reference::ProblemFromFen(placement));
+    const reference::Move& move = moves[static_cast<std::size_t>(reference::Draw(rng, moves.size()))];
+    SortIndication wanted;
+    wanted.m_nFrom = move.from;
+    wanted.m_nTo = move.to;
+    return wanted;
+}
+
 TEST(SortIndications, TheIndicatedMoveComesFirst) {
     std::mt19937_64 rng(5501);
     for (int i = 0; i < Samples(300); ++i) {
         const std::string placement = AnyPlacement(rng, i, 5 + i % 8);
-        const auto moves = reference::LegalMoves(reference::ProblemFromFen(placement));
-        const reference::Move& move = moves[static_cast<std::size_t>(reference::Draw(rng, moves.size()))];
-        SortIndication wanted;
-        wanted.m_nFrom = move.from;
-        wanted.m_nTo = move.to;
+        SortIndication wanted = DrawIndication(rng, placement);
         CIndicated indicated(placement, 15, {wanted});
         const TTexts picked = indicated.MovesOfScore(kScoreFirst);
         const TTexts sorted = indicated.Sorted(i % 2 == 0);
@@ -228,11 +234,7 @@ TEST(SortIndications, TheMoveToAvoidComesLast) {
     std::mt19937_64 rng(5502);
     for (int i = 0; i < Samples(300); ++i) {
         const std::string placement = AnyPlacement(rng, i, 5 + i % 8);
-        const auto moves = reference::LegalMoves(reference::ProblemFromFen(placement));
-        const reference::Move& move = moves[static_cast<std::size_t>(reference::Draw(rng, moves.size()))];
-        SortIndication wanted;
-        wanted.m_nFrom = move.from;
-        wanted.m_nTo = move.to;
+        SortIndication wanted = DrawIndication(rng, placement);
         wanted.m_bWorst = true;
         CIndicated indicated(placement, 15, {wanted});
         const TTexts picked = indicated.MovesOfScore(kScoreKnownNoMate);
