@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "cli/explain_text.h"
 #include "cli/option_values.h"
 #include "cli/output.h"
 #include "cli/problem_source.h"
@@ -91,13 +92,14 @@ class CSolveCommand {
 
     void SolveItem(const TSourceItem& item) {
         const ChessProblem& problem = *item.m_problem;
-        const TSolveRequest request = MakeRequest(problem, m_options);
         const bool bFromFile = !m_options.m_fen;
         if (!m_options.m_bJson && !m_options.m_bQuiet)
             WriteOutput((m_totals.m_nProblems > 1 ? "\n" : "") + HeadText(problem, bFromFile));
         try {
-            const TWatchedResult watched = SolveWatched(request, m_line, m_options.m_secondsLimit, g_interrupts);
-            TSolveReport report{problem, request, watched, bFromFile, std::nullopt};
+            const TSolveRequest request = MakeRequest(problem, m_options);
+            const TWatchedResult watched = SolveWatched(request, m_line, m_options.m_secondsLimit, g_interrupts,
+                                                        [this](const TPlanReport& plan) { TellPlan(plan); });
+            TSolveReport report{problem, request, watched, m_options.m_bExplain, bFromFile, std::nullopt};
             if ((problem.flags & kFlagAnswer) != 0)
                 report.m_answerCheck = CheckAnswer(watched.m_result, problem.answer, WantedKeys(request));
             Print(report);
@@ -105,6 +107,13 @@ class CSolveCommand {
         } catch (const ChessException& failure) {
             ReportError(item, failure.what());
         }
+    }
+
+    void TellPlan(const TPlanReport& plan) {
+        if (!m_options.m_bExplain || m_options.m_bJson || m_options.m_bQuiet)
+            return;
+        m_line.Erase();
+        WriteOutput(PlanText(plan));
     }
 
     void Print(const TSolveReport& report) const {

@@ -77,6 +77,37 @@ void AddEffortOptions(CLI::App& command, TSolveOptions& options, CLI::Option* br
         ->group(kGroup);
 }
 
+/// Which heuristics the passes have, and how they go on.
+void AddHeuristicOptions(CLI::App& command, TSolveOptions& options, CLI::Option* bruteForce) {
+    constexpr const char* kGroup = "Heuristics";
+    command
+        .add_option("--heuristics", options.m_heuristics,
+                    "The set of the first pass instead of the engine's choice: names as --explain prints them, "
+                    "separated by commas, or none")
+        ->type_name("LIST")
+        ->excludes(bruteForce)
+        ->group(kGroup);
+    command.add_flag("--safe", options.m_bSafe, "Safe mode: without the implicit heuristics of the quick mode")
+        ->group(kGroup);
+    command.add_flag("--no-relax", options.m_bNoRelax, "Do not relax heuristics between passes")->group(kGroup);
+    command
+        .add_flag("--no-pass2", options.m_bNoPass2,
+                  "Skip the last pass, which has no heuristics: keys may be found, absence cannot be proved")
+        ->group(kGroup);
+    command
+        .add_flag("--predefined", options.m_bPredefined,
+                  "Use the settings stored for some known compositions; they are tried first and proved as all others")
+        ->excludes(bruteForce)
+        ->group(kGroup);
+    command
+        .add_flag("--explain", options.m_bExplain, "Tell the chosen heuristics, the plan of passes and their outcome")
+        ->group(kGroup);
+    command
+        .add_flag("--log-relaxation", options.m_bRelaxationLog,
+                  "Append each step of the plan to TryRelaxSpecialHeuristics.log in the working folder")
+        ->group(kGroup);
+}
+
 void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
     constexpr const char* kGroup = "Search";
     auto* const all = command.add_flag("--all", options.m_bAll, "Find every key, instead of stopping at the first");
@@ -91,10 +122,6 @@ void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
     hybrid->group(kGroup);
     auto* const bruteForce = command.add_flag("--brute-force", options.m_bBruteForce, "No heuristics at all");
     bruteForce->excludes(hybrid)->group(kGroup);
-    command.add_flag("--safe", options.m_bSafe, "Safe mode: without the implicit heuristics of the quick mode")
-        ->group(kGroup);
-    command.add_flag("--no-relax", options.m_bNoRelax, "Do not relax heuristics between passes")->group(kGroup);
-    command.add_flag("--no-pass2", options.m_bNoPass2, "Skip the last pass, which has no heuristics")->group(kGroup);
     command.add_option("--threads", options.m_threads, "Threads (this version solves on one thread)")
         ->type_name("T[^L]")
         ->check(Threads())
@@ -104,6 +131,7 @@ void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
         ->check(Seconds())
         ->group(kGroup);
     AddEffortOptions(command, options, bruteForce);
+    AddHeuristicOptions(command, options, bruteForce);
 }
 
 void AddOutputOptions(CLI::App& command, TSolveOptions& options) {
@@ -141,6 +169,10 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_sortIndications.assign(problem.sortIndications.begin(), problem.sortIndications.end());
     request.m_bLetRelaxHeuristics = !options.m_bNoRelax;
     request.m_bRunPass2 = !options.m_bNoPass2;
+    if (options.m_heuristics)
+        request.m_heuristics = ReadHeuristicsText(*options.m_heuristics);
+    request.m_bUsePredefinedIndications = options.m_bPredefined;
+    request.m_bRelaxationLog = options.m_bRelaxationLog;
     if (options.m_memoryMB)
         request.m_nMemoryBudgetMB = *options.m_memoryMB;
     if (options.m_shortMateDepth)

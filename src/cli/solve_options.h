@@ -24,11 +24,15 @@ struct TSolveOptions {
     bool m_bSafe = false;
     bool m_bNoRelax = false;
     bool m_bNoPass2 = false;
-    std::string m_threads = "1"; // "T" or "T^L"
+    std::optional<std::string> m_heuristics; // a set as printed, or "none"
+    bool m_bPredefined = false;              // stored settings of known compositions
+    bool m_bRelaxationLog = false;           // TryRelaxSpecialHeuristics.log
+    std::string m_threads = "1";             // "T" or "T^L"
     std::optional<double> m_secondsLimit;
     std::optional<int> m_memoryMB;       // of the register of solved positions; 0: none
     std::optional<int> m_shortMateDepth; // moves; 0: no short-mate search
 
+    bool m_bExplain = false; // tell the plan and what each pass came to
     bool m_bJson = false;
     bool m_bQuiet = false;
     bool m_bProgress = false;
@@ -37,6 +41,7 @@ struct TSolveOptions {
 /// Adds all of them to the command; `options` must outlive the reading of the command line.
 void AddSolveOptions(CLI::App& command, TSolveOptions& options);
 
+///   Errors  ChessException: --heuristics cannot be read.
 /// A problem's own options hold unless the command line says otherwise.
 [[nodiscard]] TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& options);
 

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/diagram.h"
+#include "cli/explain_text.h"
 #include "cli/output.h"
 #include "core/fen.h"
 #include "heuristics/result_texts.h"
@@ -202,6 +203,8 @@ std::string JsonText(const TSolveReport& report) {
     object["seconds"] = result.m_seconds;
     object["register"] = RegisterObject(result.m_register);
     object["trialNodes"] = result.m_nTrialPositions; // inside the short-mate search, which "nodes" leaves out
+    if (report.m_bExplain)
+        object["explain"] = ExplainObject(report.m_watched.m_plan, result);
     return Dumped(object);
 }
 
@@ -236,7 +239,7 @@ std::string ResultText(const TSolveReport& report) {
         text += "Main variant: " + VariantText(result.m_variant) + "\n";
     text += VerdictText(report) + "\n" + AnswerLine(report);
     return text + PassesText(result.m_passes) + NodesText(result.m_nPositions) + "; " + SecondsText(result.m_seconds) +
-           "\n" + RegisterLine(result.m_register);
+           "\n" + RegisterLine(result.m_register) + (report.m_bExplain ? PassRecordsText(result) : std::string());
 }
 
 std::string QuietText(const TSolveReport& report) {

@@ -21,6 +21,7 @@ struct TSolveReport {
     const ChessProblem& m_problem;
     const TSolveRequest& m_request;
     const TWatchedResult& m_watched;
+    bool m_bExplain = false;                   // tell of the plan and the passes as well
     bool m_bFromFile = false;                  // the problem has a number
     std::optional<EAnswerCheck> m_answerCheck; // none: no answer is expected
 };

@@ -25,8 +25,15 @@ constexpr auto kProgressStep = 250ms; // between two states of the live line
 
 class CWatchedSolve {
   public:
-    CWatchedSolve(const TSolveRequest& request, CProgressLine& line)
-        : m_solve(request), m_line(line), m_notifier(line), m_nRootPly(PliesOf(request.m_nStipulation)) {}
+    CWatchedSolve(const TSolveRequest& request, CProgressLine& line,
+                  const std::function<void(const TPlanReport&)>& planSink)
+        : m_solve(request), m_line(line), m_notifier(line), m_nRootPly(PliesOf(request.m_nStipulation)) {
+        m_solve.SetPlanSink([this, planSink](const TPlanReport& plan) {
+            m_plan = plan;
+            if (planSink)
+                planSink(plan);
+        });
+    }
 
     TWatchedResult Run(std::optional<double> secondsLimit, const std::atomic<int>& interrupts) {
         m_start = TClock::now();
@@ -42,7 +49,7 @@ class CWatchedSolve {
         m_line.Erase();
         if (m_failure)
             std::rethrow_exception(m_failure);
-        return {std::move(m_result), m_cause};
+        return {std::move(m_result), std::move(m_plan), m_cause};
     }
 
   private:
@@ -98,6 +105,7 @@ class CWatchedSolve {
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_bDone = false;         // guarded by m_mutex
+    TPlanReport m_plan;           // as m_result
     TSolvingResult m_result;      // of the solving thread; read behind Join
     std::exception_ptr m_failure; // the same
 };
@@ -105,8 +113,9 @@ class CWatchedSolve {
 } // namespace
 
 TWatchedResult SolveWatched(const TSolveRequest& request, CProgressLine& line, std::optional<double> secondsLimit,
-                            const std::atomic<int>& interrupts) {
-    return CWatchedSolve(request, line).Run(secondsLimit, interrupts);
+                            const std::atomic<int>& interrupts,
+                            const std::function<void(const TPlanReport&)>& planSink) {
+    return CWatchedSolve(request, line, planSink).Run(secondsLimit, interrupts);
 }
 
 } // namespace quillon

@@ -2,6 +2,7 @@
 // A solve under watch: on a thread of its own, while the caller's thread shows the progress and ends it in time.
 
 #include <atomic>
+#include <functional>
 #include <optional>
 
 #include "cli/progress_line.h"
@@ -13,14 +14,17 @@ enum class EStopCause { None, TimeLimit, Interrupt };
 
 struct TWatchedResult {
     TSolvingResult m_result;
+    TPlanReport m_plan;                    // as it was before the first pass
     EStopCause m_cause = EStopCause::None; // what was asked to stop the solve; it may have ended just before
 };
 
 /// Runs the solve to its end; no thread is left when it returns.
 ///   secondsLimit  stops the solve when it has run so long.
+///   planSink      hears of the plan before the first pass, on the solving thread; may be empty.
 ///   interrupts    stops the solve when it is above 0.
 ///   Errors        what StartSolving throws; std::system_error when there is no thread.
 [[nodiscard]] TWatchedResult SolveWatched(const TSolveRequest& request, CProgressLine& line,
-                                          std::optional<double> secondsLimit, const std::atomic<int>& interrupts);
+                                          std::optional<double> secondsLimit, const std::atomic<int>& interrupts,
+                                          const std::function<void(const TPlanReport&)>& planSink = {});
 
 } // namespace quillon

@@ -24,6 +24,7 @@ inline constexpr std::uint16_t kNoSideStack = 65535;
 inline constexpr std::uint8_t kRunRequest = 0;
 inline constexpr std::uint8_t kPauseRequest = 1;
 inline constexpr std::uint8_t kStopRequest = 2;
+inline constexpr std::uint8_t kBoundRequest = 3; // a bounded look has used up its positions; its own thread asks
 
 /// One of the first three captured figures of a colour, in the line under analysis.
 struct TCaptureRecord {
@@ -85,6 +86,19 @@ struct TSearchMarks {
     std::uint16_t m_nThreadNumber = 0;   // number of the thread in the tree
     std::uint8_t m_nGroupSize = 1;       // size of its group
 
+    // FindForcedMate.
+    bool m_bFFM = false;                   // a FindForcedMate run is in progress
+    std::uint32_t m_nFfmHeldBack = 0;      // heuristics that come into force only later in its lines
+    std::uint16_t m_nFfmHeldBackUntil = 0; // plies left from which on they are
+
+    // What the initial analysis found out about the root.
+    std::uint16_t m_nWhiteMaterial = 0, m_nBlackMaterial = 0; // queen 9, rook 5, bishop and knight 3, pawn 1
+    std::uint8_t m_nClassFigures = 0;                         // figure count of the position class
+    std::uint8_t m_nKingsNearBonus = 0;                       // by so much the kings may stand further apart
+    std::uint8_t m_nEdgeHeavyFigures = 0; // the strict edge lets the king move once Black is stripped and White has
+    std::uint8_t m_nEdgeMinorFigures = 0; // so many heavy and minor figures; both 0: never
+    std::uint8_t m_nRootBlackQueens = 0, m_nRootBlackRooks = 0, m_nRootBlackBishops = 0, m_nRootBlackKnights = 0;
+
     TMove m_zugzwangMove{}; // the winning move that SH_ZUGZWANGTRIANGLES keeps
 
     // What is tried first at the next node (search/hints.h): the move that answered the last node of the same ply, and
@@ -97,7 +111,9 @@ struct TSearchMarks {
 
     // Positions counted by this thread and not yet added to the analysis' total.
     std::uint32_t m_nUncounted = 0;
-    std::uint64_t m_nTrialPositions = 0; // counted inside the short-mate search, which the statistics leave out
+    static constexpr std::uint64_t kNoBound = ~std::uint64_t{0};
+    std::uint64_t m_nPositionsLeft = kNoBound; // of a bounded look; at 0 the thread asks itself to stop
+    std::uint64_t m_nTrialPositions = 0;       // counted inside the short-mate search, which the statistics leave out
 };
 
 struct TSearchContext : THeuristicParameters, TSearchMarks {

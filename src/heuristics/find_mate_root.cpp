@@ -5,13 +5,19 @@
 #include "core/generation.h"
 #include "core/makers.h"
 #include "core/notation.h"
-#include "heuristics/heuristic_signature.h"
+#include "heuristics/forced_mate.h"
+#include "heuristics/guided_set.h"
+#include "heuristics/heuristic_text.h"
+#include "heuristics/initial_analysis.h"
 #include "heuristics/pass_plan.h"
+#include "heuristics/relaxation_clock.h"
 #include "heuristics/thread_demand.h"
+#include "platform/clock.h"
 #include "platform/processors.h"
 #include "search/control.h"
 #include "search/find_mate.h"
 #include "search/move_sort.h"
+#include "search/proof_guide.h"
 
 namespace quillon {
 
@@ -20,9 +26,44 @@ namespace {
 constexpr int kShortestAnalysedPlies = 5;   // shorter problems get no initial analysis
 constexpr int kShortestDemandingPlies = 13; // and up to here no demand for threads
 
+constexpr int kShortestRelaxedPlies = 2;
+
 bool IsOpen(const TRootMove& move) {
     return move.m_nResult == kRootMoveDoubtful || move.m_nResult == kRootMoveNotTried;
 }
+
+/// Doubt of a pass in the register: it holds under the heuristics of the pass only, so it dies with the pass, and the
+/// pass without heuristics needs none at all.
+class CDoubtOfPass {
+  public:
+    CDoubtOfPass(const TAnalysis& analysis, const TChessboard& root)
+        : m_pRegister(analysis.m_pRegister), m_nHeuristics(root.m_nHeuristics), m_nHeurParams(root.m_nHeurParams) {
+        if (m_pRegister == nullptr)
+            return;
+        if (m_nHeuristics != 0)
+            m_pRegister->AddDoubtfulUser(m_nHeuristics, m_nHeurParams);
+        else
+            m_pRegister->ForgetDoubt();
+    }
+    ~CDoubtOfPass() {
+        if (m_pRegister != nullptr && m_nHeuristics != 0)
+            m_pRegister->ReleaseDoubtfulUser(m_nHeuristics, m_nHeurParams);
+    }
+    CDoubtOfPass(const CDoubtOfPass&) = delete;
+    CDoubtOfPass& operator=(const CDoubtOfPass&) = delete;
+
+  private:
+    ITemporaryRegister* const m_pRegister;
+    const std::uint32_t m_nHeuristics, m_nHeurParams;
+};
+
+// What the best-first proof of the guide may cost, in positions expanded (some 200,000 take a second). A short problem
+// is solved by the passes before a long look would pay. Before the pass without heuristics, which may take days, there
+// is a second look, twice as long. A run that wants all keys gains little from the first: it only gets the brief look.
+constexpr int kShortestGuidedRun = 7;
+constexpr int kShortestLongLook = 13;
+constexpr std::uint64_t kBriefLook = 100, kLongLook = 1000; // times the square of the plies
+constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 1'500'000;
 
 /// One run over the root: the steps of FindMateRoot.
 class CRootRun {
@@ -47,24 +88,56 @@ class CRootRun {
     }
 
     void ChooseHeuristics(bool bFirstTime) {
-        if (m_root.m_nMoves > kShortestAnalysedPlies && bFirstTime) {
-            const TInitialAnalysis initial = AnalyseInitialPosition(m_root);
-            m_run.m_nInitialHeuristics = initial.m_nHeuristics;
-            for (const TMove& move : initial.m_solvedMoves)
-                AddSolution(move, {});
-        }
+        if (m_root.m_nMoves > kShortestAnalysedPlies && bFirstTime)
+            AnalysePosition();
+        else if (m_run.m_bChosenHeuristics)
+            m_run.m_nInitialHeuristics = m_run.m_nChosenHeuristics;
         if (m_run.m_bNoAids)
             SwitchAidsOff();
-        if (m_run.m_bChosenHeuristics)
-            m_run.m_nInitialHeuristics = m_run.m_nChosenHeuristics;
-        SetHeuristics(m_analysis.m_nHybridPhase == kHybridBruteForce ? 0 : m_run.m_nInitialHeuristics);
-        const int planned =
-            CountRelaxations(m_root) + (m_root.m_nHeuristics != 0 ? 1 : 0) + (m_context.m_bRunPass2 ? 1 : 0);
+        m_nChosen = m_analysis.m_nHybridPhase == kHybridBruteForce ? 0 : m_run.m_nInitialHeuristics;
+    }
+
+    [[nodiscard]] bool HasRequiredHeuristics() const { return (m_analysis.m_nRequiredHeuristics & ~m_nChosen) == 0; }
+
+    /// Lets the guide look for a mate; what it finds goes first, and the bits that do not fit it are not chosen.
+    void AskGuide() {
+        m_analysis.m_pGuide = nullptr;
+        if (m_run.m_pGuide == nullptr || m_root.m_nMoves < kShortestGuidedRun)
+            return;
+        const std::uint64_t square = std::uint64_t{m_root.m_nMoves} * m_root.m_nMoves;
+        LetGuideSearch(std::min(kBriefLook * square, kMostBriefLook));
+        if (IsLongLookWorthwhile())
+            LetGuideSearch(std::min(kLongLook * square, kMostLongLook));
+    }
+
+    /// The plan starts from the chosen set. Its length is what the display counts passes against; steps that the clock
+    /// decides are counted when they come.
+    void PlanPasses() {
+        ClearRelaxationStamps(m_analysis);
+        m_root.m_nHeuristics = m_nChosen;
+        SetPassNumber();
+        BeginPassPlan(m_root);
+        const int planned = (m_root.m_nMoves < kShortestRelaxedPlies ? 0 : CountRelaxations(m_root)) +
+                            (m_root.m_nHeuristics != 0 ? 1 : 0) + (m_context.m_bRunPass2 ? 1 : 0);
         m_analysis.m_nPassesPlanned.store(static_cast<std::uint64_t>(std::max(planned, 1)), std::memory_order_relaxed);
     }
 
-    [[nodiscard]] bool HasRequiredHeuristics() const {
-        return (m_analysis.m_nRequiredHeuristics & ~m_root.m_nHeuristics) == 0;
+    void TellPlan() {
+        if (!m_run.m_planSink)
+            return;
+        TPlanReport report;
+        report.m_rules.assign(m_run.m_initialRules.begin(), m_run.m_initialRules.end());
+        if (m_root.m_nHeuristics != 0)
+            report.m_initialSet = HeuristicsText(m_root, true, m_analysis);
+        report.m_misfits = TextOfMask(m_run.m_nMisfits);
+        report.m_passPlan = ShowPassPlan(m_root);
+        report.m_bChosenByHand = m_run.m_bChosenHeuristics;
+        report.m_bSafeModeForced = m_run.m_bSafeModeForced;
+        report.m_bGuided = m_analysis.m_pGuide != nullptr;
+        report.m_nGuideNodes = m_run.m_pGuide != nullptr ? m_run.m_pGuide->Nodes() : 0;
+        report.m_bRelaxes = m_context.m_bLetRelaxHeuristics;
+        report.m_bRunPass2 = m_context.m_bRunPass2;
+        m_run.m_planSink(report);
     }
 
     /// The passes, until the run is settled, stopped, or has found enough.
@@ -78,6 +151,30 @@ class CRootRun {
     }
 
   private:
+    [[nodiscard]] bool IsLongLookWorthwhile() const {
+        return m_root.m_nMoves >= kShortestLongLook && (m_analysis.m_nSolveMode & kAllSolutions) == 0 &&
+               m_run.m_solutions.empty();
+    }
+
+    void LetGuideSearch(std::uint64_t nMostNodes) {
+        if (m_run.m_pGuide->IsProved() || IsStopping(m_root))
+            return;
+        m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
+        SetPassNumber();
+        if (m_run.m_pGuide->Search(m_root, nMostNodes) != EProofResult::Proved)
+            return;
+        m_analysis.m_pGuide = m_run.m_pGuide;
+        m_run.m_nMisfits = HeuristicsAgainstGuide(m_root, *m_run.m_pGuide, m_nChosen);
+        m_nChosen &= ~m_run.m_nMisfits;
+        TMove key;
+        if (!m_run.m_pGuide->Suggest(m_root, key))
+            return;
+        const auto found =
+            std::ranges::find_if(m_run.m_moves, [&](const TRootMove& move) { return SameMove(move.m_move, key); });
+        if (found != m_run.m_moves.end())
+            std::rotate(m_run.m_moves.begin(), found, found + 1);
+    }
+
     void SwitchAidsOff() {
         m_context.m_bDropBlockedFigures = false;
         m_context.m_bQueenCheckRelaxable = false;
@@ -85,17 +182,58 @@ class CRootRun {
         m_context.m_bEdgeToAssertBks = false;
     }
 
-    /// Without heuristics there is nothing to doubt: that is pass 2, wherever it comes in the plan.
-    void SetHeuristics(std::uint32_t heuristics) {
-        m_root.m_nHeuristics = heuristics;
-        m_root.m_byPass = heuristics != 0 ? 1 : 2;
-        m_root.m_nHeurParams = ComputeHeurParams(m_root);
+    std::string TextOfMask(std::uint32_t mask) {
+        if (mask == 0)
+            return {};
+        TChessboard shown = m_root;
+        shown.m_nHeuristics = mask;
+        return HeuristicsText(shown, false, m_analysis);
     }
+
+    void AnalysePosition() {
+        TInitialAnalysisRequest request;
+        request.m_bChosenHeuristics = m_run.m_bChosenHeuristics;
+        request.m_nChosenHeuristics = m_run.m_nChosenHeuristics;
+        request.m_pNotifier = m_run.m_pNotifier;
+        const TInitialAnalysis initial = AnalyzeInitialPosition(m_root, request);
+        m_run.m_nInitialHeuristics = initial.m_nHeuristics;
+        m_run.m_initialRules = initial.m_rules;
+        m_run.m_bSafeModeForced = initial.m_bSafeModeForced;
+        for (const TMove& move : initial.m_solvedMoves)
+            AddSolution(move, {});
+        for (TRootMove& root : m_run.m_moves)
+            if (IsSolved(root.m_move))
+                root.m_nResult = kRootMoveMates;
+    }
+
+    /// Without heuristics there is nothing to doubt: that is pass 2, wherever it comes in the plan.
+    void SetPassNumber() { m_root.m_byPass = m_root.m_nHeuristics != 0 ? 1 : 2; }
 
     void RunPass() {
         m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
         m_passName = PassName(m_root.m_byPass, m_context.m_nRelaxations);
         m_run.m_passes.push_back(m_passName);
+        const std::uint64_t start = TickCount64();
+        const std::size_t keysBefore = m_run.m_solutions.size();
+        TPassRecord& record = BeginRecord();
+        {
+            const CDoubtOfPass doubt(m_analysis, m_root);
+            TryOpenMoves();
+        }
+        record.m_seconds = static_cast<double>(TickCount64() - start) / 1000.0;
+        record.m_nKeys = static_cast<int>(m_run.m_solutions.size() - keysBefore);
+    }
+
+    TPassRecord& BeginRecord() {
+        TPassRecord& record = m_run.m_passRecords.emplace_back();
+        record.m_name = m_passName;
+        if (m_root.m_nHeuristics != 0)
+            record.m_heuristics = HeuristicsText(m_root, true, m_analysis);
+        record.m_bTimeDependent = m_bByClock;
+        return record;
+    }
+
+    void TryOpenMoves() {
         const auto open = std::count_if(m_run.m_moves.begin(), m_run.m_moves.end(), IsOpen);
         m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(open), std::memory_order_relaxed);
         PublishIndex(0, 0);
@@ -128,13 +266,19 @@ class CRootRun {
             root.m_nResult = kRootMoveRefuted;
             return;
         }
-        const TMateResult result = m_run.m_bLog ? FindMateBlack<kLoggingNode>(child) : FindMateBlack<kPlainNode>(child);
+        const TMateResult result = SearchBehind(*child);
         if (result == MR_MATE) {
             root.m_nResult = kRootMoveMates;
             AddSolution(root.m_move, m_passName);
         } else if (!IsStopping(m_root)) {
             root.m_nResult = JudgeRootMove(result);
         }
+    }
+
+    TMateResult SearchBehind(TChessboard& child) const {
+        if ((m_root.m_nHeuristics & SH_FINDFORCEDMATE) != 0 && m_root.m_nMoves >= kFewestForcedMatePlies)
+            return FindForcedMateRoot(child, m_run.m_bLog);
+        return m_run.m_bLog ? FindMateBlack<kLoggingNode>(&child) : FindMateBlack<kPlainNode>(&child);
     }
 
     /// A line that went back to the root itself has gained White nothing; in quick mode that is doubt, as everywhere.
@@ -146,20 +290,27 @@ class CRootRun {
         return kRootMoveDoubtful;
     }
 
-    /// After a pass that left doubt: the next heuristic is dropped, or all of them for the last pass.
+    /// After a pass that left doubt: the next set of the plan, or none for the last pass.
     bool NextPass() {
         if (m_root.m_byPass >= 2)
             return false;
+        const int result = Relax();
+        if (m_root.m_nHeuristics == 0 && m_run.m_pGuide != nullptr && IsLongLookWorthwhile())
+            LetGuideSearch(2 * std::min(kLongLook * m_root.m_nMoves * m_root.m_nMoves, kMostLongLook));
+        SetPassNumber();
+        m_bByClock = result < 0;
+        if (m_bByClock)
+            m_analysis.m_nPassesPlanned.fetch_add(1, std::memory_order_relaxed);
+        return m_root.m_byPass < 2 || m_context.m_bRunPass2;
+    }
+
+    int Relax() {
         // A run that looks for duals and has a key goes straight to the proof.
         const bool bOnlyDualsWanted = !m_run.m_solutions.empty() && (m_analysis.m_nSolveMode & kAllSolutions) == 0;
-        if (m_context.m_bLetRelaxHeuristics && !bOnlyDualsWanted && TryRelaxSpecialHeuristics(m_root)) {
-            ++m_context.m_nRelaxations;
-            return true;
-        }
-        if (!m_context.m_bRunPass2)
-            return false;
-        SetHeuristics(0);
-        return true;
+        if (m_root.m_nMoves >= kShortestRelaxedPlies && !bOnlyDualsWanted)
+            return TryRelaxSpecialHeuristics(m_root);
+        m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
+        return kNothingLeftToRelax;
     }
 
     [[nodiscard]] bool HasEnough() const {
@@ -189,6 +340,8 @@ class CRootRun {
     TRootRun& m_run;
     TChessboard& m_root;
     std::string m_passName;
+    std::uint32_t m_nChosen = 0; // mask that the plan starts from
+    bool m_bByClock = false;     // the pass to come is there because the ones before were quick
 };
 
 /// How many threads the root wants; no sort tells good moves from others yet, so only the number of moves counts.
@@ -240,6 +393,9 @@ int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard
         return kRequiredHeuristicsUnmet;
     if (run.m_bAnalysisOnly)
         return kInitialAnalysisOnly;
+    driver.AskGuide();
+    driver.PlanPasses();
+    driver.TellPlan();
     return driver.RunPasses();
 }
 

@@ -11,6 +11,9 @@
 
 namespace quillon {
 
+class CProofGuide;
+class INotifier;
+
 /// A key that was found.
 struct TSolution {
     TMove m_move{};
@@ -29,23 +32,52 @@ struct TRootMove {
     std::uint8_t m_nResult = kRootMoveNotTried;
 };
 
+/// What there is to tell of a pass.
+struct TPassRecord {
+    std::string m_name;            // "1", "1b", ..., "2"
+    std::string m_heuristics;      // HeuristicsText with quick mode; empty for a pass without heuristics
+    double m_seconds = 0;          // wall clock
+    int m_nKeys = 0;               // keys found in it
+    bool m_bTimeDependent = false; // it took place only because the passes before it were quick
+};
+
+/// How a run is planned, for the user.
+struct TPlanReport {
+    std::vector<std::string> m_rules; // names of the rules of the initial analysis that fired, in order
+    std::string m_initialSet;         // HeuristicsText of the first pass; empty for none
+    std::string m_misfits;            // the heuristics left out of it, because they doubt the mate that the guide found
+    std::string m_passPlan;           // ShowPassPlan
+    bool m_bChosenByHand = false;
+    bool m_bSafeModeForced = false;  // by the initial analysis
+    bool m_bGuided = false;          // the best-first proof found a mate
+    std::uint64_t m_nGuideNodes = 0; // positions that it expanded; 0: it was not tried
+    bool m_bRelaxes = true, m_bRunPass2 = true;
+};
+
 /// What a run is asked and what it has found; lives as long as the solve, across its restarts.
 struct TRootRun {
     // Asked.
     long m_nProblemId = 0;
     bool m_bChosenHeuristics = false; // m_nChosenHeuristics replaces the initial analysis' choice
     std::uint32_t m_nChosenHeuristics = 0;
-    bool m_bAnalysisOnly = false; // stop behind the initial analysis
-    bool m_bLog = false;          // run the logging nodes
-    bool m_bNoAids = false;       // threads were refused: relax without the aids that count on them
+    bool m_bAnalysisOnly = false;     // stop behind the initial analysis
+    bool m_bLog = false;              // run the logging nodes
+    bool m_bNoAids = false;           // threads were refused: relax without the aids that count on them
+    INotifier* m_pNotifier = nullptr; // not owned; hears of faults in stored settings; may be null
+    CProofGuide* m_pGuide = nullptr;  // not owned; null: no best-first proof is tried
     std::function<void(const TMove&, std::string_view text, long problemId, std::string_view comment)> m_sink;
+    std::function<void(const TPlanReport&)> m_planSink; // hears of the plan before the first pass; may be empty
 
     // Found.
-    std::vector<TSolution> m_solutions; // in the order found
-    std::vector<TRootMove> m_moves;     // legal root moves of the last run
-    std::vector<std::string> m_passes;  // names of the passes that were begun
+    std::vector<TSolution> m_solutions;           // in the order found
+    std::vector<TRootMove> m_moves;               // legal root moves of the last run
+    std::vector<std::string> m_passes;            // names of the passes that were begun
+    std::vector<TPassRecord> m_passRecords;       // the same passes, one record each, complete when the pass has ended
+    std::vector<std::string_view> m_initialRules; // rules of the initial analysis that fired, in order
     std::uint32_t m_nInitialHeuristics = 0;
-    bool m_bStopped = false; // the user or a limit ended the run
+    std::uint32_t m_nMisfits = 0;   // of them, those that would have doubted the mate that the guide had found
+    bool m_bSafeModeForced = false; // by the initial analysis
+    bool m_bStopped = false;        // the user or a limit ended the run
 };
 
 /// Plies, the root among them, whose moves tell how far a pass has come.

@@ -10,6 +10,7 @@
 #include "platform/memory_info.h"
 #include "search/control.h"
 #include "search/main_variant.h"
+#include "search/proof_guide.h"
 #include "tempregister/bucket_count.h"
 #include "tempregister/bucket_pool.h"
 #include "tempregister/search_register.h"
@@ -19,6 +20,8 @@ namespace quillon {
 namespace {
 
 constexpr std::int64_t kMegabyte = 1 << 20;
+constexpr std::int64_t kMostGuideBytes = 256 * kMegabyte; // more positions than its longest look expands
+constexpr std::int64_t kFewestGuideBytes = 8 * kMegabyte;
 constexpr int kShortestRegisterPlies = 10; // in shorter problems the search does not ask a register
 
 std::int64_t BudgetBytes(const TSolveRequest& request) {
@@ -56,8 +59,9 @@ CSolve::CSolve(TSolveRequest request) : m_request(std::move(request)), m_context
     SetMode();
     m_run.m_nProblemId = m_request.m_nProblemId;
     m_run.m_bLog = m_request.m_bLog;
-    m_run.m_bChosenHeuristics = m_request.m_bChosenHeuristics;
-    m_run.m_nChosenHeuristics = m_request.m_nChosenHeuristics;
+    m_analysis.m_bUsePredefinedIndications = m_request.m_bUsePredefinedIndications;
+    m_analysis.m_bTryRelaxSpecialHeuristicsLog = m_request.m_bRelaxationLog;
+    TakeChosenHeuristics();
     if (m_request.m_bBruteForce)
         SwitchToBruteForce();
 }
@@ -68,6 +72,14 @@ CSolve::~CSolve() {
     m_searchRegister.reset();
     m_register.reset();
     ReleaseFreeBuckets(); // or they would stay with the process
+}
+
+void CSolve::TakeChosenHeuristics() {
+    if (!m_request.m_heuristics)
+        return;
+    StoreReadHeuristics(*m_request.m_heuristics, m_request.m_board, *m_context, m_analysis);
+    m_run.m_bChosenHeuristics = true;
+    m_run.m_nChosenHeuristics = m_request.m_heuristics->m_nHeuristics;
 }
 
 void CSolve::SetMode() {
@@ -103,6 +115,7 @@ void CSolve::SetMode() {
 
 /// What brute force overrides: no heuristics, one thread, safe mode, the default depth of the short-mate search.
 void CSolve::SwitchToBruteForce() {
+    m_analysis.m_pGuide = m_run.m_pGuide = nullptr;
     m_run.m_bChosenHeuristics = true;
     m_run.m_nChosenHeuristics = 0;
     m_analysis.m_nThreads = 1;
@@ -113,7 +126,7 @@ void CSolve::SwitchToBruteForce() {
 
 void CSolve::Request(std::uint8_t request) {
     std::uint8_t seen = m_context->m_nStopRequest.load(std::memory_order_relaxed);
-    while (seen < kStopRequest &&
+    while ((seen < kStopRequest || seen == kBoundRequest) &&
            !m_context->m_nStopRequest.compare_exchange_weak(seen, request, std::memory_order_relaxed)) {
     }
 }
@@ -129,6 +142,20 @@ bool CSolve::IsRegisterWorthwhile() const {
     const bool bNoLimit = (m_analysis.m_nStopFlags & kNoRegisterBudget) != 0;
     return PliesOf(m_request.m_nStipulation) >= kShortestRegisterPlies &&
            (bNoLimit || m_analysis.m_nRegisterBudget >= kMegabyte);
+}
+
+/// The best-first proof of the first key. Its table is taken out of the register's memory. Brute force has none: it is
+/// there to exclude solutions.
+void CSolve::PrepareGuide() {
+    m_analysis.m_pGuide = m_run.m_pGuide = nullptr;
+    m_guide.reset();
+    if (m_request.m_bBruteForce)
+        return;
+    const std::int64_t share = std::min(m_analysis.m_nRegisterBudget / 4, kMostGuideBytes);
+    m_guide = std::make_unique<CProofGuide>(static_cast<std::size_t>(std::max(share, kFewestGuideBytes)));
+    m_run.m_pGuide = m_guide.get();
+    if (m_analysis.m_nRegisterBudget > 0)
+        m_analysis.m_nRegisterBudget = std::max(m_analysis.m_nRegisterBudget - share, kMegabyte);
 }
 
 /// Made once, empty at the start of a solve, kept across the restarts within it.
@@ -168,7 +195,10 @@ void CSolve::Prepare(INotifier& notifier) {
     m_analysis.m_mainVariant = m_request.m_mainVariant;
     m_run.m_solutions.clear();
     m_run.m_passes.clear();
+    m_run.m_passRecords.clear();
+    m_run.m_pNotifier = &notifier;
     SetRegisterMemory();
+    PrepareGuide();
     PrepareRegister(notifier);
 }
 
@@ -229,6 +259,7 @@ TSolvingResult CSolve::Collect(double seconds) {
     TSolvingResult result;
     result.m_solutions = m_run.m_solutions;
     result.m_passes = m_run.m_passes;
+    result.m_passRecords = m_run.m_passRecords;
     result.m_bStopped = m_run.m_bStopped;
     result.m_bComplete = !m_run.m_bStopped && !HasOpenMoves(m_run);
     if (!result.m_solutions.empty())
@@ -287,6 +318,8 @@ void CSolve::FillTexts(TSolvingResult& result) const {
 std::string CSolve::ShowAnalysisSettings() const {
     const TAnalysis& a = m_analysis;
     std::string text = ModeText(a, !m_run.m_solutions.empty());
+    if (m_run.m_bSafeModeForced)
+        text += "> Safe Mode forced by engine\n";
     text += a.m_bSafeMode ? "* Safe mode is on (implicit quick mode heuristics is off)\n"
                           : "* Quick mode implicit heuristics is on, but it does not affect second pass (without "
                             "heuristics), which is/will be run is safe mode\n";

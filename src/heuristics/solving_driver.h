@@ -8,14 +8,17 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "core/notifier.h"
 #include "heuristics/find_mate_root.h"
+#include "heuristics/heuristic_text_reader.h"
 
 namespace quillon {
 
+class CProofGuide;
 class CSearchRegister;
 class TAggregatedTemporaryChessboardRegister;
 
@@ -34,8 +37,9 @@ struct TSolveRequest {
     bool m_bSafeMode = false;
     bool m_bLetRelaxHeuristics = true;
     bool m_bRunPass2 = true;
-    bool m_bChosenHeuristics = false; // take the mask below instead of the engine's choice
-    std::uint32_t m_nChosenHeuristics = 0;
+    std::optional<TReadHeuristics> m_heuristics; // this set instead of the engine's choice
+    bool m_bUsePredefinedIndications = false;    // known compositions get their stored settings
+    bool m_bRelaxationLog = false;               // write TryRelaxSpecialHeuristics.log in the working folder
     std::uint32_t m_nRequiredHeuristics = 0;
     std::int16_t m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
     int m_nThreads = 1;
@@ -68,14 +72,15 @@ enum class EVerdict {
 
 struct TSolvingResult {
     EVerdict m_verdict = EVerdict::Doubtful;
-    bool m_bComplete = false;            // the list of keys is proved complete
-    bool m_bStopped = false;             // the user or a limit ended the run early
-    std::vector<TSolution> m_solutions;  // in the order found
-    std::vector<std::string> m_variant;  // main variant in long notation, key first; empty if it was not finished
-    std::vector<std::string> m_passes;   // names of the passes that were run
-    std::uint64_t m_nPositions = 0;      // with fewer than four plies left, outside the short-mate search
-    std::uint64_t m_nTrialPositions = 0; // and inside it
-    double m_seconds = 0;                // wall clock
+    bool m_bComplete = false;               // the list of keys is proved complete
+    bool m_bStopped = false;                // the user or a limit ended the run early
+    std::vector<TSolution> m_solutions;     // in the order found
+    std::vector<std::string> m_variant;     // main variant in long notation, key first; empty if it was not finished
+    std::vector<std::string> m_passes;      // names of the passes that were run
+    std::vector<TPassRecord> m_passRecords; // the same passes with what there is to tell of them
+    std::uint64_t m_nPositions = 0;         // with fewer than four plies left, outside the short-mate search
+    std::uint64_t m_nTrialPositions = 0;    // and inside it
+    double m_seconds = 0;                   // wall clock
     TRegisterFigures m_register;
     std::string m_text;  // the result text for the user
     std::string m_title; // and the title it goes under
@@ -85,6 +90,7 @@ struct TSolvingResult {
 /// A solve: its analysis, its context, and the controls that another thread may use while it runs.
 class CSolve {
   public:
+    ///   Errors  ChessException: the set of heuristics does not fit the position.
     explicit CSolve(TSolveRequest request);
     ~CSolve();
 
@@ -100,6 +106,9 @@ class CSolve {
 
     /// Called for each solution as it is found, on the solving thread. Set before the start.
     void SetSink(decltype(TRootRun::m_sink) sink) { m_run.m_sink = std::move(sink); }
+
+    /// Called once the passes are planned, on the solving thread. Set before the start.
+    void SetPlanSink(decltype(TRootRun::m_planSink) sink) { m_run.m_planSink = std::move(sink); }
 
     [[nodiscard]] TAnalysis& Analysis() { return m_analysis; }
     [[nodiscard]] const TAnalysis& Analysis() const { return m_analysis; }
@@ -117,9 +126,11 @@ class CSolve {
     void SetMode();
     void SetRegisterMemory();
     void PrepareRegister(INotifier& notifier);
+    void PrepareGuide();
     [[nodiscard]] bool IsRegisterWorthwhile() const;
     [[nodiscard]] int RunRoot(INotifier& notifier);
     [[nodiscard]] int RunOnce(bool bFirstTime, bool bAllowDemand);
+    void TakeChosenHeuristics();
     void SwitchToBruteForce();
     [[nodiscard]] TSolvingResult Collect(double seconds);
     void FillTexts(TSolvingResult& result) const;
@@ -129,6 +140,8 @@ class CSolve {
     TAnalysis m_analysis;
     std::unique_ptr<TSearchContext> m_context;
     TRootRun m_run;
+
+    std::unique_ptr<CProofGuide> m_guide;
 
     // Both live as long as the solve: the progress display may look at them at any time.
     std::unique_ptr<TAggregatedTemporaryChessboardRegister> m_register;

@@ -4,6 +4,7 @@
 // Threads: plain fields are written before the threads start and between passes. Atomics are read and written relaxed
 //          by any thread, without a lock: counters for display, and the control record that pauses and stops a run.
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -17,6 +18,7 @@
 
 namespace quillon {
 
+class CProofGuide;
 class INodeLog;
 
 /// Values of m_nCommand.
@@ -48,6 +50,12 @@ struct TVariantMove {
     TSquare m_nTo = kNoSquare;
 };
 
+/// Figures (without the kings) and pawns of each side in the root of the problem.
+struct TRootMaterial {
+    std::uint8_t m_nWhiteFigures = 0, m_nBlackFigures = 0;
+    std::uint8_t m_nWhitePawns = 0, m_nBlackPawns = 0;
+};
+
 struct TAnalysis : THeuristicAnalysisParameters {
     // --- What is asked
     // --------------------------------------------------------------------------------------------------
@@ -66,6 +74,18 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::vector<SortIndication> m_sortIndications;
     std::uint8_t m_nSortIndicationLevels = 255; // the first moves of a line that they are asked at
     std::vector<TVariantMove> m_mainVariant;    // White's moves of a known variant, the key first
+
+    // --- How the passes are planned
+    // -------------------------------------------------------------------------------------------------
+    TRootMaterial m_rootMaterial;                 // set by the initial analysis; the counts of captures start from it
+    bool m_bUsePredefinedIndications = false;     // known compositions get their stored settings
+    bool m_bTryRelaxSpecialHeuristicsLog = false; // write TryRelaxSpecialHeuristics.log
+    const CProofGuide* m_pGuide = nullptr;        // not owned; null: no best-first proof was tried
+
+    // Time of each relaxation step, ms as TickCount64, under its number; 0: not reached. The first thread to reach a
+    // step writes the stamp and the later ones read it, so that all of them decide alike.
+    std::array<std::atomic<std::uint64_t>, 256> m_relaxationTicks{};
+    std::atomic<std::uint16_t> m_nRelaxationLock{0};
 
     // --- What is shared
     // -------------------------------------------------------------------------------------------------
@@ -96,7 +116,20 @@ struct TAnalysis : THeuristicAnalysisParameters {
 /// cache line. The total is exact once the thread has called FlushPositions.
 inline constexpr std::uint32_t kCountLot = 256;
 
+/// Takes the lot off what a bounded look has left. Once nothing is left its thread stops, unless it is told to
+/// anyhow.
+inline void SpendPositions(TSearchContext& context) {
+    if (context.m_nPositionsLeft == TSearchContext::kNoBound)
+        return;
+    const std::uint64_t lot = context.m_nUncounted + context.m_nTrialPositions;
+    context.m_nPositionsLeft -= std::min(lot, context.m_nPositionsLeft);
+    std::uint8_t running = kRunRequest;
+    if (context.m_nPositionsLeft == 0)
+        context.m_nStopRequest.compare_exchange_strong(running, kBoundRequest, std::memory_order_relaxed);
+}
+
 inline void FlushPositions(TSearchContext& context, TAnalysis& analysis) {
+    SpendPositions(context);
     analysis.m_nPositions.fetch_add(context.m_nUncounted, std::memory_order_relaxed);
     analysis.m_nTrialPositions.fetch_add(context.m_nTrialPositions, std::memory_order_relaxed);
     context.m_nUncounted = 0;

@@ -17,10 +17,13 @@ namespace quillon {
 
 /// Compile-time choices of the two nodes.
 struct TNodeKind {
-    bool m_bLog = false; // call the analysis' INodeLog for each move and verdict
+    bool m_bLog = false;    // call the analysis' INodeLog for each move and verdict
+    bool m_bForced = false; // a FindForcedMate run: White takes forcing moves only (heuristics/forced_mate.h)
 };
 inline constexpr TNodeKind kPlainNode{};
 inline constexpr TNodeKind kLoggingNode{true};
+inline constexpr TNodeKind kForcedNode{false, true};
+inline constexpr TNodeKind kLoggingForcedNode{true, true};
 
 /// White to move in `p`, m_nMoves odd.
 ///   bUseRegister  may the register answer for this very position?
@@ -36,7 +39,11 @@ template <TNodeKind kKind = kPlainNode> TMateResult FindMateBlack(TChessboard* p
 
 extern template TMateResult FindMateWhite<kPlainNode>(TChessboard*, bool);
 extern template TMateResult FindMateWhite<kLoggingNode>(TChessboard*, bool);
+extern template TMateResult FindMateWhite<kForcedNode>(TChessboard*, bool);
+extern template TMateResult FindMateWhite<kLoggingForcedNode>(TChessboard*, bool);
 extern template TMateResult FindMateBlack<kPlainNode>(TChessboard*);
 extern template TMateResult FindMateBlack<kLoggingNode>(TChessboard*);
+extern template TMateResult FindMateBlack<kForcedNode>(TChessboard*);
+extern template TMateResult FindMateBlack<kLoggingForcedNode>(TChessboard*);
 
 } // namespace quillon

@@ -16,6 +16,7 @@
 #include "core/generation.h"
 #include "core/makers.h"
 #include "core/queries.h"
+#include "heuristics/forced_mate.h"
 #include "heuristics/heuristic_signature.h"
 #include "heuristics/search_hooks.h"
 #include "search/analysis.h"
@@ -24,6 +25,7 @@
 #include "search/hints.h"
 #include "search/move_sort.h"
 #include "search/node_log.h"
+#include "search/proof_guide.h"
 #include "search/quicker_mate.h"
 #include "search/register_use.h"
 #include "search/repetition.h"
@@ -182,22 +184,28 @@ void CheckOppositeBishops(TChessboard& child, int q) {
         DetectOppositeBishops(child);
 }
 
+template <TNodeKind kKind> TMateResult TryBlocked(TChessboard* child) {
+    const CDynamicBlocking trial(*child);
+    return FindMateWhite<kKind>(child, true);
+}
+
 /// Step 8h: the recursion, first with SH_DONTLETFIGUREUNBLOCK added where figures have just become blocked.
 template <TNodeKind kKind> TMateResult AskWhite(TChessboard* child, int q) {
-    const bool bTrial = q >= 17 && child->m_nInitialMoves - q < 7 && child->m_pContext->m_bBlockedSubtreeTrial &&
-                        AreFiguresJustBlocked(*child);
-    if (bTrial) {
-        const std::uint32_t heuristics = child->m_nHeuristics, params = child->m_nHeurParams;
-        child->m_nHeuristics |= SH_DONTLETFIGUREUNBLOCK;
-        child->m_nHeurParams = ComputeHeurParams(*child);
-        const TMateResult result = FindMateWhite<kKind>(child, true);
-        child->m_nHeuristics = heuristics;
-        child->m_nHeurParams = params;
+    if (q >= 17 && child->m_nInitialMoves - q < 7 && AreFiguresJustBlocked(*child)) {
+        const TMateResult result = TryBlocked<kKind>(child);
         RepetitionMark(*child, child->m_nMoves) = 0;
         if (result > 0)
             return result;
     }
     return FindMateWhite<kKind>(child, q >= kAskedAgainPly);
+}
+
+/// The guide knows the mate, and knows no shorter one: trials would only come before it.
+bool IsGuided(const TChessboard& child) {
+    const CProofGuide* const guide = child.m_pAnalysis->m_pGuide;
+    TMove move;
+    return guide != nullptr && guide->IsProved() && child.m_pContext->m_nQuickerLevel == 0 &&
+           guide->Suggest(child, move);
 }
 
 /// Steps 8d to 8h: what White makes of this reply.
@@ -211,7 +219,7 @@ template <TNodeKind kKind> TMateResult AnswerReply(TChessboard* child, int q) {
                 child->m_pAnalysis->m_pNodeLog->Remark(*child, "Mate found (pos.in temp.reg.)");
         return known;
     }
-    if ((child->m_nHeuristics & SH_ZUGZWANGTRIANGLES) == 0 && AskPrecalcData(*child) == MR_NONE &&
+    if ((child->m_nHeuristics & SH_ZUGZWANGTRIANGLES) == 0 && AskPrecalcData(*child) == MR_NONE && !IsGuided(*child) &&
         FindQuickerMate(child)) {
         if constexpr (kKind.m_bLog)
             if (child->m_pContext->m_bAdditionalMovesUsed)
@@ -257,6 +265,8 @@ template <TNodeKind kKind> TMateResult Logged(TChessboard& b, TMateResult result
 template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
     if (IsControlPending(*p) && PauseOrStop(*p)) // 1
         return MR_NOMATE;
+    if constexpr (kKind.m_bForced)
+        ReleaseHeldBackHeuristics(*p);
     const int q = p->m_nMoves;
     if (q == 0) // 2
         return IsInCheck(*p) && !HasBlackEvasion(*p) ? MR_MATE : MR_NOMATE;
@@ -267,7 +277,7 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
     if (IsBishopRemoved(*p) && !IsInCheck(*p)) // 6
         moves.AddNullMoveLast();
 
-    bool bAnyLegal = false;
+    bool bAnyLegal = false, bPassed = false;
     while (moves.Next()) {                         // 9
         Publish(*p, moves.m_list, moves.m_nCount); // 7
         for (int i = 0; i < moves.m_nCount; ++i) { // 8
@@ -278,7 +288,8 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
             const int made = MakeBlackMove(*child, move, moves.m_bLegal);
             if (made == kIllegalMove)
                 continue;
-            bAnyLegal = true;
+            bPassed = bPassed || IsNullMove(move);
+            bAnyLegal = bAnyLegal || !IsNullMove(move);
             PublishIndex(*p, i);
             if constexpr (kKind.m_bLog)
                 p->m_pAnalysis->m_pNodeLog->Move(*child);
@@ -295,10 +306,15 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
     }
     if (moves.m_nVerdict < 0)
         return Logged<kKind>(*ChildSlot(*p), JudgeSort(*p, moves.m_nVerdict));    // of the move it has decided by
-    return bAnyLegal || moves.m_bAnyMated || IsInCheck(*p) ? MR_MATE : MR_NOMATE; // 10
+    if (bAnyLegal || moves.m_bAnyMated || IsInCheck(*p)) // 10
+        return MR_MATE;
+    // Black could only pass, that is, move the bishop that is off the board. Where it might be stuck he is stalemated.
+    return bPassed && !CanRemovedBishopBeStuck(*p) ? MR_MATE : MR_NOMATE;
 }
 
 template TMateResult FindMateBlack<kPlainNode>(TChessboard*);
 template TMateResult FindMateBlack<kLoggingNode>(TChessboard*);
+template TMateResult FindMateBlack<kForcedNode>(TChessboard*);
+template TMateResult FindMateBlack<kLoggingForcedNode>(TChessboard*);
 
 } // namespace quillon

@@ -9,6 +9,7 @@
 //   b receding white king   d repetition       f publish the index    h mate: store, return     i other answers
 
 #include <algorithm>
+#include <cassert>
 #include <optional>
 #include <utility>
 
@@ -16,6 +17,8 @@
 #include "core/generation.h"
 #include "core/makers.h"
 #include "core/queries.h"
+#include "heuristics/forced_mate.h"
+#include "heuristics/forcing_moves.h"
 #include "heuristics/heuristic_signature.h"
 #include "heuristics/search_hooks.h"
 #include "platform/clock.h"
@@ -25,6 +28,7 @@
 #include "search/hints.h"
 #include "search/move_sort.h"
 #include "search/node_log.h"
+#include "search/proof_guide.h"
 #include "search/quick_refutation.h"
 #include "search/register_use.h"
 #include "search/repetition.h"
@@ -67,12 +71,32 @@ bool IsSimpleSortWorthwhile(const TChessboard& b) {
 /// The moves of a white node, stage by stage.
 class CWhiteMoves {
   public:
+    explicit CWhiteMoves(TChessboard& b) : m_b(b), m_bChecksDue(b.m_nMoves >= kChecksFirstPlies) {}
+
+    /// A move of the guide (proof_guide.h): the only one of a stage before all others.
+    bool TakeGuidesMove() {
+        const CProofGuide* const guide = m_b.m_pAnalysis->m_pGuide;
+        m_bGuided = guide != nullptr && guide->IsProved() && m_b.m_pContext->m_nQuickerLevel == 0 &&
+                    m_b.m_pContext->m_byResumeList == 0 && guide->Suggest(m_b, m_guided);
+        if (!m_bGuided)
+            return false;
+        m_list[0] = m_guided;
+        m_nCount = 1;
+        return true;
+    }
+
     /// Step 7.
-    explicit CWhiteMoves(TChessboard& b) : m_b(b), m_bChecksDue(b.m_nMoves >= kChecksFirstPlies) {
-        if (b.m_pContext->m_byResumeList != 0)
+    ///   bForcing  the node is one of a FindForcedMate run, and on the forcing moves.
+    void Choose(bool bForcing) {
+        m_bForcing = bForcing;
+        if (m_b.m_pContext->m_byResumeList != 0)
             TakeResumeList();
-        else if ((b.m_nHeuristics & kGeneratingHeuristics) == 0 || !TakeHeuristicMoves())
+        else if (bForcing)
+            TakeForcingMoves();
+        else if ((m_b.m_nHeuristics & kGeneratingHeuristics) == 0 || !TakeHeuristicMoves())
             ChooseByLength();
+        if (m_mode == EMoves::Whole)
+            DropGuidesMove();
     }
 
     bool Next() {
@@ -87,6 +111,7 @@ class CWhiteMoves {
             return false;
         m_nCount = m_hints.DropFrom(m_list, m_nCount);
         DropChecks();
+        DropGuidesMove();
         return true;
     }
 
@@ -100,6 +125,7 @@ class CWhiteMoves {
 
     TMove m_list[kMaxMoves];
     int m_nCount = 0;
+    bool m_bForcing = false;
     bool m_bLeftOut = false;   // a generator of a heuristic left moves out
     bool m_bMateFound = false; // the sort established a mate
     bool m_bRetry = false;     // the sort found watched figures unblocked
@@ -114,14 +140,31 @@ class CWhiteMoves {
         m_mode = EMoves::Whole;
     }
 
+    /// The replies to a check are all there; of other moves those left out could mate as well.
+    void TakeForcingMoves() {
+        m_nCount = GenerateForcingMoves(m_b, m_list);
+        OrderWholeList();
+        if (m_b.m_whiteChecker == kNoChecker)
+            m_bLeftOut = true;
+    }
+
     bool TakeHeuristicMoves() {
         const THeuristicMoves moves = GenerateByHeuristics(m_b, m_list);
+        m_bLeftOut = moves.m_bDoubtful;
         if (moves.m_nCount < 0)
             return false;
         m_nCount = moves.m_nCount;
-        m_bLeftOut = moves.m_bDoubtful;
-        m_mode = EMoves::Whole;
+        OrderWholeList();
         return true;
+    }
+
+    /// A list that is no longer all moves, sorted as all moves of this length would be.
+    void OrderWholeList() {
+        m_mode = EMoves::Whole;
+        if (IsLazyLength(m_b) || (m_b.m_nHeuristics & SH_USEBLOCKBLACKPAWNSLEVEL) != 0)
+            PutHintsFirst(m_b, m_nCount, m_list);
+        else
+            Take(SortWhiteMoves(m_b, m_nCount, m_list, IsShortLength(m_b)));
     }
 
     void ChooseByLength() {
@@ -181,11 +224,19 @@ class CWhiteMoves {
         m_nCount = static_cast<int>(end - m_list);
     }
 
+    void DropGuidesMove() {
+        if (!m_bGuided)
+            return;
+        TMove* const end =
+            std::remove_if(m_list, m_list + m_nCount, [&](const TMove& move) { return SameMove(move, m_guided); });
+        m_nCount = static_cast<int>(end - m_list);
+    }
+
     void Take(const TWhiteSort& sort) {
         m_nCount = sort.m_nMoves;
         m_bMateFound = sort.m_bMateFound;
         m_bRetry = sort.m_bRetry;
-        m_bLeftOut = sort.m_bLeftOut;
+        m_bLeftOut = m_bLeftOut || sort.m_bLeftOut;
     }
 
     TChessboard& m_b;
@@ -193,6 +244,8 @@ class CWhiteMoves {
     bool m_bHintsDue = true, m_bWholeListDue = true;
     int m_nNextSquare = 0;
     CHints m_hints; // those that were tried
+    bool m_bGuided = false;
+    TMove m_guided; // of the guide, if it knew one
     bool m_bChecksDue;
     int m_nChecks = 0;
     TMove m_checks[kMaxMoves]; // those that were tried
@@ -203,25 +256,26 @@ template <TNodeKind kKind> class CWhiteNode {
   public:
     explicit CWhiteNode(TChessboard* p)
         : m_p(p), m_context(*p->m_pContext), m_m(p->m_nMoves), m_bFirstPass(p->m_byPass == 1),
-          m_bTreatsRepetition(!IsStrict(*p) || m_m > kLongestUntreatedRepetition), m_moves(*p) {
-        if (m_moves.m_bLeftOut || IsBishopRemoved(*p))
-            m_nDoubtful = 1;
-        // With an allowance the register may know a longer mate behind the reply that refutes.
-        if (m_m == kQuicklyRefutedPlies && m_context.m_nAdditionalMoves == 0)
-            m_quickRefutation.emplace(*p);
-    }
+          m_bTreatsRepetition(!IsStrict(*p) || m_m > kLongestUntreatedRepetition), m_moves(*p) {}
 
     TMateResult Run() {
+        if (m_moves.TakeGuidesMove() && TryStage())
+            return m_result;
+        ChooseMoves();
         if (m_moves.m_bMateFound) {
             Store(MR_MATE);
             return MR_MATE;
+        }
+        if (m_moves.m_bForcing && m_moves.m_bLeftOut && m_moves.m_nCount == 0 && !IsStopping(*m_p)) {
+            Store(MR_DOUBTFUL);
+            return Logged(MR_FFM_END);
         }
         TMateResult result = TryMoves();
         if (m_moves.m_bRetry && (m_p->m_nHeuristics & SH_DONTLETFIGUREUNBLOCK) != 0 && result != MR_MATE) {
             m_p->m_nHeuristics &= ~SH_DONTLETFIGUREUNBLOCK;
             m_p->m_nHeurParams = ComputeHeurParams(*m_p);
-            m_nDoubtful = m_moves.m_bLeftOut || IsBishopRemoved(*m_p) ? 1 : 0;
-            m_nRepetitions = 0;
+            m_nDoubtful = m_nDoubtfulBefore;
+            m_nRepetitions = m_nRepetitionsBefore;
             m_moves.Repeat();
             result = TryMoves();
         }
@@ -229,6 +283,18 @@ template <TNodeKind kKind> class CWhiteNode {
     }
 
   private:
+    /// What was left out counts as one doubtful move; so may the guide's move already.
+    void ChooseMoves() {
+        m_moves.Choose(kKind.m_bForced && !TakesAllMoves(*m_p));
+        if (m_moves.m_bLeftOut || IsBishopRemoved(*m_p))
+            ++m_nDoubtful;
+        m_nDoubtfulBefore = m_nDoubtful;
+        m_nRepetitionsBefore = m_nRepetitions;
+        // With an allowance the register may know a longer mate behind the reply that refutes.
+        if (m_m == kQuicklyRefutedPlies && !m_moves.m_bForcing && m_context.m_nAdditionalMoves == 0)
+            m_quickRefutation.emplace(*m_p);
+    }
+
     TMateResult TryMoves() {
         while (m_moves.Next()) {
             if (IsThreadedLevel()) { // 8
@@ -236,21 +302,33 @@ template <TNodeKind kKind> class CWhiteNode {
                 if (result != kContinueHere)
                     return static_cast<TMateResult>(result);
             }
-            Publish();
-            for (int i = 0; i < m_moves.m_nCount; ++i) {
-                if (IsControlPending(*m_p) && PauseOrStop(*m_p)) // 9a
-                    return MR_NOMATE;
-                if (TryMove(i))
-                    return MR_MATE;
-                if (m_bStopped)
-                    return MR_REPETITION;
-            }
+            if (TryStage())
+                return m_result;
         }
         return Conclude();
     }
 
+    /// Step 9 for the moves of one stage: true if they have ended the node with m_result.
+    bool TryStage() {
+        Publish();
+        for (int i = 0; i < m_moves.m_nCount; ++i) {
+            if (IsControlPending(*m_p) && PauseOrStop(*m_p)) // 9a
+                return End(MR_NOMATE);
+            if (TryMove(i))
+                return End(MR_MATE);
+            if (m_bStopped)
+                return End(MR_REPETITION);
+        }
+        return false;
+    }
+
+    bool End(TMateResult result) {
+        m_result = result;
+        return true;
+    }
+
     [[nodiscard]] bool IsThreadedLevel() const {
-        return m_p->m_pAnalysis->m_nMultithreadingLevels > 1 && m_moves.m_nCount >= 2 &&
+        return !kKind.m_bForced && m_p->m_pAnalysis->m_nMultithreadingLevels > 1 && m_moves.m_nCount >= 2 &&
                PliesPlayed(*m_p) / 2 <= m_p->m_pAnalysis->m_nMultithreadingLevels - 1 &&
                (m_m > 12 || (m_m > 10 && (m_p->m_wKingState & 0x20) != 0)) && m_context.m_nQuickerLevel == 0;
     }
@@ -338,16 +416,16 @@ template <TNodeKind kKind> class CWhiteNode {
     /// Step 9g: the recursion, first with the black king kept on the edge where that pattern holds.
     TMateResult AskBlack(TChessboard* child) {
         if (m_m > 16 && PliesPlayed(*m_p) < 10 && IsEdgeTrialWorthwhile(*child)) {
-            const std::uint32_t heuristics = child->m_nHeuristics, params = child->m_nHeurParams;
-            child->m_nHeuristics |= SH_KEEPKINGONTHEEDGE;
-            child->m_nHeurParams = ComputeHeurParams(*child);
-            const TMateResult result = FindMateBlack<kKind>(child);
-            child->m_nHeuristics = heuristics;
-            child->m_nHeurParams = params;
+            const TMateResult result = TryOnTheEdge(child);
             RepetitionMark(*child, child->m_nMoves) = 0;
             if (result > 0)
                 return result;
         }
+        return FindMateBlack<kKind>(child);
+    }
+
+    TMateResult TryOnTheEdge(TChessboard* child) {
+        const CEdgeTrial trial(*child);
         return FindMateBlack<kKind>(child);
     }
 
@@ -388,6 +466,7 @@ template <TNodeKind kKind> class CWhiteNode {
     }
 
     void Store(TMateResult verdict) {
+        assert(verdict != MR_NOMATE || !m_moves.m_bLeftOut);
         if (m_moves.m_byResumed <= 1)
             StoreVerdict(*m_p, verdict);
     }
@@ -433,6 +512,8 @@ template <TNodeKind kKind> class CWhiteNode {
     bool m_bTreatsRepetition;
     bool m_bStopped = false;
     int m_nDoubtful = 0;
+    int m_nDoubtfulBefore = 0, m_nRepetitionsBefore = 0; // the list was tried
+    TMateResult m_result = MR_NOMATE;                    // of a stage that has ended the node
     int m_nRepetitions = 0;
     CWhiteMoves m_moves;
     std::optional<CQuickRefutation> m_quickRefutation; // with three plies left
@@ -452,7 +533,7 @@ bool IsProgressPly(const TChessboard& p) { return (p.m_nMoves & 15) == 9 && (p.m
 
 template <TNodeKind kKind> TMateResult FindMateWhite(TChessboard* p, bool bUseRegister) {
     const int m = p->m_nMoves;
-    if ((p->m_wKingState & kPrecalcCanAnswer) != 0) { // 1
+    if ((p->m_wKingState & kPrecalcCanAnswer) != 0 && BishopMode(*p) == 0) { // 1; data know nothing of a bishop off the board
         const TMateResult exact = AskPrecalcData(*p);
         if (exact != MR_NONE)
             return exact;
@@ -481,6 +562,8 @@ template <TNodeKind kKind> TMateResult FindMateWhite(TChessboard* p, bool bUseRe
 
 template TMateResult FindMateWhite<kPlainNode>(TChessboard*, bool);
 template TMateResult FindMateWhite<kLoggingNode>(TChessboard*, bool);
+template TMateResult FindMateWhite<kForcedNode>(TChessboard*, bool);
+template TMateResult FindMateWhite<kLoggingForcedNode>(TChessboard*, bool);
 
 bool HasMateInTwo(const TChessboard& b) {
     const bool bUnderPromotionEqual = b.m_pContext->m_bUnderPromotionEqual; // of the line, not of this look aside

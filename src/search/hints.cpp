@@ -3,25 +3,11 @@
 #include <algorithm>
 
 #include "core/generation.h"
+#include "core/packed_move.h"
 
 namespace quillon {
 
 namespace {
-
-// An answer is kept in 16 bits: source, target, and the promotion as its place in this table.
-constexpr TFigure kPromotions[] = {kNoFigure, kQueen, kRook, kBishop, kKnight};
-
-std::uint16_t Pack(const TMove& move) {
-    const TFigure kind = PromotionKind(move);
-    const auto place = static_cast<unsigned>(std::find(std::begin(kPromotions), std::end(kPromotions), kind) -
-                                             std::begin(kPromotions));
-    return static_cast<std::uint16_t>(move.m_nFrom | move.m_nTo << 6 | place << 12);
-}
-
-TMove Unpack(std::uint16_t packed) {
-    return {static_cast<std::uint8_t>(packed & 63), static_cast<std::uint8_t>(packed >> 6 & 63),
-            kPromotions[packed >> 12], 0};
-}
 
 /// The slot of the answer to the move that led to `b`.
 std::uint16_t& AnswerSlot(const TChessboard& b) {
@@ -44,7 +30,7 @@ bool CanMake(const TChessboard& b, const TMove& wanted) {
 struct TWanted {
     explicit TWanted(const TChessboard& b)
         : m_ofPly(b.m_pContext->m_hints[b.m_nMoves]),
-          m_answer(b.m_pPrevious != nullptr ? Unpack(AnswerSlot(b)) : TMove{}) {
+          m_answer(b.m_pPrevious != nullptr ? UnpackMove(AnswerSlot(b)) : TMove{}) {
         if (SameMove(m_ofPly, m_answer))
             m_answer = TMove{};
     }
@@ -68,12 +54,14 @@ CHints::CHints(const TChessboard& b) {
             m_moves[m_count++] = move;
 }
 
+bool CHints::Knows(const TMove& move) const {
+    return std::any_of(m_moves, m_moves + m_count, [&](const TMove& hint) { return SameMove(hint, move); });
+}
+
 int CHints::DropFrom(TMove* list, int count) const {
     if (m_count == 0)
         return count;
-    TMove* const end = std::remove_if(list, list + count, [&](const TMove& move) {
-        return std::any_of(m_moves, m_moves + m_count, [&](const TMove& hint) { return SameMove(hint, move); });
-    });
+    TMove* const end = std::remove_if(list, list + count, [&](const TMove& move) { return Knows(move); });
     return static_cast<int>(end - list);
 }
 
@@ -89,7 +77,7 @@ void PutHintsFirst(const TChessboard& b, int nMoves, TMove* list) {
 void KeepHint(const TChessboard& b, const TMove& move) {
     b.m_pContext->m_hints[b.m_nMoves] = {move.m_nFrom, move.m_nTo, PromotionKind(move), 0};
     if (b.m_pPrevious != nullptr)
-        AnswerSlot(b) = Pack(move);
+        AnswerSlot(b) = PackMove(move);
 }
 
 void KeepRefutation(const TChessboard& b, const TMove* list, int i) {

@@ -23,6 +23,8 @@ class CHints {
     [[nodiscard]] int Count() const { return m_count; }
     [[nodiscard]] const TMove* Moves() const { return m_moves; }
 
+    [[nodiscard]] bool Knows(const TMove& move) const;
+
     /// Takes the hints out of a list that comes after them; the order of the others stays. Returns the new count.
     int DropFrom(TMove* list, int count) const;
 

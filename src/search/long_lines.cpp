@@ -199,7 +199,8 @@ class CLineSearch {
 
 bool FindLongLine(TChessboard& p) {
     TSearchContext& context = *p.m_pContext;
-    if (context.m_nLineHorizon != 0 || p.m_nMoves < kShortestPlies)
+    // With a bishop off the board Black may pass, which no list of replies tells.
+    if (context.m_nLineHorizon != 0 || p.m_nMoves < kShortestPlies || IsBishopRemoved(p))
         return false;
     const CAttempt attempt(context);
     return CLineSearch(p).Run();

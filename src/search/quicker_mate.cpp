@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "core/search_context.h"
+#include "heuristics/heuristic_signature.h"
 #include "heuristics/search_hooks.h"
 #include "search/analysis.h"
 #include "search/control.h"
@@ -112,6 +113,8 @@ class CQuickerSearch {
         const std::uint16_t mark = RepetitionMark(m_p, m_m);
         RepetitionMark(m_p, k) = mark;
         m_p.m_nMoves = static_cast<std::uint16_t>(k);
+        if ((m_p.m_nHeuristics & SH_FINDFORCEDMATE) != 0) // the trial's nodes take all moves: a forced node's doubt
+            DropForcedMate();                             // is none of theirs
         const TMateResult result = FindMateWhite(&m_p, true);
         m_p = saved;
         RepetitionMark(m_p, m_m) = mark; // a trial of the full length has used the very entry
@@ -120,6 +123,11 @@ class CQuickerSearch {
             m_context.m_nQuickerSpare = spareBefore;
         }
         return result > 0;
+    }
+
+    void DropForcedMate() {
+        m_p.m_nHeuristics &= ~SH_FINDFORCEDMATE;
+        m_p.m_nHeurParams = ComputeHeurParams(m_p);
     }
 
     void SetAllowance(int k, int d, int spare) {

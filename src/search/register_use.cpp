@@ -17,10 +17,16 @@ bool IsTrialWithAdditionalMoves(const TSearchContext& context) {
     return context.m_nQuickerLevel != 0 && context.m_nAdditionalMoves != 0;
 }
 
+/// Under the key of a position whose bishop is off the board proofs of another kind may stand: of the bishop being on
+/// that very square. Only doubt, which has the mode in its signature, is surely of this kind.
+TMateResult FindInBishopMode(const TChessboard& b, ITemporaryRegister& known) {
+    return known.Find(WithRemovedBishop(b), b.m_nMoves, b.m_nMoves) == MR_DOUBTFUL ? MR_DOUBTFUL : MR_NONE;
+}
+
 TMateResult Find(const TChessboard& b, int nMaxMoves) {
     ITemporaryRegister& known = *b.m_pAnalysis->m_pRegister;
-    const TMateResult found = IsBishopRemoved(b) ? known.Find(WithRemovedBishop(b), b.m_nMoves, nMaxMoves)
-                                                 : known.Find(b, b.m_nMoves, nMaxMoves);
+    const TMateResult found =
+        IsBishopRemoved(b) ? FindInBishopMode(b, known) : known.Find(b, b.m_nMoves, nMaxMoves);
     const bool bUseless = found <= MR_NONE || (found == MR_DOUBTFUL && b.m_byPass >= 2);
     return bUseless ? MR_NONE : found;
 }

@@ -12,6 +12,8 @@ namespace quillon {
 
 /// In the opposite-bishops mode the bishop that was taken off belongs to the key: a copy of the position with a black
 /// bishop on the first empty square of its colour. The position itself in any other mode.
+/// A mate found in the mode holds for every square of the bishop, so it may be stored under that key; a proof found
+/// there may hold for that square alone, so only doubt is taken from it.
 [[nodiscard]] TChessboard WithRemovedBishop(const TChessboard& b);
 
 /// Is there a register, and is this analysis long enough to use it?

@@ -56,7 +56,7 @@ class CWhiteSort {
             PutHintsFirst(m_p, m_kept, m_list);
         if (IsWideRoot()) // 10
             ReorderRootMoves(m_p, m_kept, m_list);
-        return {m_kept, false, false, bLeftOut};
+        return {m_kept, false, IsFallbackDue(), bLeftOut};
     }
 
   private:
@@ -146,6 +146,7 @@ class CWhiteSort {
         const bool bCheck = child.m_blackChecker != kNoChecker;
         if (bCheck)
             score.m_nMajor -= 4;
+        ScoreKeySquare(score, move);
         if (m_kind == ESortKind::Simple)
             return score.Value(base);
         ScoreNet(score, child, bCheck);
@@ -162,6 +163,17 @@ class CWhiteSort {
         score.m_nMajor -= m_p.m_whitePawns <= 1 ? 3 * value / 2 : value / 2;
         if (KingSteps(move.m_nTo, WhiteKingSquare(m_p)) == 1)
             score.m_nMajor -= 3;
+    }
+
+    /// SH_KEYSQUARE: a move to the key square comes early, and so does one that brings the king nearer to it.
+    void ScoreKeySquare(TScore& score, const TMove& move) const {
+        const TSquare key = m_p.m_pContext->m_nKeySquare;
+        if ((m_p.m_nHeuristics & SH_KEYSQUARE) == 0 || key >= kSquares)
+            return;
+        if (move.m_nTo == key)
+            score.m_nMajor -= 6;
+        else if (m_p.m_board[move.m_nFrom] == kWhiteKing)
+            score.m_nMajor -= 2 * (KingSteps(move.m_nFrom, key) - KingSteps(move.m_nTo, key));
     }
 
     /// How tight the net round the black king is: its free squares, Black's replies, a threat to mate at once.
@@ -191,6 +203,11 @@ class CWhiteSort {
         const bool bByFigure = FindBlackCapturer(child, FileOf(square), RankOf(square), capturer);
         const bool bByKing = KingSteps(square, BlackKingSquare(child)) == 1;
         return (!bByFigure && !bByKing) || IsAttackedByWhite(child, FileOf(square), RankOf(square));
+    }
+
+    /// The watched figures are all let go: with fallback the node is run once more without watching any.
+    [[nodiscard]] bool IsFallbackDue() const {
+        return m_p.m_pContext->m_bHeuristicsFallback && AreAllFiguresUnblocked(m_p);
     }
 
     [[nodiscard]] bool IsWideRoot() const {

@@ -114,6 +114,11 @@ class TAggregatedTemporaryChessboardRegister : public TTemporaryChessboardRegist
     /// the number of elements removed. Doubt holds only under the heuristics that caused it.
     std::uint32_t RemoveDoubtful(std::uint32_t heuristics, std::uint32_t params);
 
+    /// A run with these heuristics is over: RemoveDoubtful, and after the last of them the register is emptied at once.
+    /// What lines of the run have stored under other heuristics of theirs stays until room is needed: it may serve a
+    /// later run.
+    void ReleaseDoubtfulUser(std::uint32_t heuristics, std::uint32_t params);
+
     /// Removes what is known for nMoves and less only; returns the number of elements removed.
     std::uint32_t RemoveNMovers(int nMoves);
 
@@ -167,11 +172,14 @@ class TAggregatedTemporaryChessboardRegister : public TTemporaryChessboardRegist
                                           bool bDoubtful);
     void InsertIntoNew(std::uint16_t nMoves, const TBoardBytes& key, TKey heuristicsKey, bool bDoubtful);
     void InsertInto(TDoubtfulRegister& known, std::uint16_t nMoves, const TBoardBytes& key, bool bDoubtful);
+    [[nodiscard]] std::uint32_t DoubtfulBuckets(std::uint32_t nHeld) const;
+    void GrowTable(TDoubtfulRegister& known);
     std::uint32_t RemoveDoubtful(TKey heuristicsKey);
     std::uint32_t Purge(TDoubtfulRegister& known, bool bQuiet);
     std::uint32_t RemoveFinalNMovers(int nMoves);
     std::uint32_t RemoveDoubtfulNMovers(TDoubtfulRegister& known, int nMoves);
-    template <int N> void ResizeTable(TTemporaryChessboardRegister<N>& known, bool bKeepData);
+    template <int N>
+    void ResizeTable(TTemporaryChessboardRegister<N>& known, std::uint32_t nNewBuckets, bool bKeepData);
     void AdoptDoubtfulRegisters();
     [[nodiscard]] const std::function<void()>& Repaint(bool bQuiet) const;
 
@@ -187,7 +195,7 @@ class TAggregatedTemporaryChessboardRegister : public TTemporaryChessboardRegist
     std::mutex logLock;
     std::mutex doubtfulLock;
     std::atomic<std::uint64_t> nLastEmptiedTicks; // of the last eviction, ms
-    std::uint32_t nBuckets;                       // of new doubtful registers
+    std::uint32_t nBuckets;                       // of the final table; the most a doubtful register gets
 
     std::atomic<std::uint64_t> m_nDoubtfulBytes = 0;
     std::atomic<std::uint64_t> m_nInserts = 0;

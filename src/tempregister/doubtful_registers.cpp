@@ -1,9 +1,12 @@
 // The doubtful registers of an aggregate: one for each set of heuristics.
 
+#include <algorithm>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "tempregister/aggregated_register.h"
+#include "tempregister/bucket_count.h"
 #include "tempregister/heuristics_key.h"
 #include "tempregister/purge_progress.h"
 
@@ -57,6 +60,35 @@ std::int8_t TAggregatedTemporaryChessboardRegister::FindNotDoubtful(int n1, int 
     return found == kRegisterUnknown ? std::int8_t{-1} : found;
 }
 
+// ---- size of the tables
+
+// A solve has a doubtful register for each of its many sets of heuristics, most of them small: an array of full size
+// for each would be more than what they hold. A table gets few buckets and grows as it is filled.
+std::uint32_t TAggregatedTemporaryChessboardRegister::DoubtfulBuckets(std::uint32_t nHeld) const {
+    constexpr std::uint32_t kShareAtStart = 16;
+    constexpr std::uint32_t kGrowth = 4;
+    std::uint32_t n = std::min(nBuckets, std::max(nBuckets / kShareAtStart, kFewestBuckets));
+    while (n < nBuckets && nHeld >= n * std::uint64_t{kSmallBucketElements})
+        n = std::min(nBuckets, n * kGrowth);
+    return n;
+}
+
+// The caller holds the table's lock exclusively.
+void TAggregatedTemporaryChessboardRegister::GrowTable(TDoubtfulRegister& known) {
+    const std::uint32_t held = known.nCombinedElements.load(std::memory_order_relaxed);
+    const std::uint32_t wanted = DoubtfulBuckets(held);
+    if (wanted <= known.combinedMap.BucketCount()) [[likely]]
+        return;
+    try {
+        if (known.combinedMap.Resize(wanted, true))
+            return;
+        nDoubtfulElements.fetch_sub(held, std::memory_order_relaxed); // there was no memory to move them
+        known.nCombinedElements.store(0, std::memory_order_relaxed);
+    } catch (const std::bad_alloc&) {
+        // A crowded table answers as well, only slower.
+    }
+}
+
 // ---- inserts
 
 void TAggregatedTemporaryChessboardRegister::InsertInto(TDoubtfulRegister& known, std::uint16_t nMoves,
@@ -68,6 +100,7 @@ void TAggregatedTemporaryChessboardRegister::InsertInto(TDoubtfulRegister& known
     if (known.combinedMap.InsertDoubtful(nMoves, key, BoardHash(key), !bDoubtful)) {
         known.nCombinedElements.fetch_add(1, std::memory_order_relaxed);
         nDoubtfulElements.fetch_add(1, std::memory_order_relaxed);
+        GrowTable(known);
     }
 }
 
@@ -85,7 +118,7 @@ bool TAggregatedTemporaryChessboardRegister::InsertIntoExisting(std::uint16_t nM
 // The caller holds the exclusive side of `lock`.
 TAggregatedTemporaryChessboardRegister::TDoubtfulRegister&
 TAggregatedTemporaryChessboardRegister::NewDoubtfulRegister(TKey heuristicsKey) {
-    auto known = std::make_unique<TDoubtfulRegister>(nMemoryLimit, nBuckets);
+    auto known = std::make_unique<TDoubtfulRegister>(nMemoryLimit, DoubtfulBuckets(0));
     known->parent = this;
     known->bKeepShort.store(bKeepShort.load(std::memory_order_relaxed), std::memory_order_relaxed);
     return *doubtfulRegisters.emplace(heuristicsKey, std::move(known)).first->second;
@@ -141,6 +174,16 @@ std::uint32_t TAggregatedTemporaryChessboardRegister::RemoveDoubtful(TKey heuris
     return known == nullptr ? 0 : Purge(*known, false);
 }
 
+void TAggregatedTemporaryChessboardRegister::ReleaseDoubtfulUser(std::uint32_t heuristics, std::uint32_t params) {
+    const CExclusiveLock exclusive(lock);
+    const TKey heuristicsKey = HeuristicsKey(heuristics, params);
+    RemoveDoubtful(heuristicsKey);
+    if (doubtfulUsers[heuristicsKey] == 0)
+        RemoveDoubtful(heuristicsKey);
+    for (const auto& [otherKey, known] : doubtfulRegisters)
+        doubtfulUsers.try_emplace(otherKey, 0); // unused, as eviction sees it
+}
+
 std::uint32_t TAggregatedTemporaryChessboardRegister::RemoveUnusedDoubtful() {
     const CExclusiveLock exclusive(lock);
     std::uint32_t removed = 0;
@@ -159,6 +202,7 @@ std::uint32_t TAggregatedTemporaryChessboardRegister::Purge(TDoubtfulRegister& k
         const CByteAccount account(known.combinedMap, m_nDoubtfulBytes);
         CPurgeProgress progress(known.nCombinedElements, Repaint(bQuiet));
         known.combinedMap.Free(&progress);
+        (void)known.combinedMap.Resize(DoubtfulBuckets(0), false); // without an array: the number alone
         known.nCombinedElements.store(0, std::memory_order_relaxed);
     }
     known.Clear();

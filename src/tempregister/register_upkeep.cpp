@@ -57,11 +57,11 @@ void TAggregatedTemporaryChessboardRegister::Clear(int nMode, bool bQuiet) {
 void TAggregatedTemporaryChessboardRegister::SetBucketCount(std::uint32_t nNewBuckets, bool bKeepData) {
     const CExclusiveLock exclusive(lock);
     nBuckets = nNewBuckets;
-    ResizeTable(*this, bKeepData);
+    ResizeTable(*this, nNewBuckets, bKeepData);
     for (const auto& [heuristicsKey, known] : doubtfulRegisters) {
         const std::uint32_t before = known->nCombinedElements.load(std::memory_order_relaxed);
         const std::uint64_t bytes = known->combinedMap.MemoryInUse();
-        ResizeTable(*known, bKeepData);
+        ResizeTable(*known, DoubtfulBuckets(before), bKeepData);
         nDoubtfulElements.fetch_sub(before - known->nCombinedElements.load(std::memory_order_relaxed),
                                     std::memory_order_relaxed);
         m_nDoubtfulBytes.fetch_add(known->combinedMap.MemoryInUse() - bytes, std::memory_order_relaxed);
@@ -69,11 +69,12 @@ void TAggregatedTemporaryChessboardRegister::SetBucketCount(std::uint32_t nNewBu
 }
 
 template <int N>
-void TAggregatedTemporaryChessboardRegister::ResizeTable(TTemporaryChessboardRegister<N>& known, bool bKeepData) {
+void TAggregatedTemporaryChessboardRegister::ResizeTable(TTemporaryChessboardRegister<N>& known,
+                                                         std::uint32_t nNewBuckets, bool bKeepData) {
     const CExclusiveLock combined(known.combinedLock);
     CPurgeProgress progress(known.nCombinedElements, Repaint(false));
     try {
-        if (!known.combinedMap.Resize(nBuckets, bKeepData, &progress))
+        if (!known.combinedMap.Resize(nNewBuckets, bKeepData, &progress))
             known.nCombinedElements.store(0, std::memory_order_relaxed);
     } catch (const std::bad_alloc&) {
         // A table with another number of buckets answers as well, only slower.

@@ -38,4 +38,17 @@ void CSearchRegister::InsertDoubtful(const TChessboard& position, int nMoves) {
                            position.m_nHeurParams);
 }
 
+void CSearchRegister::AddDoubtfulUser(std::uint32_t heuristics, std::uint32_t params) {
+    m_known.AddDoubtfulUser(heuristics, params);
+}
+
+void CSearchRegister::ReleaseDoubtfulUser(std::uint32_t heuristics, std::uint32_t params) {
+    m_known.ReleaseDoubtfulUser(heuristics, params);
+}
+
+void CSearchRegister::ForgetDoubt() {
+    constexpr int kDoubtAlone = -1;
+    m_known.Clear(kDoubtAlone, true);
+}
+
 } // namespace quillon

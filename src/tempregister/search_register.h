@@ -15,6 +15,9 @@ class CSearchRegister final : public ITemporaryRegister {
     [[nodiscard]] TMateResult Find(const TChessboard& position, int nMoves, int nMaxMoves) override;
     void Insert(const TChessboard& position, int nMoves, TMateResult verdict) override;
     void InsertDoubtful(const TChessboard& position, int nMoves) override;
+    void AddDoubtfulUser(std::uint32_t heuristics, std::uint32_t params) override;
+    void ReleaseDoubtfulUser(std::uint32_t heuristics, std::uint32_t params) override;
+    void ForgetDoubt() override;
 
   private:
     TAggregatedTemporaryChessboardRegister& m_known;

@@ -4,6 +4,8 @@
 //
 // Threads: all operations may be called from every thread of an analysis at once.
 
+#include <cstdint>
+
 #include "core/chessboard.h"
 #include "core/mate_result.h"
 
@@ -23,6 +25,17 @@ class ITemporaryRegister {
 
     /// Stores doubt, under the position's m_nHeuristics and m_nHeurParams.
     virtual void InsertDoubtful(const TChessboard& position, int nMoves) = 0;
+
+    // What a run tells of its passes. Only a register that keeps doubt apart by heuristics has to listen.
+
+    /// A pass with these heuristics begins, in one thread more.
+    virtual void AddDoubtfulUser(std::uint32_t /*heuristics*/, std::uint32_t /*params*/) {}
+
+    /// It is over in one of them: doubt that no other still uses may be thrown away.
+    virtual void ReleaseDoubtfulUser(std::uint32_t /*heuristics*/, std::uint32_t /*params*/) {}
+
+    /// The pass without heuristics begins: no doubt is of use any more.
+    virtual void ForgetDoubt() {}
 };
 
 } // namespace quillon

@@ -108,8 +108,7 @@ TEST(ReadProgress, CountsTheMovesOfTheRoot) {
 TEST(ReadProgress, CountsOnlyWhatThePassHasToDo) {
     TSolveRequest request = Request(kManyKeys, 1);
     request.m_bHybrid = true;
-    request.m_bChosenHeuristics = true;
-    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    request.m_heuristics.emplace().m_nHeuristics = SH_DONTRECEDEBLACKKING;
     const std::vector<TProgress> seen = ProgressAtKeys(request);
     ASSERT_GT(seen.size(), 4u);
     EXPECT_EQ(seen.front().m_pass, "1");

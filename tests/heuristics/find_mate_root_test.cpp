@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "core/notation.h"
+#include "platform/clock.h"
 #include "platform/processors.h"
 #include "search/searched_position.h"
 
@@ -162,6 +164,7 @@ TEST(FindMateRoot, ShowsTheMovesOfThePass) {
 
 TEST(FindMateRoot, WithoutHeuristicsThereIsOnePass) {
     CRun run;
+    run.Choose(0);
     (void)run.Go(kNoMate, 7);
     EXPECT_EQ(run.m_run.m_passes, std::vector<std::string>{"2"});
     EXPECT_EQ(run.m_context->m_pRoot->m_byPass, 2);
@@ -213,6 +216,151 @@ TEST(FindMateRoot, PassesTogetherFindAllKeys) {
         EXPECT_EQ(keys, truth->keys) << placement;
         EXPECT_FALSE(HasOpenMoves(run.m_run)) << placement;
     }
+}
+
+// ---- the plan of passes
+
+constexpr const char* kTwoRooks = "8/8/8/3k4/8/8/8/K5RR"; // no mate in four
+
+/// Names of the passes with the keys found in each: "1:0 1b:1 2:0".
+std::string PassesAndKeys(const TRootRun& run) {
+    std::string text;
+    for (const TPassRecord& pass : run.m_passRecords)
+        text += (text.empty() ? "" : " ") + pass.m_name + ":" + std::to_string(pass.m_nKeys);
+    return text;
+}
+
+TEST(FindMateRoot, DropsAHeuristicAPass) {
+    CRun run;
+    run.m_analysis.m_bSafeMode = true;
+    run.Choose(SH_DONTRECEDEBLACKKING | SH_SAVEQUEENROOK | SH_AREKINGSNEAR);
+    EXPECT_EQ(run.Go(kNoMate, 7), kNoSolutionFound);
+    EXPECT_EQ(run.m_run.m_passes, (std::vector<std::string>{"1", "1b", "1c", "2"}));
+    EXPECT_EQ(PassesAndKeys(run.m_run), "1:0 1b:0 1c:0 2:0");
+    EXPECT_EQ(run.m_run.m_passRecords[0].m_heuristics, "SH_AREKINGSNEAR, SH_DONTRECEDEBLACKKING, SH_SAVEQUEEN/ROOK");
+    EXPECT_EQ(run.m_run.m_passRecords[1].m_heuristics, "SH_AREKINGSNEAR, SH_DONTRECEDEBLACKKING");
+    EXPECT_EQ(run.m_run.m_passRecords[2].m_heuristics, "SH_DONTRECEDEBLACKKING");
+    EXPECT_EQ(run.m_run.m_passRecords[3].m_heuristics, "");
+    EXPECT_EQ(run.m_analysis.m_nPassesPlanned.load(), 4u);
+    EXPECT_EQ(run.m_context->m_pRoot->m_byPass, 2);
+    EXPECT_FALSE(HasOpenMoves(run.m_run));
+    for (const TPassRecord& pass : run.m_run.m_passRecords)
+        EXPECT_GE(pass.m_seconds, 0);
+}
+
+TEST(FindMateRoot, WithRelaxationOffThereIsOnePassWithHeuristics) {
+    for (const bool bRunPass2 : {true, false}) {
+        CRun run;
+        run.m_context->m_bLetRelaxHeuristics = false;
+        run.m_context->m_bRunPass2 = bRunPass2;
+        run.Choose(SH_DONTRECEDEBLACKKING | SH_SAVEQUEENROOK | SH_AREKINGSNEAR);
+        (void)run.Go(kNoMate, 7);
+        EXPECT_EQ(PassesAndKeys(run.m_run), bRunPass2 ? "1:0 2:0" : "1:0");
+        EXPECT_EQ(run.m_analysis.m_nPassesPlanned.load(), bRunPass2 ? 2u : 1u);
+        EXPECT_EQ(HasOpenMoves(run.m_run), !bRunPass2);
+        EXPECT_EQ(run.m_context->m_pRoot->m_nHeuristics, 0u);
+    }
+}
+
+TEST(FindMateRoot, APassTellsItsKeys) {
+    CRun run;
+    run.m_analysis.m_nSolveMode = kAllSolutions;
+    run.Choose(SH_DONTRECEDEBLACKKING | SH_AREKINGSNEAR);
+    EXPECT_EQ(run.Go(kMateInThree, 5), kSolutionsFound);
+    int keys = 0;
+    for (const TPassRecord& pass : run.m_run.m_passRecords) {
+        keys += pass.m_nKeys;
+        if (pass.m_nKeys > 0) {
+            EXPECT_EQ(pass.m_name, run.m_run.m_solutions.front().m_pass);
+        }
+    }
+    EXPECT_EQ(keys, 1);
+    EXPECT_EQ(run.m_run.m_passRecords.size(), run.m_run.m_passes.size());
+}
+
+/// A run that looks for duals and has found a key needs no further heuristics.
+TEST(FindMateRoot, WithAKeyARunForDualsGoesToTheProof) {
+    for (const std::uint8_t mode : {std::uint8_t{0}, kAllSolutions}) {
+        CRun run;
+        run.m_analysis.m_nSolveMode = mode;
+        run.m_analysis.m_nStopFlags = kStopOnDual;
+        run.Choose(SH_DONTRECEDEBLACKKING | SH_SAVEQUEENROOK | SH_AREKINGSNEAR);
+        run.m_run.m_solutions.push_back({ParseMove("Ka1-a2", true), "Ka1-a2", ""}); // found before this run
+        (void)run.Go(kNoMate, 7);
+        EXPECT_EQ(PassesAndKeys(run.m_run), mode == 0 ? "1:0 2:0" : "1:0 1b:0 1c:0 2:0");
+    }
+}
+
+TEST(FindMateRoot, PassesThatTheClockGaveAreCountedWhenTheyCome) {
+    CRun run;
+    run.m_analysis.m_nStartTicks = TickCount64();
+    run.Choose(SH_FINDFORCEDMATE | SH_DONTRECEDEBLACKKING);
+    (void)run.Go(kTwoRooks, 7);
+    std::string names, byClock;
+    for (const TPassRecord& pass : run.m_run.m_passRecords) {
+        names += pass.m_name + ' ';
+        byClock += pass.m_bTimeDependent ? '*' : '.';
+    }
+    if (TickCount64() - run.m_analysis.m_nStartTicks < 1000) { // the machine was not stopped meanwhile
+        EXPECT_EQ(names, "1 1b 1c 1d 2 ");
+        EXPECT_EQ(byClock, ".**..");
+        EXPECT_EQ(run.m_analysis.m_nPassesPlanned.load(), 5u) << "three were planned";
+    }
+    EXPECT_FALSE(HasOpenMoves(run.m_run));
+    CRun late;
+    late.m_analysis.m_nStartTicks = TickCount64() - 5000;
+    late.Choose(SH_FINDFORCEDMATE | SH_DONTRECEDEBLACKKING);
+    (void)late.Go(kTwoRooks, 7);
+    EXPECT_EQ(PassesAndKeys(late.m_run), "1:0 1b:0 2:0");
+    EXPECT_EQ(late.m_analysis.m_nPassesPlanned.load(), 3u);
+}
+
+/// A run of FindForcedMate keeps mask and signature of the root, and what it finds is true.
+TEST(FindMateRoot, FindForcedMateRunsFindNothingThatIsNotThere) {
+    std::mt19937_64 rng(91);
+    for (int i = 0; i < Samples(60); ++i) {
+        const std::string placement = AnyPlacement(rng, i, 4 + i % 3);
+        const auto truth = reference::SolveAllWithTable(reference::ProblemFromFen(placement), 3, 60000);
+        if (!truth)
+            continue;
+        CRun run;
+        run.m_analysis.m_nSolveMode = kAllSolutions;
+        run.m_context->m_nFfmWithOther = static_cast<std::int8_t>(i % 3 - 1);
+        run.Choose(SH_FINDFORCEDMATE | SH_DONTRECEDEBLACKKING | SH_SAVEQUEENROOK);
+        (void)run.Go(placement.c_str(), 5);
+        std::vector<std::string> keys = run.Keys();
+        std::ranges::sort(keys);
+        EXPECT_EQ(keys, truth->keys) << placement;
+        EXPECT_FALSE(HasOpenMoves(run.m_run)) << placement;
+    }
+}
+
+/// Writes down what a run tells of its passes.
+class CListeningRegister : public CRecordingRegister {
+  public:
+    void AddDoubtfulUser(std::uint32_t heuristics, std::uint32_t params) override { Note('+', heuristics, params); }
+    void ReleaseDoubtfulUser(std::uint32_t heuristics, std::uint32_t params) override { Note('-', heuristics, params); }
+    void ForgetDoubt() override { m_heard += "forget"; }
+    std::string m_heard;
+    std::vector<std::uint32_t> m_params;
+
+  private:
+    void Note(char sign, std::uint32_t heuristics, std::uint32_t params) {
+        m_heard += sign + std::to_string(heuristics) + ' ';
+        m_params.push_back(params);
+    }
+};
+
+TEST(FindMateRoot, TheRegisterHearsOfThePasses) {
+    CRun run;
+    CListeningRegister known;
+    run.m_analysis.m_pRegister = &known;
+    run.Choose(SH_DONTRECEDEBLACKKING | SH_AREKINGSNEAR);
+    (void)run.Go(kNoMate, 7);
+    EXPECT_EQ(known.m_heard, "+1025 -1025 +1024 -1024 forget");
+    ASSERT_EQ(known.m_params.size(), 4u);
+    EXPECT_EQ(known.m_params[0], known.m_params[1]);
+    EXPECT_NE(known.m_params[0], 0u);
 }
 
 // ---- special results

@@ -178,8 +178,7 @@ TEST(SolvingDriver, RefusesABlackKingInCheck) {
 
 TEST(SolvingDriver, ChosenHeuristicsAreFollowedByThePassWithoutAny) {
     TSolveRequest request = Request(kNoMate, 4);
-    request.m_bChosenHeuristics = true;
-    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    request.m_heuristics.emplace().m_nHeuristics = SH_DONTRECEDEBLACKKING;
     const TSolvingResult both = Solve(request);
     EXPECT_EQ(both.m_passes, (std::vector<std::string>{"1", "2"}));
     EXPECT_EQ(both.m_verdict, EVerdict::NoMate);
@@ -202,8 +201,7 @@ TEST(SolvingDriver, ChosenHeuristicsAreFollowedByThePassWithoutAny) {
 
 TEST(SolvingDriver, AProofInTheFirstPassStandsWithoutTheSecond) {
     TSolveRequest request = Request(kNoMate, 2);
-    request.m_bChosenHeuristics = true;
-    request.m_nChosenHeuristics = SH_AREKINGSNEAR;
+    request.m_heuristics.emplace().m_nHeuristics = SH_AREKINGSNEAR;
     request.m_bRunPass2 = false;
     const TSolvingResult result = Solve(request);
     EXPECT_EQ(result.m_passes, std::vector<std::string>{"1"});
@@ -226,8 +224,7 @@ TEST(SolvingDriver, UnmetHeuristicsLeaveEverythingOpen) {
 TEST(SolvingDriver, BruteForceIsAskedAbout) {
     TSolveRequest request = Request(kMateInThree, 3);
     request.m_bBruteForce = true;
-    request.m_bChosenHeuristics = true;
-    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    request.m_heuristics.emplace().m_nHeuristics = SH_DONTRECEDEBLACKKING;
     CAnswers yes(true);
     const TSolvingResult run = Solve(request, yes);
     EXPECT_EQ(yes.m_questions, std::vector<std::string>{kBruteForceQuestion});
@@ -246,8 +243,7 @@ TEST(SolvingDriver, BruteForceIsAskedAbout) {
 TEST(SolvingDriver, HybridRunKeepsTheFirstPhasesSolution) {
     TSolveRequest request = Request(kManyKeys, 1);
     request.m_bHybrid = true;
-    request.m_bChosenHeuristics = true;
-    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    request.m_heuristics.emplace().m_nHeuristics = SH_DONTRECEDEBLACKKING;
     const TSolvingResult all = Solve(request);
     const auto truth = reference::SolveAll(reference::ProblemFromFen(kManyKeys), 1);
     std::vector<std::string> keys = Keys(all);
@@ -264,8 +260,7 @@ TEST(SolvingDriver, HybridRunKeepsTheFirstPhasesSolution) {
 TEST(SolvingDriver, HybridRunWithoutASolutionHasNoSecondPhase) {
     TSolveRequest request = Request(kNoMate, 3);
     request.m_bHybrid = true;
-    request.m_bChosenHeuristics = true;
-    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    request.m_heuristics.emplace().m_nHeuristics = SH_DONTRECEDEBLACKKING;
     CSolve solve(request);
     CAnswers answers;
     const TSolvingResult result = solve.StartSolving(answers);
@@ -478,8 +473,7 @@ TEST(SolvingDriver, KeysAreTheSameWithAndWithoutARegister) {
 TEST(SolvingDriver, TheRegisterOutlivesTheFirstPhaseOfAHybridRun) {
     TSolveRequest request = LongRequest(16);
     request.m_bHybrid = true;
-    request.m_bChosenHeuristics = true;
-    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    request.m_heuristics.emplace().m_nHeuristics = SH_DONTRECEDEBLACKKING;
     CSolve solve(request);
     std::uint64_t elements = 0;
     std::vector<std::string> passes;
@@ -548,8 +542,7 @@ TEST(SolvingDriver, SettingsThatWereChanged) {
     TSolveRequest request = Request(kMateInThree, 3, ESolveMode::StopOn3);
     request.m_bSafeMode = true;
     request.m_shLookForQuickerMateDepth = 9;
-    request.m_bChosenHeuristics = true;
-    request.m_nChosenHeuristics = SH_DONTRECEDEBLACKKING;
+    request.m_heuristics.emplace().m_nHeuristics = SH_DONTRECEDEBLACKKING;
     const std::string text = CSolve(request).ShowAnalysisSettings();
     for (const char* line :
          {"* Search for no more than 3 solutions\n", "* Safe mode is on (implicit quick mode heuristics is off)\n",

@@ -263,12 +263,12 @@ TEST_F(AggregatedRegister, AnotherNumberOfBucketsKeepsAllOrNothing) {
     m_known.SetBucketCount(2048, true);
     EXPECT_EQ(m_known.GetElementsCount(), 101u);
     EXPECT_EQ(Find(5), 1);
-    EXPECT_GE(m_known.Statistics().m_nBytes, 2 * 2048 * sizeof(std::uint64_t));
+    EXPECT_GE(m_known.Statistics().m_nBytes, (2048 + 256) * sizeof(std::uint64_t));
     m_known.SetBucketCount(512, false);
     EXPECT_EQ(m_known.GetElementsCount(), 0u);
     EXPECT_EQ(m_known.GetDoubtfulCount(), 0u);
     EXPECT_EQ(Find(5), -2);
-    EXPECT_EQ(m_known.Statistics().m_nBytes, 2 * 512 * sizeof(std::uint64_t));
+    EXPECT_EQ(m_known.Statistics().m_nBytes, (512 + 256) * sizeof(std::uint64_t)) << "the doubtful table starts small";
 }
 
 TEST_F(AggregatedRegister, SwappingExchangesContents) {
@@ -324,6 +324,73 @@ TEST_F(AggregatedRegister, LookUpsAllocateNothing) {
     EXPECT_EQ(m_known.FindMateLength(9, m_position.m_board, 0, 0), 5);
     EXPECT_EQ(m_known.FindNotDoubtful(3, 5, m_position.m_board, kHeuristics, kParams), 0);
     EXPECT_EQ(AllocationsOfThisThread(), before);
+}
+
+// ---- passes and the memory of their doubt
+
+TEST_F(AggregatedRegister, DoubtOfAReleasedUserIsGone) {
+    m_known.AddDoubtfulUser(kHeuristics, kParams);
+    m_known.AddDoubtfulUser(kHeuristics, kParams); // a second thread
+    Doubt(7);
+    m_known.ReleaseDoubtfulUser(kHeuristics, kParams);
+    EXPECT_EQ(Find(7), kRegisterIsDoubtful) << "the other thread still uses it";
+    m_known.ReleaseDoubtfulUser(kHeuristics, kParams);
+    EXPECT_EQ(Find(7), kRegisterUnknown);
+    EXPECT_EQ(m_known.GetDoubtfulCount(), 0u);
+    m_known.ReleaseDoubtfulUser(kHeuristics, kParams); // nobody is counted: nothing to do
+    EXPECT_EQ(m_known.GetElementsCount(), 0u);
+}
+
+TEST_F(AggregatedRegister, DoubtOfOtherSetsGoesOnlyWhenRoomIsNeeded) {
+    constexpr std::uint32_t kOther = 0x80;
+    m_known.AddDoubtfulUser(kHeuristics, kParams);
+    Doubt(7);
+    Doubt(9, kOther); // a line of the pass that has dropped a heuristic
+    EXPECT_EQ(m_known.RemoveUnusedDoubtful(), 0u);
+    m_known.ReleaseDoubtfulUser(kHeuristics, kParams);
+    EXPECT_EQ(Find(7), kRegisterUnknown);
+    EXPECT_EQ(Find(9, kOther), kRegisterIsDoubtful);
+    EXPECT_EQ(m_known.RemoveUnusedDoubtful(), 1u);
+    EXPECT_EQ(Find(9, kOther), kRegisterUnknown);
+}
+
+TEST(DoubtfulTables, ManySmallOnesTakeLittleMemory) {
+    constexpr std::uint32_t kManyBuckets = 1 << 16;
+    constexpr int kSets = 12;
+    const auto boards = DifferentBoards(4, 17);
+    TAggregatedTemporaryChessboardRegister known(64 << 20, kManyBuckets);
+    known.InsertLoaded(5, boards[0], true);
+    const std::uint64_t finalBytes = known.Statistics().m_nBytes;
+    for (std::uint32_t set = 1; set <= kSets; ++set)
+        for (const TBoardBytes& board : boards)
+            known.InsertDoubtful(7, board, set, 0);
+    EXPECT_EQ(known.GetDoubtfulCount(), kSets * boards.size());
+    EXPECT_LT(known.Statistics().m_nBytes, 2 * finalBytes) << "a sixteenth of the buckets each";
+    const std::uint64_t filled = known.Statistics().m_nBytes;
+    for (std::uint32_t set = 1; set <= kSets; ++set)
+        known.ReleaseDoubtfulUser(set, 0);
+    EXPECT_LT(known.Statistics().m_nBytes, filled);
+    EXPECT_LT(known.Statistics().m_nBytes, finalBytes + finalBytes / 8) << "an emptied one gives its array back";
+}
+
+/// The array of a table that fills grows by steps, and everything is found at every size.
+TEST(DoubtfulTables, GrowAsTheyAreFilled) {
+    constexpr std::uint32_t kBucketsOfFinal = 1 << 13;
+    const auto boards = DifferentBoards(20000, 5);
+    TAggregatedTemporaryChessboardRegister known(64 << 20, kBucketsOfFinal);
+    std::uint64_t before = 0;
+    for (std::size_t i = 0; i < boards.size(); ++i) {
+        known.InsertDoubtful(static_cast<std::uint16_t>(5 + 2 * (i % 3)), boards[i], kHeuristics, kParams);
+        if (i == 0)
+            before = known.Statistics().m_nBytes;
+    }
+    EXPECT_EQ(known.GetDoubtfulCount(), boards.size());
+    EXPECT_GE(known.Statistics().m_nBytes, before + (kBucketsOfFinal - 512) * sizeof(std::uint64_t));
+    for (std::size_t i = 0; i < boards.size(); ++i) {
+        const int doubtfulUpTo = 5 + 2 * static_cast<int>(i % 3);
+        ASSERT_EQ(known.Find(doubtfulUpTo, boards[i], kHeuristics, kParams), kRegisterIsDoubtful) << i;
+        ASSERT_EQ(known.Find(doubtfulUpTo + 2, boards[i], kHeuristics, kParams), kRegisterUnknown) << i;
+    }
 }
 
 } // namespace

@@ -91,5 +91,26 @@ TEST_F(SearchRegister, AProofBeatsDoubt) {
     EXPECT_EQ(Find(9), MR_MATE);
 }
 
+TEST_F(SearchRegister, DoubtLivesAsLongAsAPassUsesIt) {
+    m_register.AddDoubtfulUser(SH_KEYLINE, 7);
+    m_register.InsertDoubtful(m_position, 9);
+    m_register.Insert(m_position, 5, MR_NOMATE);
+    EXPECT_EQ(Find(9), MR_DOUBTFUL);
+    m_register.ReleaseDoubtfulUser(SH_KEYLINE, 7);
+    EXPECT_EQ(Find(9), MR_NONE);
+    EXPECT_EQ(Find(5), MR_NOMATE) << "a proof stays";
+}
+
+TEST_F(SearchRegister, AllDoubtCanBeForgotten) {
+    m_register.InsertDoubtful(m_position, 9);
+    m_register.Insert(m_position, 5, MR_NOMATE);
+    With(SH_KEYDIAGONAL, 3, 1);
+    m_register.InsertDoubtful(m_position, 9);
+    m_register.ForgetDoubt();
+    EXPECT_EQ(Find(9), MR_NONE);
+    EXPECT_EQ(Find(5), MR_NOMATE);
+    EXPECT_EQ(m_known.GetDoubtfulCount(), 0u);
+}
+
 } // namespace
 } // namespace quillon::test

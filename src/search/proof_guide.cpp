@@ -1,0 +1,118 @@
+#include "search/proof_guide.h"
+
+#include <algorithm>
+
+#include "core/generation.h"
+#include "core/makers.h"
+#include "core/queries.h"
+#include "core/search_context.h"
+#include "search/control.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::size_t kBytesOfKnown = 64; // of one element of the map, with what the allocator adds
+constexpr std::size_t kShareOfTable = 4;  // the map gets a quarter of what the table had
+
+/// The table may have lost a position of the proof; to find it again takes so many positions at most.
+constexpr std::uint64_t kNodesForLost = 20'000;
+
+/// To clear a large table takes longer than most proofs: the first search gets one that is cleared in a moment.
+constexpr std::size_t kFirstTable = std::size_t{8} << 20;
+constexpr std::uint64_t kFirstNodes = 30'000;
+
+/// Mates within so many plies the recursion finds by itself.
+constexpr int kShortestGuided = 5;
+
+} // namespace
+
+CProofGuide::CProofGuide(std::size_t nTableBytes)
+    : m_nTableBytes(nTableBytes), m_table(std::make_unique<CProofTable>(std::min(nTableBytes, kFirstTable))),
+      m_nMostKnown(std::max<std::size_t>(nTableBytes / kShareOfTable / kBytesOfKnown, 1)) {}
+
+EProofResult CProofGuide::Search(TChessboard& root, std::uint64_t nMostNodes) {
+    if (m_result != EProofResult::Open)
+        return m_result;
+    GrowTable(nMostNodes);
+    m_result = SearchProof(root, *m_table, nMostNodes, m_nNodes);
+    if (m_result == EProofResult::Proved)
+        Collect(root);
+    if (m_result != EProofResult::Open)
+        m_table.reset();
+    return m_result;
+}
+
+/// A search that is to take longer than the first table serves starts again with the whole one.
+void CProofGuide::GrowTable(std::uint64_t nMostNodes) {
+    if (nMostNodes <= kFirstNodes || m_table->Bytes() >= m_nTableBytes / 2)
+        return;
+    m_table.reset();
+    m_table = std::make_unique<CProofTable>(m_nTableBytes);
+}
+
+/// White's position with everything that follows from it. Returns the plies to mate along the proof, or those left
+/// where the proof is not followed any further.
+int CProofGuide::Collect(TChessboard& p) {
+    if (p.m_nMoves < kShortestGuided)
+        return p.m_nMoves > 1 && HasMateInOne(p) ? 1 : p.m_nMoves;
+    const std::uint64_t hash = HashBoard(p);
+    const auto known = m_known.find(hash);
+    if (known != m_known.end() && known->second.m_nPlies <= p.m_nMoves)
+        return known->second.m_nPlies;
+    TMove move;
+    if (m_known.size() >= m_nMostKnown || IsStopping(p) || !FindMove(p, hash, move))
+        return HasMateInOne(p) ? 1 : p.m_nMoves;
+    TChessboard* const child = CopyToChild(&p);
+    TMove made = move;
+    if (MakeWhiteMove(*child, made) == 0)
+        return p.m_nMoves;
+    const int plies = 1 + CollectReplies(*child);
+    m_known[hash] = {static_cast<std::uint16_t>(plies), move};
+    return plies;
+}
+
+/// Returns the plies to mate behind the reply that holds out longest; 0 if it is mate.
+int CProofGuide::CollectReplies(TChessboard& p) {
+    TMove list[kMaxMoves];
+    const int count = GenerateBlackMoves(p, list);
+    int longest = 0;
+    for (int i = 0; i < count; ++i) {
+        TChessboard* const child = CopyToChild(&p);
+        if (MakeBlackMove<kLegalityOnly>(*child, list[i], false) != kIllegalMove)
+            longest = std::max(longest, 1 + Collect(*child));
+    }
+    return longest;
+}
+
+bool CProofGuide::FindMove(TChessboard& p, std::uint64_t hash, TMove& move) {
+    CProofTable::TFound found = m_table->Find(hash, p.m_nMoves);
+    if (!found.m_bKnown || found.m_numbers.m_phi != 0) {
+        if (SearchProof(p, *m_table, kNodesForLost, m_nNodes) != EProofResult::Proved)
+            return false;
+        found = m_table->Find(hash, p.m_nMoves);
+    }
+    move = found.m_move;
+    return found.m_bKnown && found.m_numbers.m_phi == 0 && move.m_nFrom != move.m_nTo;
+}
+
+const CProofGuide::TKnown* CProofGuide::Find(const TChessboard& b) const {
+    if (b.m_nMoves < kShortestGuided)
+        return nullptr;
+    const auto known = m_known.find(HashBoard(b));
+    return known != m_known.end() && known->second.m_nPlies <= b.m_nMoves ? &known->second : nullptr;
+}
+
+bool CProofGuide::Suggest(const TChessboard& b, TMove& move) const {
+    const TKnown* const known = Find(b);
+    if (known != nullptr)
+        move = known->m_move;
+    return known != nullptr;
+}
+
+int CProofGuide::KnownPlies(const TChessboard& b) const {
+    const TKnown* const known = Find(b);
+    return known != nullptr ? known->m_nPlies : 0;
+}
+
+} // namespace quillon

@@ -1,0 +1,22 @@
+#pragma once
+// A best-first search for a forced mate: proof numbers, depth first (df-pn, A. Nagai 2002). It goes where the least is
+// left to prove, so it finds long forced mates at once that a search by plies reaches last, and it proves no absence.
+//
+// Its result is an order of moves and nothing else: castling, en passant and hash collisions may deceive it.
+
+#include <cstdint>
+
+#include "search/proof_table.h"
+
+namespace quillon {
+
+enum class EProofResult { Proved, Refuted, Open };
+
+/// Looks for a mate within the plies of `root`, White to move, in its slot of the context's stack; the slots below are
+/// used. No heuristics are in force and no register is asked.
+///   nMostNodes  bound on expanded positions; the table keeps what was found, so a later call goes on from there.
+///   nNodes      counts them.
+[[nodiscard]] EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nMostNodes,
+                                       std::uint64_t& nNodes);
+
+} // namespace quillon

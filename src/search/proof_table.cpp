@@ -1,0 +1,89 @@
+#include "search/proof_table.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "core/packed_move.h"
+
+namespace quillon {
+
+namespace {
+
+// Odd constants of splitmix64 (S. Vigna, public domain).
+constexpr std::uint64_t kMultiplier1 = 0xbf58476d1ce4e5b9u;
+constexpr std::uint64_t kMultiplier2 = 0x94d049bb133111ebu;
+
+// Eight squares without the marks that heuristics leave on pawns.
+constexpr std::uint64_t kUnmarked = 0x0101010101010101u * static_cast<TFigure>(~kPawnMayNotAdvance);
+
+bool IsEmpty(std::uint32_t phi, std::uint32_t delta) { return phi == 0 && delta == 0; }
+
+/// Odd plies: White moves, and his aim is what fewer plies make harder; even plies: the reverse.
+bool HoldsFor(std::uint32_t phi, std::uint32_t delta, int nKnownPlies, int nPlies) {
+    const bool bWhite = (nPlies & 1) != 0;
+    const bool bMate = bWhite ? phi == 0 : delta == 0;
+    const bool bNoMate = bWhite ? delta == 0 : phi == 0;
+    return (bMate && nKnownPlies <= nPlies) || (bNoMate && nKnownPlies >= nPlies);
+}
+
+/// What an entry is worth keeping: a proof of a mate orders moves later on; else the numbers tell the work behind it.
+std::uint64_t WorthOf(std::uint32_t phi, std::uint32_t delta, std::uint16_t nPlies) {
+    if (IsEmpty(phi, delta))
+        return 0;
+    const bool bWhite = (nPlies & 1) != 0;
+    if (phi == 0 || delta == 0)
+        return (phi == 0) == bWhite ? 1u << 20 | nPlies : 64u + nPlies;
+    return 1u + std::min<std::uint64_t>(std::uint64_t{phi} + delta, 1u << 19);
+}
+
+} // namespace
+
+std::uint64_t HashBoard(const TChessboard& b) {
+    std::uint64_t hash = 0x9e3779b97f4a7c15u;
+    for (std::size_t i = 0; i < kSquares; i += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, b.m_board.data() + i, sizeof word);
+        hash = (hash ^ (word & kUnmarked)) * kMultiplier1;
+        hash ^= hash >> 29;
+    }
+    hash *= kMultiplier2;
+    return hash ^ hash >> 32;
+}
+
+CProofTable::CProofTable(std::size_t nBytes)
+    : m_buckets(std::bit_floor(std::max<std::size_t>(nBytes / sizeof(TBucket), 1))), m_mask(m_buckets.size() - 1) {}
+
+CProofTable::TFound CProofTable::Find(std::uint64_t hash, int nPlies) const {
+    TFound found;
+    for (const TEntry& entry : BucketOf(hash).m_entries) {
+        if (entry.m_key != KeyOf(hash) || IsEmpty(entry.m_phi, entry.m_delta) || ((entry.m_nPlies ^ nPlies) & 1) != 0)
+            continue;
+        const bool bVerdict = HoldsFor(entry.m_phi, entry.m_delta, entry.m_nPlies, nPlies);
+        if (bVerdict || entry.m_nPlies == nPlies)
+            found = {{entry.m_phi, entry.m_delta}, UnpackMove(entry.m_move), true};
+        if (bVerdict)
+            return found;
+    }
+    return found;
+}
+
+void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move) {
+    TBucket& bucket = m_buckets[hash & m_mask];
+    TEntry* victim = &bucket.m_entries[0];
+    std::uint64_t least = ~std::uint64_t{0};
+    for (TEntry& entry : bucket.m_entries) {
+        if (entry.m_key == KeyOf(hash) && entry.m_nPlies == nPlies) {
+            victim = &entry;
+            break;
+        }
+        const std::uint64_t worth = WorthOf(entry.m_phi, entry.m_delta, entry.m_nPlies);
+        if (worth < least) {
+            least = worth;
+            victim = &entry;
+        }
+    }
+    *victim = {KeyOf(hash), numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), PackMove(move)};
+}
+
+} // namespace quillon

@@ -1,0 +1,74 @@
+#pragma once
+// The table of a best-first proof: what is known of a position with so many plies left, as proof and disproof numbers.
+//
+// A cache. What it loses has to be searched again, and two positions with the same 52 bits of hash are taken for one:
+// the proof it serves only orders moves, so neither bears on a verdict.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "core/chessboard.h"
+#include "core/move.h"
+#include "platform/large_pages.h"
+
+namespace quillon {
+
+/// Numbers of a position as its mover sees it: phi leaves to decide that he reaches his aim, delta that he does not.
+/// White's aim is mate within the plies left, Black's to get through them. phi 0: he does; delta 0: he does not.
+struct TProofNumbers {
+    std::uint32_t m_phi = 1;
+    std::uint32_t m_delta = 1;
+};
+inline constexpr std::uint32_t kInfiniteNumber = 1u << 30;
+
+inline constexpr TProofNumbers kReachesAim{0, kInfiniteNumber};
+inline constexpr TProofNumbers kMissesAim{kInfiniteNumber, 0};
+
+[[nodiscard]] constexpr bool IsDecided(const TProofNumbers& numbers) {
+    return numbers.m_phi == 0 || numbers.m_delta == 0;
+}
+
+/// Hash of the 64 squares. Castling, en passant and the side to move are left out: the first two may cost an order, the
+/// last is told by the parity of the plies left.
+[[nodiscard]] std::uint64_t HashBoard(const TChessboard& b);
+
+class CProofTable {
+  public:
+    /// At least one bucket; at most `nBytes` otherwise. Throws std::bad_alloc.
+    explicit CProofTable(std::size_t nBytes);
+
+    [[nodiscard]] std::size_t Bytes() const { return m_buckets.size() * sizeof(TBucket); }
+
+    struct TFound {
+        TProofNumbers m_numbers;
+        TMove m_move{};        // the best one; source = target for none
+        bool m_bKnown = false; // else the numbers mean nothing
+    };
+
+    /// For the position with `nPlies` left: its own numbers, or a verdict for another number of plies that holds here
+    /// too (White mates in fewer, or not even in more).
+    [[nodiscard]] TFound Find(std::uint64_t hash, int nPlies) const;
+
+    void Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move);
+
+  private:
+    struct TEntry {
+        std::uint32_t m_key = 0;
+        std::uint32_t m_phi = 0, m_delta = 0; // both 0: empty
+        std::uint16_t m_nPlies = 0;
+        std::uint16_t m_move = 0; // packed
+    };
+    struct TBucket {
+        std::array<TEntry, 4> m_entries;
+    };
+
+    [[nodiscard]] static std::uint32_t KeyOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
+    [[nodiscard]] const TBucket& BucketOf(std::uint64_t hash) const { return m_buckets[hash & m_mask]; }
+
+    std::vector<TBucket, CLargePageAllocator<TBucket>> m_buckets; // a power of two
+    std::uint64_t m_mask;
+};
+
+} // namespace quillon

@@ -1,0 +1,164 @@
+// The best-first proof and the guide made of it, held against the independent solver.
+
+#include "search/proof_guide.h"
+
+#include <gtest/gtest.h>
+
+#include "search/control.h"
+#include "search/searched_position.h"
+
+namespace quillon::test {
+namespace {
+
+constexpr std::uint64_t kAmple = 1'000'000;
+constexpr std::size_t kTable = std::size_t{1} << 20;
+
+int PliesOfMate(int nMoves) { return 2 * nMoves - 1; }
+
+/// Searches random positions for mates in `nMoves` and compares each outcome; returns how many have one.
+int CompareOutcomes(std::uint64_t seed, int nMoves, int nCount, std::size_t nTableBytes) {
+    std::mt19937_64 rng(seed);
+    int mates = 0;
+    for (int i = 0; i < nCount; ++i) {
+        const std::string placement = AnyPlacement(rng, i, 4 + i % 4);
+        const auto truth = reference::ShortestMate(reference::ProblemFromFen(placement), nMoves, 300'000);
+        if (!truth)
+            continue;
+        CSearchedPosition line(placement, PliesOfMate(nMoves));
+        CProofTable table(nTableBytes);
+        std::uint64_t nodes = 0;
+        const EProofResult result = SearchProof(line.Root(), table, kAmple, nodes);
+        EXPECT_EQ(result, *truth > 0 ? EProofResult::Proved : EProofResult::Refuted) << placement << " #" << nMoves;
+        mates += *truth > 0;
+    }
+    return mates;
+}
+
+TEST(ProofSearch, TellsMatesInTwo) { EXPECT_GT(CompareOutcomes(1, 2, Samples(2000), kTable), 50); }
+TEST(ProofSearch, TellsMatesInThree) { EXPECT_GT(CompareOutcomes(2, 3, Samples(600), kTable), 10); }
+TEST(ProofSearch, TellsMatesInFour) { EXPECT_GT(CompareOutcomes(3, 4, Samples(60), kTable), 2); }
+TEST(ProofSearch, ATableOfOneBucketIsEnough) { EXPECT_GT(CompareOutcomes(4, 3, Samples(150), 1), 3); }
+
+TEST(ProofSearch, KeepsToItsBound) {
+    CSearchedPosition line("8/8/8/8/8/2k5/8/KQ6", 19);
+    CProofTable table(kTable);
+    std::uint64_t nodes = 0;
+    EXPECT_EQ(SearchProof(line.Root(), table, 50, nodes), EProofResult::Open);
+    EXPECT_LE(nodes, 51u);
+    EXPECT_GT(nodes, 40u);
+}
+
+TEST(ProofSearch, ALaterSearchGoesOnFromTheTable) {
+    const char* const placement = "8/8/4K3/8/8/3k4/8/Q7";
+    std::uint64_t whole = 0, parts = 0;
+    CSearchedPosition line(placement, 17);
+    CProofTable table(kTable);
+    ASSERT_EQ(SearchProof(line.Root(), table, kAmple, whole), EProofResult::Proved);
+    CProofTable other(kTable);
+    CSearchedPosition again(placement, 17);
+    int calls = 0;
+    while (SearchProof(again.Root(), other, whole / 4 + 1, parts) == EProofResult::Open && calls < 100)
+        ++calls;
+    EXPECT_GT(calls, 0);
+    EXPECT_LT(parts, 3 * whole) << "every call has begun anew";
+}
+
+TEST(ProofSearch, AStopLeavesTheQuestionOpen) {
+    CSearchedPosition line("7k/8/5K2/8/8/8/8/Q7", 9);
+    line.Context().m_nStopRequest = kStopRequest;
+    CProofTable table(kTable);
+    std::uint64_t nodes = 0;
+    EXPECT_EQ(SearchProof(line.Root(), table, kAmple, nodes), EProofResult::Open);
+}
+
+/// Plays the guide's moves against every reply; where it has none a short mate is left.
+void FollowGuide(const CProofGuide& guide, const reference::Position& position, int nPlies) {
+    const std::string placement = reference::Placement(position);
+    CSearchedPosition line(placement, nPlies);
+    TMove move;
+    if (!guide.Suggest(line.Root(), move)) {
+        ASSERT_LE(nPlies, 99);
+        const auto left = reference::ShortestMate(position, (nPlies + 1) / 2, 1'000'000);
+        ASSERT_TRUE(left && *left > 0) << placement;
+        return;
+    }
+    const int known = guide.KnownPlies(line.Root());
+    ASSERT_LE(known, nPlies);
+    const std::string text = WriteMove(move, line.Root());
+    const reference::Position after = reference::Play(position, reference::MoveFromNotation(position, text));
+    for (const reference::Move& reply : reference::LegalMoves(after)) {
+        FollowGuide(guide, reference::Play(after, reply), known - 2);
+        if (::testing::Test::HasFatalFailure())
+            return;
+    }
+    ASSERT_FALSE(reference::IsStalemate(after)) << placement;
+}
+
+TEST(ProofGuide, ItsMovesMateWithinTheTold) {
+    std::mt19937_64 rng(5);
+    int followed = 0;
+    for (int i = 0; i < 4000 && followed < Samples(40); ++i) {
+        const std::string placement = AnyPlacement(rng, i, 4 + i % 3);
+        constexpr int kMoves = 4;
+        CSearchedPosition line(placement, PliesOfMate(kMoves));
+        CProofGuide guide(kTable);
+        if (guide.Search(line.Root(), 20'000) != EProofResult::Proved || guide.Positions() < 2)
+            continue;
+        EXPECT_TRUE(guide.IsProved());
+        FollowGuide(guide, reference::ProblemFromFen(placement), PliesOfMate(kMoves));
+        ++followed;
+    }
+    EXPECT_GE(followed, Samples(20));
+}
+
+TEST(ProofGuide, ALongMateIsFollowedToItsEnd) {
+    CSearchedPosition line("8/8/8/3k4/8/8/8/KQ6", 19);
+    CProofGuide guide(std::size_t{16} << 20);
+    ASSERT_EQ(guide.Search(line.Root(), kAmple), EProofResult::Proved);
+    EXPECT_GT(guide.Positions(), 10u);
+    EXPECT_LE(guide.KnownPlies(line.Root()), 19);
+    EXPECT_GE(guide.KnownPlies(line.Root()), 13) << "no queen mates from there in six moves";
+}
+
+TEST(ProofGuide, WithFewerPliesLeftItIsSilent) {
+    CSearchedPosition line("8/8/8/3k4/8/8/8/KQ6", 19);
+    CProofGuide guide(std::size_t{16} << 20);
+    ASSERT_EQ(guide.Search(line.Root(), kAmple), EProofResult::Proved);
+    TMove move{1, 2, 0, 0};
+    line.Root().m_nMoves = static_cast<std::uint16_t>(guide.KnownPlies(line.Root()) - 2);
+    EXPECT_FALSE(guide.Suggest(line.Root(), move));
+    EXPECT_EQ(move.m_nFrom, 1);
+    EXPECT_EQ(guide.KnownPlies(line.Root()), 0);
+}
+
+TEST(ProofGuide, WithoutAProofItSuggestsNothing) {
+    CSearchedPosition line("8/8/8/3k4/8/8/8/KQ6", 7); // no mate in four
+    CProofGuide guide(kTable);
+    EXPECT_EQ(guide.Search(line.Root(), kAmple), EProofResult::Refuted);
+    EXPECT_FALSE(guide.IsProved());
+    TMove move;
+    EXPECT_FALSE(guide.Suggest(line.Root(), move));
+}
+
+/// A guide that errs: the proof of another problem with the same squares, whose moves do not fit.
+TEST(ProofGuide, AWrongGuideChangesNoVerdict) {
+    std::mt19937_64 rng(6);
+    int compared = 0;
+    for (int i = 0; i < Samples(600); ++i) {
+        const std::string placement = AnyPlacement(rng, i, 4 + i % 3);
+        CSearchedPosition longer(placement, 9);
+        CProofGuide guide(kTable);
+        if (guide.Search(longer.Root(), 5'000) != EProofResult::Proved)
+            continue;
+        for (int plies = 5; plies <= 7; plies += 2) {
+            CSearchedPosition plain(placement, plies), guided(placement, plies);
+            guided.Analysis().m_pGuide = &guide;
+            EXPECT_EQ(guided.Verdict(), plain.Verdict()) << placement << " " << plies;
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 30);
+}
+
+} // namespace
+} // namespace quillon::test
