@@ -15,9 +15,7 @@ constexpr int kSurroundedSquares = 2;  // free squares of a king who counts as s
 constexpr int kCornerDistance = 3;     // squares from the corner within which he is near it
 constexpr int kMostCornerDistance = 5; // that the heuristic knows
 
-bool HasNoEdgeYet(const TChoice& c) {
-    return !c.Has(SH_KEEPKINGONTHEEDGE | SH_KEEPKINGWITHINEXTEDGE);
-}
+bool HasNoEdgeYet(const TChoice& c) { return !c.Has(SH_KEEPKINGONTHEEDGE | SH_KEEPKINGWITHINEXTEDGE); }
 
 // --- The frame: overwhelming force against a king on the edge
 

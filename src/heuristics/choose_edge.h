@@ -1,6 +1,6 @@
 #pragma once
-// What holds the black king: may he move at all, does he keep to the edge, to the line beside it, among few squares, near
-// his corner? One of these at most is chosen, the tightest that the root bears out.
+// What holds the black king: may he move at all, does he keep to the edge, to the line beside it, among few squares,
+// near his corner? One of these at most is chosen, the tightest that the root bears out.
 
 #include "heuristics/choice_rules.h"
 

@@ -32,13 +32,12 @@ constexpr bool TimesAtMost(int a, int nNumerator, int nDenominator, int b) {
 bool IsBlackAheadAtCloseQuarters(const TChoice& c) {
     const TPositionFacts& f = c.m_facts;
     return TimesBelow(f.m_nBlackMaterial, 1, 2, f.m_nWhiteMaterial) &&
-           TimesAtMost(f.m_nWhiteMaterial, 3, 2, f.m_nBlackMaterial) && f.m_nWhiteFigures < 3 &&
-           f.m_nKingDistance == 2;
+           TimesAtMost(f.m_nWhiteMaterial, 3, 2, f.m_nBlackMaterial) && f.m_nWhiteFigures < 3 && f.m_nKingDistance == 2;
 }
 bool IsBlackFarAheadButShutIn(const TChoice& c) {
     const TPositionFacts& f = c.m_facts;
-    return f.m_nWhiteHeavy == 0 && f.m_nKingDistance == 2 &&
-           TimesBelow(f.m_nWhiteMaterial, 5, 2, f.m_nBlackMaterial) && f.m_nFreeSquares == 0;
+    return f.m_nWhiteHeavy == 0 && f.m_nKingDistance == 2 && TimesBelow(f.m_nWhiteMaterial, 5, 2, f.m_nBlackMaterial) &&
+           f.m_nFreeSquares == 0;
 }
 bool IsOneFigureAgainstManyMoves(const TChoice& c) {
     return c.m_facts.m_nWhiteFigures == 1 && c.m_facts.m_nFreeSquares > 1 && c.m_facts.m_nBlackMoves > 3;

@@ -1,6 +1,6 @@
 #pragma once
-// Whether the first pass looks for play that White can force (SH_FINDFORCEDMATE), how deep a threat counts as force, and
-// how often that depth may rise.
+// Whether the first pass looks for play that White can force (SH_FINDFORCEDMATE), how deep a threat counts as force,
+// and how often that depth may rise.
 
 #include "heuristics/choice_rules.h"
 

@@ -4,7 +4,6 @@
 #include <array>
 
 #include "core/generation.h"
-#include "core/lines.h"
 #include "core/mask_attacks.h"
 #include "heuristics/chosen_figures.h"
 #include "heuristics/white_promotion.h"
@@ -13,19 +12,26 @@ namespace quillon {
 
 namespace {
 
-constexpr int kRunnerRank = 3;      // a black pawn on the fourth rank or beyond (as an index) is on its way
-constexpr int kBesideKing = 2;      // king steps within which a figure belongs to the cage
-constexpr int kCagedCategory = 2;   // below: the king has one step at most within his cage
+constexpr int kRunnerRank = 3;       // a black pawn on the fourth rank or beyond (as an index) is on its way
+constexpr int kBesideKing = 2;       // king steps within which a figure belongs to the cage
+constexpr int kCagedCategory = 2;    // below: the king has one step at most within his cage
 constexpr int kConfinedCategory = 4; // below: he keeps to a corner of the board
 
-/// Black pawns on the fourth rank or beyond with no man before them on their file.
+bool IsPawn(const TChessboard& b, int square) { return KindOf(b.m_board[static_cast<std::size_t>(square)]) == kPawn; }
+
+bool HasPawnBeforeIt(const TChessboard& b, int square) {
+    for (int ahead = square - 8; ahead >= 0; ahead -= 8)
+        if (IsPawn(b, ahead))
+            return true;
+    return false;
+}
+
+/// Black pawns on the fourth rank or beyond with no pawn before them. Figures in their way come and go.
 int CountBlackRunners(const TChessboard& b) {
     int runners = 0;
-    for (int square = 0; square < kSquares; ++square)
-        if (WithoutMark(b.m_board[static_cast<std::size_t>(square)]) == kBlackPawn && RankOf(square) <= kRunnerRank &&
-            FirstOnRay(b, square, kDirectionBetween[static_cast<std::size_t>(square)][static_cast<std::size_t>(
-                                      FileOf(square))]) == kNoSquare)
-            ++runners;
+    for (int square = 0; square < SquareAt(0, kRunnerRank + 1); ++square)
+        runners +=
+            IsPawn(b, square) && IsBlack(b.m_board[static_cast<std::size_t>(square)]) && !HasPawnBeforeIt(b, square);
     return runners;
 }
 
@@ -50,8 +56,7 @@ bool IsBlackBare(const TChoice& c) { return BlackMen(c.m_root) == 0; }
 
 /// A black queen in play can chase the white king for as long as she likes. One that is shut in cannot.
 bool CanBlackQueenChase(const TChoice& c) {
-    return c.m_root.m_blackQueens == 1 && c.m_facts.m_nWhiteHeavy > 0 &&
-           c.m_facts.m_nMoveCategory >= kCagedCategory;
+    return c.m_root.m_blackQueens == 1 && c.m_facts.m_nWhiteHeavy > 0 && c.m_facts.m_nMoveCategory >= kCagedCategory;
 }
 void ForbidQueenChecks(TChoice& c) {
     c.Set(SH_DONTLETBLACKQUEENCHECKTWICE);

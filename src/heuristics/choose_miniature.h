@@ -9,8 +9,8 @@ namespace quillon {
 /// At most so many queens, rooks, bishops and knights on both sides make a miniature.
 inline constexpr int kMiniatureFigures = 7;
 
-/// The last heavy figure decides: White has little besides it, no pawn is about to replace it, and the black king is not
-/// so shut in that what is left could mate him.
+/// The last heavy figure decides: White has little besides it, no pawn is about to replace it, and the black king is
+/// not so shut in that what is left could mate him.
 [[nodiscard]] bool DependsOnHeavyFigure(const TChoice& choice);
 
 /// Takes the rules of miniatures. Nothing in positions with more figures.

@@ -18,14 +18,12 @@ constexpr int kConfinedCategory = 4; // below: the king keeps to a corner of the
 constexpr int kLongPlies = 21;       // shorter problems do without patterns of manoeuvre
 constexpr int kSeaSnakePlies = 41;   // a queen's way up takes its time
 constexpr int kSecondRank = 1, kThirdRank = 2;
-constexpr int kSweptPawns = 3;       // black pawns before the first rank that make a rook sweep it
-constexpr int kTiedBlackMoves = 6;   // with no more moves Black lives on the pinned figure
+constexpr int kSweptPawns = 3;     // black pawns before the first rank that make a rook sweep it
+constexpr int kTiedBlackMoves = 6; // with no more moves Black lives on the pinned figure
 
 // --- The main diagonal
 
-bool IsCorner(TSquare square) {
-    return kEdgeDistance[FileOf(square)] == 0 && kEdgeDistance[RankOf(square)] == 0;
-}
+bool IsCorner(TSquare square) { return kEdgeDistance[FileOf(square)] == 0 && kEdgeDistance[RankOf(square)] == 0; }
 
 /// Has White a legal move that puts a diagonal figure on one of these squares?
 bool CanPutDiagonalFigureOn(TChessboard& root, TMask squares) {
@@ -84,9 +82,9 @@ TSquare FindWhiteQueen(const TChessboard& b) {
 /// equals. kNoSquare if he is closed in on all sides.
 TSquare FindApproachSquare(const TChessboard& b) {
     const TFigureMasks masks = TakeMasks(b);
-    const TMask lines = (RookAttacks(masks.m_nBlackKing, masks.Occupied()) |
-                         BishopAttacks(masks.m_nBlackKing, masks.Occupied())) &
-                        ~masks.Occupied();
+    const TMask lines =
+        (RookAttacks(masks.m_nBlackKing, masks.Occupied()) | BishopAttacks(masks.m_nBlackKing, masks.Occupied())) &
+        ~masks.Occupied();
     TSquare best = kNoSquare;
     for (TMask left = lines; left != 0;) {
         const auto square = static_cast<TSquare>(TakeSquare(left));

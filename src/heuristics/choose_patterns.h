@@ -1,6 +1,6 @@
 #pragma once
-// Heuristics for patterns that few positions show: a pin or a queen that the whole play turns on, a rook that sweeps the
-// first rank, a move to be lost, figures none of which White can spare.
+// Heuristics for patterns that few positions show: a pin or a queen that the whole play turns on, a rook that sweeps
+// the first rank, a move to be lost, figures none of which White can spare.
 
 #include <array>
 
@@ -15,8 +15,8 @@ namespace quillon {
 /// SH_DONTLEAVEMAINDIAGONAL with its figure, in safe mode.
 void ChooseMainDiagonal(TChoice& choice);
 
-/// SH_SEASNAKE with its squares: a single white queen works her way up, step by step and turning back, to a shut-in king,
-/// while Black can do nothing but swing his queen to and fro between two squares.
+/// SH_SEASNAKE with its squares: a single white queen works her way up, step by step and turning back, to a shut-in
+/// king, while Black can do nothing but swing his queen to and fro between two squares.
 void ChooseSeaSnake(TChoice& choice);
 
 /// SH_DONTLOSEANYFIGURES, in safe mode and without the heuristics that reckon with sacrifices or a fixed cage: White is

@@ -19,8 +19,8 @@ void SetWatchedFigures(THeuristicParameters& parameters, const TChessboard& boar
     parameters.m_BlockedFiguresNow = parameters.m_BlockedFigures;
     parameters.m_nBlockedFigures = static_cast<std::int8_t>(squares.size());
     parameters.m_bBlockedFiguresEff = false;
-    parameters.m_bBlockedPawns = std::ranges::any_of(
-        squares, [&](TSquare square) { return WithoutMark(board.m_board[square]) == kBlackPawn; });
+    parameters.m_bBlockedPawns =
+        std::ranges::any_of(squares, [&](TSquare square) { return WithoutMark(board.m_board[square]) == kBlackPawn; });
 }
 
 void AddWatchedFigure(THeuristicParameters& parameters, const TChessboard& board, TSquare square) {

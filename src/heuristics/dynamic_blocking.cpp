@@ -17,8 +17,8 @@ bool IsWatchable(TFigure figure) { return IsBlack(figure) && KindOf(figure) != k
 bool IsBlocked(const TChessboard& b, TSquare square) {
     TMove list[kMaxMoves];
     const int count = GenerateBlackFigureMoves(b, square, list);
-    return std::count_if(list, list + count,
-                         [&](const TMove& move) { return b.m_board[move.m_nTo] == kNoFigure; }) <= 1;
+    return std::count_if(list, list + count, [&](const TMove& move) { return b.m_board[move.m_nTo] == kNoFigure; }) <=
+           1;
 }
 
 bool IsAllowed(const TChessboard& child) {

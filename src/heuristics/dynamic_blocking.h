@@ -1,14 +1,14 @@
 #pragma once
-// SH_DONTLETFIGUREUNBLOCK applied on the way: the black king has just reached a square where none of Black's figures can
-// come to his help, so a trial assumes that none ever will.
+// SH_DONTLETFIGUREUNBLOCK applied on the way: the black king has just reached a square where none of Black's figures
+// can come to his help, so a trial assumes that none ever will.
 
 #include "core/chessboard.h"
 #include "core/heuristic_parameters.h"
 
 namespace quillon {
 
-/// Has the black king's move just left all of Black's figures blocked: there is one at least, and none has more than one
-/// field to go to?
+/// Has the black king's move just left all of Black's figures blocked: there is one at least, and none has more than
+/// one field to go to?
 ///   child  White to move, in a pass with heuristics; the bit is not in force and the pass allows it to be applied
 ///          dynamically, or falls back on it because the watched figures ran out.
 [[nodiscard]] bool AreFiguresJustBlocked(const TChessboard& child);

@@ -30,7 +30,7 @@ class CForcedMateRun {
         m_context.m_bFFM = true;
         m_context.m_nFfmHeldBack = 0;
         m_context.m_nFfmHeldBackUntil = 0;
-        if (m_context.m_nFfmWithOther != 1)
+        if (!KeepsOtherHeuristics(m_context))
             TakeOthersOff();
         child.m_nHeurParams = ComputeHeurParams(child);
     }
@@ -70,13 +70,16 @@ class CForcedMateRun {
 
 TMateResult FindForcedMateRoot(TChessboard& child, bool bLog) {
     const CForcedMateRun run(child);
-    const TMateResult result =
-        bLog ? FindMateBlack<kLoggingForcedNode>(&child) : FindMateBlack<kForcedNode>(&child);
+    const TMateResult result = bLog ? FindMateBlack<kLoggingForcedNode>(&child) : FindMateBlack<kForcedNode>(&child);
     if (result == MR_MATE)
         return MR_MATE;
     if (IsStopping(child))
         return MR_DOUBTFUL;
     return result == MR_NOMATE || result == MR_NONE ? MR_NOMATE : MR_DOUBTFUL;
+}
+
+bool KeepsOtherHeuristics(const THeuristicParameters& parameters) {
+    return parameters.m_bFfmCycleTwice || parameters.m_nFfmWithOther == 1;
 }
 
 void StartPreliminaryPass(TChessboard& root) {

@@ -6,6 +6,7 @@
 // search inside it stays the ordinary one.
 
 #include "core/chessboard.h"
+#include "core/heuristic_parameters.h"
 #include "core/mate_result.h"
 
 namespace quillon {
@@ -14,11 +15,14 @@ namespace quillon {
 inline constexpr int kFewestForcedMatePlies = 4;
 
 /// The run for the position after a white root move, Black to move, with SH_FINDFORCEDMATE in its mask.
-///   The other heuristics stay in force (m_nFfmWithOther 1), are off for the run (0), or come back once the line is near
-///   its end (-1). Mask, signature and context are put back on every way out.
+///   The other heuristics stay in force (KeepsOtherHeuristics), are off for the run (m_nFfmWithOther 0), or come back
+///   once the line is near its end (-1). Mask, signature and context are put back on every way out.
 ///   Returns MR_MATE or MR_NOMATE, both proofs, else MR_DOUBTFUL; a stopped run is MR_DOUBTFUL.
 ///   bLog  run the nodes that tell the analysis' log.
 [[nodiscard]] TMateResult FindForcedMateRoot(TChessboard& child, bool bLog = false);
+
+/// All other heuristics stay in force in the whole run: so the user wants it, or it is the first of two cycles.
+[[nodiscard]] bool KeepsOtherHeuristics(const THeuristicParameters& parameters);
 
 /// The preliminary pass (m_bFfmPreliminary), White to move at the root: keeps its mask for the pass after it, and
 /// exchanges the narrow edge heuristics for the extended edge. Nothing if none is pending.

@@ -8,6 +8,7 @@
 #include "core/makers.h"
 #include "core/queries.h"
 #include "core/search_context.h"
+#include "heuristics/forced_mate.h"
 #include "heuristics/forced_mate_depth.h"
 #include "heuristics/look_aside.h"
 #include "heuristics/numbered_line.h"
@@ -127,7 +128,7 @@ class CForcingList {
             return true;
         if (code.m_bWidened && ShutsKingIn(child))
             return true;
-        const ELookAside kind = m_context.m_nFfmWithOther == 1 ? ELookAside::UnderHeuristics : ELookAside::Proof;
+        const ELookAside kind = KeepsOtherHeuristics(m_context) ? ELookAside::UnderHeuristics : ELookAside::Proof;
         return code.m_nThreatPlies > 1 && ThreatensMate(child, code.m_nThreatPlies, kind);
     }
 

@@ -19,7 +19,7 @@ inline constexpr int kFewestThreatPlies = 4;
 ///   any          moves against a lone black queen; captures of a queen by a side with two; promotions where White has
 ///                little else; from code 5 on, if asked for, captures next to the black king
 ///   any          the next white move of a line that the sort indications tell move by move
-/// A mate is looked for in plain chess; with the other heuristics in force (m_nFfmWithOther 1) under these.
+/// A mate is looked for in plain chess; where the other heuristics stay in force (KeepsOtherHeuristics), under these.
 ///   list     room for kMaxMoves; the slots of the stack up to m_nMoves are used. Returns the number of moves.
 int GenerateForcingMoves(TChessboard& b, TMove* list);
 

@@ -354,8 +354,7 @@ void CSetReader::ReadItem(const TPiece& item) {
     if (open != std::string_view::npos) {
         if (!item.m_text.ends_with(')'))
             Fail({item.m_text, item.m_nAt + open}, "bracket without its end");
-        parameters =
-            CutAtCommas({item.m_text.substr(open + 1, item.m_text.size() - open - 2), item.m_nAt + open + 1});
+        parameters = CutAtCommas({item.m_text.substr(open + 1, item.m_text.size() - open - 2), item.m_nAt + open + 1});
         for (const TPiece& parameter : parameters)
             if (parameter.m_text.empty())
                 Fail(parameter, "a parameter is missing");
@@ -427,8 +426,7 @@ void CheckWatchedFigures(const TReadHeuristics& read, const TChessboard& board) 
 TSquare CheckedPinnedFigure(const TReadHeuristics& read, const TChessboard& board) {
     const TSquare key = read.m_parameters.m_nKeyWhiteFigure;
     if (!CanBeKeyFigure(board, key))
-        throw ChessException("Heuristics: SH_KEYWHITEFIGURE needs a white queen, rook or bishop on " +
-                             SquareName(key));
+        throw ChessException("Heuristics: SH_KEYWHITEFIGURE needs a white queen, rook or bishop on " + SquareName(key));
     const TSquare pinned = FindPinnedByKeyFigure(board, key);
     if (pinned == kNoSquare)
         throw ChessException("Heuristics: the key white figure on " + SquareName(key) + " pins no black figure");

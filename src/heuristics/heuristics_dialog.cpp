@@ -19,10 +19,12 @@ namespace quillon {
 
 namespace {
 
-constexpr const char* kTwoExtEdges = "Conflict of heuristics: select only one of 'Don't let black king out of ext.edge' and "
-                                     "'(Don't let black king) move unless back to the edge'";
-constexpr const char* kTwoEdges = "Conflict of heuristics (\"Don't let black king move\" and \"Don't let black king out of "
-                                  "the edge and/or ext.edge\") ";
+constexpr const char* kTwoExtEdges =
+    "Conflict of heuristics: select only one of 'Don't let black king out of ext.edge' and "
+    "'(Don't let black king) move unless back to the edge'";
+constexpr const char* kTwoEdges =
+    "Conflict of heuristics (\"Don't let black king move\" and \"Don't let black king out of "
+    "the edge and/or ext.edge\") ";
 constexpr const char* kExceptionsAlone =
     "Heuristics 'Don't let black king move' is off, while 'allow exc' is on.\nIt requires correction.";
 constexpr const char* kBadCornerDistance =
@@ -287,8 +289,7 @@ void CDialogReader::ReadSeaSnake() {
     if (m_p.m_nSeaSnakeApproach == kNoSquare)
         Stop("Invalid piece (" + std::string(kApproach) + ")");
     m_p.m_nSeaSnakeTurnBack = ReadSquare(m_d.m_seaSnakeTurnBack, "Sea snake - turn back square");
-    m_p.m_nSeaSnakePendulum1 =
-        ReadSquare(m_d.m_seaSnakePendulum1, "Sea snake - pendulum square 1 (approachable)");
+    m_p.m_nSeaSnakePendulum1 = ReadSquare(m_d.m_seaSnakePendulum1, "Sea snake - pendulum square 1 (approachable)");
     m_p.m_nSeaSnakePendulum2 = ReadSquare(m_d.m_seaSnakePendulum2, "Sea snake - pendulum square 2");
     std::vector<TMove> after;
     try {
@@ -454,10 +455,10 @@ void OpenForcedMate(THeuristicsDialog& d, std::uint32_t mask, const THeuristicPa
     d.m_bFindForcedMate = (mask & SH_FINDFORCEDMATE) != 0 && (mask & SH_SEASNAKE) == 0;
     d.m_nFfmDepth = std::clamp(p.m_nFfmDepth, kMinForcedMateDepth, kMaxForcedMateDepth);
     d.m_bFfmAddCaptures = p.m_bFfmAddCaptures;
-    d.m_ffmWithOther = p.m_nFfmWithOther == 1       ? EForcedMateWithOther::Yes
-                       : p.m_nFfmWithOther == 0     ? EForcedMateWithOther::No
-                       : p.m_bFfmPreliminary        ? EForcedMateWithOther::PartiallyAfterInitialPass
-                                                    : EForcedMateWithOther::Partially;
+    d.m_ffmWithOther = p.m_nFfmWithOther == 1   ? EForcedMateWithOther::Yes
+                       : p.m_nFfmWithOther == 0 ? EForcedMateWithOther::No
+                       : p.m_bFfmPreliminary    ? EForcedMateWithOther::PartiallyAfterInitialPass
+                                                : EForcedMateWithOther::Partially;
     d.m_ffmRelaxations = std::to_string(p.m_nFfmRelaxations);
     d.m_bFfmCycleTwice = p.m_bFfmCycleTwice;
 }

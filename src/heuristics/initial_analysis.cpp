@@ -64,16 +64,16 @@ void ResetRootMarks(TSearchMarks& marks) {
 //    7 few figures                 15 signature
 //    8 forced play
 void ChooseHeuristics(TChoice& choice) {
-    ChooseMainDiagonal(choice);     // 4
-    ChooseSeaSnake(choice);         // 5
-    choice.Set(SH_3MOVESTOMATE);    // 6
-    ChooseForMiniature(choice);     // 7
-    ChooseWatchedFigures(choice);   // 7
-    ChooseForcedMate(choice);       // 8
-    ChooseEdge(choice);             // 9
-    ChooseSavedFigures(choice);     // 10
-    ChoosePatterns(choice);         // 11
-    RebuildKeyFigure(choice);       // 12
+    ChooseMainDiagonal(choice);   // 4
+    ChooseSeaSnake(choice);       // 5
+    choice.Set(SH_3MOVESTOMATE);  // 6
+    ChooseForMiniature(choice);   // 7
+    ChooseWatchedFigures(choice); // 7
+    ChooseForcedMate(choice);     // 8
+    ChooseEdge(choice);           // 9
+    ChooseSavedFigures(choice);   // 10
+    ChoosePatterns(choice);       // 11
+    RebuildKeyFigure(choice);     // 12
     if ((choice.m_root.m_byPass > 1 || choice.m_analysis.m_bSafeMode) && DependsOnHeavyFigure(choice))
         choice.Set(SH_SAVEQUEENROOK); // 13
 }
@@ -122,7 +122,8 @@ TInitialAnalysis AnalyzeInitialPosition(TChessboard& root, const TInitialAnalysi
         analysis.m_seaSnakeAfterMoves.clear();
         analysis.m_zugzwangPositions.clear();
     }
-    const TPositionFacts facts = TakePositionFacts(root); // 3: what the checks and the plan of passes ask, whoever chose
+    const TPositionFacts facts =
+        TakePositionFacts(root); // 3: what the checks and the plan of passes ask, whoever chose
     StorePositionFacts(root, facts, context, analysis);
 
     TChoice choice{root, context, analysis, facts};

@@ -1,6 +1,6 @@
 #pragma once
-// Looks aside: what would White do with a few plies from here? A node asks it to judge a move, not to prove a verdict of
-// its own. It runs the ordinary recursion on a copy, below the slots that the line is using.
+// Looks aside: what would White do with a few plies from here? A node asks it to judge a move, not to prove a verdict
+// of its own. It runs the ordinary recursion on a copy, below the slots that the line is using.
 
 #include "core/chessboard.h"
 
@@ -13,7 +13,8 @@ enum class ELookAside {
 };
 
 /// Does White, to move in `b`, force mate within nPlies (odd, at least 1)? Tried with 1, 3, 5, ... plies.
-///   Stack    `b` is left as it is; the slots of the context's stack up to nPlies are used, so `b` and the line above it
+///   Stack    `b` is left as it is; the slots of the context's stack up to nPlies are used, so `b` and the line above
+///   it
 ///            have to stand higher.
 ///   False    says nothing if the analysis is being stopped.
 [[nodiscard]] bool HasMateWithin(const TChessboard& b, int nPlies, ELookAside kind = ELookAside::Proof);

@@ -15,8 +15,8 @@ namespace {
 constexpr std::uint8_t kModeOfDark = 2, kModeOfLight = 1;
 
 bool HasMaterial(const TChessboard& b) {
-    return b.m_blackBishops == 1 && b.m_blackQueens + b.m_blackRooks + b.m_blackKnights == 0 &&
-           b.m_whiteBishops == 1 && b.m_whiteQueens + b.m_whiteRooks + b.m_whiteKnights == 0;
+    return b.m_blackBishops == 1 && b.m_blackQueens + b.m_blackRooks + b.m_blackKnights == 0 && b.m_whiteBishops == 1 &&
+           b.m_whiteQueens + b.m_whiteRooks + b.m_whiteKnights == 0;
 }
 
 TSquare BlackBishop(const TChessboard& b) {
@@ -67,8 +67,8 @@ void DetectOppositeBishops(TChessboard& b) {
 // The further mode, a bishop that stays on the board, is never set: with it all moves are searched as they are.
 bool IsRefusedByBishopMode(const TChessboard&, const TMove&) { return false; }
 
-// What White captures in a bishop mode is a figure that was promoted since: the bishop itself lives on squares that White
-// does not enter. The mode stands.
+// What White captures in a bishop mode is a figure that was promoted since: the bishop itself lives on squares that
+// White does not enter. The mode stands.
 void CorrectBishopMode(TChessboard&) {}
 
 } // namespace quillon

@@ -3,10 +3,12 @@
 // anywhere on the squares of its colour; White keeps off these squares (the maker sees to it), and Black may pass
 // instead of moving the bishop.
 //
-// Why a mate found so is a proof. Let every white man stand on squares of the other colour when the bishop is taken off,
-// have White besides the king one bishop and pawns, and let no pawn be able to promote. Then, wherever the bishop is:
+// Why a mate found so is a proof. Let every white man stand on squares of the other colour when the bishop is taken
+// off, have White besides the king one bishop and pawns, and let no pawn be able to promote. Then, wherever the bishop
+// is:
 //   - White's men never come to its squares, so it captures nothing and checks nobody;
-//   - White's bishop moves and checks along squares that it cannot stand on; king, pawns and their checks have no lines.
+//   - White's bishop moves and checks along squares that it cannot stand on; king, pawns and their checks have no
+//   lines.
 //     So it blocks no move, no check, and takes no checking man;
 //   - Black's other moves are all there, and more: what the bishop stands in the way of is open to Black too;
 //   - a move of the bishop changes nothing of this, so a pass stands for all of them. Only stalemate wants care: a

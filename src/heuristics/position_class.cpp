@@ -53,7 +53,10 @@ TKingWalk WalkWithinCage(const TChessboard& b) {
 TKingWalk WalkUnderGuard(const TChessboard& b) {
     const TFigureMasks masks = TakeMasks(b);
     // The king gives no cover against the figures that look through his square.
-    return Walk(masks, masks.m_black | WhiteAttacks(masks, masks.Occupied() & ~MaskOf(masks.m_nBlackKing)));
+    const TMask guarded = WhiteAttacks(masks, masks.Occupied() & ~MaskOf(masks.m_nBlackKing));
+    // A loose figure that he would have to walk to is gone when he arrives.
+    const TMask figures = masks.m_white & ~masks.m_pawns & ~KingAttacks(masks.m_nBlackKing);
+    return Walk(masks, masks.m_black | guarded | figures);
 }
 
 int WhiteMaterial(const TChessboard& b) {
@@ -68,7 +71,8 @@ int BlackMaterial(const TChessboard& b) {
 
 int CountWhiteChecks(TChessboard& root) {
     TMove list[kMaxMoves];
-    const int count = root.m_whiteChecker == kNoChecker ? GenerateWhiteChecks(root, list) : GenerateWhiteMoves(root, list);
+    const int count =
+        root.m_whiteChecker == kNoChecker ? GenerateWhiteChecks(root, list) : GenerateWhiteMoves(root, list);
     int checks = 0;
     for (int i = 0; i < count; ++i) {
         TMove move = list[i];

@@ -1,6 +1,6 @@
 #pragma once
-// What kind of position the root is: the figures, the room of the black king, what White can force. The rules that choose
-// heuristics read these facts; they are taken once a solve.
+// What kind of position the root is: the figures, the room of the black king, what White can force. The rules that
+// choose heuristics read these facts; they are taken once a solve.
 
 #include "core/chessboard.h"
 #include "core/figure_masks.h"
@@ -43,7 +43,7 @@ struct TPositionFacts {
     int m_nRing = 0; // of the black king
     bool m_bCorner = false;
     int m_nKingDistance = 0;
-    int m_nFreeSquares = 0;       // of the black king
+    int m_nFreeSquares = 0; // of the black king
     int m_nBlackMenAroundKing = 0;
     TKingWalk m_cage, m_guarded;
     int m_nMoveCategory = 0; // steps of the walk within the cage

@@ -33,20 +33,20 @@ static_assert(kCheapSortHeuristics == 0x800c4);
 // --- Answered "no" on purpose
 // ------------------------------------------------------------------------------------------
 
-/// A forced win against a king on the edge, seen without search; a positive result would end the node. None: what ends a
-/// node has to be a proof, and the node above has just looked for one (short mates, checks that leave no way out).
+/// A forced win against a king on the edge, seen without search; a positive result would end the node. None: what ends
+/// a node has to be a proof, and the node above has just looked for one (short mates, checks that leave no way out).
 [[nodiscard]] inline TMateResult ShortCutOnTheEdge(const TChessboard&) { return MR_NONE; }
 
-/// In a bishop mode with a white knight: is the position won at sight? Never: the mode is entered without knights, since
-/// a knight could not move without entering squares of the bishop.
+/// In a bishop mode with a white knight: is the position won at sight? Never: the mode is entered without knights,
+/// since a knight could not move without entering squares of the bishop.
 [[nodiscard]] inline bool IsWonInBishopMode(const TChessboard&) { return false; }
 
-/// At the first reply, in the ending of a single queen against a rook: the queen's target square. Not noted: a queen that
-/// mates soon behind such a reply is found by the short-mate search at no price.
+/// At the first reply, in the ending of a single queen against a rook: the queen's target square. Not noted: a queen
+/// that mates soon behind such a reply is found by the short-mate search at no price.
 inline void NoteSingleQueenTarget(const TChessboard&) {}
 
-/// A stored tree of solved positions of this material orders the list: true if it knows a move that mates in time. There
-/// is no data.
+/// A stored tree of solved positions of this material orders the list: true if it knows a move that mates in time.
+/// There is no data.
 [[nodiscard]] inline bool OrderByStoredTree(const TChessboard&, int, TMove*) { return false; }
 
 /// The root's list, sorted: a test of the initial analysis may order it anew. The list stands: of a wide root with few

@@ -30,8 +30,8 @@ bool IsKingMoveDoubted(TChessboard& child) {
 bool StillSweeps(const TChessboard& child) {
     const TChessboard& before = *child.m_pPrevious;
     const TMove& move = child.m_lastMove;
-    const bool bLeaves = before.m_board[move.m_nFrom] == kWhiteRook && RankOf(move.m_nFrom) == 0 &&
-                         RankOf(move.m_nTo) != 0;
+    const bool bLeaves =
+        before.m_board[move.m_nFrom] == kWhiteRook && RankOf(move.m_nFrom) == 0 && RankOf(move.m_nTo) != 0;
     if (bLeaves)
         return false;
     const TFigure captured = WithoutMark(before.m_board[move.m_nTo]);

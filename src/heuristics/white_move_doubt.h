@@ -9,8 +9,8 @@
 namespace quillon {
 
 /// The flag of the heuristic that declares the position after a white move doubtful, 0 for none. A quick test: with
-/// SH_KEEPKINGONTHEEDGE, many plies left and no check, a move of the black king that the gate of black moves doubts ends
-/// the line here, before all of Black's replies are generated, looked up and sorted to find the same.
+/// SH_KEEPKINGONTHEEDGE, many plies left and no check, a move of the black king that the gate of black moves doubts
+/// ends the line here, before all of Black's replies are generated, looked up and sorted to find the same.
 ///   Ends SH_SWEEPINGWHITEROOK in the subtree when a white rook leaves the first rank, or White captures anything but a
 ///   pawn about to promote or a figure on the first rank.
 [[nodiscard]] std::uint32_t FindDoubtAfterWhiteMove(TChessboard& child);

@@ -1,6 +1,6 @@
 #pragma once
-// SH_ZUGZWANG: there is a position to which White returns again and again, each time with Black having spent a move that
-// he cannot get back. White's men leave it only to come home.
+// SH_ZUGZWANG: there is a position to which White returns again and again, each time with Black having spent a move
+// that he cannot get back. White's men leave it only to come home.
 
 #include "core/chessboard.h"
 #include "core/move.h"

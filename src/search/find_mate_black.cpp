@@ -305,8 +305,8 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
         }
     }
     if (moves.m_nVerdict < 0)
-        return Logged<kKind>(*ChildSlot(*p), JudgeSort(*p, moves.m_nVerdict));    // of the move it has decided by
-    if (bAnyLegal || moves.m_bAnyMated || IsInCheck(*p)) // 10
+        return Logged<kKind>(*ChildSlot(*p), JudgeSort(*p, moves.m_nVerdict)); // of the move it has decided by
+    if (bAnyLegal || moves.m_bAnyMated || IsInCheck(*p))                       // 10
         return MR_MATE;
     // Black could only pass, that is, move the bishop that is off the board. Where it might be stuck he is stalemated.
     return bPassed && !CanRemovedBishopBeStuck(*p) ? MR_MATE : MR_NOMATE;

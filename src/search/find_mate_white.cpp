@@ -533,7 +533,8 @@ bool IsProgressPly(const TChessboard& p) { return (p.m_nMoves & 15) == 9 && (p.m
 
 template <TNodeKind kKind> TMateResult FindMateWhite(TChessboard* p, bool bUseRegister) {
     const int m = p->m_nMoves;
-    if ((p->m_wKingState & kPrecalcCanAnswer) != 0 && BishopMode(*p) == 0) { // 1; data know nothing of a bishop off the board
+    // 1; the data know nothing of a bishop that is off the board
+    if ((p->m_wKingState & kPrecalcCanAnswer) != 0 && BishopMode(*p) == 0) {
         const TMateResult exact = AskPrecalcData(*p);
         if (exact != MR_NONE)
             return exact;

@@ -1,6 +1,8 @@
 #include "search/main_variant.h"
 
 #include <algorithm>
+#include <functional>
+#include <memory>
 
 #include "core/generation.h"
 #include "core/makers.h"
@@ -40,21 +42,15 @@ std::vector<TReply> LegalReplies(TChessboard& b) {
     return replies;
 }
 
-/// Replies that are mated within so many plies are not in the guide.
-constexpr int kShorterThanGuided = 3;
-
-/// White's plies to mate behind a reply as the guide knows them, at most those left.
-int KnownPlies(TChessboard& b, TMove move) {
-    const CProofGuide* const guide = b.m_pAnalysis->m_pGuide;
-    if (guide == nullptr || !guide->IsProved())
-        return b.m_nMoves - 1;
-    const int known = guide->KnownPlies(*MakeReply(b, move, b.m_nMoves - 1));
-    return known != 0 ? known : std::min(kShorterThanGuided, b.m_nMoves - 1);
-}
+/// A reply with White's plies to mate as they are known, and the guide that knows them if it is not the solve's own.
+struct TKnownReply {
+    TReply m_reply;
+    std::unique_ptr<CProofGuide> m_guide;
+};
 
 /// Of replies that all lose within m_nMoves - 1 plies, the first that holds out longest: rising trial lengths sieve out
-/// those that are mated sooner. When the look is used up the guide's word on those left has to do.
-TReply LongestReply(TChessboard& b, std::vector<TReply> replies, const CBoundedLook& look) {
+/// those that are mated sooner. A stop, the bound of a look among them, leaves those that were not told apart.
+std::vector<TReply> LongestReplies(TChessboard& b, std::vector<TReply> replies) {
     for (int plies = 1; plies < b.m_nMoves - 1 && !IsStopping(b); plies += 2) {
         std::vector<TReply> surviving;
         for (TReply& reply : replies) {
@@ -65,14 +61,11 @@ TReply LongestReply(TChessboard& b, std::vector<TReply> replies, const CBoundedL
                 break; // it needs the full length: none is longer
         }
         if (surviving.empty())
-            return {replies.front().m_move, plies};
+            return {{replies.front().m_move, plies}};
         if (!IsStopping(b))
             replies = std::move(surviving);
     }
-    if (look.IsUsedUp())
-        for (TReply& reply : replies)
-            reply.m_nPlies = KnownPlies(b, reply.m_move);
-    return *std::ranges::max_element(replies, {}, &TReply::m_nPlies);
+    return replies;
 }
 
 TChessboard* MakeIfItMates(TChessboard& b, TMove& move) {
@@ -85,6 +78,10 @@ constexpr int kShortestAskedNode = 9;
 
 /// A white move that mates within m_nMoves plies, made as the child of `b`; null when the search was stopped.
 TChessboard* MakeMatingMove(TChessboard& b, TMove& mating) {
+    const CProofGuide* const guide = b.m_pAnalysis->m_pGuide;
+    if (guide != nullptr && guide->Suggest(b, mating)) // the lengths of the replies to come are told along its moves
+        if (TChessboard* const child = MakeIfItMates(b, mating))
+            return child;
     if (b.m_nMoves >= kShortestAskedNode && FindMateWhite(&b, false) == MR_MATE) {
         mating = b.m_pContext->m_hints[b.m_nMoves];
         if (!IsNullMove(mating) && CHints(b).Knows(mating))
@@ -103,6 +100,96 @@ TChessboard* MakeMatingMove(TChessboard& b, TMove& mating) {
 
 /// Spent on every turn: short mates are told from long ones even when the bound is used up.
 constexpr std::uint64_t kFewestPositions = 20'000;
+
+// What best-first proofs may expand to tell replies apart that the bound has left: for one length of one reply, and in
+// all.
+constexpr std::uint64_t kProofNodes = 20'000, kAllProofNodes = 200'000;
+constexpr std::size_t kProofTable = std::size_t{4} << 20;
+
+/// Replies that are mated within so many plies are not in a guide.
+constexpr int kShorterThanGuided = 3;
+
+class CVariant {
+  public:
+    CVariant(TChessboard& root, std::uint64_t nMostPositions)
+        : m_context(*root.m_pContext), m_analysis(*root.m_pAnalysis), m_pGuideOfSolve(m_analysis.m_pGuide),
+          m_nMostPositions(nMostPositions), m_nLeft(nMostPositions) {}
+    ~CVariant() { m_analysis.m_pGuide = m_pGuideOfSolve; }
+    CVariant(const CVariant&) = delete;
+    CVariant& operator=(const CVariant&) = delete;
+
+    /// The best reply of `b`, in the plies that White needs behind it.
+    TReply LongestReply(TChessboard& b, std::vector<TReply> replies) {
+        bool bUsedUp = false;
+        {
+            const CBoundedLook look(m_context, m_analysis, std::max(m_nLeft, kFewestPositions));
+            replies = LongestReplies(b, std::move(replies));
+            FlushPositions(m_context, m_analysis);
+            m_nLeft = m_context.m_nPositionsLeft;
+            bUsedUp = look.IsUsedUp();
+        }
+        return bUsedUp ? LongestAsKnown(b, std::move(replies)) : replies.front();
+    }
+
+    TChessboard* MatingMove(TChessboard& b, TMove& mating) {
+        const CBoundedLook look(m_context, m_analysis, m_nMostPositions);
+        return MakeMatingMove(b, mating);
+    }
+
+  private:
+    /// White's plies to mate behind a reply as the guide knows them, at most those left.
+    [[nodiscard]] int KnownPlies(TChessboard& b, TMove move) const {
+        const CProofGuide* const guide = m_analysis.m_pGuide;
+        if (guide == nullptr || !guide->IsProved())
+            return b.m_nMoves - 1;
+        const int known = guide->KnownPlies(*MakeReply(b, move, b.m_nMoves - 1));
+        return known != 0 ? known : std::min(kShorterThanGuided, b.m_nMoves - 1);
+    }
+
+    /// Looks for shorter mates behind a reply.
+    TKnownReply Shortened(TChessboard& b, TReply reply) {
+        TKnownReply known{reply, nullptr};
+        while (known.m_reply.m_nPlies > kShorterThanGuided && m_nProofNodes < kAllProofNodes && !IsStopping(b)) {
+            TChessboard* const child = MakeReply(b, reply.m_move, known.m_reply.m_nPlies - 2);
+            auto guide = std::make_unique<CProofGuide>(kProofTable);
+            const EProofResult result = guide->Search(*child, kProofNodes);
+            m_nProofNodes += guide->Nodes();
+            if (result != EProofResult::Proved || guide->KnownPlies(*child) == 0)
+                break;
+            known.m_reply.m_nPlies = guide->KnownPlies(*child);
+            known.m_guide = std::move(guide);
+        }
+        return known;
+    }
+
+    /// Of replies that could not be told apart the one that holds out longest as far as can be seen.
+    TReply LongestAsKnown(TChessboard& b, std::vector<TReply> replies) {
+        for (TReply& reply : replies)
+            reply.m_nPlies = KnownPlies(b, reply.m_move);
+        std::ranges::stable_sort(replies, std::greater{}, &TReply::m_nPlies);
+        TKnownReply best{{}, nullptr};
+        for (const TReply& reply : replies) {
+            if (best.m_reply.m_nPlies >= reply.m_nPlies)
+                break;
+            TKnownReply known = Shortened(b, reply);
+            if (known.m_reply.m_nPlies > best.m_reply.m_nPlies)
+                best = std::move(known);
+        }
+        if (best.m_guide != nullptr) {
+            m_guide = std::move(best.m_guide);
+            m_analysis.m_pGuide = m_guide.get();
+        }
+        return best.m_reply;
+    }
+
+    TSearchContext& m_context;
+    TAnalysis& m_analysis;
+    const CProofGuide* const m_pGuideOfSolve;
+    std::unique_ptr<CProofGuide> m_guide; // a shorter mate than the solve's guide knows
+    const std::uint64_t m_nMostPositions;
+    std::uint64_t m_nLeft; // for telling replies apart
+    std::uint64_t m_nProofNodes = 0;
+};
 
 /// The variant is built on proofs, whatever was in force in the run that found the key.
 class CPlainRoot {
@@ -124,29 +211,21 @@ class CPlainRoot {
 
 std::vector<TMove> BuildMainVariant(TChessboard& root, const TMove& key, std::uint64_t nMostPositions) {
     const CPlainRoot plain(root);
-    TSearchContext& context = *root.m_pContext;
+    CVariant variant(root, nMostPositions);
     std::vector<TMove> line;
     TMove move = key;
     TChessboard* b = CopyToChild(&root);
     if (MakeWhiteMove(*b, move) == 0)
         return {};
     line.push_back(move);
-    std::uint64_t left = nMostPositions;
     for (;;) {
         std::vector<TReply> replies = LegalReplies(*b);
         if (replies.empty())
             return line;
-        TReply reply;
-        {
-            CBoundedLook look(context, *root.m_pAnalysis, std::max(left, kFewestPositions));
-            reply = LongestReply(*b, std::move(replies), look);
-            FlushPositions(context, *root.m_pAnalysis);
-            left = context.m_nPositionsLeft;
-        }
-        CBoundedLook look(context, *root.m_pAnalysis, nMostPositions);
+        TReply reply = variant.LongestReply(*b, std::move(replies));
         TChessboard* const answered = MakeReply(*b, reply.m_move, reply.m_nPlies);
         line.push_back(reply.m_move);
-        b = MakeMatingMove(*answered, move);
+        b = variant.MatingMove(*answered, move);
         if (b == nullptr)
             return {};
         line.push_back(move);

@@ -148,9 +148,16 @@ bool HasPawnOnSeventh(const TChessboard& b) {
     return std::find(b.m_board.begin() + 48, b.m_board.begin() + 56, kWhitePawn) != b.m_board.begin() + 56;
 }
 
+int ForcedRunHorizon(int nDepthCode) {
+    constexpr int kThreatOfMateInTwo = 5; // the first code whose threats take more than one move
+    return nDepthCode < kThreatOfMateInTwo ? 3 : nDepthCode;
+}
+
 int QuickerHorizon(const TChessboard& p) {
     const int setting = p.m_pAnalysis->m_shLookForQuickerMateDepth;
     int d = setting >= 0 ? setting : AutomaticHorizon(p);
+    if (p.m_pContext->m_bFFM && setting < 0)
+        d = std::min(d, ForcedRunHorizon(p.m_pContext->m_nFfmDepth));
     if (p.m_pContext->m_nLineHorizon != 0)
         d = std::min<int>(d, p.m_pContext->m_nLineHorizon);
     return std::min<int>(d, p.m_nMoves);

@@ -19,6 +19,10 @@ inline constexpr std::uint16_t kCappedByContext = 0x4;
 ///   The figures come from experience with long problems; none of them bears on correctness.
 [[nodiscard]] int QuickerHorizon(const TChessboard& p);
 
+/// The longest trial in a FindForcedMate run of this depth code: about as deep as its threats. The run lives on narrow
+/// lines, and a full search of every position on the way would cost more than the run.
+[[nodiscard]] int ForcedRunHorizon(int nDepthCode);
+
 /// A white pawn stands one step before its promotion.
 [[nodiscard]] bool HasPawnOnSeventh(const TChessboard& b);
 

@@ -25,8 +25,7 @@ TMateResult FindInBishopMode(const TChessboard& b, ITemporaryRegister& known) {
 
 TMateResult Find(const TChessboard& b, int nMaxMoves) {
     ITemporaryRegister& known = *b.m_pAnalysis->m_pRegister;
-    const TMateResult found =
-        IsBishopRemoved(b) ? FindInBishopMode(b, known) : known.Find(b, b.m_nMoves, nMaxMoves);
+    const TMateResult found = IsBishopRemoved(b) ? FindInBishopMode(b, known) : known.Find(b, b.m_nMoves, nMaxMoves);
     const bool bUseless = found <= MR_NONE || (found == MR_DOUBTFUL && b.m_byPass >= 2);
     return bUseless ? MR_NONE : found;
 }

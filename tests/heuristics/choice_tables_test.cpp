@@ -33,7 +33,7 @@ struct TChoosing {
 
 TEST(PositionClass, WalkWithinTheCageIgnoresFigures) {
     CSearchedPosition shut("k7/pp6/8/8/8/8/7R/K7", 21, 1); // a way out along the eighth rank
-    EXPECT_EQ(WalkWithinCage(shut.Root()).m_nSteps, 12) << "to the squares before the white king";
+    EXPECT_EQ(WalkWithinCage(shut.Root()).m_nSteps, 8) << "b8 first, then seven files or ranks";
     CSearchedPosition walled("kb6/pp6/8/8/8/8/8/K7", 21, 1);
     EXPECT_EQ(WalkWithinCage(walled.Root()).m_nSteps, 0);
     CSearchedPosition corner("k7/8/K7/8/8/8/8/1R6", 21, 1); // the king guards a7, b7; the rook only b8
@@ -94,7 +94,7 @@ TEST(ChooseMiniature, EachRule) {
             {"miniature: bare black king", "8/8/8/3k4/8/8/8/K6R", "8/8/8/3k4/7p/8/8/K6R"},
             {"miniature: the last heavy figure decides", "8/8/8/3k4/8/8/8/K6R", "8/8/8/3k4/8/8/8/K4NNR"},
             {"miniature: black queen in play", "8/8/3q4/3k4/8/8/8/K6R", "8/8/3r4/3k4/8/8/8/K6R"},
-            {"miniature: promoted figures of a shut cage", "kB6/1P6/1K6/8/8/7p/8/8", "k7/8/8/8/8/7p/8/K7"},
+            {"miniature: promoted figures of a shut cage", "k7/p1K5/8/8/8/7p/8/8", "k7/8/8/8/8/7p/8/K7"},
             {"miniature: black pawn about to queen", "k7/8/8/8/8/7p/8/K6B", "k7/8/7p/8/8/8/8/K6B"},
             {"miniature: lone white bishop", "8/8/8/3k4/8/8/8/K6B", "8/8/8/3k4/8/8/8/K5NB"},
         },
@@ -121,8 +121,9 @@ TEST(ChooseMiniature, QueensGoEarlyWhereTheyAreLikely) {
 TEST(ChooseWatchedFigures, EachRule) {
     CheckTable(
         {
-            {"watched figures: all that are shut in, the king too", "krb5/pp1p4/2p5/8/8/8/8/K6R", "k1b5/pp6/8/8/8/8/8/K6R"},
-            {"watched figures: those that cannot move beside the king", "kn6/2pp4/P1p5/1p1P4/1P6/8/8/K6R",
+            {"watched figures: all that are shut in, the king too", "krb5/pp1p4/2p5/8/8/8/8/K6R",
+             "k1b5/pp6/8/8/8/8/8/K6R"},
+            {"watched figures: those that cannot move beside the king", "kn1r4/2pp4/p1p5/K7/8/8/8/8",
              "k1n5/8/8/8/8/8/8/K6R"},
         },
         ChooseWatchedFigures);
@@ -205,10 +206,10 @@ TEST(ChooseEdge, EachRule) {
             {"edge: queens against a king on the edge", "k1b5/p1p5/2P5/8/8/8/8/K5QQ", "k1b5/p1p5/2P5/8/8/8/8/K5Q1"},
             {"edge: White lives on the shut cage", "kb6/pp6/8/8/8/8/7q/K6R", "kb6/pp6/8/8/8/8/8/K6R"},
             {"edge: walled in", "kb6/pp6/8/8/8/8/8/K6R", "k7/pp6/8/8/8/8/8/K6R"},
-            {"edge: held on the edge by figures", "k1b5/pbp5/2P5/8/8/8/8/KR6", "k1b5/pbp5/2P5/8/8/8/8/K1R5"},
+            {"edge: held on the edge by figures", "k1b5/p1p5/p1P5/8/8/8/8/KR6", "k1b5/p1p5/p1P5/8/8/8/8/K1R5"},
             {"edge: the cage is a stretch of the edge", "k2b4/pppp4/8/8/8/8/8/K7", "k2b4/p1pp4/8/8/8/8/8/K7"},
             {"edge: the cage is a corner", "k1b5/p1p5/prp5/8/8/8/8/K7", "k7/p1p5/prp5/8/8/8/8/K7"},
-            {"edge: cut off on the edge", "k7/8/8/8/8/8/7R/K7", "8/8/k7/8/8/8/7R/K7"},
+            {"edge: cut off on the edge", "k7/7R/8/8/8/8/8/K7", "k7/8/7R/8/8/8/8/K7"},
             {"edge: cut off beside the edge", "8/k7/8/8/8/8/8/1KR5", "8/k7/8/8/8/8/8/1K5R"},
             {"edge: surrounded", "8/8/2ppp3/2pkp3/3p4/8/8/KBN5", "8/8/8/3k4/8/8/8/KBN5"},
             {"edge: near a corner", "8/1k6/8/8/8/8/8/K7", "8/8/8/3k4/8/8/8/K7"},
@@ -273,7 +274,7 @@ TEST(ChoosePatterns, FigureOnTheMainDiagonal) {
 }
 
 TEST(ChoosePatterns, MainDiagonalForcesSafeMode) {
-    TChoosing pinned("7k/6bp/6pp/8/8/2Q5/8/K7"), wide("7k/6b1/8/8/8/2Q5/8/K7");
+    TChoosing pinned("6rk/6bp/8/8/8/2Q5/8/K7"), wide("7k/6b1/8/8/8/2Q5/8/K7");
     ChooseMainDiagonal(pinned.m_choice);
     EXPECT_TRUE(pinned.m_choice.Has(SH_DONTLEAVEMAINDIAGONAL));
     EXPECT_EQ(pinned.P().m_nBlackFigureOnMainDiagonal, SquareAt(6, 6));
@@ -284,10 +285,47 @@ TEST(ChoosePatterns, MainDiagonalForcesSafeMode) {
 }
 
 TEST(ChoosePatterns, SeaSnakeNeedsAPendulum) {
-    // Black can only swing the queen between a8 and b8.
-    constexpr const char* kSnake = "q7/p1p5/P1P5/6p1/6p1/4p1Pp/4P2P/2Q1K2k";
-    TChoosing snake(kSnake, 41), brief(kSnake, 39);
+    // Black can only swing the queen from a8 to b8.
+    constexpr const char* kSnake = "q1b4k/pb1p3P/p1pP1PP1/P1P5/8/8/8/2Q1K3";
+    TChoosing snake(kSnake, 41);
     ASSERT_EQ(snake.m_facts.m_nBlackMoves, 1) << "the diagram";
+    ChooseSeaSnake(snake.m_choice);
+    EXPECT_TRUE(snake.m_choice.Has(SH_SEASNAKE));
+    EXPECT_TRUE(snake.P().m_bSeaSnake);
+    EXPECT_EQ(snake.P().m_nSeaSnakeApproach, SquareAt(6, 6));
+    EXPECT_EQ(snake.P().m_nSeaSnakeTurnBack, kC1);
+    EXPECT_EQ(snake.P().m_nSeaSnakePendulum1, kA8);
+    EXPECT_EQ(snake.P().m_nSeaSnakePendulum2, SquareAt(1, 7));
+    CheckTable(
+        {
+            {"pattern: sea snake", kSnake, "q1b4k/pb5P/p1pP1PP1/P1P5/8/8/8/2Q1K3", 41}, // the bishop can move as well
+            {"pattern: sea snake", kSnake, "q1b4k/pb1p3P/p1pP1PP1/P1P5/8/8/8/2R1K3", 41},
+            {"pattern: sea snake", kSnake, "q1b4k/pb1p4/p1pP1PP1/P1P5/8/8/8/2Q1K3", 41}, // the king can
+        },
+        ChooseSeaSnake);
+    TChoosing brief(kSnake, 39);
+    ChooseSeaSnake(brief.m_choice);
+    EXPECT_FALSE(brief.m_choice.Has(SH_SEASNAKE));
+}
+
+TEST(ChoosePatterns, ZugzwangIsTheRootToReturnTo) {
+    // Were it Black's move: 1...Ka8 2.b8Q mate... the king has no other square.
+    constexpr const char* kZugzwang = "1k6/1P6/1K6/8/8/8/8/7B";
+    TChoosing lost(kZugzwang);
+    EXPECT_EQ(lost.m_facts.m_nBlackMoves, 0) << "that is stalemate, not zugzwang";
+    ChoosePatterns(lost.m_choice);
+    EXPECT_FALSE(lost.m_choice.Has(SH_ZUGZWANG));
+    TChoosing zugzwang("k7/8/1K6/1P6/8/8/8/8");
+    ASSERT_EQ(zugzwang.m_facts.m_nBlackMoves, 1);
+    ChoosePatterns(zugzwang.m_choice);
+    EXPECT_FALSE(zugzwang.m_choice.Has(SH_ZUGZWANG)) << "no mate in two";
+    TChoosing rook("k7/8/1K6/8/8/8/8/6R1"); // 1...Kb8 2.Rg8 mate
+    ChoosePatterns(rook.m_choice);
+    EXPECT_TRUE(rook.m_choice.Has(SH_ZUGZWANG));
+    EXPECT_EQ(rook.m_position.Analysis().m_zugzwangPositions.at(""), rook.m_position.Root().m_board);
+    TChoosing brief("k7/8/1K6/8/8/8/8/6R1", 19);
+    ChoosePatterns(brief.m_choice);
+    EXPECT_FALSE(brief.m_choice.Has(SH_ZUGZWANG));
 }
 
 TEST(ChoosePatterns, SavedFigures) {
@@ -303,7 +341,7 @@ TEST(ChoosePatterns, SavedFigures) {
 TEST(ChoosePatterns, EachRule) {
     CheckTable(
         {
-            {"pattern: key white figure", "kbr5/pnp5/8/8/4B3/8/8/K7", "kbr5/pbp5/8/8/4B3/8/8/K7"},
+            {"pattern: key white figure", "kb6/pnp5/8/8/4B3/8/8/K7", "kb6/pbp5/8/8/4B3/8/8/K7"},
             {"pattern: rook sweeps the first rank", "k7/8/8/8/8/pppp4/8/K6R", "k7/8/8/8/8/pp6/8/K6R"},
             {"pattern: corner without an edge", "kb6/pp6/8/8/8/8/8/K6R", "1k6/8/8/8/8/8/8/K6R"},
         },

@@ -11,7 +11,6 @@
 namespace quillon::test {
 namespace {
 
-
 CHeuristicLine& Allowed(CHeuristicLine& line) {
     line.Context().m_bApplyDlfuDynamically = line.Context().m_bDlfuDynamic = true;
     return line;

@@ -127,10 +127,11 @@ class CMaskedDoubt : public ITemporaryRegister {
     std::set<std::pair<int, std::uint32_t>> m_doubt;
 };
 
-std::set<std::pair<int, std::uint32_t>> MasksOfDoubt(int nWithOther) {
+std::set<std::pair<int, std::uint32_t>> MasksOfDoubt(int nWithOther, bool bCycleTwice = false) {
     CMaskedDoubt known;
     CForced line("7k/8/8/8/8/5K2/8/R7", 17, 2, SH_DONTRECEDEBLACKKING);
     line.Context().m_nFfmWithOther = static_cast<std::int8_t>(nWithOther);
+    line.Context().m_bFfmCycleTwice = bCycleTwice;
     line.Analysis().m_pRegister = &known;
     line.Analysis().m_shLookForQuickerMateDepth = 0;
     (void)line.Try("Ra1-a7");
@@ -142,6 +143,7 @@ TEST(FindForcedMate, OtherHeuristicsAreOffOrKeptForTheWholeRun) {
         EXPECT_EQ(mask, SH_FINDFORCEDMATE) << plies;
     for (const auto& [plies, mask] : MasksOfDoubt(1))
         EXPECT_EQ(mask, SH_FINDFORCEDMATE | SH_DONTRECEDEBLACKKING) << plies;
+    EXPECT_EQ(MasksOfDoubt(0, true), MasksOfDoubt(1)) << "the first of two cycles";
     EXPECT_FALSE(MasksOfDoubt(0).empty());
     EXPECT_FALSE(MasksOfDoubt(1).empty());
 }

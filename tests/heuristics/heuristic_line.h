@@ -13,7 +13,8 @@ namespace quillon::test {
 
 class CHeuristicLine : public CSearchedPosition {
   public:
-    CHeuristicLine(std::string_view placement, int nPlies, std::uint32_t mask) : CSearchedPosition(placement, nPlies, 1) {
+    CHeuristicLine(std::string_view placement, int nPlies, std::uint32_t mask)
+        : CSearchedPosition(placement, nPlies, 1) {
         SetMask(Root(), mask);
     }
 

@@ -13,8 +13,9 @@
 namespace quillon::test {
 namespace {
 
-constexpr const char* kTwoExtEdges = "Conflict of heuristics: select only one of 'Don't let black king out of ext.edge' and "
-                                     "'(Don't let black king) move unless back to the edge'";
+constexpr const char* kTwoExtEdges =
+    "Conflict of heuristics: select only one of 'Don't let black king out of ext.edge' and "
+    "'(Don't let black king) move unless back to the edge'";
 
 class CBoxes : public INotifier {
   public:
@@ -105,8 +106,9 @@ TEST_F(HeuristicsDialog, BothFormsOfTheExtendedEdgeAreToldButDoNotStop) {
 
 TEST_F(HeuristicsDialog, FormsOfTheEdge) {
     m_d.m_bDontLetKingMove = m_d.m_bOutOfEdge = true;
-    EXPECT_EQ(Fault(), "Conflict of heuristics (\"Don't let black king move\" and \"Don't let black king out of the edge "
-                       "and/or ext.edge\") ");
+    EXPECT_EQ(Fault(),
+              "Conflict of heuristics (\"Don't let black king move\" and \"Don't let black king out of the edge "
+              "and/or ext.edge\") ");
     m_d.m_bDontLetKingMove = false;
     m_d.m_bAllowExceptions = true;
     EXPECT_EQ(Fault(),
@@ -343,10 +345,10 @@ TEST_F(HeuristicsDialog, SeaSnakeNeedsItsApproachSquare) {
 TEST_F(HeuristicsDialog, ZugzwangPositionLiesBehindTheMoves) {
     auto& positions = m_position.Analysis().m_zugzwangPositions;
     m_d.m_bZugzwang = true;
-    m_d.m_zugzwangAfter = "Ka1-a2 Nc6-e5 Ka2-a1";
+    m_d.m_zugzwangAfter = "Ka1-a2 d7-d6 Ka2-a1";
     EXPECT_TRUE(Apply());
     ASSERT_EQ(positions.size(), 1u);
-    EXPECT_EQ(positions.at("Ka1-a2 Nc6-e5 Ka2-a1")[SquareAt(4, 4)], kBlackKnight);
+    EXPECT_EQ(positions.at("Ka1-a2 d7-d6 Ka2-a1")[SquareAt(3, 5)], kBlackPawn);
     positions.begin()->second[0] = kNoFigure;
     EXPECT_TRUE(Apply());
     EXPECT_EQ(positions.begin()->second[0], kNoFigure) << "the same text is not played again";

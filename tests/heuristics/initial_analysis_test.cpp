@@ -45,7 +45,8 @@ TEST(InitialAnalysis, StartsFromResetParameters) {
 
 TEST(InitialAnalysis, MateInThreeIsWatchedInEveryPosition) {
     for (const char* placement : {"7k/8/6K1/8/8/8/8/1Q6", "8/8/2b5/3k4/8/8/2N5/K2R4"})
-        EXPECT_NE(AnalyzeInitialPosition(CSearchedPosition(placement, 21, 1).Root()).m_nHeuristics & SH_3MOVESTOMATE, 0u);
+        EXPECT_NE(AnalyzeInitialPosition(CSearchedPosition(placement, 21, 1).Root()).m_nHeuristics & SH_3MOVESTOMATE,
+                  0u);
 }
 
 TEST(InitialAnalysis, TwinBishopsChooseNothing) {
@@ -181,15 +182,15 @@ TEST(InitialAnalysis, ChosenSetsAreConsistent) {
         EXPECT_EQ(mask & ~kAllHeuristics, 0u);
         EXPECT_EQ(position.Root().m_nHeuristics, mask);
         EXPECT_EQ(position.Root().m_nHeurParams, ComputeHeurParams(position.Root()));
-        const std::uint32_t held =
-            mask & (SH_KEEPKINGONTHEEDGE | SH_KEEPKINGWITHINEXTEDGE | SH_ASSERTBLACKKINGSURROUNDED | SH_KEEPKINGNEARCORNER);
+        const std::uint32_t held = mask & (SH_KEEPKINGONTHEEDGE | SH_KEEPKINGWITHINEXTEDGE |
+                                           SH_ASSERTBLACKKINGSURROUNDED | SH_KEEPKINGNEARCORNER);
         EXPECT_EQ(held & (held - 1), 0u) << "one of them holds the king";
         EXPECT_FALSE((mask & SH_SEASNAKE) != 0 && (mask & SH_FINDFORCEDMATE) != 0);
         EXPECT_EQ((mask & SH_DONTLETFIGUREUNBLOCK) != 0, p.m_nBlockedFigures > 0);
         EXPECT_LE(p.m_nFfmStartDepth + p.m_nFfmRelaxations, 9);
         if ((mask & SH_FINDFORCEDMATE) != 0) {
-            EXPECT_EQ(p.m_bFfmPreliminary, p.m_nFfmWithOther == -1 && position.Root().m_nMoves >= 61 &&
-                                               BlackRing(position.Root()) <= 1);
+            EXPECT_EQ(p.m_bFfmPreliminary,
+                      p.m_nFfmWithOther == -1 && position.Root().m_nMoves >= 61 && BlackRing(position.Root()) <= 1);
         }
         CSearchedPosition again(placement, position.Root().m_nMoves, 1);
         EXPECT_EQ(AnalyzeInitialPosition(again.Root()).m_rules, initial.m_rules) << "the same root, the same rules";

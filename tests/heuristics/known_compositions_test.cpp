@@ -127,7 +127,7 @@ TEST_F(KnownCompositions, FaultsAreToldAndTheRestStands) {
 }
 
 TEST_F(KnownCompositions, SortLineBecomesNumberedIndications) {
-    AppendSortLine(Board(), " 1. Qh8-h7 Nc6-e5 2. Bh1:a8 ");
+    AppendSortLine(Board(), " 1. Qh8-h7 d7-d6 2. Bh1:c6 ");
     ASSERT_EQ(m_position.Analysis().m_sortIndications.size(), 2u);
     const SortIndication& first = m_position.Analysis().m_sortIndications[0];
     EXPECT_EQ(first.m_nMove, 1);
@@ -138,14 +138,14 @@ TEST_F(KnownCompositions, SortLineBecomesNumberedIndications) {
 }
 
 TEST_F(KnownCompositions, SortLineTwiceAddsNothing) {
-    AppendSortLine(Board(), "1. Qh8-h7 Nc6-e5");
+    AppendSortLine(Board(), "1. Qh8-h7 d7-d6");
     AppendSortLine(Board(), "1. Qh8-h7 Rb8-b7");
     EXPECT_EQ(m_position.Analysis().m_sortIndications.size(), 1u);
 }
 
 TEST_F(KnownCompositions, SortLineLongerThanTheProblemIsCut) {
     CSearchedPosition brief(kPlacement, 3, 1);
-    AppendSortLine(brief.Root(), "1. Qh8-h7 Nc6-e5 2. Qh7-h8 Ne5-c6 3. Qh8-h7");
+    AppendSortLine(brief.Root(), "1. Qh8-h7 d7-d6 2. Qh7-h8 d6-d5 3. Qh8-h7");
     EXPECT_EQ(brief.Analysis().m_sortIndications.size(), 2u);
 }
 
@@ -154,7 +154,8 @@ TEST_F(KnownCompositions, BadMoveOfASortLine) {
         m_boxes.m_texts.clear();
         ApplySortLines(Board(), {bad}, &m_boxes);
         ASSERT_EQ(m_boxes.m_texts.size(), 1u) << bad;
-        EXPECT_EQ(m_boxes.m_texts[0], std::pair(std::string("Error in predefined sort indications."), std::string("Error")));
+        EXPECT_EQ(m_boxes.m_texts[0],
+                  std::pair(std::string("Error in predefined sort indications."), std::string("Error")));
         EXPECT_TRUE(m_position.Analysis().m_sortIndications.empty()) << bad;
     }
 }

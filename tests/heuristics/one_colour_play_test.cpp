@@ -46,9 +46,9 @@ TEST(OneColourPlay, NeedsThatNoPawnPromotes) {
 
 TEST(OneColourPlay, ABishopWalledInCannotMove) {
     CHeuristicLine line("8/8/8/8/8/7k/6p1/K7", 21, 0);
-    line.Now().m_bySideState = 1;                       // light: h1 has the only neighbour g2
+    line.Now().m_bySideState = 1; // light: h1 has the only neighbour g2
     EXPECT_TRUE(CanRemovedBishopBeStuck(line.Now()));
-    line.Now().m_bySideState = 2;                       // dark: no corner is shut
+    line.Now().m_bySideState = 2; // dark: no corner is shut
     EXPECT_FALSE(CanRemovedBishopBeStuck(line.Now()));
 }
 

@@ -32,7 +32,8 @@ TEST(SingleQueen, OtherwiseItIsSilent) {
 }
 
 TEST(SingleQueen, DistanceOfTheQueenFromHerKing) {
-    CHeuristicLine far("k7/8/8/8/8/8/8/K5Q1", 21, 0), near("k7/8/8/8/8/8/8/K2Q4", 21, 0), none("k7/8/8/8/8/8/8/K2R4", 21, 0);
+    CHeuristicLine far("k7/8/8/8/8/8/8/K5Q1", 21, 0), near("k7/8/8/8/8/8/8/K2Q4", 21, 0),
+        none("k7/8/8/8/8/8/8/K2R4", 21, 0);
     EXPECT_TRUE(IsQueenFarFromItsKing(far.Now()));
     EXPECT_FALSE(IsQueenFarFromItsKing(near.Now()));
     EXPECT_FALSE(IsQueenFarFromItsKing(none.Now()));
