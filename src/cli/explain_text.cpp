@@ -16,6 +16,8 @@ std::string GuideLine(const TPlanReport& plan) {
 }
 
 std::string PlanEnd(const TPlanReport& plan) {
+    if (plan.m_initialSet.empty()) // then it runs, whether it was wanted or not
+        return "The only pass, 2, runs without heuristics.\n";
     std::string text;
     if (!plan.m_bRelaxes)
         text += "Heuristics are not relaxed.\n";
@@ -59,7 +61,9 @@ std::string PlanText(const TPlanReport& plan) {
         text += "  because: " + rule + "\n";
     text += GuideLine(plan);
     if (!plan.m_misfits.empty())
-        text += "Left out, since it would doubt that mate: " + plan.m_misfits + "\n";
+        text += std::string(plan.m_bGuided ? "Left out, since it would doubt that mate: "
+                                           : "Left out, since there is no forced play: ") +
+                plan.m_misfits + "\n";
     return text + "Plan:\n" + plan.m_passPlan + "\n" + PlanEnd(plan);
 }
 

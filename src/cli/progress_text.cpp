@@ -66,13 +66,15 @@ TProgress ReadProgress(const CSolve& solve, int nRootPly, double seconds) {
                             analysis.m_nTrialPositions.load(std::memory_order_relaxed);
     progress.m_seconds = seconds;
     progress.m_register = solve.RegisterFigures();
+    progress.m_bGuide = analysis.m_pStatusText.load(std::memory_order_relaxed) == kGuideLooking;
     return progress;
 }
 
 std::string ProgressText(const TProgress& progress) {
-    std::string text = progress.m_nMoves > 0 ? MoveText(progress) : std::string("Initial analysis");
+    const bool bInPass = progress.m_nMoves > 0 && !progress.m_bGuide;
+    std::string text = bInPass ? MoveText(progress) : progress.m_bGuide ? kGuideLooking : "Initial analysis";
     text += Formatted(", %.1f s", progress.m_seconds);
-    if (progress.m_nMoves > 0)
+    if (bInPass)
         text += NodesText(progress);
     if (progress.m_register.m_bInUse)
         text += ", register " + ShortNumber(progress.m_register.m_nElements) + " " +

@@ -16,6 +16,7 @@ struct TProgress {
     std::uint64_t m_nPositions = 0; // searched so far, those of the short-mate search included
     double m_seconds = 0;           // since the start
     TRegisterFigures m_register;
+    bool m_bGuide = false; // between passes: a mate is looked for that orders the moves
 };
 
 /// What the solve shows at this moment. The solve may be running on another thread: nothing is locked, and a number can

@@ -47,6 +47,8 @@ class CSolveCommand {
     EExitStatus Run() {
         if (ThreadsOf(m_options.m_threads) > 1)
             WriteDiagnostic(kOneThread);
+        if (!CanReadHeuristics())
+            return EExitStatus::BadInput;
         const std::optional<TProblemSource> source = ReadSource();
         if (!source)
             return EExitStatus::BadInput;
@@ -64,6 +66,18 @@ class CSolveCommand {
     }
 
   private:
+    /// A set that cannot be read is the command line's fault: told once, whatever the number of problems.
+    [[nodiscard]] bool CanReadHeuristics() const {
+        try {
+            if (m_options.m_heuristics)
+                (void)ReadHeuristicsText(*m_options.m_heuristics);
+            return true;
+        } catch (const ChessException& failure) {
+            WriteDiagnostic(failure.what());
+            return false;
+        }
+    }
+
     std::optional<TProblemSource> ReadSource() {
         try {
             if (m_options.m_fen)

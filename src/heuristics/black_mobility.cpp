@@ -6,6 +6,7 @@
 #include "core/figure_masks.h"
 #include "core/generation.h"
 #include "core/makers.h"
+#include "heuristics/material.h"
 
 namespace quillon {
 
@@ -35,30 +36,6 @@ template <class TVisit> void VisitBlackMoves(const TChessboard& b, TVisit visit)
         if (MakeBlackMove<kLegalityOnly>(child, move, false) != kIllegalMove && !visit(move, child))
             return;
     }
-}
-
-int ValueOf(TFigure figure) {
-    switch (KindOf(figure)) {
-    case kQueen:
-        return 9;
-    case kRook:
-        return 5;
-    case kBishop:
-    case kKnight:
-        return 3;
-    case kPawn:
-        return 1;
-    default:
-        return 0;
-    }
-}
-
-int WhiteValue(const TChessboard& b) {
-    return 9 * b.m_whiteQueens + 5 * b.m_whiteRooks + 3 * (b.m_whiteBishops + b.m_whiteKnights) + b.m_whitePawns;
-}
-
-int BlackValue(const TChessboard& b) {
-    return 9 * b.m_blackQueens + 5 * b.m_blackRooks + 3 * (b.m_blackBishops + b.m_blackKnights) + b.m_blackPawns;
 }
 
 } // namespace
@@ -101,10 +78,10 @@ bool IsBlackAheadAfterKingCapture(const TChessboard& b) {
     int best = 0;
     VisitBlackMoves(b, [&](const TMove& move, const TChessboard&) {
         if (move.m_nFrom == BlackKingSquare(b))
-            best = std::max(best, ValueOf(b.m_board[move.m_nTo]));
+            best = std::max(best, WorthOf(b.m_board[move.m_nTo]));
         return true;
     });
-    return best > 0 && BlackValue(b) > WhiteValue(b) - best;
+    return best > 0 && BlackMaterial(b) > WhiteMaterial(b) - best;
 }
 
 bool TakesOnlyPawnsWithKing(const TChessboard& b) {

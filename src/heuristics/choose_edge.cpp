@@ -11,7 +11,8 @@ namespace {
 
 constexpr TMask kCornerSquares = MaskOf(9) | MaskOf(14) | MaskOf(49) | MaskOf(54); // b2, g2, b7, g7
 constexpr int kAutoRelaxCaptures = 2;  // figures after whose loss Black's cage is another one
-constexpr int kSurroundedSquares = 2;  // free squares of a king who counts as surrounded
+constexpr int kSurroundedSquares = 3;  // free squares of a king who counts as surrounded
+constexpr int kFewFigures = 2;         // with no more White keeps a cage shut rather than breaks it open
 constexpr int kCornerDistance = 3;     // squares from the corner within which he is near it
 constexpr int kMostCornerDistance = 5; // that the heuristic knows
 
@@ -32,7 +33,10 @@ bool LivesOnShutCage(const TChoice& c) {
 // --- Further rules, from tight to wide
 
 /// Every way out is barred by his own men, White's pawns and White's king: nobody expects him to leave.
-bool IsWalledIn(const TChoice& c) { return c.m_facts.m_nMoveCategory == 0; }
+bool IsWalledIn(const TChoice& c) { return c.m_facts.m_nMoveCategory == 0 && c.m_facts.m_nWhiteFigures <= kFewFigures; }
+
+/// The same, but White has the figures to break the cage open and mate him outside.
+bool IsWalledInUntilOpened(const TChoice& c) { return c.m_facts.m_nMoveCategory == 0; }
 
 /// He cannot move, but what keeps him there are White's figures, who also have other things to do.
 bool IsHeldOnTheEdge(const TChoice& c) {
@@ -58,15 +62,14 @@ void SetEdgeWithCornerSquares(TChoice& c) {
 bool IsCageOnEdge(const TChoice& c) { return KeepsToEdge(c.m_facts.m_cage, false); }
 bool IsCageInCorner(const TChoice& c) { return KeepsToEdge(c.m_facts.m_cage, true); }
 
-/// White's heavy figures cut him off along the edge.
+/// White's heavy figures cut him off along the edge. A single figure has to mate him there. More of them let him come
+/// one line inwards now and then.
 bool IsCutOffOnEdge(const TChoice& c) { return c.m_facts.m_nWhiteHeavy > 0 && KeepsToEdge(c.m_facts.m_guarded, false); }
-bool IsCutOffInCorner(const TChoice& c) {
-    return c.m_facts.m_nWhiteHeavy > 0 && KeepsToEdge(c.m_facts.m_guarded, true);
-}
+bool IsCutOffByOne(const TChoice& c) { return IsCutOffOnEdge(c) && c.m_facts.m_nWhiteFigures == 1; }
 
-/// He can go no further than the line beside the edge.
+/// He can go no further than the line beside the edge. From that line itself he is driven inwards as often as not.
 bool IsCageOnExtEdge(const TChoice& c) { return c.m_facts.m_cage.m_nRing <= 1; }
-bool IsCutOffOnExtEdge(const TChoice& c) { return c.m_facts.m_guarded.m_nRing <= 1; }
+bool IsCutOffOnExtEdge(const TChoice& c) { return c.m_facts.m_nRing == 0 && c.m_facts.m_guarded.m_nRing <= 1; }
 
 /// Somewhere on the board, but with hardly a square to go to.
 bool IsSurrounded(const TChoice& c) {
@@ -89,11 +92,12 @@ constexpr std::array kEdgeRules{
     TChoiceRule{"edge: queens against a king on the edge", HasQueensAgainstEdge, SetStrictEdge},
     TChoiceRule{"edge: White lives on the shut cage", LivesOnShutCage, SetStrictEdge},
     TChoiceRule{"edge: walled in", IsWalledIn, SetStrictEdge},
+    TChoiceRule{"edge: walled in until the cage is opened", IsWalledInUntilOpened, SetAlmostStrictEdge},
     TChoiceRule{"edge: held on the edge by figures", IsHeldOnTheEdge, SetAlmostStrictEdge},
     TChoiceRule{"edge: the cage is a stretch of the edge", IsCageOnEdge, SetPlainEdge},
     TChoiceRule{"edge: the cage is a corner", IsCageInCorner, SetEdgeWithCornerSquares},
-    TChoiceRule{"edge: cut off on the edge", IsCutOffOnEdge, SetPlainEdge},
-    TChoiceRule{"edge: cut off in a corner", IsCutOffInCorner, SetEdgeWithCornerSquares},
+    TChoiceRule{"edge: cut off on the edge by one figure", IsCutOffByOne, SetPlainEdge},
+    TChoiceRule{"edge: cut off on the edge", IsCutOffOnEdge, SetBits<SH_KEEPKINGWITHINEXTEDGE>},
     TChoiceRule{"edge: the cage ends beside the edge", IsCageOnExtEdge, SetBits<SH_KEEPKINGWITHINEXTEDGE>},
     TChoiceRule{"edge: cut off beside the edge", IsCutOffOnExtEdge, SetBits<SH_KEEPKINGWITHINEXTEDGE>},
     TChoiceRule{"edge: surrounded", IsSurrounded, AssertSurrounded},

@@ -9,6 +9,7 @@
 #include "core/queries.h"
 #include "heuristics/black_mobility.h"
 #include "heuristics/chosen_figures.h"
+#include "heuristics/king_edge.h"
 
 namespace quillon {
 
@@ -22,8 +23,6 @@ constexpr int kSweptPawns = 3;     // black pawns before the first rank that mak
 constexpr int kTiedBlackMoves = 6; // with no more moves Black lives on the pinned figure
 
 // --- The main diagonal
-
-bool IsCorner(TSquare square) { return kEdgeDistance[FileOf(square)] == 0 && kEdgeDistance[RankOf(square)] == 0; }
 
 /// Has White a legal move that puts a diagonal figure on one of these squares?
 bool CanPutDiagonalFigureOn(TChessboard& root, TMask squares) {
@@ -115,7 +114,7 @@ constexpr TChoiceRule kSeaSnakeRule{"pattern: sea snake", IsSeaSnake, SetSeaSnak
 bool CanSpareNoFigure(const TChoice& c) {
     const TPositionFacts& f = c.m_facts;
     return f.m_nWhiteMaterial < f.m_nBlackMaterial && c.m_root.m_whitePawns < 3 && f.m_nWhiteHeavy == 0 &&
-           (f.m_nWhiteFigures == 2 || f.m_nWhiteFigures == 3) && f.m_nMoveCategory >= 2;
+           f.m_nWhiteFigures == 2 && f.m_nMoveCategory >= 2;
 }
 void SaveEveryFigure(TChoice& c) {
     c.Clear(SH_KEEPKINGONTHEEDGE | SH_KEEPKINGWITHINEXTEDGE | SH_SAVEQUEENROOK | SH_DONTLETBLACKQUEENCHECKTWICE |
@@ -231,7 +230,7 @@ constexpr TChoiceRule kKeyFigureRule{"pattern: another key figure", NeedsOtherKe
 
 TSquare FindFigureOnMainDiagonal(TChessboard& root) {
     const TSquare king = BlackKingSquare(root);
-    if (!IsCorner(king) || root.m_whiteQueens + root.m_whiteRooks == 0)
+    if (!IsBlackKingInCorner(root) || root.m_whiteQueens + root.m_whiteRooks == 0)
         return kNoSquare;
     const TDirection inwards = kDirectionBetween[king][static_cast<std::size_t>(63 - king)];
     const auto figure = static_cast<TSquare>(king + kSteps[inwards]);

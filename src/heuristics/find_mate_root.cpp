@@ -59,11 +59,10 @@ class CDoubtOfPass {
 
 // What the best-first proof of the guide may cost, in positions expanded (some 200,000 take a second). A short problem
 // is solved by the passes before a long look would pay. Before the pass without heuristics, which may take days, there
-// is a second look, twice as long. A run that wants all keys gains little from the first: it only gets the brief look.
-constexpr int kShortestGuidedRun = 7;
+// is a second look, as long again. A run that wants all keys gains little from the first: it only gets the brief look.
 constexpr int kShortestLongLook = 13;
-constexpr std::uint64_t kBriefLook = 100, kLongLook = 1000; // times the square of the plies
-constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 1'500'000;
+constexpr std::uint64_t kBriefLook = 100, kLongLook = 1500; // times the square of the plies
+constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 3'000'000;
 
 /// One run over the root: the steps of FindMateRoot.
 class CRootRun {
@@ -97,7 +96,10 @@ class CRootRun {
         m_nChosen = m_analysis.m_nHybridPhase == kHybridBruteForce ? 0 : m_run.m_nInitialHeuristics;
     }
 
-    [[nodiscard]] bool HasRequiredHeuristics() const { return (m_analysis.m_nRequiredHeuristics & ~m_nChosen) == 0; }
+    /// The second phase of a hybrid run goes without heuristics; the first has met what is required.
+    [[nodiscard]] bool HasRequiredHeuristics() const {
+        return m_analysis.m_nHybridPhase == kHybridBruteForce || (m_analysis.m_nRequiredHeuristics & ~m_nChosen) == 0;
+    }
 
     /// Lets the guide look for a mate; what it finds goes first, and the bits that do not fit it are not chosen.
     void AskGuide() {
@@ -106,8 +108,13 @@ class CRootRun {
             return;
         const std::uint64_t square = std::uint64_t{m_root.m_nMoves} * m_root.m_nMoves;
         LetGuideSearch(std::min(kBriefLook * square, kMostBriefLook));
-        if (IsLongLookWorthwhile())
-            LetGuideSearch(std::min(kLongLook * square, kMostLongLook));
+        if (!IsLongLookWorthwhile())
+            return;
+        LetGuideSearch(std::min(kLongLook * square, kMostLongLook));
+        // Forced play is what the guide finds first: where a long look has found none, a run of it would find none
+        // either.
+        if (!m_run.m_pGuide->IsProved())
+            LeaveOut(SH_FINDFORCEDMATE);
     }
 
     /// The plan starts from the chosen set. Its length is what the display counts passes against; steps that the clock
@@ -116,6 +123,7 @@ class CRootRun {
         ClearRelaxationStamps(m_analysis);
         m_root.m_nHeuristics = m_nChosen;
         SetPassNumber();
+        m_run.m_initialSet = m_nChosen != 0 ? HeuristicsText(m_root, false, m_analysis) : std::string();
         BeginPassPlan(m_root);
         const int planned = (m_root.m_nMoves < kShortestRelaxedPlies ? 0 : CountRelaxations(m_root)) +
                             (m_root.m_nHeuristics != 0 ? 1 : 0) + (m_context.m_bRunPass2 ? 1 : 0);
@@ -156,16 +164,26 @@ class CRootRun {
                m_run.m_solutions.empty();
     }
 
+    /// A set made by hand stays as it is.
+    void LeaveOut(std::uint32_t heuristics) {
+        if (m_run.m_bChosenHeuristics)
+            return;
+        m_run.m_nMisfits |= m_nChosen & heuristics;
+        m_nChosen &= ~heuristics;
+    }
+
     void LetGuideSearch(std::uint64_t nMostNodes) {
         if (m_run.m_pGuide->IsProved() || IsStopping(m_root))
             return;
         m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
         SetPassNumber();
-        if (m_run.m_pGuide->Search(m_root, nMostNodes) != EProofResult::Proved)
+        m_analysis.m_pStatusText.store(kGuideLooking, std::memory_order_relaxed);
+        const EProofResult result = m_run.m_pGuide->Search(m_root, nMostNodes);
+        m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
+        if (result != EProofResult::Proved)
             return;
         m_analysis.m_pGuide = m_run.m_pGuide;
-        m_run.m_nMisfits = HeuristicsAgainstGuide(m_root, *m_run.m_pGuide, m_nChosen);
-        m_nChosen &= ~m_run.m_nMisfits;
+        LeaveOut(HeuristicsAgainstGuide(m_root, *m_run.m_pGuide, m_nChosen));
         TMove key;
         if (!m_run.m_pGuide->Suggest(m_root, key))
             return;
@@ -296,7 +314,7 @@ class CRootRun {
             return false;
         const int result = Relax();
         if (m_root.m_nHeuristics == 0 && m_run.m_pGuide != nullptr && IsLongLookWorthwhile())
-            LetGuideSearch(2 * std::min(kLongLook * m_root.m_nMoves * m_root.m_nMoves, kMostLongLook));
+            LetGuideSearch(std::min(kLongLook * m_root.m_nMoves * m_root.m_nMoves, kMostLongLook));
         SetPassNumber();
         m_bByClock = result < 0;
         if (m_bByClock)
@@ -307,8 +325,12 @@ class CRootRun {
     int Relax() {
         // A run that looks for duals and has a key goes straight to the proof.
         const bool bOnlyDualsWanted = !m_run.m_solutions.empty() && (m_analysis.m_nSolveMode & kAllSolutions) == 0;
-        if (m_root.m_nMoves >= kShortestRelaxedPlies && !bOnlyDualsWanted)
-            return TryRelaxSpecialHeuristics(m_root);
+        if (m_root.m_nMoves >= kShortestRelaxedPlies && !bOnlyDualsWanted) {
+            const bool bWasSafe = m_analysis.m_bSafeMode;
+            const int result = TryRelaxSpecialHeuristics(m_root);
+            m_run.m_bSafeModeForced = m_run.m_bSafeModeForced || (m_analysis.m_bSafeMode && !bWasSafe);
+            return result;
+        }
         m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
         return kNothingLeftToRelax;
     }

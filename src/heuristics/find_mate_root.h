@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,18 +46,32 @@ struct TPassRecord {
 struct TPlanReport {
     std::vector<std::string> m_rules; // names of the rules of the initial analysis that fired, in order
     std::string m_initialSet;         // HeuristicsText of the first pass; empty for none
-    std::string m_misfits;            // the heuristics left out of it, because they doubt the mate that the guide found
+    std::string m_misfits;            // what the engine left out of its choice after the best-first proof
     std::string m_passPlan;           // ShowPassPlan
     bool m_bChosenByHand = false;
-    bool m_bSafeModeForced = false;  // by the initial analysis
+    bool m_bSafeModeForced = false;  // by the initial analysis, not the user
     bool m_bGuided = false;          // the best-first proof found a mate
     std::uint64_t m_nGuideNodes = 0; // positions that it expanded; 0: it was not tried
     bool m_bRelaxes = true, m_bRunPass2 = true;
 };
 
+/// What a run has found.
+struct TRootFindings {
+    std::vector<TSolution> m_solutions;           // in the order found
+    std::vector<TRootMove> m_moves;               // legal root moves of the last run
+    std::vector<std::string> m_passes;            // names of the passes that were begun
+    std::vector<TPassRecord> m_passRecords;       // the same passes, one record each, complete when the pass has ended
+    std::vector<std::string_view> m_initialRules; // rules of the initial analysis that fired, in order
+    std::uint32_t m_nInitialHeuristics = 0;
+    std::uint32_t m_nMisfits =
+        0; // of the choice, what does not fit what the guide has found, or that it has found nothing
+    std::optional<std::string> m_initialSet; // text of the set that the plan starts from; none before it is planned
+    bool m_bSafeModeForced = false;          // by the initial analysis or a step of the plan, not the user
+    bool m_bStopped = false;                 // the user or a limit ended the run
+};
+
 /// What a run is asked and what it has found; lives as long as the solve, across its restarts.
-struct TRootRun {
-    // Asked.
+struct TRootRun : TRootFindings {
     long m_nProblemId = 0;
     bool m_bChosenHeuristics = false; // m_nChosenHeuristics replaces the initial analysis' choice
     std::uint32_t m_nChosenHeuristics = 0;
@@ -67,18 +82,13 @@ struct TRootRun {
     CProofGuide* m_pGuide = nullptr;  // not owned; null: no best-first proof is tried
     std::function<void(const TMove&, std::string_view text, long problemId, std::string_view comment)> m_sink;
     std::function<void(const TPlanReport&)> m_planSink; // hears of the plan before the first pass; may be empty
-
-    // Found.
-    std::vector<TSolution> m_solutions;           // in the order found
-    std::vector<TRootMove> m_moves;               // legal root moves of the last run
-    std::vector<std::string> m_passes;            // names of the passes that were begun
-    std::vector<TPassRecord> m_passRecords;       // the same passes, one record each, complete when the pass has ended
-    std::vector<std::string_view> m_initialRules; // rules of the initial analysis that fired, in order
-    std::uint32_t m_nInitialHeuristics = 0;
-    std::uint32_t m_nMisfits = 0;   // of them, those that would have doubted the mate that the guide had found
-    bool m_bSafeModeForced = false; // by the initial analysis
-    bool m_bStopped = false;        // the user or a limit ended the run
 };
+
+/// What the progress panel shows while the guide looks for a mate.
+inline constexpr const char* kGuideLooking = "Best-first proof";
+
+/// A shorter run, in plies, is through before a look of the guide would pay: it asks none.
+inline constexpr int kShortestGuidedRun = 7;
 
 /// Plies, the root among them, whose moves tell how far a pass has come.
 inline constexpr int kShownPlies = 4;

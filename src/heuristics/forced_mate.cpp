@@ -79,7 +79,7 @@ TMateResult FindForcedMateRoot(TChessboard& child, bool bLog) {
 }
 
 bool KeepsOtherHeuristics(const THeuristicParameters& parameters) {
-    return parameters.m_bFfmCycleTwice || parameters.m_nFfmWithOther == 1;
+    return parameters.m_bFfmCycleTwice || parameters.m_bFfmPreliminary || parameters.m_nFfmWithOther == 1;
 }
 
 void StartPreliminaryPass(TChessboard& root) {

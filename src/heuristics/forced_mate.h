@@ -21,7 +21,8 @@ inline constexpr int kFewestForcedMatePlies = 4;
 ///   bLog  run the nodes that tell the analysis' log.
 [[nodiscard]] TMateResult FindForcedMateRoot(TChessboard& child, bool bLog = false);
 
-/// All other heuristics stay in force in the whole run: so the user wants it, or it is the first of two cycles.
+/// All other heuristics stay in force in the whole run: so the user wants it, or it is the first of two cycles, or the
+/// preliminary pass, in which they alone reduce the tree.
 [[nodiscard]] bool KeepsOtherHeuristics(const THeuristicParameters& parameters);
 
 /// The preliminary pass (m_bFfmPreliminary), White to move at the root: keeps its mask for the pass after it, and

@@ -8,6 +8,7 @@
 #include "core/search_context.h"
 #include "heuristics/forced_mate_depth.h"
 #include "heuristics/heuristic_set.h"
+#include "heuristics/plain_text.h"
 
 namespace quillon {
 
@@ -39,16 +40,9 @@ void Append(std::string& list, std::string_view item, std::string_view separator
     list += item;
 }
 
-/// "D5"; empty for kNoSquare, and for any other byte that is no square.
-std::string SquareText(TSquare square) {
-    if (square >= kSquares)
-        return {};
-    return {static_cast<char>('A' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
-}
-
 void AppendSquares(std::string& list, std::span<const TSquare> squares) {
     for (const TSquare square : squares)
-        Append(list, SquareText(square), kBetweenParameters);
+        Append(list, SquareInCapitals(square), kBetweenParameters);
 }
 
 void AppendIf(std::string& list, bool bCondition, std::string_view item) {
@@ -111,8 +105,8 @@ std::string ForcedMateText(const THeuristicParameters& p) {
 std::string KeyLineText(std::uint8_t file) { return file < 8 ? std::string(1, static_cast<char>('A' + file)) : ""; }
 
 std::string KeyDiagonalText(std::uint16_t diagonal) {
-    std::string text = SquareText(static_cast<TSquare>(diagonal & 0xff));
-    Append(text, SquareText(static_cast<TSquare>(diagonal >> 8)), "-");
+    std::string text = SquareInCapitals(static_cast<TSquare>(diagonal & 0xff));
+    Append(text, SquareInCapitals(static_cast<TSquare>(diagonal >> 8)), "-");
     return text;
 }
 
@@ -153,7 +147,7 @@ std::string HeuristicParametersText(const TChessboard& board, std::uint32_t bit,
     case SH_ONECOLORPLAYPOSSIBLE:
         return BishopModeText(board);
     case SH_DONTLEAVEMAINDIAGONAL:
-        return SquareText(p.m_nBlackFigureOnMainDiagonal);
+        return SquareInCapitals(p.m_nBlackFigureOnMainDiagonal);
     case SH_KEEPKINGWITHINEXTEDGE:
         return ExtEdgeText(p);
     case SH_DONTLETFIGUREUNBLOCK:
@@ -170,11 +164,11 @@ std::string HeuristicParametersText(const TChessboard& board, std::uint32_t bit,
     case SH_DONTLOSEANYFIGURES:
         return SaveFiguresText(p.m_nSaveFiguresMode);
     case SH_KEYSQUARE:
-        return SquareText(p.m_nKeySquare);
+        return SquareInCapitals(p.m_nKeySquare);
     case SH_ASSERTBLACKKINGSURROUNDED:
         return p.m_bAssertBKSStrict ? "strict" : "";
     case SH_KEYWHITEFIGURE:
-        return SquareText(p.m_nKeyWhiteFigure);
+        return SquareInCapitals(p.m_nKeyWhiteFigure);
     case SH_KEEPKINGNEARCORNER:
         return NearCornerText(p.m_nKingNearCorner);
     case SH_SEASNAKE:

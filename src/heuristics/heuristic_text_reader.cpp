@@ -101,13 +101,10 @@ class CSetReader {
 };
 
 TSquare CSetReader::ReadSquare(const TPiece& parameter) {
-    const std::string_view text = parameter.m_text;
-    if (text.size() == 2) {
-        const int file = UpperLetter(text[0]) - 'A', rank = text[1] - '1';
-        if (file >= 0 && file < 8 && rank >= 0 && rank < 8)
-            return SquareAt(file, rank);
-    }
-    Fail(parameter, "no square: " + Quoted(text));
+    const TSquare square = SquareNamed(parameter.m_text);
+    if (square == kNoSquare)
+        Fail(parameter, "no square: " + Quoted(parameter.m_text));
+    return square;
 }
 
 /// "C2f", "C2", "A", "D3", "M5".
@@ -413,23 +410,21 @@ TReadHeuristics CSetReader::Read(std::string_view text) {
 // --- Storing
 // -----------------------------------------------------------------------------------------------------------
 
-std::string SquareName(TSquare square) {
-    return {static_cast<char>('A' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
-}
-
 void CheckWatchedFigures(const TReadHeuristics& read, const TChessboard& board) {
     for (const TSquare square : read.m_parameters.m_BlockedFigures)
         if (square != kNoSquare && !CanBeWatched(board, square))
-            throw ChessException("Heuristics: SH_DONTLETFIGUREUNBLOCK needs a black figure on " + SquareName(square));
+            throw ChessException("Heuristics: SH_DONTLETFIGUREUNBLOCK needs a black figure on " +
+                                 SquareInCapitals(square));
 }
 
 TSquare CheckedPinnedFigure(const TReadHeuristics& read, const TChessboard& board) {
     const TSquare key = read.m_parameters.m_nKeyWhiteFigure;
     if (!CanBeKeyFigure(board, key))
-        throw ChessException("Heuristics: SH_KEYWHITEFIGURE needs a white queen, rook or bishop on " + SquareName(key));
+        throw ChessException("Heuristics: SH_KEYWHITEFIGURE needs a white queen, rook or bishop on " +
+                             SquareInCapitals(key));
     const TSquare pinned = FindPinnedByKeyFigure(board, key);
     if (pinned == kNoSquare)
-        throw ChessException("Heuristics: the key white figure on " + SquareName(key) + " pins no black figure");
+        throw ChessException("Heuristics: the key white figure on " + SquareInCapitals(key) + " pins no black figure");
     return pinned;
 }
 
@@ -437,7 +432,7 @@ void CheckMainDiagonal(const TReadHeuristics& read, const TChessboard& board) {
     const TSquare square = read.m_parameters.m_nBlackFigureOnMainDiagonal;
     if (square != kNoSquare && !IsBlackFigureOnMainDiagonal(board, square))
         throw ChessException("Heuristics: SH_DONTLEAVEMAINDIAGONAL needs a black figure of a main diagonal on " +
-                             SquareName(square));
+                             SquareInCapitals(square));
 }
 
 /// What the person wants of the plan of passes is no part of a set.

@@ -130,10 +130,8 @@ TSquare SquareOfField(std::string_view text) {
         return kNoSquare;
     if (text.size() == 3)
         text.remove_prefix(1);
-    if (text.size() != 2)
-        return kBadSquare;
-    const int file = UpperLetter(text[0]) - 'A', rank = text[1] - '1';
-    return file >= 0 && file < 8 && rank >= 0 && rank < 8 ? SquareAt(file, rank) : kBadSquare;
+    const TSquare square = SquareNamed(text);
+    return square != kNoSquare ? square : kBadSquare;
 }
 
 TSquare CDialogReader::ReadSquare(std::string_view text, std::string_view label) {
@@ -357,12 +355,6 @@ void CDialogReader::ReadQuickerDepth() {
 // --- Opening
 // -----------------------------------------------------------------------------------------------------------
 
-std::string FieldOf(TSquare square) {
-    if (square >= kSquares)
-        return {};
-    return {static_cast<char>('A' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
-}
-
 void OpenEdges(THeuristicsDialog& d, std::uint32_t mask, const THeuristicParameters& p) {
     const bool bEdge = (mask & SH_KEEPKINGONTHEEDGE) != 0, bExtEdge = (mask & SH_KEEPKINGWITHINEXTEDGE) != 0;
     d.m_bDontLetKingMove = bEdge && p.m_bDontLetKingMove;
@@ -412,14 +404,14 @@ void OpenFigures(THeuristicsDialog& d, std::uint32_t mask, const THeuristicParam
     d.m_bInclPawns = bSave && p.m_nSaveFiguresMode == 1;
     d.m_bInclPromotablePawns = bSave && p.m_nSaveFiguresMode > 1;
     d.m_bDontLeaveMainDiagonal = (mask & SH_DONTLEAVEMAINDIAGONAL) != 0;
-    d.m_mainDiagonalFigure = FieldOf(p.m_nBlackFigureOnMainDiagonal);
+    d.m_mainDiagonalFigure = SquareInCapitals(p.m_nBlackFigureOnMainDiagonal);
     d.m_bDontLetPromoted = (mask & (SH_DONTLETPROMOTEDQUEENMOVE | SH_DONTLETPROMOTEDFIGUREMOVE)) != 0;
     if (d.m_bDontLetPromoted)
         d.m_promoted = (mask & SH_DONTLETPROMOTEDFIGUREMOVE) != 0 ? EPromotedRadio::AnyFigure : EPromotedRadio::Queen;
     d.m_bDontLetPromotedStrict = p.m_bDontLetPromotedStrict;
     d.m_bDontLetFigureUnblock = (mask & SH_DONTLETFIGUREUNBLOCK) != 0;
     for (std::size_t i = 0; static_cast<int>(i) < std::min<int>(p.m_nBlockedFigures, kMaxBlockedFigures); ++i)
-        d.m_blockedFigures[i] = FieldOf(p.m_BlockedFigures[i]);
+        d.m_blockedFigures[i] = SquareInCapitals(p.m_BlockedFigures[i]);
     d.m_bApplyDynamically = p.m_bApplyDlfuDynamically;
 }
 
@@ -433,21 +425,21 @@ std::string AfterMovesText(const std::vector<TMove>& moves) {
 void OpenKeys(THeuristicsDialog& d, std::uint32_t mask, const THeuristicParameters& p,
               const THeuristicAnalysisParameters& analysis) {
     d.m_bKeyWhiteFigure = (mask & SH_KEYWHITEFIGURE) != 0;
-    d.m_keyWhiteFigure = FieldOf(p.m_nKeyWhiteFigure);
+    d.m_keyWhiteFigure = SquareInCapitals(p.m_nKeyWhiteFigure);
     d.m_bKeyLine = (mask & SH_KEYLINE) != 0;
     if (analysis.m_nKeyLine < 8)
         d.m_keyLine = static_cast<char>('A' + analysis.m_nKeyLine);
     d.m_bKeyDiagonal = (mask & SH_KEYDIAGONAL) != 0;
-    d.m_keyDiagonal1 = FieldOf(static_cast<TSquare>(analysis.m_wKeyDiagonal & 0xff));
-    d.m_keyDiagonal2 = FieldOf(static_cast<TSquare>(analysis.m_wKeyDiagonal >> 8));
+    d.m_keyDiagonal1 = SquareInCapitals(static_cast<TSquare>(analysis.m_wKeyDiagonal & 0xff));
+    d.m_keyDiagonal2 = SquareInCapitals(static_cast<TSquare>(analysis.m_wKeyDiagonal >> 8));
     d.m_bZugzwang = (mask & SH_ZUGZWANG) != 0;
     if (!analysis.m_zugzwangPositions.empty())
         d.m_zugzwangAfter = analysis.m_zugzwangPositions.begin()->first;
     d.m_bSeaSnake = (mask & SH_SEASNAKE) != 0;
-    d.m_seaSnakeApproach = FieldOf(p.m_nSeaSnakeApproach);
-    d.m_seaSnakeTurnBack = FieldOf(p.m_nSeaSnakeTurnBack);
-    d.m_seaSnakePendulum1 = FieldOf(p.m_nSeaSnakePendulum1);
-    d.m_seaSnakePendulum2 = FieldOf(p.m_nSeaSnakePendulum2);
+    d.m_seaSnakeApproach = SquareInCapitals(p.m_nSeaSnakeApproach);
+    d.m_seaSnakeTurnBack = SquareInCapitals(p.m_nSeaSnakeTurnBack);
+    d.m_seaSnakePendulum1 = SquareInCapitals(p.m_nSeaSnakePendulum1);
+    d.m_seaSnakePendulum2 = SquareInCapitals(p.m_nSeaSnakePendulum2);
     d.m_seaSnakeAfter = AfterMovesText(analysis.m_seaSnakeAfterMoves);
 }
 

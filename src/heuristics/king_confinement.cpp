@@ -6,6 +6,7 @@
 #include "core/attacks.h"
 #include "core/mask_attacks.h"
 #include "core/mate_test.h"
+#include "heuristics/king_flights.h"
 
 namespace quillon {
 
@@ -15,11 +16,6 @@ constexpr int kLargestConfinement = 4; // squares
 constexpr int kFreeSquaresOfRun = 3;
 
 TMask WhitePawns(const TFigureMasks& masks) { return masks.m_white & masks.m_pawns; }
-
-/// Squares the king may stand on as things are, white attacks looking through him.
-TMask SquaresOpenToKing(const TFigureMasks& masks) {
-    return ~masks.m_black & ~WhiteAttacks(masks, masks.Occupied() & ~MaskOf(masks.m_nBlackKing));
-}
 
 constexpr TMask InnerSquares() {
     TMask inner = 0;
@@ -57,7 +53,7 @@ bool IsWedgedByPawn(const TChessboard& b) {
 
 int CountReachableSquares(const TChessboard& b) {
     const TFigureMasks masks = TakeMasks(b);
-    const TMask open = SquaresOpenToKing(masks);
+    const TMask open = SquaresOpenToBlackKing(masks);
     TMask reached = MaskOf(masks.m_nBlackKing);
     for (TMask fresh = reached; fresh != 0;) {
         const TMask around = KingAttacks(TakeSquare(fresh)) & open & ~reached;
@@ -73,8 +69,7 @@ bool IsBlackKingOnTheRun(const TChessboard& b) { return CountBlackKingFreeSquare
 
 bool CanHoldExtEdge(const TChessboard& b) {
     const TFigureMasks masks = TakeMasks(b);
-    return RingOf(b.m_blackKingFile, b.m_blackKingRank) <= 1 &&
-           (KingAttacks(masks.m_nBlackKing) & SquaresOpenToKing(masks) & InnerSquares()) == 0;
+    return RingOf(b.m_blackKingFile, b.m_blackKingRank) <= 1 && (BlackKingFreeSquares(masks) & InnerSquares()) == 0;
 }
 
 bool IsCornerShutByPawns(const TChessboard& b) {

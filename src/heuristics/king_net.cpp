@@ -8,16 +8,11 @@
 #include "core/mask_attacks.h"
 #include "core/mask_moves.h"
 #include "core/mate_test.h"
+#include "heuristics/king_flights.h"
 
 namespace quillon {
 
 namespace {
-
-/// Squares the black king could go to, lifted off so that x-rays through him count.
-TMask FreeSquares(const TFigureMasks& m) {
-    const TMask lifted = m.Occupied() & ~MaskOf(m.m_nBlackKing);
-    return KingAttacks(m.m_nBlackKing) & ~m.m_black & ~WhiteAttacks(m, lifted);
-}
 
 TMask TargetsOf(const TFigureMasks& m, int square) {
     const TMask figure = MaskOf(square), occupied = m.Occupied();
@@ -74,7 +69,8 @@ bool CanTakeAwaySquares(const TChessboard& b, int nLimit) {
         const TFigure kind = KindOf(b.m_board[static_cast<std::size_t>(from)]);
         for (TMask targets = TargetsOf(m, from); targets != 0;) {
             const int to = TakeSquare(targets);
-            if (std::popcount(FreeSquares(WithWhiteMove(m, from, to, kind))) <= nLimit && IsSafeFor(b, m, from, to))
+            if (std::popcount(BlackKingFreeSquares(WithWhiteMove(m, from, to, kind))) <= nLimit &&
+                IsSafeFor(b, m, from, to))
                 return true;
         }
     }
@@ -82,7 +78,7 @@ bool CanTakeAwaySquares(const TChessboard& b, int nLimit) {
 }
 
 bool IsBlackKingForcedBack(TChessboard& b, TSquare home) {
-    if ((FreeSquares(TakeMasks(b)) & ~MaskOf(home)) == 0)
+    if ((BlackKingFreeSquares(TakeMasks(b)) & ~MaskOf(home)) == 0)
         return true;
     if (b.m_whiteChecker != kNoChecker || b.m_nMoves < 2)
         return false;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "core/generation.h"
+#include "core/makers.h"
 #include "core/mask_attacks.h"
 #include "core/queries.h"
 #include "core/search_context.h"
@@ -31,6 +33,18 @@ bool AvoidsColour(const TChessboard& b, int colour) {
     return true;
 }
 
+/// Squares where the bishop would have no move, all its neighbours taken by black men.
+TMask StuckSquares(const TChessboard& b) {
+    const TMask black = BlackFigures(b.m_board.data());
+    const int colour = RemovedBishopColour(b);
+    TMask stuck = 0;
+    for (int s = 0; s < kSquares; ++s)
+        if (ColourOf(s) == colour && b.m_board[static_cast<std::size_t>(s)] == kNoFigure &&
+            (BishopAttacks(s, ~TMask{0}) & ~black) == 0)
+            stuck |= MaskOf(s);
+    return stuck;
+}
+
 } // namespace
 
 bool IsPromotionOutOfReach(const TChessboard& b) {
@@ -40,13 +54,19 @@ bool IsPromotionOutOfReach(const TChessboard& b) {
     return true;
 }
 
-bool CanRemovedBishopBeStuck(const TChessboard& b) {
-    const TMask black = BlackFigures(b.m_board.data());
-    const int colour = RemovedBishopColour(b);
-    for (int s = 0; s < kSquares; ++s)
-        if (ColourOf(s) == colour && b.m_board[static_cast<std::size_t>(s)] == kNoFigure &&
-            (BishopAttacks(s, ~TMask{0}) & ~black) == 0)
+bool CanBlackMoveWhereverBishopIs(const TChessboard& b) {
+    const TMask stuck = StuckSquares(b);
+    if (stuck == 0)
+        return true;
+    TMove list[kMaxMoves];
+    const int count = GenerateBlackMoves(b, list);
+    for (int i = 0; i < count; ++i) {
+        const TMask way = SquaresBetween(list[i].m_nFrom, list[i].m_nTo) | MaskOf(list[i].m_nTo);
+        TChessboard child = b;
+        child.m_pPrevious = const_cast<TChessboard*>(&b);
+        if ((way & stuck) == 0 && MakeBlackMove<kLegalityOnly>(child, list[i], false) != kIllegalMove)
             return true;
+    }
     return false;
 }
 

@@ -12,7 +12,7 @@
 //     So it blocks no move, no check, and takes no checking man;
 //   - Black's other moves are all there, and more: what the bishop stands in the way of is open to Black too;
 //   - a move of the bishop changes nothing of this, so a pass stands for all of them. Only stalemate wants care: a
-//     bishop walled in by its own men cannot move, and then Black cannot pass either.
+//     bishop walled in by its own men cannot move, so Black cannot pass; and it may stop the very moves that Black has.
 // No mate found says nothing, since White kept off half the board: such a node ends in doubt.
 
 #include "core/chessboard.h"
@@ -26,7 +26,9 @@ void DetectOppositeBishops(TChessboard& b);
 /// square of the bishop's colour, so each of its moves is a capture.
 [[nodiscard]] bool IsPromotionOutOfReach(const TChessboard& b);
 
-/// In the mode: is there a square where the bishop could stand without a move, all its neighbours taken by black men?
-[[nodiscard]] bool CanRemovedBishopBeStuck(const TChessboard& b);
+/// In the mode, Black to move and not in check: has Black a move wherever the bishop is? So it is if the bishop can
+/// move from every square that it may stand on, or if there is a legal move that it cannot stop from where it is walled
+/// in.
+[[nodiscard]] bool CanBlackMoveWhereverBishopIs(const TChessboard& b);
 
 } // namespace quillon

@@ -69,7 +69,12 @@ class CPlanTrial {
     ~CPlanTrial() { static_cast<THeuristicParameters&>(m_context) = m_kept; }
 
     [[nodiscard]] TChessboard& Board() { return m_board; }
-    [[nodiscard]] int Step(ERelaxationClock clock) { return Relax(m_board, m_analysis.m_bSafeMode, clock); }
+
+    /// A step that asks for a pass but has left no heuristic makes the pass without them: the list ends.
+    [[nodiscard]] int Step(ERelaxationClock clock) {
+        const int result = Relax(m_board, m_analysis.m_bSafeMode, clock);
+        return m_board.m_nHeuristics != 0 ? result : kNothingLeftToRelax;
+    }
 
     /// The set of the pass, with the moves that sea snake needs to have been played.
     [[nodiscard]] std::string PassText() const {

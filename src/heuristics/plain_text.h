@@ -1,9 +1,12 @@
 #pragma once
-// Small helpers of the readers of heuristic texts. Their words are ASCII: the locale has no say.
+// Small helpers of the readers and writers of heuristic texts. Their words are ASCII: the locale has no say.
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 #include <vector>
+
+#include "core/square.h"
 
 namespace quillon {
 
@@ -14,6 +17,21 @@ namespace quillon {
 /// Small and capital letters being the same.
 [[nodiscard]] constexpr bool EqualWords(std::string_view a, std::string_view b) {
     return std::ranges::equal(a, b, {}, UpperLetter, UpperLetter);
+}
+
+/// "D5"; empty for kNoSquare, and for any other byte that is no square.
+[[nodiscard]] inline std::string SquareInCapitals(TSquare square) {
+    if (square >= kSquares)
+        return {};
+    return {static_cast<char>('A' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
+}
+
+/// The square that a file letter in either case and a rank digit name; kNoSquare for anything else.
+[[nodiscard]] constexpr TSquare SquareNamed(std::string_view text) {
+    if (text.size() != 2)
+        return kNoSquare;
+    const int file = UpperLetter(text[0]) - 'A', rank = text[1] - '1';
+    return file >= 0 && file < 8 && rank >= 0 && rank < 8 ? SquareAt(file, rank) : kNoSquare;
 }
 
 /// The text without blanks and tabs at its ends.

@@ -9,13 +9,11 @@
 #include "core/mate_test.h"
 #include "heuristics/black_mobility.h"
 #include "heuristics/king_confinement.h"
-#include "heuristics/relaxation.h"
+#include "heuristics/king_edge.h"
 
 namespace quillon {
 
 namespace {
-
-constexpr int kQueenWorth = 9, kRookWorth = 5, kMinorWorth = 3, kPawnWorth = 1;
 
 TKingWalk Walk(const TFigureMasks& masks, TMask forbidden) {
     const auto InnermostRing = [](TMask squares) {
@@ -59,16 +57,6 @@ TKingWalk WalkUnderGuard(const TChessboard& b) {
     return Walk(masks, masks.m_black | guarded | figures);
 }
 
-int WhiteMaterial(const TChessboard& b) {
-    return kQueenWorth * b.m_whiteQueens + kRookWorth * b.m_whiteRooks +
-           kMinorWorth * (b.m_whiteBishops + b.m_whiteKnights) + kPawnWorth * b.m_whitePawns;
-}
-
-int BlackMaterial(const TChessboard& b) {
-    return kQueenWorth * b.m_blackQueens + kRookWorth * b.m_blackRooks +
-           kMinorWorth * (b.m_blackBishops + b.m_blackKnights) + kPawnWorth * b.m_blackPawns;
-}
-
 int CountWhiteChecks(TChessboard& root) {
     TMove list[kMaxMoves];
     const int count =
@@ -100,9 +88,9 @@ TPositionFacts TakePositionFacts(TChessboard& root) {
     facts.m_nBlackMaterial = BlackMaterial(root);
     facts.m_nWhiteFigures = WhiteFigureCount(root);
     facts.m_nBlackFigures = BlackFigureCount(root);
-    facts.m_nWhiteHeavy = root.m_whiteQueens + root.m_whiteRooks;
+    facts.m_nWhiteHeavy = WhiteHeavyFigures(root);
     facts.m_nRing = BlackRing(root);
-    facts.m_bCorner = kEdgeDistance[root.m_blackKingFile] == 0 && kEdgeDistance[root.m_blackKingRank] == 0;
+    facts.m_bCorner = IsBlackKingInCorner(root);
     facts.m_nKingDistance = KingSteps(WhiteKingSquare(root), BlackKingSquare(root));
     facts.m_nFreeSquares = CountBlackKingFreeSquares(root);
     facts.m_nBlackMenAroundKing = CountBlackMenAroundKing(root);

@@ -5,6 +5,7 @@
 #include "core/chessboard.h"
 #include "core/figure_masks.h"
 #include "core/search_context.h"
+#include "heuristics/material.h"
 #include "search/analysis.h"
 
 namespace quillon {
@@ -23,10 +24,6 @@ struct TKingWalk {
 
 /// The walk over squares that hold no black man and that nothing of White's guards as it stands.
 [[nodiscard]] TKingWalk WalkUnderGuard(const TChessboard& b);
-
-/// Queen 9, rook 5, bishop and knight 3, pawn 1.
-[[nodiscard]] int WhiteMaterial(const TChessboard& b);
-[[nodiscard]] int BlackMaterial(const TChessboard& b);
 
 /// White's legal moves that give check.
 [[nodiscard]] int CountWhiteChecks(TChessboard& root);

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "core/search_context.h"
+#include "heuristics/material.h"
 
 namespace quillon {
 
@@ -40,14 +41,6 @@ struct TRelaxation {
         return ERelaxation::NotMine;
     r.TakeOff(bit);
     return ERelaxation::Done;
-}
-
-/// Queens, rooks, bishops and knights.
-[[nodiscard]] inline int WhiteFigureCount(const TChessboard& b) {
-    return b.m_whiteQueens + b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights;
-}
-[[nodiscard]] inline int BlackFigureCount(const TChessboard& b) {
-    return b.m_blackQueens + b.m_blackRooks + b.m_blackBishops + b.m_blackKnights;
 }
 
 } // namespace quillon

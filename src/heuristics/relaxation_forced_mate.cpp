@@ -7,6 +7,7 @@
 #include "heuristics/black_mobility.h"
 #include "heuristics/forced_mate_depth.h"
 #include "heuristics/king_confinement.h"
+#include "heuristics/king_edge.h"
 #include "heuristics/queen_mates.h"
 #include "heuristics/relaxation_clock.h"
 #include "heuristics/relaxation_log.h"
@@ -82,8 +83,7 @@ bool IsWorthAnotherRun(const TRelaxation& r) {
     const int figures = WhiteFigureCount(b);
     if (figures < 2 || (figures == 2 && b.m_whiteQueens != 0))
         return false;
-    const bool bCorner = kEdgeDistance[b.m_blackKingFile] == 0 && kEdgeDistance[b.m_blackKingRank] == 0;
-    if (bCorner && figures > 3 && IsStalematePosition(b) && CountBlackMoves(b) <= 1)
+    if (IsBlackKingInCorner(b) && figures > 3 && IsStalematePosition(b) && CountBlackMoves(b) <= 1)
         return false;
     return !IsBlackAheadAfterKingCapture(b) && !(figures >= 3 && HasQueenCheck(b));
 }

@@ -2,16 +2,13 @@
 // other's way.
 
 #include "heuristics/figure_exchange.h"
+#include "heuristics/king_edge.h"
 #include "heuristics/relaxation_rules.h"
 #include "heuristics/watched_set.h"
 
 namespace quillon {
 
 namespace {
-
-bool IsCorner(const TChessboard& b) {
-    return kEdgeDistance[b.m_blackKingFile] == 0 && kEdgeDistance[b.m_blackKingRank] == 0;
-}
 
 /// The two would be dropped together though only one of them is wrong: they are to be tried one at a time.
 void PlanSwapBesideStrictEdge(TRelaxation& r) {
@@ -61,7 +58,7 @@ ERelaxation DropFigures(TRelaxation& r) {
 }
 
 ERelaxation RelaxExchangeableKeyFigure(TRelaxation& r) {
-    if (!r.Has(SH_KEYWHITEFIGURE) || WhiteFigureCount(r.m_board) < 2 || !IsCorner(r.m_board) ||
+    if (!r.Has(SH_KEYWHITEFIGURE) || WhiteFigureCount(r.m_board) < 2 || !IsBlackKingInCorner(r.m_board) ||
         !CanBeExchanged(r.m_board, r.m_parameters.m_nKeyWhiteFigure))
         return ERelaxation::NotMine;
     r.TakeOff(SH_KEYWHITEFIGURE);

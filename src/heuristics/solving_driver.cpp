@@ -20,8 +20,9 @@ namespace quillon {
 namespace {
 
 constexpr std::int64_t kMegabyte = 1 << 20;
-constexpr std::int64_t kMostGuideBytes = 256 * kMegabyte; // more positions than its longest look expands
-constexpr std::int64_t kFewestGuideBytes = 8 * kMegabyte;
+constexpr std::int64_t kMostGuideBytes = 128 * kMegabyte; // more positions than its longest look expands
+constexpr std::int64_t kGuideBytesAlone = 8 * kMegabyte;  // without a register there is nothing to share
+constexpr std::int64_t kFewestSharedBytes = 2 * kMegabyte;
 constexpr int kShortestRegisterPlies = 10; // in shorter problems the search does not ask a register
 
 std::int64_t BudgetBytes(const TSolveRequest& request) {
@@ -53,14 +54,26 @@ std::vector<std::string> LineTexts(TChessboard position, const std::vector<TMove
     return texts;
 }
 
+bool HadPassWithHeuristics(const TSolvingResult& result) {
+    return std::ranges::any_of(result.m_passRecords,
+                               [](const TPassRecord& pass) { return !pass.m_heuristics.empty(); });
+}
+
 } // namespace
 
 CSolve::CSolve(TSolveRequest request) : m_request(std::move(request)), m_context(NewSearchContext()) {
-    SetMode();
     m_run.m_nProblemId = m_request.m_nProblemId;
     m_run.m_bLog = m_request.m_bLog;
-    m_analysis.m_bUsePredefinedIndications = m_request.m_bUsePredefinedIndications;
     m_analysis.m_bTryRelaxSpecialHeuristicsLog = m_request.m_bRelaxationLog;
+    TakeRequest();
+}
+
+/// A solve may be started again: what an earlier run has found, forced, relaxed or switched to is forgotten.
+void CSolve::TakeRequest() {
+    static_cast<TRootFindings&>(m_run) = {};
+    m_run.m_bNoAids = m_analysis.m_bThreadsForced = false;
+    m_analysis.m_bUsePredefinedIndications = m_request.m_bUsePredefinedIndications;
+    SetMode();
     TakeChosenHeuristics();
     if (m_request.m_bBruteForce)
         SwitchToBruteForce();
@@ -75,10 +88,11 @@ CSolve::~CSolve() {
 }
 
 void CSolve::TakeChosenHeuristics() {
+    m_run.m_bChosenHeuristics = m_request.m_heuristics.has_value();
+    m_run.m_nChosenHeuristics = 0;
     if (!m_request.m_heuristics)
         return;
     StoreReadHeuristics(*m_request.m_heuristics, m_request.m_board, *m_context, m_analysis);
-    m_run.m_bChosenHeuristics = true;
     m_run.m_nChosenHeuristics = m_request.m_heuristics->m_nHeuristics;
 }
 
@@ -103,8 +117,7 @@ void CSolve::SetMode() {
         a.m_nSolveMode = kAllSolutions;
         break;
     }
-    if (m_request.m_bHybrid)
-        a.m_nHybridPhase = kHybridHeuristical;
+    a.m_nHybridPhase = m_request.m_bHybrid ? kHybridHeuristical : kNotHybrid;
     a.m_bSafeMode = m_request.m_bSafeMode;
     a.m_nRequiredHeuristics = m_request.m_nRequiredHeuristics;
     a.m_shLookForQuickerMateDepth = m_request.m_shLookForQuickerMateDepth;
@@ -113,9 +126,12 @@ void CSolve::SetMode() {
     m_context->m_bRunPass2 = m_request.m_bRunPass2;
 }
 
-/// What brute force overrides: no heuristics, one thread, safe mode, the default depth of the short-mate search.
+/// What brute force overrides: no heuristics, stored ones neither, one thread, safe mode, the default depth of the
+/// short-mate search, no guide.
 void CSolve::SwitchToBruteForce() {
     m_analysis.m_pGuide = m_run.m_pGuide = nullptr;
+    m_guide.reset();
+    m_analysis.m_bUsePredefinedIndications = false;
     m_run.m_bChosenHeuristics = true;
     m_run.m_nChosenHeuristics = 0;
     m_analysis.m_nThreads = 1;
@@ -144,18 +160,20 @@ bool CSolve::IsRegisterWorthwhile() const {
            (bNoLimit || m_analysis.m_nRegisterBudget >= kMegabyte);
 }
 
-/// The best-first proof of the first key. Its table is taken out of the register's memory. Brute force has none: it is
-/// there to exclude solutions.
+/// The best-first proof of the first key. Its table is taken out of the register's memory, unless that is hardly enough
+/// for the register alone. Brute force has none: it is there to exclude solutions.
 void CSolve::PrepareGuide() {
     m_analysis.m_pGuide = m_run.m_pGuide = nullptr;
     m_guide.reset();
-    if (m_request.m_bBruteForce)
+    std::int64_t& budget = m_analysis.m_nRegisterBudget;
+    if (m_request.m_bBruteForce || PliesOf(m_request.m_nStipulation) < kShortestGuidedRun ||
+        (budget > 0 && budget < kFewestSharedBytes))
         return;
-    const std::int64_t share = std::min(m_analysis.m_nRegisterBudget / 4, kMostGuideBytes);
-    m_guide = std::make_unique<CProofGuide>(static_cast<std::size_t>(std::max(share, kFewestGuideBytes)));
+    const std::int64_t share = budget > 0 ? std::min(budget / 4, kMostGuideBytes) : kGuideBytesAlone;
+    m_guide = std::make_unique<CProofGuide>(static_cast<std::size_t>(share));
     m_run.m_pGuide = m_guide.get();
-    if (m_analysis.m_nRegisterBudget > 0)
-        m_analysis.m_nRegisterBudget = std::max(m_analysis.m_nRegisterBudget - share, kMegabyte);
+    if (budget > 0)
+        budget -= share;
 }
 
 /// Made once, empty at the start of a solve, kept across the restarts within it.
@@ -193,9 +211,7 @@ void CSolve::Prepare(INotifier& notifier) {
     m_context->m_nTrialPositions = 0;
     m_analysis.m_sortIndications = m_request.m_sortIndications;
     m_analysis.m_mainVariant = m_request.m_mainVariant;
-    m_run.m_solutions.clear();
-    m_run.m_passes.clear();
-    m_run.m_passRecords.clear();
+    TakeRequest();
     m_run.m_pNotifier = &notifier;
     SetRegisterMemory();
     PrepareGuide();
@@ -203,6 +219,7 @@ void CSolve::Prepare(INotifier& notifier) {
 }
 
 int CSolve::RunOnce(bool bFirstTime, bool bAllowDemand) {
+    m_analysis.m_bAllowForcedThreads = bAllowDemand;
     m_analysis.m_pStatusText.store(kInitialCheckPending, std::memory_order_relaxed);
     m_analysis.m_nStartTicks.store(TickCount64(), std::memory_order_relaxed);
     m_analysis.m_nProgressTicks.store(TickCount64(), std::memory_order_relaxed);
@@ -227,8 +244,8 @@ int CSolve::RunRoot(INotifier& notifier) {
 }
 
 TSolvingResult CSolve::StartSolving(INotifier& notifier) {
+    const std::uint64_t start = TickCount64(); // what is made ready counts as well
     Prepare(notifier);
-    const std::uint64_t start = TickCount64();
     if (m_request.m_bBruteForce && !notifier.AskYesNo(kBruteForceQuestion, "Quillon")) {
         m_run.m_bStopped = true;
         return Collect(0);
@@ -297,7 +314,8 @@ TRegisterFigures CSolve::RegisterFigures() const {
 
 void CSolve::FillTexts(TSolvingResult& result) const {
     const int count = static_cast<int>(result.m_solutions.size());
-    const bool bNoPass2 = !m_context->m_bRunPass2, bNoRelaxation = !m_context->m_bLetRelaxHeuristics;
+    const bool bNoPass2 = !m_context->m_bRunPass2;
+    const bool bNoRelaxation = !m_context->m_bLetRelaxHeuristics && HadPassWithHeuristics(result);
     const int limit = SolutionLimit(m_analysis);
     result.m_title = kMateSearchTitle;
     result.m_logLine = EngineEndText(result.m_bStopped, m_request.m_description);
@@ -332,12 +350,19 @@ std::string CSolve::ShowAnalysisSettings() const {
         text += " (but forced by engine to " + std::to_string(a.m_nThreads) + ")";
     text += "\n* Multithreading levels = " + std::to_string(a.m_nMultithreadingLevels);
     text += "\n* Effective number of main threads = " + std::to_string(a.m_nThreads);
-    text += "\n* Scheduler is off\n* Custom scheduler is off\n* Initial set of heuristics: ";
+    const std::string set = InitialSetText();
+    return text + "\n* Scheduler is off\n* Custom scheduler is off\n* Initial set of heuristics: " +
+           (set.empty() ? "none" : set) + "\n";
+}
+
+/// As it was when the passes were planned: since then its parameters may have been relaxed.
+std::string CSolve::InitialSetText() const {
+    if (m_run.m_initialSet || m_run.m_nChosenHeuristics == 0)
+        return m_run.m_initialSet.value_or("");
     TChessboard shown = m_request.m_board;
     shown.m_pContext = m_context.get();
-    shown.m_nHeuristics = m_run.m_bChosenHeuristics ? m_run.m_nChosenHeuristics : m_run.m_nInitialHeuristics;
-    text += shown.m_nHeuristics != 0 ? HeuristicsText(shown, false, a) : "none";
-    return text + "\n";
+    shown.m_nHeuristics = m_run.m_nChosenHeuristics;
+    return HeuristicsText(shown, false, m_analysis);
 }
 
 } // namespace quillon

@@ -122,6 +122,7 @@ class CSolve {
 
   private:
     void Request(std::uint8_t request);
+    void TakeRequest();
     void Prepare(INotifier& notifier);
     void SetMode();
     void SetRegisterMemory();
@@ -134,6 +135,7 @@ class CSolve {
     void SwitchToBruteForce();
     [[nodiscard]] TSolvingResult Collect(double seconds);
     void FillTexts(TSolvingResult& result) const;
+    [[nodiscard]] std::string InitialSetText() const;
     [[nodiscard]] std::vector<std::string> VariantTexts();
 
     TSolveRequest m_request;

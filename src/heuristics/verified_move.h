@@ -6,6 +6,7 @@
 
 #include "core/chessboard.h"
 #include "core/search_context.h"
+#include "heuristics/material.h"
 
 namespace quillon {
 
@@ -15,15 +16,6 @@ enum class ERuling {
     Doubtful,
     Undecided, // the run was stopped while the rule looked for a mate
 };
-
-/// Figures other than king and pawns.
-[[nodiscard]] constexpr int WhiteFigureCount(const TChessboard& b) {
-    return b.m_whiteQueens + b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights;
-}
-[[nodiscard]] constexpr int BlackFigureCount(const TChessboard& b) {
-    return b.m_blackQueens + b.m_blackRooks + b.m_blackBishops + b.m_blackKnights;
-}
-[[nodiscard]] constexpr int WhiteHeavyFigures(const TChessboard& b) { return b.m_whiteQueens + b.m_whiteRooks; }
 
 [[nodiscard]] inline int KingDistance(const TChessboard& b) {
     return KingSteps(WhiteKingSquare(b), BlackKingSquare(b));

@@ -2,20 +2,17 @@
 
 #include "core/attacks.h"
 #include "core/lines.h"
-#include "core/mask_attacks.h"
-#include "core/mate_test.h"
 #include "heuristics/capture_tests.h"
 #include "heuristics/king_edge.h"
+#include "heuristics/king_flights.h"
 
 namespace quillon {
 
 bool IsBlackKingDrawnNearer(const TChessboard& b) {
     if (BlackFigureCount(b) != 0)
         return false;
-    const TFigureMasks m = TakeMasks(b);
-    const TMask lifted = m.Occupied() & ~MaskOf(m.m_nBlackKing);
-    for (TMask squares = KingAttacks(m.m_nBlackKing) & ~m.m_black & ~WhiteAttacks(m, lifted); squares != 0;)
-        if (KingSteps(TakeSquare(squares), m.m_nWhiteKing) < KingDistance(b))
+    for (TMask squares = BlackKingFreeSquares(TakeMasks(b)); squares != 0;)
+        if (KingSteps(TakeSquare(squares), WhiteKingSquare(b)) < KingDistance(b))
             return true;
     return false;
 }

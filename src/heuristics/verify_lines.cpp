@@ -4,10 +4,9 @@
 
 #include "core/attacks.h"
 #include "core/lines.h"
-#include "core/mask_attacks.h"
-#include "core/mate_test.h"
 #include "heuristics/figure_origin.h"
 #include "heuristics/king_edge.h"
+#include "heuristics/king_flights.h"
 #include "search/analysis.h"
 
 namespace quillon {
@@ -33,9 +32,7 @@ bool IsKingOutOfReach(const TChessboard& b) {
     const int colour = PlayColour(b);
     if (CanCheckFromColour(b, colour, BlackKingSquare(b)))
         return false;
-    const TFigureMasks m = TakeMasks(b);
-    const TMask lifted = m.Occupied() & ~MaskOf(m.m_nBlackKing);
-    for (TMask squares = KingAttacks(m.m_nBlackKing) & ~m.m_black & ~WhiteAttacks(m, lifted); squares != 0;)
+    for (TMask squares = BlackKingFreeSquares(TakeMasks(b)); squares != 0;)
         if (CanCheckFromColour(b, colour, static_cast<TSquare>(TakeSquare(squares))))
             return false;
     return true;

@@ -15,7 +15,7 @@ namespace {
 int WhiteMovesLeft(const TChessboard& b) { return (b.m_nMoves + 1) / 2; }
 
 /// No pawn becomes a queen in the moves that are left.
-bool IsPromotionOutOfReach(const TChessboard& b) { return !HasPawnInReachOfPromotion(b, WhiteMovesLeft(b)); }
+bool IsPromotionTooFar(const TChessboard& b) { return !HasPawnInReachOfPromotion(b, WhiteMovesLeft(b)); }
 
 bool HasRoomForThreeMoves(int ring, int nFree, int nRaise, bool bFirstRing) {
     return (ring == 1 && bFirstRing && nFree > 5 + nRaise) || (ring >= 2 && nFree > 4 + nRaise);
@@ -68,7 +68,7 @@ ERuling DoubtsMateInThree(CVerifiedMove& move) {
     if (b.m_nMoves != kThreeMovesPlies || b.m_bWhiteListsValid == 0 || heavy >= 2 || BlackRing(b) == 0)
         return ERuling::NotDoubtful;
     const bool bFirstRing = heavy == 0 || b.m_whiteQueens == 0;
-    if (!HasRoomForThreeMoves(BlackRing(b), move.FreeSquares(), heavy, bFirstRing) || !IsPromotionOutOfReach(b) ||
+    if (!HasRoomForThreeMoves(BlackRing(b), move.FreeSquares(), heavy, bFirstRing) || !IsPromotionTooFar(b) ||
         CountBlackKingFreeSquares(move.Before()) <= 4 + heavy)
         return ERuling::NotDoubtful;
     return move.DoubtfulUnlessMateInOne();
@@ -102,7 +102,7 @@ ERuling DoubtsLoneRook(CVerifiedMove& move) {
     const TChessboard& b = move.After();
     // With more plies left the rook and its king can drive him: that is how the ending is won.
     if (b.m_nInitialMoves <= kLongProblemPlies || b.m_nMoves > kLoneRookPlies || !IsLoneRook(b) ||
-        !IsPromotionOutOfReach(b))
+        !IsPromotionTooFar(b))
         return ERuling::NotDoubtful;
     const TSquare rook = SquareOfRook(b);
     const bool bAlone =

@@ -175,12 +175,13 @@ void CheckZugzwangTriangles(TChessboard& child) {
 
 /// Step 8e: worth a look at only in a long pass with heuristics, with bishops and pawns alone left to Black.
 void CheckOppositeBishops(TChessboard& child, int q) {
+    if ((child.m_nHeuristics & SH_ONECOLORPLAYPOSSIBLE) == 0)
+        return;
     const bool bMaterial = child.m_blackBishops == 1 && child.m_whiteBishops == 1 &&
                            child.m_blackQueens + child.m_blackRooks + child.m_blackKnights == 0 &&
                            child.m_whiteRooks + child.m_whiteQueens == 0;
-    if (child.m_byPass == 1 && BishopMode(child) == 0 && (child.m_nHeuristics & SH_ONECOLORPLAYPOSSIBLE) != 0 &&
-        child.m_bWhiteListsValid != 0 && child.m_nMoves >= 13 && q != child.m_nInitialMoves - 1 && bMaterial &&
-        child.m_whiteChecker == kNoChecker)
+    if (child.m_byPass == 1 && BishopMode(child) == 0 && child.m_bWhiteListsValid != 0 && child.m_nMoves >= 13 &&
+        q != child.m_nInitialMoves - 1 && bMaterial && child.m_whiteChecker == kNoChecker)
         DetectOppositeBishops(child);
 }
 
@@ -306,10 +307,9 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
     }
     if (moves.m_nVerdict < 0)
         return Logged<kKind>(*ChildSlot(*p), JudgeSort(*p, moves.m_nVerdict)); // of the move it has decided by
-    if (bAnyLegal || moves.m_bAnyMated || IsInCheck(*p))                       // 10
-        return MR_MATE;
-    // Black could only pass, that is, move the bishop that is off the board. Where it might be stuck he is stalemated.
-    return bPassed && !CanRemovedBishopBeStuck(*p) ? MR_MATE : MR_NOMATE;
+    if (bPassed) // a pass is a move of the bishop that is off the board; where it may be stuck, Black may be stalemated
+        return CanBlackMoveWhereverBishopIs(*p) ? MR_MATE : MR_NOMATE;
+    return bAnyLegal || moves.m_bAnyMated || IsInCheck(*p) ? MR_MATE : MR_NOMATE; // 10
 }
 
 template TMateResult FindMateBlack<kPlainNode>(TChessboard*);

@@ -205,6 +205,7 @@ class CWhiteMoves {
         m_hints = CHints(m_b);
         m_nCount = m_hints.Count();
         std::copy_n(m_hints.Moves(), m_nCount, m_list);
+        DropGuidesMove();
         return m_nCount != 0;
     }
 
@@ -213,6 +214,7 @@ class CWhiteMoves {
         m_nChecks = m_hints.DropFrom(m_checks, GenerateWhiteChecks(m_b, m_checks));
         m_nCount = m_nChecks;
         std::copy_n(m_checks, m_nChecks, m_list);
+        DropGuidesMove();
         return m_nCount != 0;
     }
 
@@ -224,6 +226,7 @@ class CWhiteMoves {
         m_nCount = static_cast<int>(end - m_list);
     }
 
+    /// It has been tried.
     void DropGuidesMove() {
         if (!m_bGuided)
             return;

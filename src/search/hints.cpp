@@ -15,17 +15,6 @@ std::uint16_t& AnswerSlot(const TChessboard& b) {
     return b.m_pContext->m_answers[table][static_cast<std::size_t>(b.m_lastMove.m_nFrom | b.m_lastMove.m_nTo << 6)];
 }
 
-bool CanMake(const TChessboard& b, const TMove& wanted) {
-    const bool bWhite = IsWhiteToMove(b);
-    const TFigure figure = b.m_board[wanted.m_nFrom];
-    if (!(bWhite ? IsWhite(figure) : IsBlack(figure)))
-        return false;
-    TMove list[kMaxMoves];
-    const int count =
-        bWhite ? GenerateWhiteFigureMoves(b, wanted.m_nFrom, list) : GenerateBlackFigureMoves(b, wanted.m_nFrom, list);
-    return std::any_of(list, list + count, [&](const TMove& move) { return SameMove(move, wanted); });
-}
-
 /// Both hints of the node, unproved; a null move where there is none.
 struct TWanted {
     explicit TWanted(const TChessboard& b)
@@ -46,6 +35,17 @@ std::uint16_t& Refutations(const TChessboard& b, const TMove& move) {
 }
 
 } // namespace
+
+bool CanMake(const TChessboard& b, const TMove& wanted) {
+    const bool bWhite = IsWhiteToMove(b);
+    const TFigure figure = b.m_board[wanted.m_nFrom];
+    if (!(bWhite ? IsWhite(figure) : IsBlack(figure)))
+        return false;
+    TMove list[kMaxMoves];
+    const int count =
+        bWhite ? GenerateWhiteFigureMoves(b, wanted.m_nFrom, list) : GenerateBlackFigureMoves(b, wanted.m_nFrom, list);
+    return std::any_of(list, list + count, [&](const TMove& move) { return SameMove(move, wanted); });
+}
 
 CHints::CHints(const TChessboard& b) {
     const TWanted wanted(b);

@@ -11,6 +11,10 @@
 
 namespace quillon {
 
+/// Could the figure on the source square make the move here (pseudo-legal)? Asked of moves that are told by something
+/// less than the whole position: taking in passing and castling depend on the way to it.
+[[nodiscard]] bool CanMake(const TChessboard& b, const TMove& wanted);
+
 /// The hints of one node, best first, that are moves its figures could make here (pseudo-legal); at most two.
 class CHints {
   public:

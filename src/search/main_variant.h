@@ -10,7 +10,7 @@
 namespace quillon {
 
 /// Less than a second: exact for mates that are not much longer than six moves.
-inline constexpr std::uint64_t kVariantPositions = 2'000'000;
+inline constexpr std::uint64_t kVariantPositions = 1'000'000;
 
 /// The line after `key`, key first, to the mate: at each turn the black reply that takes White longest (the first such
 /// in the order of generation), answered by a white move that mates in the fewest moves.

@@ -7,6 +7,7 @@
 #include "core/queries.h"
 #include "core/search_context.h"
 #include "search/control.h"
+#include "search/hints.h"
 
 namespace quillon {
 
@@ -19,8 +20,12 @@ constexpr std::size_t kShareOfTable = 4;  // the map gets a quarter of what the 
 constexpr std::uint64_t kNodesForLost = 20'000;
 
 /// To clear a large table takes longer than most proofs: the first search gets one that is cleared in a moment.
-constexpr std::size_t kFirstTable = std::size_t{8} << 20;
+constexpr std::size_t kFirstTable = std::size_t{4} << 20;
 constexpr std::uint64_t kFirstNodes = 30'000;
+
+/// Every expanded position takes an entry of 16 bytes; a table six times as large leaves room for a longer search
+/// later.
+constexpr std::uint64_t kBytesOfNode = 96;
 
 /// Mates within so many plies the recursion finds by itself.
 constexpr int kShortestGuided = 5;
@@ -43,12 +48,13 @@ EProofResult CProofGuide::Search(TChessboard& root, std::uint64_t nMostNodes) {
     return m_result;
 }
 
-/// A search that is to take longer than the first table serves starts again with the whole one.
+/// A search that is to take longer than the first table serves starts again with a larger one.
 void CProofGuide::GrowTable(std::uint64_t nMostNodes) {
-    if (nMostNodes <= kFirstNodes || m_table->Bytes() >= m_nTableBytes / 2)
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(nMostNodes * kBytesOfNode, m_nTableBytes));
+    if (nMostNodes <= kFirstNodes || m_table->Bytes() >= wanted / 2)
         return;
     m_table.reset();
-    m_table = std::make_unique<CProofTable>(m_nTableBytes);
+    m_table = std::make_unique<CProofTable>(wanted);
 }
 
 /// White's position with everything that follows from it. Returns the plies to mate along the proof, or those left
@@ -100,7 +106,10 @@ const CProofGuide::TKnown* CProofGuide::Find(const TChessboard& b) const {
     if (b.m_nMoves < kShortestGuided)
         return nullptr;
     const auto known = m_known.find(HashBoard(b));
-    return known != m_known.end() && known->second.m_nPlies <= b.m_nMoves ? &known->second : nullptr;
+    if (known == m_known.end() || known->second.m_nPlies > b.m_nMoves)
+        return nullptr;
+    // A board alone does not tell whether a pawn may be taken in passing, nor who may castle.
+    return CanMake(b, known->second.m_move) ? &known->second : nullptr;
 }
 
 bool CProofGuide::Suggest(const TChessboard& b, TMove& move) const {

@@ -29,8 +29,8 @@ class CProofGuide {
     /// Is there a forced mate to suggest from?
     [[nodiscard]] bool IsProved() const { return m_result == EProofResult::Proved; }
 
-    /// White to move: the move that mates within the plies left of `b`. False if the position is none of the proof's,
-    /// or has fewer plies left than there; `move` is then as it was.
+    /// White to move: the move that mates within the plies left of `b`; it is pseudo-legal there. False if the position
+    /// is none of the proof's, or has fewer plies left than there; `move` is then as it was.
     [[nodiscard]] bool Suggest(const TChessboard& b, TMove& move) const;
 
     /// White to move: within how many plies the guide's moves mate; 0 where Suggest would be false.

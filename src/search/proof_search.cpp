@@ -133,8 +133,14 @@ class CProofSearch {
         return numbers;
     }
 
-    void Add(const TChessboard& child, const TMove& move, const TProofNumbers& fresh) {
+    /// The hash of a child that is going to be added: meanwhile the table's memory is on its way.
+    std::uint64_t Announce(const TChessboard& child) const {
         const std::uint64_t hash = HashBoard(child);
+        m_table.Prefetch(hash);
+        return hash;
+    }
+
+    void Add(const TChessboard& child, std::uint64_t hash, const TMove& move, const TProofNumbers& fresh) {
         const CProofTable::TFound found = m_table.Find(hash, child.m_nMoves);
         m_children.push_back({move, found.m_bKnown ? found.m_numbers : fresh, hash});
     }
@@ -148,6 +154,7 @@ class CProofSearch {
             TChessboard* const child = Make(p, move);
             if (child == nullptr)
                 continue;
+            const std::uint64_t hash = Announce(*child);
             const int replies = CountReplies(*child);
             const bool bCheck = child->m_blackChecker != kNoChecker;
             if (replies == 0 && bCheck) {
@@ -156,7 +163,7 @@ class CProofSearch {
             }
             if (replies == 0)
                 continue; // stalemate
-            Add(*child, move, {kFewestNumber, static_cast<std::uint32_t>(bCheck ? replies : replies + 2)});
+            Add(*child, hash, move, {kFewestNumber, static_cast<std::uint32_t>(bCheck ? replies : replies + 2)});
         }
         return false;
     }
@@ -194,6 +201,7 @@ class CProofSearch {
                 m_children.push_back({move, kMissesAim, 0});
                 return true;
             }
+            const std::uint64_t hash = Announce(*child);
             if (HasMateInOne(*child)) {
                 bAnyMated = true;
                 mated = move;
@@ -203,7 +211,7 @@ class CProofSearch {
                 m_children.push_back({move, kMissesAim, 0});
                 return true;
             }
-            Add(*child, move, {kFewestNumber, CountHopes(*child)});
+            Add(*child, hash, move, {kFewestNumber, CountHopes(*child)});
         }
         if (m_children.size() == first && bAnyMated)
             m_children.push_back({mated, kReachesAim, 0});

@@ -12,6 +12,7 @@
 #include "core/chessboard.h"
 #include "core/move.h"
 #include "platform/large_pages.h"
+#include "platform/prefetch.h"
 
 namespace quillon {
 
@@ -50,6 +51,9 @@ class CProofTable {
     /// For the position with `nPlies` left: its own numbers, or a verdict for another number of plies that holds here
     /// too (White mates in fewer, or not even in more).
     [[nodiscard]] TFound Find(std::uint64_t hash, int nPlies) const;
+
+    /// Asked early, Find costs no wait for the memory.
+    void Prefetch(std::uint64_t hash) const { quillon::Prefetch(&BucketOf(hash)); }
 
     void Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move);
 

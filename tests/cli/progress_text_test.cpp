@@ -77,6 +77,11 @@ TEST(ProgressText, TellsPassMovePartAndSpeed) {
               "Pass 1b, move 3 of 12, 23.4%, 8.0 s, 12.4M nodes, 1.55M/s, register 1.20M 130 MB");
 }
 
+TEST(ProgressText, BetweenPassesThereIsNoMove) {
+    EXPECT_EQ(ProgressText({"1b", 20, 20, 1, 5, 2, {}, true}), "Best-first proof, 2.0 s");
+    EXPECT_EQ(ProgressText({"", 0, 0, 0, 0, 0.5, {}, true}), "Best-first proof, 0.5 s");
+}
+
 TEST(ProgressText, SurvivesTheFirstMoment) {
     EXPECT_EQ(ProgressText({}), "Initial analysis, 0.0 s");
     EXPECT_EQ(ProgressText({"1", 1, 20, 0, 5, 0, {}}), "Pass 1, move 1 of 20, 0.0%, 0.0 s, 5 nodes, 0/s");

@@ -62,7 +62,8 @@ TEST(TimeLimit, DoesNotTouchASolveThatEndsInTime) {
 }
 
 TEST(Interrupt, TheFirstStopsAndReports) {
-    CProgramRun run({"solve", "-", "--progress"}, {Library({kHopelessProblem, kEasyProblem, kEasyProblem}), ""});
+    CProgramRun run({"solve", "-", "--brute-force", "--progress"},
+                    {Library({kHopelessProblem, kEasyProblem, kEasyProblem}), ""});
     ASSERT_TRUE(run.WaitForError(" nodes, "));
     run.Signal(SIGINT);
     const TProgramResult result = run.Finish();
@@ -73,7 +74,7 @@ TEST(Interrupt, TheFirstStopsAndReports) {
 }
 
 TEST(Interrupt, TheSecondEndsTheProgram) {
-    CProgramRun run({"solve", "--fen", kHopelessFen, "--moves", "20", "--progress"});
+    CProgramRun run({"solve", "--fen", kHopelessFen, "--moves", "20", "--brute-force", "--progress"});
     ASSERT_TRUE(run.WaitForError(" nodes, "));
     run.Signal(SIGSTOP); // both wait while the program cannot obey the first
     run.Signal(SIGINT);
@@ -82,14 +83,20 @@ TEST(Interrupt, TheSecondEndsTheProgram) {
     EXPECT_EQ(run.Finish().m_nStatus, kInterruptedStatus);
 }
 
+TEST(Progress, NamesTheLookBeforeThePasses) {
+    const TProgramResult result =
+        RunQuillon({"solve", "--fen", kHopelessFen, "--moves", "20", "--time-limit", "2", "--progress"});
+    EXPECT_NE(result.m_err.find("\rBest-first proof, "), std::string::npos) << result.m_err;
+}
+
 TEST(Progress, IsSilentWhereStandardErrorIsNoTerminal) {
     const TProgramResult result = RunQuillon({"solve", "--fen", kHopelessFen, "--moves", "20", "--time-limit", "0.7"});
     EXPECT_EQ(result.m_err, "");
 }
 
 TEST(Progress, IsShownWhenAskedForAndErasedAtTheEnd) {
-    const TProgramResult result =
-        RunQuillon({"solve", "--fen", kHopelessFen, "--moves", "20", "--time-limit", "0.7", "--progress"});
+    const TProgramResult result = RunQuillon(
+        {"solve", "--fen", kHopelessFen, "--moves", "20", "--brute-force", "--time-limit", "0.7", "--progress"});
     EXPECT_NE(result.m_err.find("\rPass 2, move 1 of 20, "), std::string::npos) << result.m_err;
     EXPECT_TRUE(
         std::regex_search(result.m_err, std::regex(R"(, [0-9.]+%, 0\.[0-9] s, [0-9.]+[kM]? nodes, [0-9.]+[kM]?/s)")))

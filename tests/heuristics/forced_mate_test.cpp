@@ -127,11 +127,13 @@ class CMaskedDoubt : public ITemporaryRegister {
     std::set<std::pair<int, std::uint32_t>> m_doubt;
 };
 
-std::set<std::pair<int, std::uint32_t>> MasksOfDoubt(int nWithOther, bool bCycleTwice = false) {
+std::set<std::pair<int, std::uint32_t>> MasksOfDoubt(int nWithOther, bool bCycleTwice = false,
+                                                     bool bPreliminary = false) {
     CMaskedDoubt known;
     CForced line("7k/8/8/8/8/5K2/8/R7", 17, 2, SH_DONTRECEDEBLACKKING);
     line.Context().m_nFfmWithOther = static_cast<std::int8_t>(nWithOther);
     line.Context().m_bFfmCycleTwice = bCycleTwice;
+    line.Context().m_bFfmPreliminary = bPreliminary;
     line.Analysis().m_pRegister = &known;
     line.Analysis().m_shLookForQuickerMateDepth = 0;
     (void)line.Try("Ra1-a7");
@@ -146,6 +148,13 @@ TEST(FindForcedMate, OtherHeuristicsAreOffOrKeptForTheWholeRun) {
     EXPECT_EQ(MasksOfDoubt(0, true), MasksOfDoubt(1)) << "the first of two cycles";
     EXPECT_FALSE(MasksOfDoubt(0).empty());
     EXPECT_FALSE(MasksOfDoubt(1).empty());
+}
+
+TEST(FindForcedMate, ThePreliminaryPassKeepsTheOtherHeuristics) {
+    const auto masks = MasksOfDoubt(-1, false, true); // all moves are taken: nothing else reduces the tree
+    for (const auto& [plies, mask] : masks)
+        EXPECT_EQ(mask, SH_FINDFORCEDMATE | SH_DONTRECEDEBLACKKING) << plies;
+    EXPECT_FALSE(masks.empty());
 }
 
 TEST(FindForcedMate, OtherHeuristicsComeBackNearTheEnd) {

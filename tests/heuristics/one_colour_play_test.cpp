@@ -45,11 +45,12 @@ TEST(OneColourPlay, NeedsThatNoPawnPromotes) {
 }
 
 TEST(OneColourPlay, ABishopWalledInCannotMove) {
-    CHeuristicLine line("8/8/8/8/8/7k/6p1/K7", 21, 0);
+    CHeuristicLine line("8/8/8/8/5KBk/6Pp/6pP/6N1", 21, 0); // Black has no other move
+    line.Now().m_nMoves = 20;
     line.Now().m_bySideState = 1; // light: h1 has the only neighbour g2
-    EXPECT_TRUE(CanRemovedBishopBeStuck(line.Now()));
+    EXPECT_FALSE(CanBlackMoveWhereverBishopIs(line.Now()));
     line.Now().m_bySideState = 2; // dark: no corner is shut
-    EXPECT_FALSE(CanRemovedBishopBeStuck(line.Now()));
+    EXPECT_TRUE(CanBlackMoveWhereverBishopIs(line.Now()));
 }
 
 /// The verdict on a position that White's move has stalemated, were it not for the bishop that is off the board.
@@ -64,6 +65,27 @@ TMateResult VerdictOnStalemate(std::string_view placement, std::string_view move
 TEST(OneColourPlay, WhereTheBishopMayBeStuckBlackIsStalematedInsteadOfPassing) {
     EXPECT_EQ(VerdictOnStalemate("7k/5K2/8/8/8/8/8/1Q6", "Qb1-g6"), MR_MATE);
     EXPECT_EQ(VerdictOnStalemate("7k/5K2/8/8/8/8/6p1/1Q4N1", "Qb1-g6"), MR_NOMATE); // it may be on h1
+}
+
+// Black's pawn could go to a4. But where the bishop is stuck on a4 behind its pawns, Black is stalemated.
+TEST(OneColourPlay, AMoveThroughTheStuckBishopDoesNotSaveBlackFromStalemate) {
+    const char* const stuck = "5K1k/7p/7P/pp6/bp6/1p4B1/1P6/8";
+    CSearchedPosition truth(stuck, 3);
+    truth.Play("Bg3-h4");
+    EXPECT_TRUE(reference::IsStalemate(reference::FromFen(PlacementOf(truth.Now()) + " b - - 0 1")));
+
+    CHeuristicLine line("5K1k/7p/7P/pp6/1p6/1p4B1/1P6/8", 3, SH_ONECOLORPLAYPOSSIBLE);
+    line.Play("Bg3-h4");
+    line.Now().m_bySideState = 1; // it lives on light squares
+    EXPECT_EQ(line.Verdict(), MR_NOMATE);
+}
+
+TEST(OneColourPlay, AMoveThatNoStuckBishopStopsIsEnough) {
+    CHeuristicLine line("5K1k/p6p/7P/1p6/1p6/1p4B1/1P6/8", 3, SH_ONECOLORPLAYPOSSIBLE); // a7-a6, a7-a5
+    line.Play("Bg3-h4");
+    line.Now().m_bySideState = 1;
+    EXPECT_TRUE(CanBlackMoveWhereverBishopIs(line.Now()));
+    EXPECT_EQ(line.Verdict(), MR_MATE);
 }
 
 /// A random position that the mode is entered in: White on dark squares, mates frequent.

@@ -134,10 +134,20 @@ TEST(PassPlan, StepsCountedAreThoseThatAreMade) {
                               static_cast<std::uint32_t>(rng()) & 0xcfeff0ffu & ~SH_FINDFORCEDMATE & ~0x100u);
         const int counted = CountRelaxations(plan.Root());
         int made = 0;
-        while (plan.Step() != kNothingLeftToRelax)
+        while (plan.Step() != kNothingLeftToRelax && plan.Mask() != 0)
             ++made;
         EXPECT_EQ(counted, made);
     }
+}
+
+/// The key figure's rule asks for a pass whatever is left; with nothing left that is the pass without heuristics.
+TEST(PassPlan, AStepThatLeavesNothingMakesNoPassWithHeuristics) {
+    CPlannedPosition plan("k1n4R/8/1K6/8/8/8/8/8", SH_KEYWHITEFIGURE);
+    plan.Parameters().m_nKeyWhiteFigure = String2Square("h8");
+    EXPECT_EQ(CountRelaxations(plan.Root()), 0);
+    EXPECT_EQ(ShowPassPlan(plan.Root()), "Pass 1: SH_KEYWHITEFIGURE(H8),  QuickMode");
+    EXPECT_EQ(plan.Step(), kRelaxed);
+    EXPECT_EQ(plan.Mask(), 0u);
 }
 
 // ---- the list

@@ -269,6 +269,98 @@ TEST(SolvingDriver, HybridRunWithoutASolutionHasNoSecondPhase) {
     EXPECT_EQ(solve.Analysis().m_nHybridPhase, kHybridHeuristical);
 }
 
+/// Its second phase has no heuristics at all, whatever the first was required to have.
+TEST(SolvingDriver, WhatAHybridRunRequiresIsAskedOfItsFirstPhase) {
+    TSolveRequest request = Request(kManyKeys, 1);
+    request.m_bHybrid = true;
+    request.m_heuristics.emplace().m_nHeuristics = SH_DONTRECEDEBLACKKING;
+    request.m_nRequiredHeuristics = SH_DONTRECEDEBLACKKING;
+    const TSolvingResult result = Solve(request);
+    EXPECT_EQ(result.m_passes, (std::vector<std::string>{"1", "2"}));
+    EXPECT_TRUE(result.m_bComplete);
+}
+
+/// Depth of the short-mate search once the passes of a stored composition are planned.
+int DepthOfKnownComposition(bool bBruteForce) {
+    TSolveRequest request = Request("r5k1/1p1p2p1/N7/1p4N1/1p4p1/8/7Q/bK4n1", 4);
+    request.m_bUsePredefinedIndications = true;
+    request.m_bBruteForce = bBruteForce;
+    CSolve solve(request);
+    solve.SetPlanSink([&solve](const TPlanReport&) { solve.RequestStop(); });
+    CAnswers answers;
+    (void)solve.StartSolving(answers);
+    return solve.Analysis().m_shLookForQuickerMateDepth;
+}
+
+TEST(SolvingDriver, BruteForceTakesNoStoredSettings) {
+    EXPECT_EQ(DepthOfKnownComposition(false), 5) << "three moves";
+    EXPECT_EQ(DepthOfKnownComposition(true), kDefaultQuickerMateDepth);
+}
+
+// ---- started again
+
+std::vector<std::string> SetsOf(const TSolvingResult& result) {
+    std::vector<std::string> sets;
+    for (const TPassRecord& pass : result.m_passRecords)
+        sets.push_back(pass.m_name + " " + pass.m_heuristics);
+    return sets;
+}
+
+/// Starts the same solve twice and expects the same of both.
+void ExpectTheSameTwice(const TSolveRequest& request) {
+    CSolve solve(request);
+    CAnswers answers;
+    const TSolvingResult first = solve.StartSolving(answers);
+    const std::string settings = solve.ShowAnalysisSettings();
+    const TSolvingResult second = solve.StartSolving(answers);
+    EXPECT_GE(first.m_passes.size(), 2u);
+    EXPECT_EQ(SetsOf(first), SetsOf(second));
+    EXPECT_EQ(Keys(first), Keys(second));
+    EXPECT_EQ(first.m_verdict, second.m_verdict);
+    EXPECT_EQ(first.m_variant, second.m_variant);
+    EXPECT_EQ(settings, solve.ShowAnalysisSettings());
+}
+
+TEST(SolvingDriver, AHybridRunMayBeStartedAgain) {
+    TSolveRequest request = Request(kManyKeys, 1);
+    request.m_bHybrid = true;
+    request.m_heuristics.emplace().m_nHeuristics = SH_DONTRECEDEBLACKKING;
+    ExpectTheSameTwice(request);
+}
+
+/// The first run relaxes the set step by step; the second starts from it as it was made.
+TEST(SolvingDriver, ASetMadeByHandIsWholeInTheNextStart) {
+    TSolveRequest request = Request(kNoMate, 4);
+    request.m_heuristics = ReadHeuristicsText("SH_DONTLETKINGMOVE,SH_KEEPKINGWITHINEXTEDGE(strict),"
+                                              "SH_ASSERTBLACKKINGSURROUNDED(strict),SH_FINDFORCEDMATE(#1)");
+    request.m_bSafeMode = true;
+    CSolve solve(request);
+    CAnswers answers;
+    std::vector<std::string> firstSets;
+    for (int i = 0; i < 2; ++i) {
+        firstSets.push_back(solve.StartSolving(answers).m_passRecords.front().m_heuristics);
+        EXPECT_NE(solve.ShowAnalysisSettings().find(
+                      "* Initial set of heuristics: SH_DONTLETKINGMOVE, SH_KEEPKINGWITHINEXTEDGE(strict), "
+                      "SH_FINDFORCEDMATE(#1), SH_ASSERTBLACKKINGSURROUNDED(strict)\n"),
+                  std::string::npos)
+            << solve.ShowAnalysisSettings();
+    }
+    EXPECT_EQ(firstSets[0], firstSets[1]);
+    EXPECT_TRUE(firstSets[0].starts_with("SH_DONTLETKINGMOVE, "));
+}
+
+/// Relaxing the sea snake turns safe mode on: the engine's word, and of this run only.
+TEST(SolvingDriver, SafeModeThatAStepForcesIsToldAndEndsWithTheRun) {
+    TSolveRequest request = Request(kNoMate, 4);
+    request.m_heuristics = ReadHeuristicsText("SH_SEASNAKE(D5),SH_DONTRECEDEBLACKKING");
+    CSolve solve(request);
+    EXPECT_EQ(solve.ShowAnalysisSettings().find("> Safe Mode forced by engine\n"), std::string::npos);
+    CAnswers answers;
+    (void)solve.StartSolving(answers);
+    EXPECT_NE(solve.ShowAnalysisSettings().find("> Safe Mode forced by engine\n"), std::string::npos);
+    ExpectTheSameTwice(request);
+}
+
 // ---- thread demands
 
 TEST(SolvingDriver, ADemandIsAskedOnceAndObeyed) {
@@ -287,7 +379,7 @@ TEST(SolvingDriver, ADemandIsAskedOnceAndObeyed) {
             answers.m_questions,
             std::vector<std::string>{"Engine wants to force a different number of threads (2). Do you accept it?"});
         EXPECT_EQ(solve.Analysis().m_nThreads, bAccepted ? 2 : 1);
-        EXPECT_EQ(result.m_passes.size(), 1u) << "then the run";
+        EXPECT_FALSE(result.m_passes.empty()) << "then the run";
         EXPECT_NE(solve.ShowAnalysisSettings().find(bAccepted ? "* Threads = 1 (but forced by engine to 2)"
                                                               : "* Threads = 1\n"),
                   std::string::npos);
@@ -408,6 +500,34 @@ TEST(SolvingDriver, ShareOfTheMemoryIsAFifthUnlessToldOtherwise) {
     (void)solve.StartSolving(answers);
     const auto fifth = static_cast<std::int64_t>(PhysicalMemory() / 5);
     EXPECT_LE(std::abs(solve.Analysis().m_nRegisterBudget - fifth), 100);
+}
+
+/// The guide's table and the register share the memory that was told.
+TEST(SolvingDriver, TheGuideTakesItsShareOfTheBudget) {
+    const struct {
+        int m_nStipulation;
+        std::int64_t m_nMemoryMB;
+        std::int64_t m_nLeft;      // for the register
+    } rows[] = {{3, 64, 64 << 20}, // too short for a guide
+                {4, 64, 48 << 20},
+                {4, 2, 3 << 19},
+                {4, 1, 1 << 20}, // too little for two
+                {4, 2048, std::int64_t{1792} << 20}};
+    for (const auto& row : rows) {
+        TSolveRequest request = Request(kMateInThree, row.m_nStipulation);
+        request.m_nMemoryBudgetMB = row.m_nMemoryMB;
+        CSolve solve(request);
+        CAnswers answers;
+        (void)solve.StartSolving(answers);
+        EXPECT_EQ(solve.Analysis().m_nRegisterBudget, row.m_nLeft) << row.m_nStipulation << ' ' << row.m_nMemoryMB;
+    }
+    TSolveRequest brute = Request(kMateInThree, 4);
+    brute.m_nMemoryBudgetMB = 64;
+    brute.m_bBruteForce = true;
+    CSolve solve(brute);
+    CAnswers answers;
+    (void)solve.StartSolving(answers);
+    EXPECT_EQ(solve.Analysis().m_nRegisterBudget, 64 << 20);
 }
 
 // ---- the register
