@@ -60,10 +60,8 @@ std::string PlanText(const TPlanReport& plan) {
     for (const std::string& rule : plan.m_rules)
         text += "  because: " + rule + "\n";
     text += GuideLine(plan);
-    if (!plan.m_misfits.empty())
-        text += std::string(plan.m_bGuided ? "Left out, since it would doubt that mate: "
-                                           : "Left out, since there is no forced play: ") +
-                plan.m_misfits + "\n";
+    for (const std::string& left : plan.m_leftOut)
+        text += "Left out: " + left + "\n";
     return text + "Plan:\n" + plan.m_passPlan + "\n" + PlanEnd(plan);
 }
 
@@ -85,7 +83,7 @@ nlohmann::ordered_json ExplainObject(const TPlanReport& plan, const TSolvingResu
     object["chosenByHand"] = plan.m_bChosenByHand;
     object["safeModeForced"] = plan.m_bSafeModeForced;
     object["rules"] = plan.m_rules;
-    object["leftOut"] = plan.m_misfits;
+    object["leftOut"] = plan.m_leftOut;
     object["guided"] = plan.m_bGuided;
     object["guideNodes"] = plan.m_nGuideNodes;
     object["plan"] = plan.m_passPlan;

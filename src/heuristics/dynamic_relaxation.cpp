@@ -62,17 +62,17 @@ bool CanBalanceChange(const TChessboard& b) {
     return men != 0 || HasPawnInReachOfPromotion(b, (b.m_nMoves + 1) / 2);
 }
 
-ERelaxation FindRelaxation(CVerifiedMove& move) {
+EEdgeRelaxation FindRelaxation(CVerifiedMove& move) {
     const TChessboard& b = move.After();
     const TSearchContext& context = move.Context();
     const bool bDeferred = (b.m_wBlackState & kEdgeRelaxed) != 0;
     if ((bDeferred && b.m_nMoves >= context.m_shDeferMaxMoves) || IsRelaxedByPawn(b) || IsRelaxedByCaptures(b))
-        return ERelaxation::Relaxed;
+        return EEdgeRelaxation::Relaxed;
     if (bDeferred)
-        return ERelaxation::Overdue; // the event for which it was deferred has not come
+        return EEdgeRelaxation::Overdue; // the event for which it was deferred has not come
     if (context.m_shDeferMoves == 0 || (context.m_bSkipDeferIfNoBalanceChange && !CanBalanceChange(b)))
-        return ERelaxation::None;
-    return ERelaxation::Deferred;
+        return EEdgeRelaxation::None;
+    return EEdgeRelaxation::Deferred;
 }
 
 void DeferEdgeCheck(CVerifiedMove& move) {

@@ -17,7 +17,7 @@
 namespace quillon {
 
 /// What the relaxation makes of a black king off the edge.
-enum class ERelaxation {
+enum class EEdgeRelaxation {
     None,     // the edge heuristic stands
     Relaxed,  // it does not apply here
     Overdue,  // the check had been deferred, and the time is over
@@ -25,7 +25,7 @@ enum class ERelaxation {
 };
 
 /// Steps 1 to 4 of the relaxation, nothing marked yet: marking waits until cheaper excuses of the rule have failed.
-[[nodiscard]] ERelaxation FindRelaxation(CVerifiedMove& move);
+[[nodiscard]] EEdgeRelaxation FindRelaxation(CVerifiedMove& move);
 
 /// Marks the move and writes down how long the check is deferred.
 void DeferEdgeCheck(CVerifiedMove& move);

@@ -64,6 +64,9 @@ constexpr int kShortestLongLook = 13;
 constexpr std::uint64_t kBriefLook = 100, kLongLook = 1500; // times the square of the plies
 constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 3'000'000;
 
+/// Plies from which on heuristics are worth their passes.
+constexpr int kShortestHeuristicRun = 15;
+
 /// One run over the root: the steps of FindMateRoot.
 class CRootRun {
   public:
@@ -114,7 +117,14 @@ class CRootRun {
         // Forced play is what the guide finds first: where a long look has found none, a run of it would find none
         // either.
         if (!m_run.m_pGuide->IsProved())
-            LeaveOut(SH_FINDFORCEDMATE);
+            LeaveOut(SH_FINDFORCEDMATE, "there is no forced play");
+    }
+
+    /// The set of a short problem stays unused: the pass without heuristics has to come anyhow, and answers it sooner
+    /// than the passes before it would have taken (three times as fast on mates in four to six with all keys).
+    void SpareShortProblem() {
+        if (m_root.m_nMoves < kShortestHeuristicRun)
+            LeaveOut(m_nChosen, "a problem of this length is solved faster without");
     }
 
     /// The plan starts from the chosen set. Its length is what the display counts passes against; steps that the clock
@@ -137,7 +147,8 @@ class CRootRun {
         report.m_rules.assign(m_run.m_initialRules.begin(), m_run.m_initialRules.end());
         if (m_root.m_nHeuristics != 0)
             report.m_initialSet = HeuristicsText(m_root, true, m_analysis);
-        report.m_misfits = TextOfMask(m_run.m_nMisfits);
+        for (const TLeftOut& left : m_run.m_leftOut)
+            report.m_leftOut.push_back(TextOfMask(left.m_nHeuristics) + " (" + left.m_reason + ")");
         report.m_passPlan = ShowPassPlan(m_root);
         report.m_bChosenByHand = m_run.m_bChosenHeuristics;
         report.m_bSafeModeForced = m_run.m_bSafeModeForced;
@@ -165,10 +176,11 @@ class CRootRun {
     }
 
     /// A set made by hand stays as it is.
-    void LeaveOut(std::uint32_t heuristics) {
-        if (m_run.m_bChosenHeuristics)
+    void LeaveOut(std::uint32_t heuristics, const char* reason) {
+        heuristics &= m_nChosen;
+        if (m_run.m_bChosenHeuristics || heuristics == 0)
             return;
-        m_run.m_nMisfits |= m_nChosen & heuristics;
+        m_run.m_leftOut.push_back({heuristics, reason});
         m_nChosen &= ~heuristics;
     }
 
@@ -183,7 +195,7 @@ class CRootRun {
         if (result != EProofResult::Proved)
             return;
         m_analysis.m_pGuide = m_run.m_pGuide;
-        LeaveOut(HeuristicsAgainstGuide(m_root, *m_run.m_pGuide, m_nChosen));
+        LeaveOut(HeuristicsAgainstGuide(m_root, *m_run.m_pGuide, m_nChosen), "it would doubt that mate");
         TMove key;
         if (!m_run.m_pGuide->Suggest(m_root, key))
             return;
@@ -416,6 +428,7 @@ int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard
     if (run.m_bAnalysisOnly)
         return kInitialAnalysisOnly;
     driver.AskGuide();
+    driver.SpareShortProblem();
     driver.PlanPasses();
     driver.TellPlan();
     return driver.RunPasses();

@@ -42,12 +42,18 @@ struct TPassRecord {
     bool m_bTimeDependent = false; // it took place only because the passes before it were quick
 };
 
+/// Heuristics that were chosen and are not used all the same.
+struct TLeftOut {
+    std::uint32_t m_nHeuristics = 0;
+    const char* m_reason = "";
+};
+
 /// How a run is planned, for the user.
 struct TPlanReport {
-    std::vector<std::string> m_rules; // names of the rules of the initial analysis that fired, in order
-    std::string m_initialSet;         // HeuristicsText of the first pass; empty for none
-    std::string m_misfits;            // what the engine left out of its choice after the best-first proof
-    std::string m_passPlan;           // ShowPassPlan
+    std::vector<std::string> m_rules;   // names of the rules of the initial analysis that fired, in order
+    std::string m_initialSet;           // HeuristicsText of the first pass; empty for none
+    std::vector<std::string> m_leftOut; // what the engine left out of its choice, each with the reason
+    std::string m_passPlan;             // ShowPassPlan
     bool m_bChosenByHand = false;
     bool m_bSafeModeForced = false;  // by the initial analysis, not the user
     bool m_bGuided = false;          // the best-first proof found a mate
@@ -63,8 +69,7 @@ struct TRootFindings {
     std::vector<TPassRecord> m_passRecords;       // the same passes, one record each, complete when the pass has ended
     std::vector<std::string_view> m_initialRules; // rules of the initial analysis that fired, in order
     std::uint32_t m_nInitialHeuristics = 0;
-    std::uint32_t m_nMisfits =
-        0; // of the choice, what does not fit what the guide has found, or that it has found nothing
+    std::vector<TLeftOut> m_leftOut;         // of the choice, what the passes do without
     std::optional<std::string> m_initialSet; // text of the set that the plan starts from; none before it is planned
     bool m_bSafeModeForced = false;          // by the initial analysis or a step of the plan, not the user
     bool m_bStopped = false;                 // the user or a limit ended the run

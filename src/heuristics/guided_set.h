@@ -16,8 +16,7 @@ namespace quillon {
 /// alone about each position. Returns the bits that doubt one of them.
 ///   root   its context holds the parameters of the bits; left as it was.
 ///   Bound  so many of White's positions as one pass would try within moments: a proof too large to be walked may keep
-///   a
-///          bit that does not fit.
+///          a bit that does not fit.
 [[nodiscard]] std::uint32_t HeuristicsAgainstGuide(TChessboard& root, const CProofGuide& guide, std::uint32_t mask);
 
 } // namespace quillon

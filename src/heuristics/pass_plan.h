@@ -19,8 +19,7 @@ inline constexpr int kRelaxedByClock = -1;    // the same, and it is there only 
 /// One step of the plan: writes the new set to m_nHeuristics, m_nHeurParams and the parameters of the context, and
 /// counts the step in m_nRelaxations.
 ///   board    between passes; with Black to move (m_nMoves even) the step is made on its parent, and the board takes
-///   over
-///            what came of it. Without a parent nothing happens.
+///            over what came of it. Without a parent nothing happens.
 ///   Returns  kRelaxed, kRelaxedByClock, or kNothingLeftToRelax. With the user's m_bLetRelaxHeuristics off: the last,
 ///            with an empty set.
 ///   Threads  that of the context. The threads of an analysis take the same steps: where the clock decides, all of them
@@ -33,7 +32,8 @@ inline constexpr int kRelaxedByClock = -1;    // the same, and it is there only 
 void BeginPassPlan(TChessboard& root);
 
 /// How many passes with heuristics follow the one that `root` stands for, those left out that only happen when the
-/// clock lets them. A dry run: nothing is changed, stamped or logged.
+/// clock lets them. A step that leaves no heuristic makes the pass without them. A dry run: nothing is changed, stamped
+/// or logged.
 [[nodiscard]] int CountRelaxations(const TChessboard& root);
 
 /// The plan as the user gets to see it, a paragraph for each pass with heuristics. `root` has the mask that was chosen;

@@ -2,8 +2,7 @@
 // The front end of a solve: prepares the analysis, runs the root, and tells what came of it.
 //
 // Threads: StartSolving runs on a thread of the caller's choice and returns when the solve has ended. Another thread
-// may
-//          meanwhile read the analysis' atomics and the context's move counters, and give commands
+//          may meanwhile read the analysis' atomics and the context's move counters, and give commands
 //          (CSolve::RequestStop, CSolve::Pause).
 
 #include <atomic>
@@ -94,7 +93,7 @@ class CSolve {
     explicit CSolve(TSolveRequest request);
     ~CSolve();
 
-    /// Runs the solve to its end.
+    /// Runs the solve to its end. May be called again: each start begins with the request as it was given.
     ///   Errors  ChessException for a request that cannot be run: stipulation out of range, Black in check.
     [[nodiscard]] TSolvingResult StartSolving(INotifier& notifier);
 

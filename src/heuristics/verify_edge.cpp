@@ -32,18 +32,18 @@ bool IsExcusedByCapture(CVerifiedMove& move) {
 }
 
 /// The last word: mate in one, the deferred check, and a short mate where there is time for one.
-ERuling Conclude(CVerifiedMove& move, ERelaxation relaxation, bool bShortMate) {
+ERuling Conclude(CVerifiedMove& move, EEdgeRelaxation relaxation, bool bShortMate) {
     if (move.AllowsMateInOne())
         return ERuling::NotDoubtful;
-    if (relaxation == ERelaxation::Deferred) {
+    if (relaxation == EEdgeRelaxation::Deferred) {
         DeferEdgeCheck(move);
         return ERuling::NotDoubtful;
     }
     return bShortMate ? move.DoubtfulUnlessShortMate(kShortMatePlies) : ERuling::Doubtful;
 }
 
-ERelaxation RelaxationOfEdge(CVerifiedMove& move) {
-    return move.Context().m_bRelaxExtEdgeOnly ? ERelaxation::None : FindRelaxation(move);
+EEdgeRelaxation RelaxationOfEdge(CVerifiedMove& move) {
+    return move.Context().m_bRelaxExtEdgeOnly ? EEdgeRelaxation::None : FindRelaxation(move);
 }
 
 bool IsExcusedFromStrictEdge(CVerifiedMove& move) {
@@ -56,8 +56,8 @@ ERuling DoubtsKingMove(CVerifiedMove& move) {
     const TChessboard& b = move.After();
     if (IsBlackStripped(b))
         return BlackRing(b) == 0 ? ERuling::NotDoubtful : move.DoubtfulUnlessMateInOne();
-    const ERelaxation relaxation = RelaxationOfEdge(move);
-    if (relaxation == ERelaxation::Relaxed)
+    const EEdgeRelaxation relaxation = RelaxationOfEdge(move);
+    if (relaxation == EEdgeRelaxation::Relaxed)
         return ERuling::NotDoubtful;
     return Conclude(move, relaxation, b.m_nMoves >= kFewestPliesForShortMate);
 }
@@ -65,8 +65,8 @@ ERuling DoubtsKingMove(CVerifiedMove& move) {
 ERuling DoubtsLeftEdge(CVerifiedMove& move) {
     if (EdgeRing(move.After()) == 0)
         return ERuling::NotDoubtful;
-    const ERelaxation relaxation = RelaxationOfEdge(move);
-    return relaxation == ERelaxation::Relaxed ? ERuling::NotDoubtful : Conclude(move, relaxation, false);
+    const EEdgeRelaxation relaxation = RelaxationOfEdge(move);
+    return relaxation == EEdgeRelaxation::Relaxed ? ERuling::NotDoubtful : Conclude(move, relaxation, false);
 }
 
 /// The rook that sweeps along White's first rank is at work there.
@@ -107,8 +107,8 @@ ERuling DoubtsKingOffExtendedEdge(CVerifiedMove& move) {
         return ERuling::NotDoubtful;
     if (IsWithinExtendedEdge(move))
         return ERuling::NotDoubtful;
-    const ERelaxation relaxation = FindRelaxation(move);
-    return relaxation == ERelaxation::Relaxed ? ERuling::NotDoubtful : Conclude(move, relaxation, false);
+    const EEdgeRelaxation relaxation = FindRelaxation(move);
+    return relaxation == EEdgeRelaxation::Relaxed ? ERuling::NotDoubtful : Conclude(move, relaxation, false);
 }
 
 bool IsExcusedByReturn(CVerifiedMove& move) {

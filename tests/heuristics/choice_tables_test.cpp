@@ -212,7 +212,7 @@ TEST(ChooseEdge, EachRule) {
             {"edge: the cage is a corner", "k1b5/p1p5/prp5/8/8/8/8/K7", "k7/p1p5/prp5/8/8/8/8/K7"},
             {"edge: cut off on the edge by one figure", "k7/7R/8/8/8/8/8/K7", "k7/8/7R/8/8/8/8/K7"},
             {"edge: cut off on the edge", "k7/7R/8/8/8/8/8/K5B1", "k7/7R/8/8/8/8/8/K7"},
-            {"edge: cut off beside the edge", "k7/8/7R/8/8/8/8/K7", "8/k7/8/8/8/8/8/K1R5"},
+            {"edge: cut off beside the edge", "k7/8/7R/8/8/8/8/K7", "8/1k6/8/8/8/8/8/K1R5"},
             {"edge: the cage ends beside the edge", "k1b5/2p5/2p5/ppp5/8/8/8/7K", "k1b5/2p5/2p5/pp6/8/8/8/7K"},
             {"edge: surrounded", "8/8/2ppp3/2pkp3/3p4/8/8/KBN5", "8/8/8/3k4/8/8/8/KBN5"},
             {"edge: near a corner", "8/1k6/8/8/8/8/8/K7", "8/8/8/3k4/8/8/8/K7"},

@@ -49,9 +49,8 @@ struct TJudgedProblem {
                                                   std::uint64_t maxNodes) {
     for (;;) {
         const int men = nFewestMen + reference::DrawInt(rng, 4);
-        const std::string placement = reference::Chance(rng, 60)
-                                          ? reference::RandomMatingPlacement(rng, men)
-                                          : AnyPlacement(rng, reference::DrawInt(rng, 5), men);
+        const std::string placement = reference::Chance(rng, 60) ? reference::RandomMatingPlacement(rng, men)
+                                                                 : AnyPlacement(rng, reference::DrawInt(rng, 5), men);
         const auto problem = Judged(placement, nMoves, maxNodes);
         if (problem && (!problem->m_keys.empty() || reference::Chance(rng, 10)))
             return *problem;
@@ -124,17 +123,18 @@ inline constexpr std::array kModes{ESolveMode::FirstSolution, ESolveMode::AllSol
 /// What a number of solves came to, so that a test can see that it has looked at something.
 struct TJudgedTally {
     int m_nSolves = 0, m_nMate = 0, m_nNoMate = 0, m_nDoubtful = 0;
-    int m_nMissed = 0;          // solves whose first pass has missed a key by doubt
-    int m_nLaterPasses = 0;     // solves with more than one pass
-    int m_nVariants = 0;        // main variants that were replayed
-    std::uint64_t m_nHits = 0;  // answers of the register
+    int m_nMissed = 0;           // solves whose first pass has missed a key by doubt
+    int m_nLaterPasses = 0;      // solves with more than one pass
+    int m_nVariants = 0;         // main variants that were replayed
+    std::uint64_t m_nHits = 0;   // answers of the register
     std::uint64_t m_nGuided = 0; // solves whose guide had found a mate
 };
 
 inline void PrintTo(const TJudgedTally& t, std::ostream* out) {
     *out << t.m_nSolves << " solves: " << t.m_nMate << " mates, " << t.m_nNoMate << " none, " << t.m_nDoubtful
-         << " doubtful, " << t.m_nMissed << " that missed a key at first, " << t.m_nLaterPasses << " with later passes, "
-         << t.m_nVariants << " variants, " << t.m_nHits << " hits, " << t.m_nGuided << " guided";
+         << " doubtful, " << t.m_nMissed << " that missed a key at first, " << t.m_nLaterPasses
+         << " with later passes, " << t.m_nVariants << " variants, " << t.m_nHits << " hits, " << t.m_nGuided
+         << " guided";
 }
 
 class CJudge {
@@ -282,8 +282,7 @@ struct TRandomProblems {
     std::mt19937_64 rng(seed);
     CJudge judge;
     for (int i = 0; i < wanted.m_nProblems; ++i) {
-        const TJudgedProblem problem =
-            RandomProblem(rng, wanted.m_nMoves, wanted.m_nFewestMen, wanted.m_nMaxNodes);
+        const TJudgedProblem problem = RandomProblem(rng, wanted.m_nMoves, wanted.m_nFewestMen, wanted.m_nMaxNodes);
         SolveWithRandomSets(judge, rng, problem, wanted.m_nSets);
     }
     return judge.Tally();

@@ -51,7 +51,9 @@ class CProductOracle {
 
     [[nodiscard]] int Suggested() const { return m_nSuggested; } // moves that came from the proof
     [[nodiscard]] int Solved() const { return m_nSolved; }       // and from solves,
-    [[nodiscard]] int SolvedInLine() const { return m_nSolvedInLine; } // of which so many could not be set up as diagrams
+    [[nodiscard]] int SolvedInLine() const {
+        return m_nSolvedInLine;
+    } // of which so many could not be set up as diagrams
 
   private:
     static constexpr std::size_t kGuideBytes = std::size_t{32} << 20;

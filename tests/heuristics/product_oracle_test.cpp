@@ -65,8 +65,7 @@ TEST(VerifiedKeys, ALengthTooShortFails) {
         if (row.m_nMoves < 3 || row.m_nMoves > 4)
             continue;
         CProductOracle oracle(row.m_placement, row.m_nMoves - 1);
-        EXPECT_EQ(Verify(row.m_placement, row.m_nMoves - 1, row.m_key, oracle).verdict,
-                  reference::ProofVerdict::Failed)
+        EXPECT_EQ(Verify(row.m_placement, row.m_nMoves - 1, row.m_key, oracle).verdict, reference::ProofVerdict::Failed)
             << row.m_placement;
     }
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "heuristics/heuristic_line.h"
 #include "heuristics/judged_solve.h"
 #include "search/search_truth.h"
 
@@ -24,6 +25,18 @@ TEST(RandomSets, ProveNothingFalseOfComposedPositions) {
     const TJudgedTally& tally = judge.Tally();
     EXPECT_GT(tally.m_nMissed, 5) << testing::PrintToString(tally);
     EXPECT_GT(tally.m_nHits, 100u) << testing::PrintToString(tally);
+}
+
+/// The queen to come mates in ten moves. No white move gives check, so the quick test after them doubts them all, and
+/// nothing else does.
+TEST(RandomSets, ADoubtOfAllWhiteMovesIsNoRefutation) {
+    CHeuristicLine line("8/P7/4k3/8/8/8/8/K7", 21, SH_KEEPKINGONTHEEDGE);
+    CRecordingRegister known;
+    line.Analysis().m_pRegister = &known;
+    EXPECT_EQ(line.Verdict(), MR_DOUBTFUL);
+    ASSERT_FALSE(known.m_stored.empty());
+    EXPECT_EQ(known.m_stored.back().m_nPlies, 21);
+    EXPECT_EQ(known.m_stored.back().m_nVerdict, MR_DOUBTFUL);
 }
 
 } // namespace

@@ -512,7 +512,7 @@ TEST(SolvingDriver, TheGuideTakesItsShareOfTheBudget) {
                 {4, 64, 48 << 20},
                 {4, 2, 3 << 19},
                 {4, 1, 1 << 20}, // too little for two
-                {4, 2048, std::int64_t{1792} << 20}};
+                {4, 2048, std::int64_t{1920} << 20}};
     for (const auto& row : rows) {
         TSolveRequest request = Request(kMateInThree, row.m_nStipulation);
         request.m_nMemoryBudgetMB = row.m_nMemoryMB;

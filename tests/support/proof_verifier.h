@@ -16,7 +16,7 @@ namespace reference {
 /// A position with White to move on the way to the mate.
 struct Turn {
     const Position& position;
-    int movesLeft;                       // White's, the mating move included
+    int movesLeft;                        // White's, the mating move included
     const std::vector<std::string>& line; // the moves from the root to here, in long notation
 };
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "heuristics/random_set.h"
 #include "heuristics/verified_position.h"
 
 namespace quillon::test {
@@ -24,16 +25,7 @@ constexpr std::uint32_t kRuleBits[] = {SH_3MOVESTOMATE,
                                        SH_SWEEPINGWHITEROOK};
 
 void SetParameters(CSearchedPosition& line, std::mt19937_64& rng) {
-    TSearchContext& context = line.Context();
-    context.m_bDontLetKingMove = reference::Draw(rng, 2) == 0;
-    context.m_bAllowExceptions = reference::Draw(rng, 2) == 0;
-    context.m_nKingNearCorner = static_cast<std::int8_t>(static_cast<int>(reference::Draw(rng, 8)) - 2);
-    context.m_shDeferMoves = static_cast<std::uint16_t>(reference::Draw(rng, 3));
-    context.m_nRelaxCaptures = static_cast<std::uint8_t>(reference::Draw(rng, 3));
-    context.m_bRelaxOnAdvancedPawn = reference::Draw(rng, 2) == 0;
-    context.m_nSaveFiguresMode = static_cast<std::uint8_t>(reference::Draw(rng, 3));
-    context.m_bSaveRookQueenStrict = reference::Draw(rng, 2) == 0;
-    context.m_bAssertBKSStrict = reference::Draw(rng, 2) == 0;
+    CRandomSetMaker(rng, line.Root()).DrawParameters(line.Context());
     line.Analysis().m_nKeyLine = static_cast<std::uint8_t>(reference::Draw(rng, 8));
     const TChessboard& root = line.Root();
     line.Analysis().m_rootMaterial = {static_cast<std::uint8_t>(WhiteFigureCount(root)),
@@ -89,7 +81,7 @@ TEST(RulesOnBlackMoves, NeverProveWhatIsNotSo) {
 
 /// From ten plies on doubts go through the register, under mask and signature.
 TEST(RulesOnBlackMoves, NeverProveWhatIsNotSoThroughTheRegister) {
-    std::mt19937_64 rng(5502);
+    std::mt19937_64 rng(5503);
     TTally tally;
     for (int i = 0; i < Samples(150); ++i)
         Compare(AnyPlacement(rng, i, 3 + i % 2), 6, true, rng, tally);

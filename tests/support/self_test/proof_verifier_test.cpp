@@ -11,9 +11,9 @@
 namespace reference {
 namespace {
 
-constexpr const char* kRookSacrifice = "kbK5/pp6/1P6/8/8/8/8/R7";    // #2 Ra1-a6
-constexpr const char* kKingInTheCorner = "k7/8/1K6/8/8/8/3Q4/8";     // #1 Qd2-d8, and Qd2-d7 traps without mate
-constexpr const char* kTwoRooks = "7k/8/8/8/8/8/R7/1R5K";            // #2
+constexpr const char* kRookSacrifice = "kbK5/pp6/1P6/8/8/8/8/R7"; // #2 Ra1-a6
+constexpr const char* kKingInTheCorner = "k7/8/1K6/8/8/8/3Q4/8";  // #1 Qd2-d8, and Qd2-d7 traps without mate
+constexpr const char* kTwoRooks = "7k/8/8/8/8/8/R7/1R5K";         // #2
 constexpr std::uint64_t kAmple = 10'000;
 
 /// Tells the truth.
@@ -54,8 +54,7 @@ TEST(ProofVerifier, AcceptsEveryKeyOfTheSolverAndNoOtherMove) {
 TEST(ProofVerifier, RefusesAWrongKeyOfAnHonestOracle) {
     const ProofReport report = Verify(kRookSacrifice, 2, "Ra1-a5");
     EXPECT_EQ(report.verdict, ProofVerdict::Failed);
-    EXPECT_NE(report.fault.find("no mate is known with 1 moves left, after Ra1-a5"), std::string::npos)
-        << report.fault;
+    EXPECT_NE(report.fault.find("no mate is known with 1 moves left, after Ra1-a5"), std::string::npos) << report.fault;
 }
 
 TEST(ProofVerifier, RefusesTheMovesOfACarelessOracle) {
