@@ -18,6 +18,9 @@ function(quillon_add_test_program program label timeout)
         QUILLON_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
         QUILLON_TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/tests/data")
     target_link_libraries(${program} PRIVATE ${arg_LIBRARIES} quillon_test_support GTest::gtest_main)
+    # A third of the time that a test file takes to compile goes into these.
+    target_precompile_headers(${program} PRIVATE
+        <gtest/gtest.h> <algorithm> <map> <memory> <random> <set> <string> <vector>)
     gtest_discover_tests(${program}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 120
