@@ -30,7 +30,11 @@ run_tests() {
 
 ensure_packages
 for preset in "${presets[@]}"; do
-    build "$preset"
-    [ "$preset" = release ] || labels=unit
-    run_tests "$preset" "$labels"
+    if [ "$preset" = release ]; then
+        build release
+        run_tests release "$labels"
+    else
+        build "$preset" unit_tests
+        run_tests "$preset" unit
+    fi
 done

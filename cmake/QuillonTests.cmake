@@ -4,9 +4,11 @@
 #   *.cpp         quillon_FOLDER_tests         label unit     each test takes seconds at most
 #   golden/*.cpp  quillon_FOLDER_golden_tests  label golden   compares with recorded output in tests/data
 #   slow/*.cpp    quillon_FOLDER_slow_tests    label slow     minutes; run by ./test.sh --slow only
-# A kind without files makes no program.
+# A kind without files makes no program. The target unit_tests builds all programs of the label unit.
 
 include(GoogleTest)
+
+add_custom_target(unit_tests)
 
 function(quillon_add_test_program program label timeout)
     cmake_parse_arguments(PARSE_ARGV 3 arg "" "" "SOURCES;LIBRARIES")
@@ -21,6 +23,9 @@ function(quillon_add_test_program program label timeout)
     # A third of the time that a test file takes to compile goes into these.
     target_precompile_headers(${program} PRIVATE
         <gtest/gtest.h> <algorithm> <map> <memory> <random> <set> <string> <vector>)
+    if(label STREQUAL unit)
+        add_dependencies(unit_tests ${program})
+    endif()
     gtest_discover_tests(${program}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 120
