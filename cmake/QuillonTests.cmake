@@ -23,7 +23,7 @@ function(quillon_add_test_program program label timeout)
     # A third of the time that a test file takes to compile goes into these.
     target_precompile_headers(${program} PRIVATE
         <gtest/gtest.h> <algorithm> <map> <memory> <random> <set> <string> <vector>)
-    if(label STREQUAL unit)
+    if("${label}" STREQUAL "unit")
         add_dependencies(unit_tests ${program})
     endif()
     gtest_discover_tests(${program}
