@@ -84,9 +84,10 @@ TEST(Interrupt, TheSecondEndsTheProgram) {
 }
 
 TEST(Progress, NamesTheLookBeforeThePasses) {
-    const TProgramResult result =
-        RunQuillon({"solve", "--fen", kHopelessFen, "--moves", "20", "--time-limit", "2", "--progress"});
-    EXPECT_NE(result.m_err.find("\rBest-first proof, "), std::string::npos) << result.m_err;
+    CProgramRun run({"solve", "--fen", kHopelessFen, "--moves", "20", "--progress"});
+    EXPECT_TRUE(run.WaitForError("\rBest-first proof, "));
+    run.Signal(SIGINT);
+    EXPECT_EQ(run.Finish().m_nStatus, 1);
 }
 
 TEST(Progress, IsSilentWhereStandardErrorIsNoTerminal) {

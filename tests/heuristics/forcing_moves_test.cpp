@@ -179,7 +179,7 @@ void ExpectThreatsAlone(int nCode, int nMoves, int nMen, int nCount, std::uint64
                 << placement << " " << reference::LongNotation(position, move);
         }
     }
-    EXPECT_GT(threats, quiet / 50);
+    EXPECT_GT(threats, Floor(quiet / 50));
     EXPECT_LT(threats, quiet * 19 / 20);
 }
 

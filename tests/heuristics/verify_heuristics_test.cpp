@@ -148,7 +148,7 @@ TEST(VerifyHeuristics, HoldsOfEveryRule) {
                 doubted |= bit;
         }
     }
-    EXPECT_GT(mates, 30);
+    EXPECT_GT(mates, Floor(30));
     const std::uint32_t seldom = SH_DONTLETFIGUREUNBLOCK | SH_DONTLETPROMOTEDQUEENMOVE | SH_DONTLETPROMOTEDFIGUREMOVE |
                                  SH_KEYDIAGONAL | SH_DONTLETBLACKQUEENCHECKTWICE | SH_CAPTUREKNIGHT |
                                  SH_SWEEPINGWHITEROOK | SH_ONECOLORPLAYPOSSIBLE | SH_DONTLEAVEMAINDIAGONAL;

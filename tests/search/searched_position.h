@@ -43,6 +43,9 @@ namespace quillon::test {
 #endif
 }
 
+/// What a count over Samples must exceed, of `nFull` where all are taken: that the test has met its cases at all.
+[[nodiscard]] constexpr int Floor(int nFull) { return Samples(1000) < 1000 ? nFull / 12 : nFull; }
+
 /// A log that keeps the remarks.
 class CRemarks : public INodeLog {
   public:
