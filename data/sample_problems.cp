@@ -931,3 +931,171 @@ UTF-8
 	FEN: 7k/3p1p2/2pP1P1p/2P4P/8/8/3K4/8
 	Answer:  Kd2-c3
 }
+
+134 #13 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 4 pawns
+	FEN: 8/8/1p6/1Pp4p/k1P4P/p1P5/P7/K7
+	Answer:  Ka1-b1
+}
+
+135 #13 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 5 pawns
+	FEN: 8/8/6p1/5pP1/2p2P1k/2p2P1p/2P4P/7K
+	Answer:  Kh1-g1
+}
+
+136 #14 AllSolutions
+{
+	Description: Composed for this library, the caged king: 6 pawns against 5 pawns
+	FEN: 8/1p6/1Pp5/k1P5/p1P5/P3p1p1/4P1P1/7K
+	Answer:  Kh1-g1
+}
+
+137 #14 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 5 pawns
+	FEN: 8/8/6p1/1p3pP1/1p3P1k/1P3P1p/7P/7K
+	Answer:  Kh1-g1
+}
+
+138 #15 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 4 pawns
+	FEN: 8/8/1p6/1Pp5/k1P1p3/p1P1P3/P7/K7
+	Answer:  Ka1-b1
+}
+
+139 #15 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 5 pawns
+	FEN: 8/8/6p1/5pP1/p4P1k/p4P1p/P6P/7K
+	Answer:  Kh1-g1
+}
+
+140 #15 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 4 pawns
+	FEN: 8/8/6p1/2p2pP1/2P2P1k/5P1p/7P/7K
+	Answer:  Kh1-g1
+}
+
+141 #15 AllSolutions
+{
+	Description: Composed for this library, the caged king: 6 pawns against 6 pawns
+	FEN: K7/1p6/kPp4p/2P5/p1P4p/Pp5P/1P6/8
+	Answer:  Ka8-b8
+}
+
+142 #16 AllSolutions
+{
+	Description: Composed for this library, the caged king: 6 pawns against 6 pawns
+	FEN: 8/1p3p2/kPp2p2/2P2P2/p1P5/Pp6/1P6/K7
+	Answer:  Ka1-b1
+}
+
+143 #16 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 5 pawns
+	FEN: 8/8/3p2p1/3p1pP1/3P1P1k/5P1p/7P/7K
+	Answer:  Kh1-g1
+}
+
+144 #16 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 6 pawns
+	FEN: 8/8/6p1/p4pP1/p4P1k/p4P1p/P6P/7K
+	Answer:  Kh1-g1
+}
+
+145 #17 AllSolutions
+{
+	Description: Composed for this library, the caged king: 6 pawns against 6 pawns
+	FEN: 8/6p1/5pPk/3p1P2/3p1P1p/3P2pP/6P1/7K
+	Answer:  Kh1-g1
+}
+
+146 #17 AllSolutions
+{
+	Description: Composed for this library, the caged king: 6 pawns against 6 pawns
+	FEN: 8/1p6/1Pp5/k1P5/p1P1p3/Pp2p3/1P2P3/K7
+	Answer:  Ka1-b1
+}
+
+147 #17 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 7 pawns
+	FEN: 8/8/1p4p1/1p3pP1/1p3P1k/1p3P1p/1P5P/7K
+	Answer:  Kh1-g1
+}
+
+148 #17 AllSolutions
+{
+	Description: Composed for this library, the caged king: 6 pawns against 6 pawns
+	FEN: 8/6p1/3p1pP1/5P1k/3p1P1p/3P2pP/6P1/7K
+	Answer:  Kh1-g1
+}
+
+149 #18 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 5 pawns
+	FEN: 8/8/1p3p2/1Pp5/k1P2p2/p1P2P2/P7/K7
+	Answer:  Ka1-b1
+}
+
+150 #18 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 5 pawns
+	FEN: 8/8/6p1/2p2pPk/2p2P2/2P2P1p/7P/7K
+	Answer:  Kh1-g1
+}
+
+151 #19 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 6 pawns
+	FEN: 8/8/1p6/1Pp1p3/k1P1p3/p1P1p3/P3P3/K7
+	Answer:  Ka1-b1
+}
+
+152 #19 AllSolutions
+{
+	Description: Composed for this library, the caged king: 6 pawns against 7 pawns
+	FEN: 8/7p/6pP/2p2pP1/2p2P1k/2p2P1p/2P4P/7K
+	Answer:  Kh1-g1
+}
+
+153 #20 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 6 pawns
+	FEN: 8/8/1p6/1Pp2p2/k1P2p2/p1P2p2/P4P2/K7
+	Answer:  Ka1-b1
+}
+
+154 #20 AllSolutions
+{
+	Description: Composed for this library, the caged king: 6 pawns against 8 pawns
+	FEN: 8/7p/2p3pP/2p2pP1/2p2P1k/2p2P1p/2P4P/7K
+	Answer:  Kh1-g1
+}
+
+155 #21 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 7 pawns
+	FEN: 8/8/1p2p3/1Pp1p3/k1P1p3/p1P1p3/P3P3/K7
+	Answer:  Ka1-b1
+}
+
+156 #22 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 7 pawns
+	FEN: 8/8/1p3p2/1Pp2p2/k1P2p2/p1P2p2/P4P2/K7
+	Answer:  Ka1-b1
+}
+
+157 #24 AllSolutions
+{
+	Description: Composed for this library, the caged king: 5 pawns against 8 pawns
+	FEN: 8/2p5/2p3p1/2p2pP1/2p2P1k/2p2P1p/2P4P/7K
+	Answer:  Kh1-g1
+}

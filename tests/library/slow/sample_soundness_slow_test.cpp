@@ -92,9 +92,9 @@ TEST(SampleSoundness, LongAnswersStandAgainstEveryDefence) {
         suggested += oracle.Suggested();
         longest = std::max(longest, sample.m_nStipulation);
     }
-    EXPECT_GT(guided, 40);
+    EXPECT_GT(guided, 60);
     EXPECT_GT(suggested, 1000);
-    EXPECT_GE(longest, 12);
+    EXPECT_GE(longest, 24);
 }
 
 } // namespace
