@@ -36,11 +36,11 @@ CProofGuide::CProofGuide(std::size_t nTableBytes)
     : m_nTableBytes(nTableBytes), m_table(std::make_unique<CProofTable>(std::min(nTableBytes, kFirstTable))),
       m_nMostKnown(std::max<std::size_t>(nTableBytes / kShareOfTable / kBytesOfKnown, 1)) {}
 
-EProofResult CProofGuide::Search(TChessboard& root, std::uint64_t nMostNodes) {
+EProofResult CProofGuide::Search(TChessboard& root, std::uint64_t nMostNodes, int nThreads) {
     if (m_result != EProofResult::Open)
         return m_result;
     GrowTable(nMostNodes);
-    m_result = SearchProof(root, *m_table, nMostNodes, m_nNodes);
+    m_result = SearchProof(root, *m_table, nMostNodes, m_nNodes, nThreads);
     if (m_result == EProofResult::Proved)
         Collect(root);
     if (m_result != EProofResult::Open)

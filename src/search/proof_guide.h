@@ -23,8 +23,9 @@ class CProofGuide {
     /// from then on. Throws std::bad_alloc.
     explicit CProofGuide(std::size_t nTableBytes);
 
-    /// Goes on with the proof for at most `nMostNodes` positions. `root` as for SearchProof, the same in every call.
-    EProofResult Search(TChessboard& root, std::uint64_t nMostNodes);
+    /// Goes on with the proof for at most `nMostNodes` positions of all threads. `root` and `nThreads` as for
+    /// SearchProof, the root the same in every call.
+    EProofResult Search(TChessboard& root, std::uint64_t nMostNodes, int nThreads = 1);
 
     /// Is there a forced mate to suggest from?
     [[nodiscard]] bool IsProved() const { return m_result == EProofResult::Proved; }

@@ -1,6 +1,10 @@
 #include "search/proof_search.h"
 
 #include <algorithm>
+#include <functional>
+#include <memory>
+#include <new>
+#include <system_error>
 #include <vector>
 
 #include "core/attacks.h"
@@ -8,9 +12,11 @@
 #include "core/makers.h"
 #include "core/queries.h"
 #include "core/search_context.h"
+#include "platform/thread.h"
 #include "search/analysis.h"
 #include "search/control.h"
 #include "search/find_mate.h"
+#include "search/proof_team.h"
 
 namespace quillon {
 
@@ -20,6 +26,9 @@ namespace {
 constexpr int kAnsweredByRecursion = 3;
 
 constexpr std::uint32_t kFewestNumber = 1;
+
+/// A thread at work in a position makes it seem harder to the others by this part.
+constexpr std::uint32_t kShareOfOthers = 16;
 
 std::uint32_t Capped(std::uint64_t number) {
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(number, kInfiniteNumber - 1));
@@ -31,36 +40,75 @@ struct TChild {
     std::uint64_t m_hash;
 };
 
+/// A position on the way from the root to the one at work.
+struct TPlace {
+    std::uint64_t m_hash;
+    int m_nPlies;
+};
+
+/// The work of one thread.
 class CProofSearch {
   public:
-    CProofSearch(CProofTable& table, std::uint64_t nMostNodes) : m_table(table), m_nMostNodes(nMostNodes) {}
+    CProofSearch(CProofTable& table, CProofTeam& team) : m_table(table), m_team(team) {}
 
-    TProofNumbers Run(TChessboard& root) {
+    /// Until the root is decided, by whichever thread, or the search is over.
+    void Run(TChessboard& root) {
         const std::uint64_t hash = HashBoard(root);
         TProofNumbers numbers = Known(hash, root.m_nMoves);
-        while (!IsDecided(numbers) && !IsOver(root))
+        while (!IsDecided(numbers) && !m_team.IsOver(root))
             numbers = Expand(root, hash, kInfiniteNumber, kInfiniteNumber);
-        return numbers;
+        m_team.CountNodes(m_nUncounted);
+        if (IsDecided(numbers))
+            m_team.Decide(numbers.m_phi == 0);
     }
-
-    [[nodiscard]] std::uint64_t Nodes() const { return m_nNodes; }
 
   private:
-    [[nodiscard]] bool IsOver(const TChessboard& b) const {
-        return m_nNodes >= m_nMostNodes || (IsControlPending(b) && PauseOrStop(b));
-    }
+    static constexpr std::size_t kNowhere = ~std::size_t{0};
+
+    /// Puts a position on the way for as long as it lives, and marks it.
+    class CStay {
+      public:
+        CStay(CProofSearch& search, const TPlace& place) : m_search(search) {
+            if (search.m_team.IsAlone())
+                return;
+            search.m_way.push_back(place);
+            search.m_team.Enter(place.m_hash, place.m_nPlies);
+        }
+        ~CStay() {
+            if (m_search.m_team.IsAlone())
+                return;
+            const TPlace place = m_search.m_way.back();
+            m_search.m_team.Leave(place.m_hash, place.m_nPlies);
+            m_search.m_way.pop_back();
+            if (m_search.m_way.size() <= m_search.m_nDecidedAt)
+                m_search.m_nDecidedAt = kNowhere;
+        }
+        CStay(const CStay&) = delete;
+        CStay& operator=(const CStay&) = delete;
+
+      private:
+        CProofSearch& m_search;
+    };
 
     [[nodiscard]] TProofNumbers Known(std::uint64_t hash, int nPlies) const {
         const CProofTable::TFound found = m_table.Find(hash, nPlies);
         return found.m_bKnown ? found.m_numbers : TProofNumbers{};
     }
 
+    void CountNode(TChessboard& p) {
+        if (++m_nUncounted == m_team.Lot()) {
+            m_team.CountNodes(m_nUncounted);
+            m_nUncounted = 0;
+        }
+        CountTrialPosition(*p.m_pContext, *p.m_pAnalysis);
+    }
+
     /// Works below `p` until its numbers reach a threshold; returns and stores them.
     TProofNumbers Expand(TChessboard& p, std::uint64_t hash, std::uint32_t phiBound, std::uint32_t deltaBound) {
-        ++m_nNodes;
-        CountTrialPosition(*p.m_pContext, *p.m_pAnalysis);
+        CountNode(p);
         if (p.m_nMoves == kAnsweredByRecursion)
             return Answer(p, hash);
+        const CStay stay(*this, {hash, p.m_nMoves});
         const std::size_t first = m_children.size();
         const bool bEnded = IsWhiteToMove(p) ? ListWhiteMoves(p) : ListBlackMoves(p);
         TProofNumbers numbers;
@@ -74,6 +122,18 @@ class CProofSearch {
             numbers = WorkOnChildren(p, first, phiBound, deltaBound, best);
         }
         m_children.resize(first);
+        return Keep(p, hash, numbers, best);
+    }
+
+    /// A verdict that another thread has stored meanwhile stays.
+    TProofNumbers Keep(const TChessboard& p, std::uint64_t hash, const TProofNumbers& numbers, const TMove& best) {
+        if (!m_team.IsAlone()) {
+            const TProofNumbers known = Known(hash, p.m_nMoves);
+            if (IsDecided(known))
+                return known;
+            if (IsDecided(numbers) && m_team.ThreadsIn(hash, p.m_nMoves) > 1)
+                m_team.TellDecision();
+        }
         m_table.Store(hash, p.m_nMoves, numbers, best);
         return numbers;
     }
@@ -84,36 +144,115 @@ class CProofSearch {
         return IsWhiteToMove(p) || bMated ? kMissesAim : kReachesAim;
     }
 
+    /// The child that is to be worked on next, and what the numbers of all come to.
+    struct TChoice {
+        std::size_t m_nChild;
+        std::uint32_t m_least = kInfiniteNumber + 1; // delta of the child
+        std::uint32_t m_seen = kInfiniteNumber + 1;  // the same, with what other threads at work there make of it
+        std::uint32_t m_second = kInfiniteNumber;    // of the next best, as seen
+        std::uint64_t m_sum = 0;                     // of phi
+    };
+
+    TChoice Choose(std::size_t first) const {
+        TChoice choice{first};
+        for (std::size_t i = first; i < m_children.size(); ++i) {
+            const TProofNumbers& child = m_children[i].m_numbers;
+            if (child.m_delta < choice.m_least) {
+                choice.m_second = choice.m_least;
+                choice.m_least = child.m_delta;
+                choice.m_nChild = i;
+            } else if (child.m_delta < choice.m_second) {
+                choice.m_second = child.m_delta;
+            }
+            choice.m_sum += child.m_phi;
+        }
+        choice.m_seen = choice.m_least;
+        return choice;
+    }
+
+    /// The same where others are at work: what they have found counts, and where they are there seems to be more to do
+    /// than there is.
+    TChoice ChooseAmongOthers(std::size_t first, int nChildPlies) {
+        TChoice choice{first};
+        for (std::size_t i = first; i < m_children.size(); ++i) {
+            TChild& child = m_children[i];
+            if (!IsDecided(child.m_numbers)) {
+                const CProofTable::TFound found = m_table.Find(child.m_hash, nChildPlies);
+                if (found.m_bKnown)
+                    child.m_numbers = found.m_numbers;
+            }
+            const std::uint32_t seen = DeltaAsSeen(child, nChildPlies);
+            if (seen < choice.m_seen) {
+                choice.m_second = choice.m_seen;
+                choice.m_seen = seen;
+                choice.m_nChild = i;
+            } else if (seen < choice.m_second) {
+                choice.m_second = seen;
+            }
+            choice.m_least = std::min(choice.m_least, child.m_numbers.m_delta);
+            choice.m_sum += child.m_numbers.m_phi;
+        }
+        return choice;
+    }
+
+    [[nodiscard]] std::uint32_t DeltaAsSeen(const TChild& child, int nPlies) const {
+        const std::uint32_t delta = child.m_numbers.m_delta;
+        if (IsDecided(child.m_numbers))
+            return delta;
+        return Capped(delta + m_team.ThreadsIn(child.m_hash, nPlies) * (delta / kShareOfOthers + std::uint64_t{1}));
+    }
+
     TProofNumbers WorkOnChildren(TChessboard& p, std::size_t first, std::uint32_t phiBound, std::uint32_t deltaBound,
                                  TMove& best) {
-        for (;;) {
-            std::size_t chosen = first;
-            std::uint32_t least = kInfiniteNumber + 1, second = kInfiniteNumber;
-            std::uint64_t sum = 0;
-            for (std::size_t i = first; i < m_children.size(); ++i) {
-                const TProofNumbers& child = m_children[i].m_numbers;
-                if (child.m_delta < least) {
-                    second = least;
-                    least = child.m_delta;
-                    chosen = i;
-                } else if (child.m_delta < second) {
-                    second = child.m_delta;
-                }
-                sum += child.m_phi;
-            }
-            best = m_children[chosen].m_move;
-            const std::uint32_t phi = std::min(least, kInfiniteNumber);
-            const std::uint32_t delta = phi == 0 ? kInfiniteNumber : Capped(sum);
-            if (phi == 0 || delta == 0 || phi >= phiBound || delta >= deltaBound || IsOver(p))
+        for (bool bFresh = true;; bFresh = false) {
+            const bool bOthers = AreOthersHere();
+            const TChoice choice = bOthers ? ChooseAmongOthers(first, p.m_nMoves - 1) : Choose(first);
+            best = m_children[choice.m_nChild].m_move;
+            const std::uint32_t phi = std::min(choice.m_least, kInfiniteNumber);
+            const std::uint32_t delta = phi == 0 ? kInfiniteNumber : Capped(choice.m_sum);
+            if (phi == 0 || delta == 0)
                 return {phi, delta};
-            const TChild child = m_children[chosen];
-            const std::uint32_t room = deltaBound - (delta - child.m_numbers.m_phi);
-            const std::uint32_t reach = Capped(std::min<std::uint64_t>(phiBound, second + second / 4 + 1ull));
-            TProofNumbers now = kReachesAim;
-            if (TChessboard* const made = Make(p, child.m_move); made != nullptr)
-                now = Expand(*made, child.m_hash, std::min(room, kInfiniteNumber), reach);
-            m_children[chosen].m_numbers = now;
+            // Where the marks of others have led here, some step is made at least.
+            const bool bReached = choice.m_seen >= phiBound || delta >= deltaBound;
+            if ((bReached && !(bOthers && bFresh)) || m_team.IsOver(p) || IsDecidedElsewhere())
+                return {phi, delta};
+            const TChild child = m_children[choice.m_nChild];
+            std::uint32_t childPhiBound = deltaBound - (delta - child.m_numbers.m_phi);
+            const std::uint32_t second = choice.m_second;
+            std::uint32_t childDeltaBound = Capped(std::min<std::uint64_t>(phiBound, second + second / 4 + 1ull));
+            if (bReached) {
+                childPhiBound = child.m_numbers.m_phi + 1;
+                childDeltaBound = std::max(childDeltaBound, child.m_numbers.m_delta + 1);
+            }
+            m_children[choice.m_nChild].m_numbers =
+                ExpandChild(p, child, std::min(childPhiBound, kInfiniteNumber), childDeltaBound);
         }
+    }
+
+    TProofNumbers ExpandChild(TChessboard& p, const TChild& child, std::uint32_t phiBound, std::uint32_t deltaBound) {
+        if (!m_team.IsAlone()) {
+            const TProofNumbers known = Known(child.m_hash, p.m_nMoves - 1);
+            if (IsDecided(known))
+                return known;
+        }
+        TChessboard* const made = Make(p, child.m_move);
+        return made != nullptr ? Expand(*made, child.m_hash, phiBound, deltaBound) : kReachesAim;
+    }
+
+    /// Do other threads work below the last position of the way, too?
+    [[nodiscard]] bool AreOthersHere() const {
+        return !m_team.IsAlone() && m_team.ThreadsIn(m_way.back().m_hash, m_way.back().m_nPlies) > 1;
+    }
+
+    /// Has another thread decided a position of the way? Then there is nothing to do below it.
+    [[nodiscard]] bool IsDecidedElsewhere() {
+        if (const std::uint32_t decisions = m_team.Decisions(); decisions != m_nDecisionsSeen) {
+            m_nDecisionsSeen = decisions;
+            const auto decided = std::ranges::find_if(
+                m_way, [&](const TPlace& place) { return IsDecided(Known(place.m_hash, place.m_nPlies)); });
+            m_nDecidedAt = decided != m_way.end() ? static_cast<std::size_t>(decided - m_way.begin()) : kNowhere;
+        }
+        return m_nDecidedAt < m_way.size();
     }
 
     static TChessboard* Make(TChessboard& p, TMove move) {
@@ -123,13 +262,13 @@ class CProofSearch {
         return bMade ? child : nullptr;
     }
 
+    /// What a recursion says that was stopped is no answer.
     TProofNumbers Answer(TChessboard& p, std::uint64_t hash) {
-        ++p.m_pContext->m_nQuickerLevel;
         const bool bMate = FindMateWhite(&p, false) == MR_MATE;
-        --p.m_pContext->m_nQuickerLevel;
+        if (IsStopping(p))
+            return {};
         const TProofNumbers numbers = bMate ? kReachesAim : kMissesAim;
-        if (!IsStopping(p))
-            m_table.Store(hash, p.m_nMoves, numbers, TMove{});
+        m_table.Store(hash, p.m_nMoves, numbers, TMove{});
         return numbers;
     }
 
@@ -142,7 +281,9 @@ class CProofSearch {
 
     void Add(const TChessboard& child, std::uint64_t hash, const TMove& move, const TProofNumbers& fresh) {
         const CProofTable::TFound found = m_table.Find(hash, child.m_nMoves);
-        m_children.push_back({move, found.m_bKnown ? found.m_numbers : fresh, hash});
+        const TProofNumbers raised{std::max(fresh.m_phi, found.m_atLeast.m_phi),
+                                   std::max(fresh.m_delta, found.m_atLeast.m_delta)};
+        m_children.push_back({move, found.m_bKnown ? found.m_numbers : raised, hash});
     }
 
     /// True if a move mates at once; it is the last of the list then.
@@ -227,20 +368,111 @@ class CProofSearch {
     }
 
     CProofTable& m_table;
-    const std::uint64_t m_nMostNodes;
-    std::uint64_t m_nNodes = 0;
+    CProofTeam& m_team;
+    std::uint32_t m_nUncounted = 0;
     std::vector<TChild> m_children; // of all positions on the way to the one at work
+    std::vector<TPlace> m_way;
+    std::size_t m_nDecidedAt = kNowhere; // place on the way that another thread has decided
+    std::uint32_t m_nDecisionsSeen = 0;
 };
+
+/// The search is a look aside: commands that mean the line of the solve do not mean its lines.
+class CLookAsideOfProof {
+  public:
+    explicit CLookAsideOfProof(TSearchContext& context) : m_context(context) { ++context.m_nQuickerLevel; }
+    ~CLookAsideOfProof() { --m_context.m_nQuickerLevel; }
+    CLookAsideOfProof(const CLookAsideOfProof&) = delete;
+    CLookAsideOfProof& operator=(const CLookAsideOfProof&) = delete;
+
+  private:
+    TSearchContext& m_context;
+};
+
+/// To start a thread pays only for a search of some length.
+constexpr std::uint64_t kFewestNodesForThreads = 2000;
+
+/// A position and its recursion take some hundred bytes of stack a ply, several times that with sanitizers.
+constexpr std::size_t kHelperStack = std::size_t{8} << 20;
+
+/// The threads that help the calling one; its end waits for theirs.
+class CHelpers {
+  public:
+    CHelpers(CProofTable& table, CProofTeam& team) : m_table(table), m_team(team) {}
+    ~CHelpers() {
+        m_team.End();
+        m_threads.clear();
+    }
+    CHelpers(const CHelpers&) = delete;
+    CHelpers& operator=(const CHelpers&) = delete;
+
+    /// All clones are made before a thread starts: none may read the caller's context while he searches.
+    void Start(const TChessboard& root) {
+        const TSearchContext& caller = *root.m_pContext;
+        const auto slot = static_cast<std::size_t>(&root - caller.m_stack.data());
+        try {
+            m_contexts.reserve(static_cast<std::size_t>(m_team.Threads()));
+            m_threads.reserve(static_cast<std::size_t>(m_team.Threads()));
+            for (int i = 1; i < m_team.Threads(); ++i)
+                m_contexts.push_back(CloneOf(caller));
+            for (const auto& context : m_contexts)
+                m_threads.emplace_back(kHelperStack, [this, &clone = context->m_stack[slot]] { Help(clone); });
+        } catch (const std::bad_alloc&) { // fewer will do
+        } catch (const std::system_error&) {
+        }
+    }
+
+  private:
+    static std::unique_ptr<TSearchContext> CloneOf(const TSearchContext& caller) {
+        auto clone = NewSearchContext();
+        CloneSearchContext(caller, *clone);
+        clone->m_nTrialPositions = 0;                       // the caller reports what he has counted
+        clone->m_nPositionsLeft = TSearchContext::kNoBound; // and watches over his bound
+        clone->m_nStopRequest.store(kRunRequest, std::memory_order_relaxed);
+        return clone;
+    }
+
+    void Help(TChessboard& root) {
+        SetThreadPriority(root.m_pAnalysis->m_nThreadPriority);
+        try {
+            CProofSearch search(m_table, m_team);
+            search.Run(root);
+        } catch (const std::bad_alloc&) { // the others go on
+        }
+        FlushPositions(*root.m_pContext, *root.m_pAnalysis);
+    }
+
+    CProofTable& m_table;
+    CProofTeam& m_team;
+    std::vector<std::unique_ptr<TSearchContext>> m_contexts;
+    std::vector<CThread> m_threads; // end before their contexts
+};
+
+/// Only a root in the main stack has its like in a clone.
+bool IsInMainStack(const TChessboard& root) {
+    const auto& stack = root.m_pContext->m_stack;
+    return !std::less<const TChessboard*>()(&root, stack.data()) &&
+           std::less<const TChessboard*>()(&root, stack.data() + stack.size());
+}
+
+int UsefulThreads(const TChessboard& root, std::uint64_t nMostNodes, int nThreads) {
+    const bool bLong = nMostNodes >= kFewestNodesForThreads && root.m_nMoves > kAnsweredByRecursion;
+    return bLong && IsInMainStack(root) ? std::max(nThreads, 1) : 1;
+}
 
 } // namespace
 
-EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nMostNodes, std::uint64_t& nNodes) {
-    CProofSearch search(table, nMostNodes);
-    const TProofNumbers numbers = search.Run(root);
-    nNodes += search.Nodes();
-    if (!IsDecided(numbers) || IsStopping(root))
-        return EProofResult::Open;
-    return numbers.m_phi == 0 ? EProofResult::Proved : EProofResult::Refuted;
+EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nMostNodes, std::uint64_t& nNodes,
+                         int nThreads) {
+    const CLookAsideOfProof aside(*root.m_pContext);
+    const auto team = std::make_unique<CProofTeam>(root, UsefulThreads(root, nMostNodes, nThreads), nMostNodes);
+    {
+        CHelpers helpers(table, *team);
+        if (!team->IsAlone())
+            helpers.Start(root);
+        CProofSearch(table, *team).Run(root);
+    }
+    nNodes += team->Nodes();
+    return IsStopping(root) ? EProofResult::Open : team->Result();
 }
 
 } // namespace quillon

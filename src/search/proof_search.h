@@ -7,16 +7,18 @@
 #include <cstdint>
 
 #include "search/proof_table.h"
+#include "search/proof_team.h"
 
 namespace quillon {
-
-enum class EProofResult { Proved, Refuted, Open };
 
 /// Looks for a mate within the plies of `root`, White to move, in its slot of the context's stack; the slots below are
 /// used. No heuristics are in force and no register is asked.
 ///   nMostNodes  bound on expanded positions; the table keeps what was found, so a later call goes on from there.
 ///   nNodes      counts them.
+///   nThreads    1: the result and the count depend on nothing else. More: all of them work from the root over the one
+///               table, the calling thread among them; fewer where the system gives no more. None is left at the end.
+///   Errors      std::bad_alloc
 [[nodiscard]] EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nMostNodes,
-                                       std::uint64_t& nNodes);
+                                       std::uint64_t& nNodes, int nThreads = 1);
 
 } // namespace quillon

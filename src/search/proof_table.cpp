@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "core/packed_move.h"
+#include "core/search_context.h"
 
 namespace quillon {
 
@@ -27,9 +28,21 @@ bool HoldsFor(std::uint32_t phi, std::uint32_t delta, int nKnownPlies, int nPlie
     return (bMate && nKnownPlies <= nPlies) || (bNoMate && nKnownPlies >= nPlies);
 }
 
+/// Raises what is left at least by the open numbers of the same position with other plies.
+void Raise(TProofNumbers& atLeast, const TProofNumbers& numbers, int nKnownPlies, int nPlies) {
+    const bool bWhite = (nPlies & 1) != 0;
+    if (bWhite == (nKnownPlies > nPlies))
+        atLeast.m_phi = std::max(atLeast.m_phi, numbers.m_phi);
+    else
+        atLeast.m_delta = std::max(atLeast.m_delta, numbers.m_delta);
+}
+
+/// Changes the upper half, where the key stands, with whichever half of the numbers changes.
+std::uint64_t SealOf(std::uint64_t numbers) { return numbers * kMultiplier1; }
+
 /// What an entry is worth keeping: a proof of a mate orders moves later on; else the numbers tell the work behind it.
 std::uint64_t WorthOf(std::uint32_t phi, std::uint32_t delta, std::uint16_t nPlies) {
-    if (IsEmpty(phi, delta))
+    if (IsEmpty(phi, delta) || nPlies >= kStackSlots) // the latter: two stores have met here
         return 0;
     const bool bWhite = (nPlies & 1) != 0;
     if (phi == 0 || delta == 0)
@@ -54,36 +67,60 @@ std::uint64_t HashBoard(const TChessboard& b) {
 CProofTable::CProofTable(std::size_t nBytes)
     : m_buckets(std::bit_floor(std::max<std::size_t>(nBytes / sizeof(TBucket), 1))), m_mask(m_buckets.size() - 1) {}
 
+CProofTable::TRecord CProofTable::CEntry::Read() const {
+    const std::uint64_t numbers = m_numbers.load(std::memory_order_relaxed);
+    const std::uint64_t names = m_names.load(std::memory_order_relaxed) ^ SealOf(numbers);
+    return {static_cast<std::uint32_t>(names >> 32), static_cast<std::uint32_t>(numbers),
+            static_cast<std::uint32_t>(numbers >> 32), static_cast<std::uint16_t>(names >> 16),
+            static_cast<std::uint16_t>(names)};
+}
+
+void CProofTable::CEntry::Write(const TRecord& record) {
+    const std::uint64_t numbers = std::uint64_t{record.m_delta} << 32 | record.m_phi;
+    const std::uint64_t names =
+        std::uint64_t{record.m_key} << 32 | std::uint64_t{record.m_nPlies} << 16 | record.m_move;
+    m_names.store(names ^ SealOf(numbers), std::memory_order_relaxed);
+    m_numbers.store(numbers, std::memory_order_relaxed);
+}
+
 CProofTable::TFound CProofTable::Find(std::uint64_t hash, int nPlies) const {
     TFound found;
-    for (const TEntry& entry : BucketOf(hash).m_entries) {
+    for (const CEntry& stored : BucketOf(hash).m_entries) {
+        const TRecord entry = stored.Read();
         if (entry.m_key != KeyOf(hash) || IsEmpty(entry.m_phi, entry.m_delta) || ((entry.m_nPlies ^ nPlies) & 1) != 0)
             continue;
         const bool bVerdict = HoldsFor(entry.m_phi, entry.m_delta, entry.m_nPlies, nPlies);
-        if (bVerdict || entry.m_nPlies == nPlies)
-            found = {{entry.m_phi, entry.m_delta}, UnpackMove(entry.m_move), true};
+        const TProofNumbers numbers{entry.m_phi, entry.m_delta};
         if (bVerdict)
-            return found;
+            return {numbers, UnpackMove(entry.m_move), true};
+        if (entry.m_nPlies == nPlies) {
+            found.m_numbers = numbers;
+            found.m_move = UnpackMove(entry.m_move);
+            found.m_bKnown = true;
+        } else if (!IsDecided(numbers)) {
+            Raise(found.m_atLeast, numbers, entry.m_nPlies, nPlies);
+        }
     }
     return found;
 }
 
 void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move) {
     TBucket& bucket = m_buckets[hash & m_mask];
-    TEntry* victim = &bucket.m_entries[0];
+    CEntry* victim = &bucket.m_entries[0];
     std::uint64_t least = ~std::uint64_t{0};
-    for (TEntry& entry : bucket.m_entries) {
+    for (CEntry& stored : bucket.m_entries) {
+        const TRecord entry = stored.Read();
         if (entry.m_key == KeyOf(hash) && entry.m_nPlies == nPlies) {
-            victim = &entry;
+            victim = &stored;
             break;
         }
         const std::uint64_t worth = WorthOf(entry.m_phi, entry.m_delta, entry.m_nPlies);
         if (worth < least) {
             least = worth;
-            victim = &entry;
+            victim = &stored;
         }
     }
-    *victim = {KeyOf(hash), numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), PackMove(move)};
+    victim->Write({KeyOf(hash), numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), PackMove(move)});
 }
 
 } // namespace quillon

@@ -3,8 +3,13 @@
 //
 // A cache. What it loses has to be searched again, and two positions with the same 52 bits of hash are taken for one:
 // the proof it serves only orders moves, so neither bears on a verdict.
+//
+// Threads: any number may find and store at once, without a lock. An entry is two words, and each of them is read and
+//          written whole (relaxed). The first is sealed with the second: if they are of two stores that met, the seal
+//          does not fit and the entry is another position's for everybody. So a race costs an entry, never a wrong one.
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -46,6 +51,10 @@ class CProofTable {
         TProofNumbers m_numbers;
         TMove m_move{};        // the best one; source = target for none
         bool m_bKnown = false; // else the numbers mean nothing
+
+        // What is left at least, as other numbers of plies tell: with fewer plies it is no easier for White to mate,
+        // with more of them no easier for Black to get through. Not set with a verdict.
+        TProofNumbers m_atLeast{0, 0};
     };
 
     /// For the position with `nPlies` left: its own numbers, or a verdict for another number of plies that holds here
@@ -58,15 +67,31 @@ class CProofTable {
     void Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move);
 
   private:
-    struct TEntry {
+    /// What an entry says.
+    struct TRecord {
         std::uint32_t m_key = 0;
         std::uint32_t m_phi = 0, m_delta = 0; // both 0: empty
         std::uint16_t m_nPlies = 0;
         std::uint16_t m_move = 0; // packed
     };
-    struct TBucket {
-        std::array<TEntry, 4> m_entries;
+
+    //  word     bits 63..32  31..16  15..0
+    //  names    key          plies   move     xor the seal of the numbers
+    //  numbers  delta        phi
+    class CEntry {
+      public:
+        [[nodiscard]] TRecord Read() const;
+        void Write(const TRecord& record);
+
+      private:
+        std::atomic<std::uint64_t> m_names{0}, m_numbers{0}; // all 0: empty
     };
+    static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
+
+    struct TBucket {
+        std::array<CEntry, 4> m_entries;
+    };
+    static_assert(sizeof(TBucket) == 64);
 
     [[nodiscard]] static std::uint32_t KeyOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
     [[nodiscard]] const TBucket& BucketOf(std::uint64_t hash) const { return m_buckets[hash & m_mask]; }

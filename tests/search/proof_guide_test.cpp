@@ -2,8 +2,12 @@
 
 #include "search/proof_guide.h"
 
+#include <atomic>
+#include <chrono>
 #include <gtest/gtest.h>
 
+#include "platform/sleep.h"
+#include "platform/thread.h"
 #include "search/control.h"
 #include "search/searched_position.h"
 
@@ -16,7 +20,7 @@ constexpr std::size_t kTable = std::size_t{1} << 20;
 int PliesOfMate(int nMoves) { return 2 * nMoves - 1; }
 
 /// Searches random positions for mates in `nMoves` and compares each outcome; returns how many have one.
-int CompareOutcomes(std::uint64_t seed, int nMoves, int nCount, std::size_t nTableBytes) {
+int CompareOutcomes(std::uint64_t seed, int nMoves, int nCount, std::size_t nTableBytes, int nThreads = 1) {
     std::mt19937_64 rng(seed);
     int mates = 0;
     for (int i = 0; i < nCount; ++i) {
@@ -27,7 +31,7 @@ int CompareOutcomes(std::uint64_t seed, int nMoves, int nCount, std::size_t nTab
         CSearchedPosition line(placement, PliesOfMate(nMoves));
         CProofTable table(nTableBytes);
         std::uint64_t nodes = 0;
-        const EProofResult result = SearchProof(line.Root(), table, kAmple, nodes);
+        const EProofResult result = SearchProof(line.Root(), table, kAmple, nodes, nThreads);
         EXPECT_EQ(result, *truth > 0 ? EProofResult::Proved : EProofResult::Refuted) << placement << " #" << nMoves;
         mates += *truth > 0;
     }
@@ -38,6 +42,121 @@ TEST(ProofSearch, TellsMatesInTwo) { EXPECT_GT(CompareOutcomes(1, 2, Samples(200
 TEST(ProofSearch, TellsMatesInThree) { EXPECT_GT(CompareOutcomes(2, 3, Samples(600), kTable), Floor(10)); }
 TEST(ProofSearch, TellsMatesInFour) { EXPECT_GT(CompareOutcomes(3, 4, Samples(60), kTable), Floor(2)); }
 TEST(ProofSearch, ATableOfOneBucketIsEnough) { EXPECT_GT(CompareOutcomes(4, 3, Samples(150), 1), 3); }
+
+TEST(ProofThreads, TwoTellMatesInThree) { EXPECT_GT(CompareOutcomes(12, 3, Samples(600), kTable, 2), Floor(10)); }
+TEST(ProofThreads, FourTellMatesInThree) { EXPECT_GT(CompareOutcomes(13, 3, Samples(300), kTable, 4), Floor(5)); }
+TEST(ProofThreads, EightTellMatesInFour) { EXPECT_GT(CompareOutcomes(14, 4, Samples(60), kTable, 8), Floor(2)); }
+TEST(ProofThreads, FourFightForATableOfOneBucket) { EXPECT_GT(CompareOutcomes(15, 3, Samples(150), 1, 4), 3); }
+
+/// A question that takes longer than anybody waits.
+constexpr const char* kEndless = "4k3/1p1b1ppp/8/8/8/8/1P1B1PPP/4K3";
+
+TEST(ProofThreads, TheyShareOneBound) {
+    CSearchedPosition line(kEndless, 41);
+    CProofTable table(kTable);
+    std::uint64_t nodes = 0;
+    EXPECT_EQ(SearchProof(line.Root(), table, 3000, nodes, 4), EProofResult::Open);
+    EXPECT_GE(nodes, 3000u);
+    EXPECT_LT(nodes, 3500u);
+}
+
+TEST(ProofThreads, WhatTheyCountReachesTheAnalysis) {
+    CSearchedPosition line(kEndless, 41);
+    line.Context().m_nTrialPositions = 100; // counted before, and reported once
+    CProofTable table(kTable);
+    std::uint64_t nodes = 0;
+    EXPECT_EQ(SearchProof(line.Root(), table, 5000, nodes, 3), EProofResult::Open);
+    FlushPositions(line.Context(), line.Analysis());
+    EXPECT_GE(line.Analysis().m_nTrialPositions, nodes + 100);
+    EXPECT_EQ(line.Context().m_nQuickerLevel, 0);
+}
+
+/// Searches until `stop` ends it.
+template <typename TStop> void ExpectToEndSoon(int nThreads, std::uint32_t nAfterMs, TStop stop) {
+    CSearchedPosition line(kEndless, 41);
+    CProofTable table(kTable);
+    std::atomic<bool> bEnded{false};
+    std::uint64_t nodes = 0;
+    EProofResult result = EProofResult::Proved;
+    CThread search(std::size_t{8} << 20, [&] {
+        result = SearchProof(line.Root(), table, ~std::uint64_t{0}, nodes, nThreads);
+        bEnded = true;
+    });
+    SleepMs(nAfterMs);
+    EXPECT_FALSE(bEnded);
+    stop(line);
+    const auto start = std::chrono::steady_clock::now();
+    search.Join();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2)); // a busy machine, sanitizers
+    EXPECT_EQ(result, EProofResult::Open);
+}
+
+void AskToStop(CSearchedPosition& line) { line.Context().m_nStopRequest = kStopRequest; }
+
+TEST(ProofThreads, AStopOfTheCallerEndsAll) {
+    for (const int threads : {1, 2, 4, 8})
+        for (const std::uint32_t after : {0, 1, 5, 30})
+            ExpectToEndSoon(threads, after, AskToStop);
+}
+
+TEST(ProofThreads, AStopOfTheAnalysisEndsAll) {
+    for (const int threads : {2, 4})
+        ExpectToEndSoon(threads, 20,
+                        [](CSearchedPosition& line) { GiveCommand(line.Analysis(), kStopCommand, kAllThreads); });
+}
+
+TEST(ProofThreads, AStopEndsAPause) {
+    ExpectToEndSoon(4, 20, [](CSearchedPosition& line) {
+        line.Context().m_nStopRequest = kPauseRequest;
+        SleepMs(50);
+        AskToStop(line);
+    });
+}
+
+TEST(ProofThreads, NobodyWorksDuringAPause) {
+    ExpectToEndSoon(4, 20, [](CSearchedPosition& line) {
+        line.Context().m_nStopRequest = kPauseRequest;
+        SleepMs(300);
+        const std::uint64_t before = line.Analysis().m_nTrialPositions;
+        SleepMs(100);
+        EXPECT_EQ(line.Analysis().m_nTrialPositions, before);
+        AskToStop(line);
+    });
+}
+
+TEST(ProofThreads, AStopLeavesNoFalseVerdictInTheTable) {
+    std::mt19937_64 rng(16);
+    int compared = 0;
+    for (int i = 0; i < Samples(200); ++i) {
+        const std::string placement = AnyPlacement(rng, i, 5 + i % 3);
+        const auto truth = reference::ShortestMate(reference::ProblemFromFen(placement), 3, 100'000);
+        if (!truth)
+            continue;
+        CSearchedPosition line(placement, PliesOfMate(3));
+        CProofTable table(kTable);
+        std::uint64_t nodes = 0;
+        CThread stopping(std::size_t{1} << 20, [&] {
+            SleepMs(static_cast<std::uint32_t>(i % 3));
+            AskToStop(line);
+        });
+        (void)SearchProof(line.Root(), table, kAmple, nodes, 3);
+        stopping.Join();
+        line.Context().m_nStopRequest = kRunRequest;
+        EXPECT_EQ(SearchProof(line.Root(), table, kAmple, nodes),
+                  *truth > 0 ? EProofResult::Proved : EProofResult::Refuted)
+            << placement;
+        ++compared;
+    }
+    EXPECT_GT(compared, 10);
+}
+
+TEST(ProofThreads, AManualCommandDoesNotMeanTheProof) {
+    CSearchedPosition line("8/8/4K3/8/8/3k4/8/Q7", 17);
+    GiveCommand(line.Analysis(), kManualCommand, kAllThreads);
+    CProofTable table(kTable);
+    std::uint64_t nodes = 0;
+    EXPECT_EQ(SearchProof(line.Root(), table, kAmple, nodes, 2), EProofResult::Proved);
+}
 
 TEST(ProofSearch, KeepsToItsBound) {
     CSearchedPosition line("8/8/8/8/8/2k5/8/KQ6", 19);
@@ -94,21 +213,39 @@ void FollowGuide(const CProofGuide& guide, const reference::Position& position, 
     ASSERT_FALSE(reference::IsStalemate(after)) << placement;
 }
 
-TEST(ProofGuide, ItsMovesMateWithinTheTold) {
-    std::mt19937_64 rng(5);
+/// Follows the proofs of random positions to their ends.
+void FollowRandomProofs(std::uint64_t seed, int nProofs, int nThreads) {
+    std::mt19937_64 rng(seed);
     int followed = 0;
-    for (int i = 0; i < 4000 && followed < 20; ++i) {
+    for (int i = 0; i < 4000 && followed < nProofs; ++i) {
         const std::string placement = AnyPlacement(rng, i, 4 + i % 3);
         constexpr int kMoves = 4;
         CSearchedPosition line(placement, PliesOfMate(kMoves));
         CProofGuide guide(kTable);
-        if (guide.Search(line.Root(), 20'000) != EProofResult::Proved || guide.Positions() < 2)
+        if (guide.Search(line.Root(), 20'000, nThreads) != EProofResult::Proved || guide.Positions() < 2)
             continue;
         EXPECT_TRUE(guide.IsProved());
         FollowGuide(guide, reference::ProblemFromFen(placement), PliesOfMate(kMoves));
         ++followed;
     }
-    EXPECT_GE(followed, 20);
+    EXPECT_GE(followed, nProofs);
+}
+
+TEST(ProofGuide, ItsMovesMateWithinTheTold) { FollowRandomProofs(5, 20, 1); }
+
+TEST(ProofThreads, TheMovesOfTwoMateWithinTheTold) { FollowRandomProofs(21, Samples(20), 2); }
+TEST(ProofThreads, TheMovesOfFourMateWithinTheTold) { FollowRandomProofs(22, Samples(20), 4); }
+TEST(ProofThreads, TheMovesOfEightMateWithinTheTold) { FollowRandomProofs(23, Samples(20), 8); }
+
+TEST(ProofThreads, ALongMateOfThreeIsFollowedToItsEnd) {
+    CSearchedPosition line("8/8/8/3k4/8/8/8/KQ6", 19);
+    CProofGuide guide(std::size_t{16} << 20);
+    ASSERT_EQ(guide.Search(line.Root(), kAmple, 3), EProofResult::Proved);
+    EXPECT_GT(guide.Positions(), 10u);
+    EXPECT_LE(guide.KnownPlies(line.Root()), 19);
+    EXPECT_GE(guide.KnownPlies(line.Root()), 13) << "no queen mates from there in six moves";
+    for (int i = 0; i < 8; ++i) // every start begins anew
+        EXPECT_EQ(CProofGuide(kTable).Search(line.Root(), kAmple, 1 + i), EProofResult::Proved);
 }
 
 TEST(ProofGuide, ALongMateIsFollowedToItsEnd) {

@@ -1,7 +1,9 @@
 #include "search/proof_table.h"
 
+#include <array>
 #include <gtest/gtest.h>
 
+#include "platform/thread.h"
 #include "search/searched_position.h"
 
 namespace quillon::test {
@@ -39,6 +41,25 @@ TEST(ProofTable, AMateHoldsForMorePliesAndItsAbsenceForFewer) {
     EXPECT_FALSE(table.Find(kHash + 3, 10).m_bKnown);
 }
 
+TEST(ProofTable, OtherPliesTellWhatIsLeftAtLeast) {
+    CProofTable table(1 << 16);
+    table.Store(kHash, 9, {20, 30}, kMove);  // White to move: phi for mate, delta against
+    table.Store(kHash, 13, {10, 40}, kMove); // with more plies mate is nearer
+    const auto left = [&](int nPlies) { return table.Find(kHash, nPlies).m_atLeast; };
+    EXPECT_EQ(left(7).m_phi, 20u);
+    EXPECT_EQ(left(7).m_delta, 0u);
+    EXPECT_EQ(left(11).m_phi, 10u);
+    EXPECT_EQ(left(11).m_delta, 30u);
+    EXPECT_EQ(left(15).m_phi, 0u);
+    EXPECT_EQ(left(15).m_delta, 40u);
+    EXPECT_FALSE(table.Find(kHash, 11).m_bKnown);
+    EXPECT_EQ(left(10).m_phi, 0u) << "the other side to move";
+    table.Store(kHash + 1, 8, {20, 30}, kMove); // Black to move: phi against mate, delta for it
+    EXPECT_EQ(table.Find(kHash + 1, 6).m_atLeast.m_delta, 30u);
+    EXPECT_EQ(table.Find(kHash + 1, 6).m_atLeast.m_phi, 0u);
+    EXPECT_EQ(table.Find(kHash + 1, 10).m_atLeast.m_phi, 20u);
+}
+
 TEST(ProofTable, AFullBucketKeepsTheMatesAndTheMostWork) {
     CProofTable table(1); // one bucket of four
     const auto hash = [](std::uint64_t i) { return i << 33; };
@@ -48,6 +69,35 @@ TEST(ProofTable, AFullBucketKeepsTheMatesAndTheMostWork) {
     EXPECT_TRUE(table.Find(hash(1), 9).m_bKnown);
     EXPECT_TRUE(table.Find(hash(9), 9).m_bKnown) << "the last one stored";
     EXPECT_FALSE(table.Find(hash(2), 9).m_bKnown) << "the least work";
+}
+
+/// Each of the threads stores its own entries into the same few buckets: what is found is what some thread has stored.
+TEST(ProofTable, ThreadsThatMeetInABucketLeaveNoMixedEntry) {
+    CProofTable table(256);
+    constexpr std::uint32_t kRounds = 20'000, kHashes = 24;
+    const auto moveOf = [](std::uint32_t phi) { return TMove{static_cast<std::uint8_t>(phi % 64), 63, 0, 0}; };
+    std::array<int, 4> mixed{}, found{};
+    {
+        std::array<CThread, 4> threads;
+        for (std::uint32_t t = 0; t < threads.size(); ++t)
+            threads[t] = CThread(std::size_t{1} << 20, [&, t] {
+                for (std::uint32_t i = 0; i < kRounds; ++i) {
+                    const std::uint64_t hash = (i * 7 + t) % kHashes * 0x100000001u;
+                    const std::uint32_t phi = 1 + i % 97 + 100 * t;
+                    table.Store(hash, 9, {phi, 3 * phi}, moveOf(phi));
+                    const CProofTable::TFound entry = table.Find((i * 5) % kHashes * 0x100000001u, 9);
+                    if (!entry.m_bKnown)
+                        continue;
+                    ++found[t];
+                    mixed[t] += entry.m_numbers.m_delta != 3 * entry.m_numbers.m_phi ||
+                                !SameMove(entry.m_move, moveOf(entry.m_numbers.m_phi));
+                }
+            });
+    }
+    for (std::size_t t = 0; t < found.size(); ++t) {
+        EXPECT_EQ(mixed[t], 0);
+        EXPECT_GT(found[t], 1000);
+    }
 }
 
 TEST(ProofTable, TheHashTellsBoardsApartButNotMarksOnPawns) {
