@@ -13,6 +13,7 @@
 #include "cli/perft_command.h"
 #include "cli/show_command.h"
 #include "cli/solve_command.h"
+#include "cli/uci_command.h"
 
 namespace quillon {
 
@@ -56,6 +57,7 @@ EExitStatus Run(int argc, const char* const* argv) {
     AddPerftCommand(app, chosen);
     AddShowCommand(app, chosen);
     AddBenchCommand(app, chosen);
+    AddUciCommand(app, chosen);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

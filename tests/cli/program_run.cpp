@@ -1,5 +1,6 @@
 #include "cli/program_run.h"
 
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
@@ -26,6 +27,14 @@ void Redirect(const std::string& path, int flags, int descriptor) {
     if (opened < 0 || dup2(opened, descriptor) < 0)
         _exit(126);
     close(opened);
+}
+
+/// A pipe that no other program inherits.
+std::array<int, 2> OpenPipe() {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0)
+        throw std::runtime_error("cannot make a pipe");
+    return ends;
 }
 
 bool WaitForText(const std::filesystem::path& path, const std::string& text) {
@@ -58,19 +67,29 @@ CProgramRun::CProgramRun(const std::vector<std::string>& arguments, const TProgr
     for (std::string& text : texts)
         argv.push_back(text.data());
     argv.push_back(nullptr);
+    const std::array<int, 2> pipe = input.m_bFed ? OpenPipe() : std::array<int, 2>{-1, -1};
+    m_nInput = pipe[1];
     m_pid = fork();
     if (m_pid < 0)
         throw std::runtime_error("cannot fork");
     if (m_pid == 0) {
-        Redirect(in, O_RDONLY, STDIN_FILENO);
+        if (!input.m_bFed)
+            Redirect(in, O_RDONLY, STDIN_FILENO);
+        else if (dup2(pipe[0], STDIN_FILENO) < 0)
+            _exit(126);
         Redirect(out, O_WRONLY, STDOUT_FILENO);
         Redirect(err, O_WRONLY, STDERR_FILENO);
         execv(argv[0], argv.data());
         _exit(127);
     }
+    if (input.m_bFed) {
+        close(pipe[0]);
+        Feed(input.m_text);
+    }
 }
 
 CProgramRun::~CProgramRun() {
+    CloseInput();
     if (m_pid <= 0)
         return;
     kill(m_pid, SIGKILL);
@@ -79,10 +98,30 @@ CProgramRun::~CProgramRun() {
 
 void CProgramRun::Signal(int signal) const { kill(m_pid, signal); }
 
+void CProgramRun::Feed(const std::string& text) const {
+    const auto before = std::signal(SIGPIPE, SIG_IGN);
+    for (std::size_t done = 0; done < text.size();) {
+        const ssize_t written = write(m_nInput, text.data() + done, text.size() - done);
+        if (written <= 0)
+            break;
+        done += static_cast<std::size_t>(written);
+    }
+    (void)std::signal(SIGPIPE, before);
+}
+
+void CProgramRun::CloseInput() {
+    if (m_nInput >= 0)
+        close(m_nInput);
+    m_nInput = -1;
+}
+
+std::string CProgramRun::OutputSoFar() const { return ReadAll(m_folder.Path() / "out"); }
+
 bool CProgramRun::WaitForError(const std::string& text) const { return WaitForText(m_folder.Path() / "err", text); }
 bool CProgramRun::WaitForOutput(const std::string& text) const { return WaitForText(m_folder.Path() / "out", text); }
 
 TProgramResult CProgramRun::Finish() {
+    CloseInput();
     int status = 0;
     rusage usage{};
     wait4(m_pid, &status, 0, &usage);

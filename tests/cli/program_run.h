@@ -22,6 +22,7 @@ struct TProgramResult {
 struct TProgramInput {
     std::string m_text;       // of standard input
     std::string m_outputPath; // where standard output goes; a file of its own if empty
+    bool m_bFed = false;      // m_text is the beginning: Feed goes on, CloseInput ends it
 };
 
 /// A run that has been started. The destructor ends it if it has not ended.
@@ -34,6 +35,12 @@ class CProgramRun {
 
     void Signal(int signal) const;
 
+    /// More of standard input. A program that has ended hears nothing of it.
+    void Feed(const std::string& text) const;
+    void CloseInput();
+
+    [[nodiscard]] std::string OutputSoFar() const;
+
     /// Waits, up to a minute, until standard error has the text; false if it does not come.
     [[nodiscard]] bool WaitForError(const std::string& text) const;
     [[nodiscard]] bool WaitForOutput(const std::string& text) const;
@@ -43,6 +50,7 @@ class CProgramRun {
   private:
     CTemporaryFolder m_folder;
     pid_t m_pid = -1;
+    int m_nInput = -1; // the end of the pipe that Feed writes to
 };
 
 /// From start to end.

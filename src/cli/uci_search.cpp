@@ -1,0 +1,229 @@
+#include "cli/uci_search.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "platform/thread.h"
+
+namespace quillon {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// The longest search recurses 600 plies deep, with lists of moves in every node and short searches inside long ones.
+constexpr std::size_t kSearchStackBytes = std::size_t{64} << 20;
+
+constexpr auto kWatchStep = 20ms;
+constexpr auto kNodesStep = 2ms; // with a limit of nodes
+constexpr auto kProgressStep = 1s;
+constexpr std::chrono::milliseconds kLeastForImproving = 1s;
+
+constexpr std::int64_t kLongestLimitMs = std::int64_t{1} << 40; // some thirty years: a clock can count as far
+
+int StipulationOf(std::int64_t number) {
+    return static_cast<int>(std::clamp<std::int64_t>(number, 1, kMaxStipulation));
+}
+
+/// Moves whose mate is within the plies.
+int MovesWithin(std::int64_t plies) {
+    return StipulationOf(std::min<std::int64_t>(plies, 2 * kMaxStipulation) / 2 + plies % 2);
+}
+
+} // namespace
+
+void CUciSearch::CInfoNotifier::Inform(std::string_view text, std::string_view) { m_output.Line(InfoString(text)); }
+
+CUciSearch::CUciSearch(TUciOrder order, CUciOutput& output)
+    : m_order(std::move(order)), m_output(output), m_notifier(output), m_finder(m_order.m_request, m_notifier),
+      m_improver(m_order.m_request, m_notifier), m_bHeld(m_order.m_go.m_bInfinite || m_order.m_go.m_bPonder),
+      m_nextProgress(m_start + kProgressStep) {
+    if (!m_bHeld)
+        SetDeadline();
+}
+
+void CUciSearch::Run() {
+    {
+        const CThread thread(kSearchStackBytes, [this] { Search(); });
+        Watch();
+    }
+    m_bEnding.store(true, std::memory_order_relaxed);
+    m_output.Line("bestmove " + m_bestMove);
+    m_finder.Release();
+    m_improver.Release();
+}
+
+void CUciSearch::Stop() {
+    const std::lock_guard lock(m_mutex);
+    m_bEnding.store(true, std::memory_order_relaxed);
+    m_bHeld = false;
+    StopAll();
+    m_changed.notify_all();
+}
+
+void CUciSearch::PonderHit() {
+    const std::lock_guard lock(m_mutex);
+    if (!m_order.m_go.m_bPonder || !m_bHeld)
+        return;
+    m_bHeld = m_order.m_go.m_bInfinite;
+    if (!m_bHeld)
+        SetDeadline();
+    m_changed.notify_all();
+}
+
+void CUciSearch::StopAll() {
+    m_finder.RequestStop();
+    m_improver.RequestStop();
+}
+
+void CUciSearch::SetDeadline() {
+    if (const auto ms = TimeOf(m_order.m_go, m_order.m_position.m_bWhiteToMove))
+        m_deadline = TClock::now() + std::chrono::milliseconds(std::min(*ms, kLongestLimitMs));
+}
+
+void CUciSearch::Watch() {
+    std::unique_lock lock(m_mutex);
+    while (!m_changed.wait_until(lock, NextLook(), [this] { return m_bDone && !m_bHeld; }))
+        if (!m_bDone)
+            Look();
+}
+
+CUciSearch::TClock::time_point CUciSearch::NextLook() const {
+    const auto step = m_order.m_go.m_nodes ? kNodesStep : kWatchStep;
+    const TClock::time_point next = TClock::now() + step;
+    return m_deadline && !m_bDone ? std::min(next, std::max(*m_deadline, TClock::now() + 1ms)) : next;
+}
+
+/// With the mutex held.
+void CUciSearch::Look() {
+    const TClock::time_point now = TClock::now();
+    const std::optional<std::int64_t>& nodes = m_order.m_go.m_nodes;
+    if ((m_deadline && now >= *m_deadline) ||
+        (nodes &&
+         m_finder.Nodes() + m_improver.Nodes() >= static_cast<std::uint64_t>(std::max<std::int64_t>(*nodes, 0))))
+        StopAll();
+    else if (m_improvingEnd && now >= *m_improvingEnd)
+        m_improver.RequestStop();
+    if (now >= m_nextProgress) {
+        m_nextProgress = now + kProgressStep;
+        m_output.Line(InfoLine(Progress()));
+    }
+}
+
+TUciInfo CUciSearch::Progress() const {
+    TUciInfo info;
+    info.m_nDepth = m_nDepth.load(std::memory_order_relaxed);
+    info.m_nNodes = m_finder.Nodes() + m_improver.Nodes();
+    info.m_ms = std::chrono::duration_cast<std::chrono::milliseconds>(TClock::now() - m_start).count();
+    return info;
+}
+
+/// Whatever fails, the interface gets its move.
+void CUciSearch::Search() {
+    try {
+        FindMove();
+    } catch (const std::exception& failure) {
+        m_output.Line(InfoString(failure.what()));
+    }
+    const std::lock_guard lock(m_mutex);
+    m_bDone = true;
+    m_changed.notify_all();
+}
+
+void CUciSearch::FindMove() {
+    const std::vector<TGameMove> moves = LegalMoves(m_order.m_position);
+    if (moves.empty()) {
+        TellNoMove();
+        return;
+    }
+    m_bestMove = UciMove(moves.front().m_move);
+    const TUciGo& go = m_order.m_go;
+    if (go.m_mate)
+        FindInOneGo(StipulationOf(*go.m_mate));
+    else
+        FindUpwards(go.m_depth ? MovesWithin(*go.m_depth) : kMaxStipulation);
+}
+
+void CUciSearch::TellNoMove() {
+    const bool bMated = IsInCheck(m_order.m_position);
+    m_output.Line(bMated ? "info depth 0 score mate 0" : "info depth 0 score cp 0");
+}
+
+void CUciSearch::FindInOneGo(int nMoves) {
+    TMateAnswer answer = Find(nMoves);
+    if (answer.m_verdict == EVerdict::Mate)
+        Improve(std::move(answer), nMoves, nMoves == 1);
+}
+
+/// Mates in one, two, three: what has been refuted need not be asked again, and the first that is found is the
+/// shortest.
+void CUciSearch::FindUpwards(int nMost) {
+    bool bShortest = true; // no length before was left in doubt
+    const int nFirst = HasMatingMaterial(m_order.m_position) ? 1 : nMost;
+    for (int nMoves = nFirst; nMoves <= nMost && !m_finder.IsStopping(); ++nMoves) {
+        TMateAnswer answer = Find(nMoves);
+        if (answer.m_verdict == EVerdict::Mate) {
+            Improve(std::move(answer), nMoves, bShortest);
+            return;
+        }
+        bShortest = bShortest && answer.m_verdict == EVerdict::NoMate;
+    }
+}
+
+TMateAnswer CUciSearch::Find(int nMoves) {
+    m_nDepth.store(PliesOf(nMoves), std::memory_order_relaxed);
+    TMateAnswer answer = m_finder.FindMate(m_order.m_position, nMoves);
+    switch (answer.m_verdict) {
+    case EVerdict::Mate:
+        TellMate(answer, nMoves);
+        break;
+    case EVerdict::NoMate:
+        m_output.Line(InfoLine(Progress()));
+        m_output.Line(InfoString("no mate in " + std::to_string(nMoves)));
+        break;
+    case EVerdict::Doubtful:
+        m_output.Line(InfoString("in doubt whether there is a mate in " + std::to_string(nMoves)));
+        break;
+    case EVerdict::Stopped:
+        break;
+    }
+    return answer;
+}
+
+/// Makes the line complete where it is not; then, unless the length is known to be the shortest, tries whether the mate
+/// comes as soon as the line shows it.
+void CUciSearch::Improve(TMateAnswer answer, int nMoves, bool bShortest) {
+    AllowForImproving();
+    for (;;) {
+        if (!answer.m_bToMate) {
+            m_improver.CompleteLine(m_order.m_position, nMoves, answer);
+            TellMate(answer, nMoves);
+        }
+        const int nShown = MovesOf(answer.m_line);
+        if (bShortest || !answer.m_bToMate || nShown >= nMoves || m_improver.IsStopping())
+            return;
+        TMateAnswer sooner = m_improver.FindMate(m_order.m_position, nShown);
+        if (sooner.m_verdict != EVerdict::Mate)
+            return;
+        answer = std::move(sooner);
+        nMoves = nShown;
+        TellMate(answer, nMoves);
+    }
+}
+
+void CUciSearch::AllowForImproving() {
+    const std::lock_guard lock(m_mutex);
+    const TClock::time_point now = TClock::now();
+    m_improvingEnd = now + std::max<TClock::duration>(kLeastForImproving, now - m_start);
+}
+
+void CUciSearch::TellMate(const TMateAnswer& answer, int nMoves) {
+    TUciInfo info = Progress();
+    info.m_nDepth = PliesOf(nMoves);
+    info.m_nMate = nMoves;
+    info.m_line = answer.m_line;
+    m_bestMove = UciMove(answer.m_line.front());
+    m_output.Line(InfoLine(info));
+}
+
+} // namespace quillon

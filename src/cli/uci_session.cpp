@@ -1,0 +1,190 @@
+#include "cli/uci_session.h"
+
+#include <algorithm>
+
+#include "app/version.h"
+#include "cli/uci_position.h"
+#include "core/chess_exception.h"
+#include "platform/memory_info.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::size_t kWatchStackBytes = std::size_t{1} << 20;
+constexpr std::int64_t kMostThreads = 255;
+
+std::int64_t PhysicalMegabytes() { return static_cast<std::int64_t>(PhysicalMemory() >> 20); }
+
+/// What the solver takes without the option.
+std::int64_t UsualMegabytes() { return PhysicalMegabytes() / 100 * TSolveRequest().m_nMemoryShare; }
+
+struct TNumberOption {
+    const char* m_name;
+    const char* m_lowered;
+    std::int64_t m_nLeast;
+    std::int64_t (*m_most)();
+    std::int64_t (*m_usual)();
+    void (*m_set)(TSolveRequest&, std::int64_t);
+};
+
+constexpr TNumberOption kNumberOptions[] = {
+    {"Threads", "threads", 1, [] { return kMostThreads; }, [] { return std::int64_t{1}; },
+     [](TSolveRequest& request, std::int64_t value) { request.m_nThreads = static_cast<int>(value); }},
+    {"Hash", "hash", 0, PhysicalMegabytes, UsualMegabytes,
+     [](TSolveRequest& request, std::int64_t value) { request.m_nMemoryBudgetMB = value; }},
+    // A proof has one line: interfaces may ask for more and get one.
+    {"MultiPV", "multipv", 1, [] { return std::int64_t{1}; }, [] { return std::int64_t{1}; },
+     [](TSolveRequest&, std::int64_t) {}},
+};
+
+constexpr const char* kPonderOption = "ponder";
+
+std::string OptionLine(const TNumberOption& option) {
+    return std::string("option name ") + option.m_name + " type spin default " + std::to_string(option.m_usual()) +
+           " min " + std::to_string(option.m_nLeast) + " max " + std::to_string(option.m_most());
+}
+
+} // namespace
+
+struct CUciSession::TCommand {
+    const char* m_name;
+    void (CUciSession::*m_obey)(const TWords&);
+};
+
+const CUciSession::TCommand CUciSession::kCommands[] = {
+    {"uci", &CUciSession::TellName},
+    {"isready", &CUciSession::TellReady},
+    {"debug", &CUciSession::Ignore},
+    {"register", &CUciSession::Ignore},
+    {"ucinewgame", &CUciSession::Ignore},
+    {"setoption", &CUciSession::SetOption},
+    {"position", &CUciSession::SetPosition},
+    {"go", &CUciSession::Go},
+    {"stop", &CUciSession::Stop},
+    {"ponderhit", &CUciSession::PonderHit},
+    {"quit", &CUciSession::Quit},
+};
+
+CUciSession::CUciSession(std::istream& input, CUciOutput& output)
+    : m_input(input), m_output(output), m_position(StartOfGame()) {}
+
+EExitStatus CUciSession::Run() {
+    std::string line;
+    while (!m_bQuit && !m_output.IsBroken() && std::getline(m_input, line))
+        Obey(line);
+    EndSearch();
+    return m_output.IsBroken() ? EExitStatus::SystemFailure : EExitStatus::Answered;
+}
+
+void CUciSession::Obey(const std::string& line) {
+    TWords words = WordsOf(line);
+    if (words.empty())
+        return;
+    const std::string name = Lowered(words.front());
+    const auto command =
+        std::ranges::find_if(kCommands, [&name](const TCommand& known) { return known.m_name == name; });
+    if (command == std::end(kCommands)) {
+        Say("unknown command: " + words.front());
+        return;
+    }
+    words.erase(words.begin());
+    (this->*command->m_obey)(words);
+}
+
+void CUciSession::TellName(const TWords&) {
+    m_output.Line("id name Quillon " + std::string(kVersion));
+    m_output.Line("id author the Quillon developers");
+    for (const TNumberOption& option : kNumberOptions)
+        m_output.Line(OptionLine(option));
+    m_output.Line("option name Ponder type check default false");
+    m_output.Line("uciok");
+}
+
+void CUciSession::TellReady(const TWords&) { m_output.Line("readyok"); }
+
+/// Commands that ask for nothing that is done here.
+void CUciSession::Ignore(const TWords&) {}
+
+void CUciSession::SetOption(const TWords& words) {
+    const TUciOption option = ReadOption(words);
+    if (option.m_name != kPonderOption) // whether to ponder is for the interface to decide
+        SetNumber(option);
+}
+
+/// Takes effect with the next search.
+void CUciSession::SetNumber(const TUciOption& option) {
+    const TNumberOption* const known = std::ranges::find_if(
+        kNumberOptions, [&option](const TNumberOption& row) { return row.m_lowered == option.m_name; });
+    if (known == std::end(kNumberOptions)) {
+        Say("unknown option: " + option.m_name);
+        return;
+    }
+    const std::optional<std::int64_t> value = ReadNumber(option.m_value);
+    if (!value) {
+        Say(std::string(known->m_name) + " wants a number, not: " + option.m_value);
+        return;
+    }
+    const std::int64_t used = std::clamp(*value, known->m_nLeast, std::max(known->m_most(), known->m_nLeast));
+    if (used != *value)
+        Say(std::string(known->m_name) + " is " + std::to_string(used));
+    known->m_set(m_request, used);
+}
+
+/// A position that cannot be read leaves none: a search of the one before would answer another question.
+void CUciSession::SetPosition(const TWords& words) {
+    m_position.reset();
+    try {
+        const TUciPosition read = ReadUciPosition(words);
+        if (!read.m_note.empty())
+            Say(read.m_note);
+        m_position = read.m_position;
+    } catch (const ChessException& failure) {
+        Say(failure.what());
+    }
+}
+
+void CUciSession::Go(const TWords& words) {
+    if (m_search != nullptr && !m_search->IsEnding()) {
+        Say("a search is running: stop it first");
+        return;
+    }
+    EndSearch();
+    TUciGo go = ReadGo(words);
+    for (const std::string& word : go.m_unused)
+        Say("go: not used: " + word);
+    if (m_position) {
+        Start(std::move(go));
+        return;
+    }
+    Say("there is no position");
+    m_output.Line("bestmove 0000");
+}
+
+void CUciSession::Start(TUciGo go) {
+    m_search = std::make_unique<CUciSearch>(TUciOrder{*m_position, std::move(go), m_request}, m_output);
+    m_thread = CThread(kWatchStackBytes, [search = m_search.get()] { search->Run(); });
+}
+
+/// Returns when the best move has been sent and the memory is free.
+void CUciSession::EndSearch() {
+    if (m_search == nullptr)
+        return;
+    m_search->Stop();
+    m_thread.Join();
+    m_search.reset();
+}
+
+void CUciSession::Stop(const TWords&) {
+    if (m_search != nullptr)
+        m_search->Stop();
+}
+
+void CUciSession::PonderHit(const TWords&) {
+    if (m_search != nullptr)
+        m_search->PonderHit();
+}
+
+void CUciSession::Quit(const TWords&) { m_bQuit = true; }
+
+} // namespace quillon
