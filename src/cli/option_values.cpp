@@ -103,4 +103,9 @@ std::optional<std::vector<TIdRange>> ParseIds(std::string_view text) {
 
 int ThreadsOf(std::string_view text) { return ReadNumber(text.substr(0, text.find('^'))).value_or(1); }
 
+int LevelsOf(std::string_view text) {
+    const std::size_t hat = text.find('^');
+    return hat == std::string_view::npos ? 1 : ReadNumber(text.substr(hat + 1)).value_or(1);
+}
+
 } // namespace quillon

@@ -32,4 +32,7 @@ struct TIdRange {
 /// The threads of a text that Threads() accepts.
 [[nodiscard]] int ThreadsOf(std::string_view text);
 
+/// And the levels: 1 without any.
+[[nodiscard]] int LevelsOf(std::string_view text);
+
 } // namespace quillon

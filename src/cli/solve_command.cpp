@@ -19,8 +19,6 @@ namespace quillon {
 namespace {
 
 constexpr const char* kDirectMatesOnly = "only direct mates are solved";
-constexpr const char* kOneThread = "note: this version solves on one thread";
-
 constexpr const char* kExamples = R"(
 Examples:
   quillon solve                                       the sample library
@@ -45,8 +43,6 @@ class CSolveCommand {
         : m_options(options), m_line(options.m_bProgress || IsTerminal(EStream::Error)) {}
 
     EExitStatus Run() {
-        if (ThreadsOf(m_options.m_threads) > 1)
-            WriteDiagnostic(kOneThread);
         if (!CanReadHeuristics())
             return EExitStatus::BadInput;
         const std::optional<TProblemSource> source = ReadSource();

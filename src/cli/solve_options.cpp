@@ -122,7 +122,10 @@ void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
     hybrid->group(kGroup);
     auto* const bruteForce = command.add_flag("--brute-force", options.m_bBruteForce, "No heuristics at all");
     bruteForce->excludes(hybrid)->group(kGroup);
-    command.add_option("--threads", options.m_threads, "Threads (this version solves on one thread)")
+    command
+        .add_option("--threads", options.m_threads,
+                    "Threads that share White's moves: of the key, or with T^L of the first L moves of a line. "
+                    "Without the option the problem's own number, or one")
         ->type_name("T[^L]")
         ->check(Threads())
         ->group(kGroup);
@@ -153,6 +156,22 @@ void AddSolveOptions(CLI::App& command, TSolveOptions& options) {
     AddOutputOptions(command, options);
 }
 
+namespace {
+
+void SetThreads(TSolveRequest& request, const ChessProblem& problem, const TSolveOptions& options) {
+    if (options.m_threads) {
+        request.m_nThreads = ThreadsOf(*options.m_threads);
+        request.m_nMultithreadingLevels = LevelsOf(*options.m_threads);
+        return;
+    }
+    if (problem.threads > 0)
+        request.m_nThreads = problem.threads;
+    if (problem.levels > 0)
+        request.m_nMultithreadingLevels = problem.levels;
+}
+
+} // namespace
+
 TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& options) {
     TSolveRequest request;
     request.m_board = *problem.originalPosition;
@@ -171,6 +190,7 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_bRunPass2 = !options.m_bNoPass2;
     if (options.m_heuristics)
         request.m_heuristics = ReadHeuristicsText(*options.m_heuristics);
+    SetThreads(request, problem, options);
     request.m_bUsePredefinedIndications = options.m_bPredefined;
     request.m_bRelaxationLog = options.m_bRelaxationLog;
     if (options.m_memoryMB)

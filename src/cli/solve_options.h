@@ -27,7 +27,7 @@ struct TSolveOptions {
     std::optional<std::string> m_heuristics; // a set as printed, or "none"
     bool m_bPredefined = false;              // stored settings of known compositions
     bool m_bRelaxationLog = false;           // TryRelaxSpecialHeuristics.log
-    std::string m_threads = "1";             // "T" or "T^L"
+    std::optional<std::string> m_threads;    // "T" or "T^L"
     std::optional<double> m_secondsLimit;
     std::optional<int> m_memoryMB;       // of the register of solved positions; 0: none
     std::optional<int> m_shortMateDepth; // moves; 0: no short-mate search

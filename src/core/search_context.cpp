@@ -7,6 +7,8 @@ namespace quillon {
 
 namespace {
 
+std::atomic<int> g_nLiveContexts{0};
+
 /// The slot of `clone` that corresponds to a slot of `source`; a pointer from elsewhere stays as it is.
 TChessboard* Moved(TChessboard* p, const TSearchContext& source, TSearchContext& clone) {
     const auto within = [p](const auto& stack) {
@@ -35,6 +37,7 @@ template <class TStack> void Relink(TStack& stack, const TSearchContext& source,
 } // namespace
 
 TSearchContext::TSearchContext() {
+    g_nLiveContexts.fetch_add(1, std::memory_order_relaxed);
     m_stack.fill(EmptyChessboard());
     m_sideStack.fill(EmptyChessboard());
     for (TChessboard& slot : m_stack)
@@ -42,6 +45,10 @@ TSearchContext::TSearchContext() {
     for (TChessboard& slot : m_sideStack)
         slot.m_pContext = this;
 }
+
+TSearchContext::~TSearchContext() { g_nLiveContexts.fetch_sub(1, std::memory_order_relaxed); }
+
+int LiveSearchContexts() { return g_nLiveContexts.load(std::memory_order_relaxed); }
 
 std::unique_ptr<TSearchContext> NewSearchContext() { return std::make_unique<TSearchContext>(); }
 
@@ -56,6 +63,8 @@ void CloneSearchContext(const TSearchContext& source, TSearchContext& clone) {
     static_cast<TSearchMarks&>(clone) = source;
     clone.m_pQuickerRoot = Moved(source.m_pQuickerRoot, source, clone);
     clone.m_nUncounted = 0; // the source reports what it has counted
+    clone.m_nTrialPositions = 0;
+    clone.m_nCalledBackTo = 0;
     CopyRelaxed(source.m_moveIndex, clone.m_moveIndex);
     CopyRelaxed(source.m_moveIndexShown, clone.m_moveIndexShown);
     CopyRelaxed(source.m_moveCount, clone.m_moveCount);

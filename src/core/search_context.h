@@ -83,8 +83,9 @@ struct TSearchMarks {
     bool m_bNoStore = false;             // verdicts are not stored
     bool m_bNoThreadDemand = false;      // the driver must not ask for threads
     std::int8_t m_nVerifyDepth = 0;      // nesting depth of VerifyHeuristics
-    std::uint16_t m_nThreadNumber = 0;   // number of the thread in the tree
-    std::uint8_t m_nGroupSize = 1;       // size of its group
+    std::uint32_t m_nThreadNumber = 0;   // number of the thread in the tree
+    std::uint8_t m_nGroupSize = 1;       // threads of a group below this one, 1 to 255
+    bool m_bNoScheduler = false;         // the nodes of this thread are not scheduled
 
     // FindForcedMate.
     bool m_bFFM = false;                   // a FindForcedMate run is in progress
@@ -118,6 +119,7 @@ struct TSearchMarks {
 
 struct TSearchContext : THeuristicParameters, TSearchMarks {
     TSearchContext();
+    ~TSearchContext();
     TSearchContext(const TSearchContext&) = delete;
     TSearchContext& operator=(const TSearchContext&) = delete;
 
@@ -138,7 +140,14 @@ struct TSearchContext : THeuristicParameters, TSearchMarks {
     std::array<std::atomic<const TMove*>, kStackSlots> m_moveList{};
 
     std::atomic<std::uint8_t> m_nStopRequest{kRunRequest};
+
+    // m_nMoves of the node that a manual command calls this thread back to, 0 for none: what it returns on the way up
+    // is no verdict, whoever else has obeyed the command meanwhile. Its own thread writes and reads it.
+    std::uint16_t m_nCalledBackTo = 0;
 };
+
+/// The contexts that exist in this process now: none is to outlive its solve.
+[[nodiscard]] int LiveSearchContexts();
 
 /// A context on the heap, its stack cleared and every slot pointing at its owner.
 [[nodiscard]] std::unique_ptr<TSearchContext> NewSearchContext();

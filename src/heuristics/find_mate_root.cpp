@@ -1,6 +1,8 @@
 #include "heuristics/find_mate_root.h"
 
 #include <algorithm>
+#include <deque>
+#include <mutex>
 
 #include "core/generation.h"
 #include "core/makers.h"
@@ -18,6 +20,7 @@
 #include "search/find_mate.h"
 #include "search/move_sort.h"
 #include "search/proof_guide.h"
+#include "search/repetition.h"
 
 namespace quillon {
 
@@ -68,10 +71,11 @@ constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 3'000'000;
 constexpr int kShortestHeuristicRun = 15;
 
 /// One run over the root: the steps of FindMateRoot.
-class CRootRun {
+class CRootRun final : public IRootMoves {
   public:
-    CRootRun(TSearchContext& context, TAnalysis& analysis, TRootRun& run, TChessboard& root)
-        : m_context(context), m_analysis(analysis), m_run(run), m_root(root) {}
+    ///   bThreads  the moves of a pass are shared by the threads of the analysis.
+    CRootRun(TSearchContext& context, TAnalysis& analysis, TRootRun& run, TChessboard& root, bool bThreads)
+        : m_context(context), m_analysis(analysis), m_run(run), m_root(root), m_bThreads(bThreads) {}
 
     void ListMoves() {
         TMove list[kMaxMoves];
@@ -97,6 +101,16 @@ class CRootRun {
         if (m_run.m_bNoAids)
             SwitchAidsOff();
         m_nChosen = m_analysis.m_nHybridPhase == kHybridBruteForce ? 0 : m_run.m_nInitialHeuristics;
+    }
+
+    /// Where a queen alone plays against a rook alone, what the first reply has shown holds for the whole line below
+    /// it: one thread has to have the line.
+    void KeepLineTogether() {
+        const TChessboard& b = m_root;
+        const bool bQueenAlone = b.m_whiteQueens == 1 && b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights == 0;
+        const bool bRookAlone = b.m_blackRooks == 1 && b.m_blackQueens + b.m_blackBishops + b.m_blackKnights == 0;
+        if (m_nChosen != 0 && !m_analysis.m_bSafeMode && bQueenAlone && bRookAlone)
+            m_analysis.m_nMultithreadingLevels = 1;
     }
 
     /// The second phase of a hybrid run goes without heuristics; the first has met what is required.
@@ -190,7 +204,7 @@ class CRootRun {
         m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
         SetPassNumber();
         m_analysis.m_pStatusText.store(kGuideLooking, std::memory_order_relaxed);
-        const EProofResult result = m_run.m_pGuide->Search(m_root, nMostNodes);
+        const EProofResult result = m_run.m_pGuide->Search(m_root, nMostNodes, m_analysis.m_nThreads);
         m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
         if (result != EProofResult::Proved)
             return;
@@ -264,16 +278,49 @@ class CRootRun {
     }
 
     void TryOpenMoves() {
-        const auto open = std::count_if(m_run.m_moves.begin(), m_run.m_moves.end(), IsOpen);
-        m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(open), std::memory_order_relaxed);
+        m_open.clear();
+        for (std::size_t i = 0; i < m_run.m_moves.size(); ++i)
+            if (IsOpen(m_run.m_moves[i]))
+                m_open.push_back(i);
+        m_nTried = 0;
+        m_nEnded = 0;
+        const int count = static_cast<int>(m_open.size());
+        m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(count), std::memory_order_relaxed);
         PublishIndex(0, 0);
         m_analysis.m_nPassIndex.store(PassIndex(m_root.m_byPass, m_context.m_nRelaxations), std::memory_order_relaxed);
-        for (std::size_t i = 0, nTried = 0; i < m_run.m_moves.size() && !IsEnded(); ++i) {
-            if (!IsOpen(m_run.m_moves[i]))
-                continue;
-            PublishIndex(i, nTried++);
-            TryMove(m_run.m_moves[i]);
+        m_context.m_nGroupSize = m_analysis.m_nThreads;
+        if (m_bThreads && count > 1 && TryRootMovesInThreads(m_context, m_analysis, m_run, *this, count))
+            return;
+        while (TryNext(m_context)) {
         }
+    }
+
+    bool TryNext(TSearchContext& context) override {
+        TChessboard& root = RootSlot(context, m_root.m_nMoves);
+        if (IsControlPending(root) && PauseOrStop(root))
+            return false;
+        std::size_t i = 0;
+        {
+            const std::lock_guard lock(m_mutex);
+            ClearCommandForRoot(root);
+            if (m_open.empty() || HasEnough() || !HasOpenMoves(m_run))
+                return false;
+            i = m_open.front();
+            m_open.pop_front();
+            PublishIndex(i, m_nTried);
+            m_nTried += &context == &m_context ? 1 : 0; // of several threads the ended moves are counted
+        }
+        TryMove(root, i);
+        if (&context != &m_context) {
+            const std::lock_guard lock(m_mutex);
+            PublishIndex(i, ++m_nEnded);
+        }
+        return true;
+    }
+
+    bool IsEnough() override {
+        const std::lock_guard lock(m_mutex);
+        return HasEnough();
     }
 
     /// The display counts the moves of this pass only. Below the root it is to see no line of the move before.
@@ -286,23 +333,59 @@ class CRootRun {
                                                           std::memory_order_relaxed);
     }
 
-    void TryMove(TRootMove& root) {
-        if (IsControlPending(m_root) && PauseOrStop(m_root))
-            return;
-        RepetitionMarkOfRoot() = 0;
-        TMove move = root.m_move;
-        TChessboard* const child = CopyToChild(&m_root);
+    void TryMove(TChessboard& root, std::size_t i) {
+        RepetitionMark(root, root.m_nMoves) = 0;
+        const TMove tried = m_run.m_moves[i].m_move; // the list stays while a pass runs
+        TMove move = tried;
+        TChessboard* const child = CopyToChild(&root);
         if (MakeWhiteMove(*child, move) == 0) { // legal, but mate is impossible after it
-            root.m_nResult = kRootMoveRefuted;
+            Note(i, kRootMoveRefuted);
             return;
         }
         const TMateResult result = SearchBehind(*child);
         if (result == MR_MATE) {
-            root.m_nResult = kRootMoveMates;
-            AddSolution(root.m_move, m_passName);
-        } else if (!IsStopping(m_root)) {
-            root.m_nResult = JudgeRootMove(result);
+            const std::lock_guard lock(m_mutex);
+            m_run.m_moves[i].m_nResult = kRootMoveMates;
+            AddSolution(tried, m_passName);
+        } else if (!ObeyAtRoot(root, i) && !IsStopping(root)) {
+            Note(i, JudgeRootMove(result));
         }
+    }
+
+    void Note(std::size_t i, std::uint8_t result) {
+        const std::lock_guard lock(m_mutex);
+        m_run.m_moves[i].m_nResult = result;
+    }
+
+    /// A command that came while no move of this thread was in analysis has nothing to change.
+    static void ClearCommandForRoot(const TChessboard& root) {
+        int i = 0, skipped = 0;
+        if (IsControlPending(root))
+            (void)ObeyManualCommand(root, nullptr, 0, i, skipped);
+    }
+
+    /// A manual command that calls back to the root: move i has been left. It and those skipped stay open, as doubt.
+    bool ObeyAtRoot(const TChessboard& root, std::size_t i) {
+        if (!IsControlPending(root))
+            return false;
+        const std::lock_guard lock(m_mutex);
+        std::vector<std::size_t> order{i};
+        order.insert(order.end(), m_open.begin(), m_open.end());
+        std::vector<TMove> list;
+        for (const std::size_t index : order)
+            list.push_back(m_run.m_moves[index].m_move);
+        const std::vector<TMove> before = list;
+        int next = 1, skipped = 0;
+        if (!ObeyManualCommand(root, list.data(), static_cast<int>(list.size()), next, skipped))
+            return false;
+        for (int k = 0; k < skipped; ++k)
+            m_run.m_moves[order[static_cast<std::size_t>(k)]].m_nResult = kRootMoveDoubtful;
+        m_open.clear();
+        for (std::size_t k = static_cast<std::size_t>(next); k < list.size(); ++k) {
+            const auto place = std::ranges::find_if(before, [&](const TMove& move) { return SameMove(move, list[k]); });
+            m_open.push_back(order[static_cast<std::size_t>(place - before.begin())]);
+        }
+        return true;
     }
 
     TMateResult SearchBehind(TChessboard& child) const {
@@ -367,8 +450,6 @@ class CRootRun {
             m_run.m_sink(move, m_run.m_solutions.back().m_text, m_run.m_nProblemId, pass);
     }
 
-    std::uint16_t& RepetitionMarkOfRoot() { return m_context.m_repetition[m_root.m_nMoves + 1u]; }
-
     TSearchContext& m_context;
     TAnalysis& m_analysis;
     TRootRun& m_run;
@@ -376,6 +457,12 @@ class CRootRun {
     std::string m_passName;
     std::uint32_t m_nChosen = 0; // mask that the plan starts from
     bool m_bByClock = false;     // the pass to come is there because the ones before were quick
+
+    const bool m_bThreads;
+    std::mutex m_mutex;             // guards what follows, and the moves' results and solutions while a pass runs
+    std::deque<std::size_t> m_open; // indices of the moves of this pass that nobody has begun, in order
+    std::size_t m_nTried = 0;       // moves of this pass begun by the one thread,
+    std::size_t m_nEnded = 0;       // or ended by the threads
 };
 
 /// How many threads the root wants; no sort tells good moves from others yet, so only the number of moves counts.
@@ -408,12 +495,14 @@ std::string PassNameOf(std::uint32_t nPassIndex) {
 
 bool HasOpenMoves(const TRootRun& run) { return std::any_of(run.m_moves.begin(), run.m_moves.end(), IsOpen); }
 
-int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nPlies, TRootRun& run,
-                 bool bFirstTime, bool bAllowThreadDemand) {
+namespace {
+
+int RunRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nPlies, TRootRun& run,
+            bool bFirstTime, bool bAllowThreadDemand, bool bThreads) {
     TChessboard& root = *MakeRoot(context, analysis, board, nPlies, 1);
     if (analysis.m_nCommand.load(std::memory_order_relaxed) == kManualCommand)
         GiveCommand(analysis, kNoCommand, kAllThreads);
-    CRootRun driver(context, analysis, run, root);
+    CRootRun driver(context, analysis, run, root, bThreads);
     driver.ListMoves();
     if (nPlies > kShortestDemandingPlies && bAllowThreadDemand && !analysis.m_bThreadsForced &&
         !context.m_bNoThreadDemand) {
@@ -423,6 +512,7 @@ int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard
         }
     }
     driver.ChooseHeuristics(bFirstTime);
+    driver.KeepLineTogether();
     if (!driver.HasRequiredHeuristics())
         return kRequiredHeuristicsUnmet;
     if (run.m_bAnalysisOnly)
@@ -432,6 +522,20 @@ int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard
     driver.PlanPasses();
     driver.TellPlan();
     return driver.RunPasses();
+}
+
+} // namespace
+
+int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nPlies, TRootRun& run,
+                 bool bFirstTime, bool bAllowThreadDemand) {
+    context.m_nThreadNumber = 0;
+    return RunRoot(context, analysis, board, nPlies, run, bFirstTime, bAllowThreadDemand, false);
+}
+
+int FindMateRootThreads(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nPlies,
+                        TRootRun& run, bool bFirstTime, bool bAllowThreadDemand) {
+    context.m_nThreadNumber = kNoThreadNumber; // this thread waits; the root's threads have the numbers from 0 on
+    return RunRoot(context, analysis, board, nPlies, run, bFirstTime, bAllowThreadDemand, true);
 }
 
 } // namespace quillon

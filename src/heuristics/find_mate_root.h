@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -87,6 +88,9 @@ struct TRootRun : TRootFindings {
     CProofGuide* m_pGuide = nullptr;  // not owned; null: no best-first proof is tried
     std::function<void(const TMove&, std::string_view text, long problemId, std::string_view comment)> m_sink;
     std::function<void(const TPlanReport&)> m_planSink; // hears of the plan before the first pass; may be empty
+
+    // Of the root's threads; the display may look at them until the solve is gone.
+    std::vector<std::unique_ptr<TSearchContext>> m_threadContexts;
 };
 
 /// What the progress panel shows while the guide looks for a mate.
@@ -110,6 +114,31 @@ inline constexpr int kThreadDemandOnForcedMate = -4;
 ///   bAllowThreadDemand  the run may return a demand for threads instead of solving.
 int FindMateRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nPlies, TRootRun& run,
                  bool bFirstTime, bool bAllowThreadDemand);
+
+/// The root moves of one pass that are still to be tried. Threads take them one by one.
+class IRootMoves {
+  public:
+    virtual ~IRootMoves() = default;
+
+    /// Tries the next move on the stack of `context`, whose root slot holds the root, and notes what came of it.
+    ///   Returns  false when there is none left, enough has been found, or the thread is being stopped.
+    ///   Threads  any, each with a context of its own.
+    [[nodiscard]] virtual bool TryNext(TSearchContext& context) = 0;
+
+    /// Have as many solutions been found as are wanted? From any thread.
+    [[nodiscard]] virtual bool IsEnough() = 0;
+};
+
+/// parallel: tries the moves on so many threads as m_nThreads says, each with a clone of `context`, and waits for them.
+///   nMoves   moves to try, >= 1; there are no more threads than moves.
+///   Returns  false when there are no two threads to be had: nothing has been tried.
+///   Errors   what a thread threw, after the others have been stopped.
+[[nodiscard]] bool TryRootMovesInThreads(TSearchContext& context, TAnalysis& analysis, TRootRun& run, IRootMoves& moves,
+                                         int nMoves);
+
+/// The same run with the root's white moves shared by the threads of the analysis.
+int FindMateRootThreads(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nPlies,
+                        TRootRun& run, bool bFirstTime, bool bAllowThreadDemand);
 
 /// What TAnalysis::m_nPassIndex holds: the number of the pass in the high half, relaxations so far in the low one.
 [[nodiscard]] constexpr std::uint32_t PassIndex(int nPass, int nRelaxations) {

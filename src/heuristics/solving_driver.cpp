@@ -23,7 +23,8 @@ constexpr std::int64_t kMegabyte = 1 << 20;
 constexpr std::int64_t kMostGuideBytes = 128 * kMegabyte; // more positions than its longest look expands
 constexpr std::int64_t kGuideBytesAlone = 8 * kMegabyte;  // without a register there is nothing to share
 constexpr std::int64_t kFewestSharedBytes = 2 * kMegabyte;
-constexpr int kShortestRegisterPlies = 10; // in shorter problems the search does not ask a register
+constexpr std::uint64_t kLastEffective = 999'999; // threads; no machine starts so many
+constexpr int kShortestRegisterPlies = 10;        // in shorter problems the search does not ask a register
 
 std::int64_t BudgetBytes(const TSolveRequest& request) {
     if (request.m_nMemoryBudgetMB >= 0)
@@ -52,6 +53,14 @@ std::vector<std::string> LineTexts(TChessboard position, const std::vector<TMove
         }
     }
     return texts;
+}
+
+/// Those of all levels of the tree, should every group be full.
+std::uint64_t EffectiveThreads(const TAnalysis& analysis) {
+    std::uint64_t threads = 1;
+    for (int level = 0; level < analysis.m_nMultithreadingLevels && threads <= kLastEffective; ++level)
+        threads *= analysis.m_nThreads;
+    return std::min(threads, kLastEffective);
 }
 
 bool HadPassWithHeuristics(const TSolvingResult& result) {
@@ -122,6 +131,8 @@ void CSolve::SetMode() {
     a.m_nRequiredHeuristics = m_request.m_nRequiredHeuristics;
     a.m_shLookForQuickerMateDepth = m_request.m_shLookForQuickerMateDepth;
     a.m_nThreads = static_cast<std::uint8_t>(std::clamp(m_request.m_nThreads, 1, 255));
+    a.m_nMultithreadingLevels = static_cast<std::uint8_t>(std::clamp(m_request.m_nMultithreadingLevels, 1, 255));
+    a.m_nForcedThreadsMode = 0;
     m_context->m_bLetRelaxHeuristics = m_request.m_bLetRelaxHeuristics;
     m_context->m_bRunPass2 = m_request.m_bRunPass2;
 }
@@ -140,12 +151,7 @@ void CSolve::SwitchToBruteForce() {
     m_analysis.m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
 }
 
-void CSolve::Request(std::uint8_t request) {
-    std::uint8_t seen = m_context->m_nStopRequest.load(std::memory_order_relaxed);
-    while ((seen < kStopRequest || seen == kBoundRequest) &&
-           !m_context->m_nStopRequest.compare_exchange_weak(seen, request, std::memory_order_relaxed)) {
-    }
-}
+void CSolve::Request(std::uint8_t request) { AskThread(*m_context, request); }
 
 void CSolve::SetRegisterMemory() {
     const std::int64_t budget = std::min(BudgetBytes(m_request), static_cast<std::int64_t>(PhysicalMemory()));
@@ -223,8 +229,9 @@ int CSolve::RunOnce(bool bFirstTime, bool bAllowDemand) {
     m_analysis.m_pStatusText.store(kInitialCheckPending, std::memory_order_relaxed);
     m_analysis.m_nStartTicks.store(TickCount64(), std::memory_order_relaxed);
     m_analysis.m_nProgressTicks.store(TickCount64(), std::memory_order_relaxed);
-    return FindMateRoot(*m_context, m_analysis, m_request.m_board, PliesOf(m_request.m_nStipulation), m_run, bFirstTime,
-                        bAllowDemand);
+    const auto root = m_analysis.m_nThreads < 2 ? FindMateRoot : FindMateRootThreads;
+    return root(*m_context, m_analysis, m_request.m_board, PliesOf(m_request.m_nStipulation), m_run, bFirstTime,
+                bAllowDemand);
 }
 
 int CSolve::RunRoot(INotifier& notifier) {
@@ -236,10 +243,13 @@ int CSolve::RunRoot(INotifier& notifier) {
         return kNoSolutionFound;
     }
     const int demand = -result;
-    if (notifier.AskYesNo(ThreadDemandQuestion(demand), "Quillon"))
+    if (notifier.AskYesNo(ThreadDemandQuestion(demand), "Quillon")) {
+        m_analysis.m_nForcedThreadsMode = 2; // the root alone: the groups below it stay as large as was asked for
+        m_analysis.m_nGroupLimit = m_analysis.m_nThreads;
         m_analysis.m_nThreads = static_cast<std::uint8_t>(demand);
-    else
+    } else {
         m_run.m_bNoAids = true;
+    }
     return RunOnce(true, false);
 }
 
@@ -349,7 +359,7 @@ std::string CSolve::ShowAnalysisSettings() const {
     if (a.m_nThreads != m_request.m_nThreads)
         text += " (but forced by engine to " + std::to_string(a.m_nThreads) + ")";
     text += "\n* Multithreading levels = " + std::to_string(a.m_nMultithreadingLevels);
-    text += "\n* Effective number of main threads = " + std::to_string(a.m_nThreads);
+    text += "\n* Effective number of main threads = " + std::to_string(EffectiveThreads(a));
     const std::string set = InitialSetText();
     return text + "\n* Scheduler is off\n* Custom scheduler is off\n* Initial set of heuristics: " +
            (set.empty() ? "none" : set) + "\n";

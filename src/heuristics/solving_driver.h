@@ -41,7 +41,8 @@ struct TSolveRequest {
     bool m_bRelaxationLog = false;               // write TryRelaxSpecialHeuristics.log in the working folder
     std::uint32_t m_nRequiredHeuristics = 0;
     std::int16_t m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
-    int m_nThreads = 1;
+    int m_nThreads = 1;                  // that share the moves of a node, 1..255
+    int m_nMultithreadingLevels = 1;     // white moves of a line that are shared so, the key first
     bool m_bAllowThreadDemand = false;   // the user may be asked for more threads
     std::int64_t m_nMemoryBudgetMB = -1; // of the register; 0: none; negative: a share of the physical memory
     int m_nMemoryShare = 20;             // that share, in percent

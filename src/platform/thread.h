@@ -36,4 +36,11 @@ class CThread {
     bool m_bJoinable = false;
 };
 
+/// Sets the priority of the calling thread: 0 normal, below that the thread gives way to others. What the system does
+/// not grant is not told: a priority is a wish.
+void SetThreadPriority(int nPriority);
+
+/// The threads made by CThread that exist in this process now.
+[[nodiscard]] int LiveThreads();
+
 } // namespace quillon

@@ -1,8 +1,11 @@
 #include "platform/thread.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits.h>
 #include <memory>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -12,6 +15,10 @@ namespace quillon {
 namespace {
 
 using TBody = std::function<void()>;
+
+std::atomic<int> g_nLiveThreads{0};
+
+constexpr int kNiceOfAStep = 5; // one step of priority in the system's measure
 
 void* RunBody(void* argument) noexcept {
     const std::unique_ptr<TBody> body(static_cast<TBody*>(argument));
@@ -55,6 +62,7 @@ CThread::CThread(std::size_t stackBytes, std::function<void()> body) {
     Check(pthread_create(&m_thread, attributes.Get(), RunBody, argument.get()), "start of a thread");
     static_cast<void>(argument.release()); // the thread owns it now
     m_bJoinable = true;
+    g_nLiveThreads.fetch_add(1, std::memory_order_relaxed);
 }
 
 CThread::CThread(CThread&& other) noexcept
@@ -72,8 +80,17 @@ CThread& CThread::operator=(CThread&& other) noexcept {
 CThread::~CThread() { Join(); }
 
 void CThread::Join() {
-    if (std::exchange(m_bJoinable, false))
-        pthread_join(m_thread, nullptr);
+    if (!std::exchange(m_bJoinable, false))
+        return;
+    pthread_join(m_thread, nullptr);
+    g_nLiveThreads.fetch_sub(1, std::memory_order_relaxed);
 }
+
+void SetThreadPriority(int nPriority) {
+    if (nPriority != 0)
+        (void)setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), -nPriority * kNiceOfAStep);
+}
+
+int LiveThreads() { return g_nLiveThreads.load(std::memory_order_relaxed); }
 
 } // namespace quillon

@@ -29,6 +29,18 @@ inline constexpr std::uint8_t kStopCommand = 3;
 
 inline constexpr std::uint16_t kAllThreads = 65535;
 
+/// Number of the thread that waits for the root's threads: no command is addressed to it alone.
+inline constexpr std::uint32_t kNoThreadNumber = 0xFFFFFFFF;
+
+/// Values of m_nMoveOrderAction.
+inline constexpr std::uint8_t kKeepOrder = 0;
+inline constexpr std::uint8_t kSwapWithNext = 1;
+inline constexpr std::uint8_t kMoveToEnd = 2;
+
+/// Values of m_nSkipAction; from 2 on it is the number of moves to skip.
+inline constexpr std::uint8_t kSkipToMove = 0;
+inline constexpr std::uint8_t kSkipToNext = 1;
+
 // Bits of m_nSolveMode.
 inline constexpr std::uint8_t kSingleSolution = 1; // stop at the first solution
 inline constexpr std::uint8_t kAllSolutions = 2;   // passes go on after a solution
@@ -62,11 +74,16 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::uint8_t m_nSolveMode = kSingleSolution;
     std::uint32_t m_nStopFlags = 0;
     std::uint8_t m_nHybridPhase = kNotHybrid;
-    std::uint32_t m_nRequiredHeuristics = 0; // if not 0: all of it must be in the mask after the initial analysis
-    bool m_bAllowForcedThreads = false;      // the driver may return a thread demand
-    bool m_bThreadsForced = false;           // the demand was made in this solve, it comes once
-    std::uint8_t m_nThreads = 1;
+    std::uint32_t m_nRequiredHeuristics = 0;  // if not 0: all of it must be in the mask after the initial analysis
+    bool m_bAllowForcedThreads = false;       // the driver may return a thread demand
+    bool m_bThreadsForced = false;            // the demand was made in this solve, it comes once
+    std::uint8_t m_nThreads = 1;              // of a group
     std::uint8_t m_nMultithreadingLevels = 1; // 1: only the first move runs in parallel
+    std::uint8_t m_nForcedThreadsMode = 0;    // above 1: m_nThreads was forced at the root, and groups below it are
+    std::uint8_t m_nGroupLimit = 0;           // no larger than this
+    std::int32_t m_nThreadPriority = 0;       // of every thread created, platform/thread.h
+    std::uint8_t m_nSchedulerLevels = 0;      // 0: off
+    bool m_bCustomScheduler = false;          // nodes below the scheduled levels as well
     std::uint16_t m_nAnalysisStart = 0;       // m_nMoves of the root: a repetition cannot go back beyond it
 
     // --- What is known of the order of White's moves (move_sort.h)
@@ -100,16 +117,26 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::atomic<std::uint64_t> m_nPositions{0};      // positions with fewer than four plies left, outside trials
     std::atomic<std::uint64_t> m_nTrialPositions{0}; // the same inside the short-mate search
     std::atomic<std::uint64_t> m_nPassesPlanned{1};
-    std::atomic<std::uint32_t> m_nPassIndex{0};     // the pass begun last, number and relaxations; 0: none yet
-    std::atomic<std::uint64_t> m_nStartTicks{0};    // ms
-    std::atomic<const char*> m_pStatusText{""};     // what the progress panel shows; static texts only
-    std::atomic<std::uint64_t> m_nProgressTicks{0}; // ms, last sign of life
+    std::atomic<std::uint32_t> m_nPassIndex{0};        // the pass begun last, number and relaxations; 0: none yet
+    std::atomic<std::uint64_t> m_nStartTicks{0};       // ms
+    std::atomic<const char*> m_pStatusText{""};        // what the progress panel shows; static texts only
+    std::atomic<std::uint64_t> m_nProgressTicks{0};    // ms, last sign of life
+    std::atomic<std::uint32_t> m_nRunningThreads{0};   // threads of the root and of the levels below it
+    std::atomic<std::uint32_t> m_nFinishedThreads{0};  // of them, those that have ended
+    std::atomic<std::uint32_t> m_nSchedulerThreads{0}; // threads that schedulers keep, running or paused
+    std::atomic<std::uint32_t> m_nRootThreads{0};      // contexts that are valid in m_rootContexts
+    std::array<std::atomic<const TSearchContext*>, 256> m_rootContexts{}; // of the root's threads; live with the solve
 
     // --- Control record
     // -------------------------------------------------------------------------------------------------
     std::atomic<std::uint8_t> m_nControlLock{0};
     std::atomic<std::uint8_t> m_nCommand{kNoCommand};
     std::atomic<std::uint16_t> m_nCommandThread{kAllThreads};
+    // Of a manual command, valid under the lock.
+    std::atomic<std::uint16_t> m_nCommandPlies{0}; // m_nMoves of the node meant
+    std::atomic<std::uint8_t> m_nMoveOrderAction{kKeepOrder};
+    std::atomic<std::uint8_t> m_nSkipAction{kSkipToNext};
+    std::atomic<std::uint32_t> m_skipTarget{0}; // the move to skip to: from, to, promotion, 8 bits each
 };
 
 /// Positions are counted per thread and brought to the analysis' total in lots, so that threads do not fight for one

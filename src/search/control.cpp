@@ -1,11 +1,30 @@
 #include "search/control.h"
 
+#include <algorithm>
+
 #include "platform/sleep.h"
 #include "search/analysis.h"
 
 namespace quillon {
 
 namespace {
+
+constexpr std::uint32_t kPauseStepMs = 10;
+
+/// The control record's spin lock.
+class CControlLock {
+  public:
+    explicit CControlLock(TAnalysis& analysis) : m_lock(analysis.m_nControlLock) {
+        while (m_lock.exchange(1, std::memory_order_acquire) != 0)
+            SleepMs(0);
+    }
+    ~CControlLock() { m_lock.store(0, std::memory_order_release); }
+    CControlLock(const CControlLock&) = delete;
+    CControlLock& operator=(const CControlLock&) = delete;
+
+  private:
+    std::atomic<std::uint8_t>& m_lock;
+};
 
 bool IsAddressed(const TChessboard& b) {
     const std::uint16_t thread = b.m_pAnalysis->m_nCommandThread.load(std::memory_order_relaxed);
@@ -17,21 +36,83 @@ std::uint8_t CommandFor(const TChessboard& b) {
     return command != kNoCommand && IsAddressed(b) ? command : kNoCommand;
 }
 
-constexpr std::uint32_t kPauseStepMs = 10;
+/// Looks aside reset m_nMoves: commands mean the plies of the line itself.
+bool IsInMainLine(const TChessboard& b) {
+    const TSearchContext& context = *b.m_pContext;
+    return context.m_nQuickerLevel == 0 && context.m_nSortNesting == 0 &&
+           context.m_nPositionsLeft == TSearchContext::kNoBound;
+}
+
+/// A manual command means a node above: this one is to be left.
+void NoteCallBack(const TChessboard& b) {
+    const std::uint16_t plies = b.m_pAnalysis->m_nCommandPlies.load(std::memory_order_relaxed);
+    if (CommandFor(b) == kManualCommand && IsInMainLine(b) && b.m_nMoves < plies)
+        b.m_pContext->m_nCalledBackTo = plies;
+}
+
+bool IsCalledBack(const TChessboard& b) { return b.m_nMoves < b.m_pContext->m_nCalledBackTo; }
+
+void Store(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {
+    const bool bStopsAll = analysis.m_nCommand.load(std::memory_order_relaxed) == kStopCommand &&
+                           analysis.m_nCommandThread.load(std::memory_order_relaxed) == kAllThreads;
+    if (bStopsAll && command != kNoCommand)
+        return;
+    analysis.m_nCommandThread.store(thread, std::memory_order_relaxed);
+    analysis.m_nCommand.store(command, std::memory_order_relaxed);
+}
+
+std::uint32_t Packed(const TMove& move) {
+    return move.m_nFrom | static_cast<std::uint32_t>(move.m_nTo) << 8 |
+           static_cast<std::uint32_t>(PromotionKind(move)) << 16;
+}
+
+int NextIndex(const TAnalysis& analysis, const TMove* list, int nMoves, int i) {
+    const int action = analysis.m_nSkipAction.load(std::memory_order_relaxed);
+    if (action == kSkipToNext)
+        return i;
+    if (action != kSkipToMove)
+        return std::max(i, std::min(i + action - 1, nMoves - 1));
+    const std::uint32_t target = analysis.m_skipTarget.load(std::memory_order_relaxed);
+    const TMove* const found =
+        std::find_if(list + i, list + nMoves, [&](const TMove& move) { return Packed(move) == target; });
+    return found == list + nMoves ? i : static_cast<int>(found - list);
+}
+
+/// The move in analysis, list[i - 1], has been left.
+void Rearrange(const TAnalysis& analysis, TMove* list, int nMoves, int& i, int& nSkipped) {
+    const int current = i - 1;
+    switch (analysis.m_nMoveOrderAction.load(std::memory_order_relaxed)) {
+    case kSwapWithNext:
+        if (i < nMoves)
+            std::swap(list[current], list[i]);
+        i = current;
+        break;
+    case kMoveToEnd:
+        std::rotate(list + current, list + current + 1, list + nMoves);
+        i = current;
+        break;
+    default:
+        i = NextIndex(analysis, list, nMoves, i);
+        nSkipped = i - current;
+        break;
+    }
+}
 
 } // namespace
 
 bool IsControlPending(const TChessboard& b) {
     return b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed) != kRunRequest ||
-           b.m_pAnalysis->m_nCommand.load(std::memory_order_relaxed) != kNoCommand;
+           b.m_pAnalysis->m_nCommand.load(std::memory_order_relaxed) != kNoCommand ||
+           b.m_pContext->m_nCalledBackTo != 0;
 }
 
 bool IsStopping(const TChessboard& b) {
     return b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed) >= kStopRequest ||
-           CommandFor(b) == kStopCommand;
+           CommandFor(b) == kStopCommand || IsCalledBack(b);
 }
 
 bool PauseOrStop(const TChessboard& b) {
+    NoteCallBack(b);
     while (!IsStopping(b)) {
         const std::uint8_t request = b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed);
         if (request != kPauseRequest && CommandFor(b) != kPauseCommand)
@@ -41,12 +122,59 @@ bool PauseOrStop(const TChessboard& b) {
     return true;
 }
 
+void AskThread(TSearchContext& context, std::uint8_t request) {
+    std::uint8_t seen = context.m_nStopRequest.load(std::memory_order_relaxed);
+    while ((seen < kStopRequest || (seen == kBoundRequest && request != kRunRequest)) &&
+           !context.m_nStopRequest.compare_exchange_weak(seen, request, std::memory_order_relaxed)) {
+    }
+}
+
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {
-    while (analysis.m_nControlLock.exchange(1, std::memory_order_acquire) != 0)
-        SleepMs(0);
-    analysis.m_nCommandThread.store(thread, std::memory_order_relaxed);
-    analysis.m_nCommand.store(command, std::memory_order_relaxed);
-    analysis.m_nControlLock.store(0, std::memory_order_release);
+    const CControlLock lock(analysis);
+    Store(analysis, command, thread);
+}
+
+void GiveManualCommand(TAnalysis& analysis, const TManualCommand& command) {
+    const CControlLock lock(analysis);
+    analysis.m_nCommandPlies.store(command.m_nPlies, std::memory_order_relaxed);
+    analysis.m_nMoveOrderAction.store(command.m_nMoveOrderAction, std::memory_order_relaxed);
+    analysis.m_nSkipAction.store(command.m_nSkipAction, std::memory_order_relaxed);
+    analysis.m_skipTarget.store(Packed(command.m_skipTarget), std::memory_order_relaxed);
+    Store(analysis, kManualCommand, command.m_nThread);
+}
+
+bool ObeyManualCommand(const TChessboard& b, TMove* list, int nMoves, int& i, int& nSkipped) {
+    TAnalysis& analysis = *b.m_pAnalysis;
+    const bool bCalledBack = b.m_pContext->m_nCalledBackTo == b.m_nMoves && b.m_nMoves != 0;
+    if (bCalledBack)
+        b.m_pContext->m_nCalledBackTo = 0;
+    const auto isMeant = [&] {
+        return CommandFor(b) == kManualCommand && IsInMainLine(b) &&
+               analysis.m_nCommandPlies.load(std::memory_order_relaxed) == b.m_nMoves;
+    };
+    nSkipped = 0;
+    const int current = bCalledBack && i > 0 ? i - 1 : i;
+    if (isMeant()) {
+        const CControlLock lock(analysis);
+        if (isMeant()) {
+            analysis.m_nCommand.store(kNoCommand, std::memory_order_relaxed);
+            if (!bCalledBack || i == 0)
+                return false; // nothing of this list has been left for it: the answers stand
+            Rearrange(analysis, list, nMoves, i, nSkipped);
+            return true;
+        }
+    }
+    i = current; // obeyed by another thread meanwhile: the move left for it is tried again
+    return bCalledBack;
+}
+
+void DropOwnPause(TAnalysis& analysis, std::uint32_t thread) {
+    if (analysis.m_nCommand.load(std::memory_order_relaxed) != kPauseCommand)
+        return;
+    const CControlLock lock(analysis);
+    if (analysis.m_nCommand.load(std::memory_order_relaxed) == kPauseCommand && thread < kAllThreads &&
+        analysis.m_nCommandThread.load(std::memory_order_relaxed) == thread)
+        analysis.m_nCommand.store(kNoCommand, std::memory_order_relaxed);
 }
 
 } // namespace quillon

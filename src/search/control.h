@@ -1,7 +1,12 @@
 #pragma once
-// Pause and stop, as the nodes obey them.
+// Pause, stop and manual commands, as the nodes obey them.
+//
+// A request to one thread stands in its context (m_nStopRequest): from the program, a scheduler, the thread that formed
+// its group. Commands of the user stand in the analysis' control record. The record is read without its lock while it
+// is idle; under the lock a command is given, confirmed and cleared. Nothing overwrites a stop.
 
 #include "core/chessboard.h"
+#include "core/move.h"
 
 namespace quillon {
 
@@ -9,14 +14,42 @@ namespace quillon {
 /// steps of 10 ms; true if the thread is to stop.
 [[nodiscard]] bool PauseOrStop(const TChessboard& b);
 
-/// Is this thread being stopped? A verdict found then is none.
+/// Is this thread being stopped, or called back to a node above `b` by a manual command? A verdict found then is none.
 [[nodiscard]] bool IsStopping(const TChessboard& b);
 
 /// Is anything but "run" asked for? Two relaxed reads.
 [[nodiscard]] bool IsControlPending(const TChessboard& b);
 
-/// Takes the control record's spin lock, stores command and addressee, and releases it.
+/// Asks one thread to run, pause or stop. A stop stays; a bound that its thread has set itself gives way.
+///   Threads any, also from a signal handler.
+void AskThread(TSearchContext& context, std::uint8_t request);
+
+/// Takes the control record's spin lock, stores command and addressee, and releases it. A stop for all stays.
 ///   thread  number of a thread, or kAllThreads.
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread);
+
+/// A manual command: what is to become of the moves of one node of one thread's line.
+struct TManualCommand {
+    std::uint16_t m_nThread = 65535;     // the thread meant; kAllThreads
+    std::uint16_t m_nPlies = 0;          // m_nMoves of the node meant
+    std::uint8_t m_nMoveOrderAction = 0; // kKeepOrder ...
+    std::uint8_t m_nSkipAction = 1; // kSkipToMove, kSkipToNext, or so many moves; without effect on an order action
+    TMove m_skipTarget{};
+};
+
+/// Gives a manual command; one that was given before and not obeyed yet is replaced.
+void GiveManualCommand(TAnalysis& analysis, const TManualCommand& command);
+
+/// A manual command that means the node `b` itself is obeyed on its list. Call it when a move has been tried, and
+/// believe its answer only if this returns false.
+///   i        index behind the move tried. It receives the index to go on with.
+///   nSkipped receives the number of moves that will not be tried, the one just left among them: each is doubt.
+///   Returns  true when the thread was called back here. A command that came when nothing of the list was in analysis
+///   is
+///            cleared all the same.
+bool ObeyManualCommand(const TChessboard& b, TMove* list, int nMoves, int& i, int& nSkipped);
+
+/// A thread that ends takes back a pause that was meant for it alone.
+void DropOwnPause(TAnalysis& analysis, std::uint32_t thread);
 
 } // namespace quillon

@@ -278,7 +278,7 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
     if (IsBishopRemoved(*p) && !IsInCheck(*p)) // 6
         moves.AddNullMoveLast();
 
-    bool bAnyLegal = false, bPassed = false;
+    bool bAnyLegal = false, bPassed = false, bSkipped = false;
     while (moves.Next()) {                         // 9
         Publish(*p, moves.m_list, moves.m_nCount); // 7
         for (int i = 0; i < moves.m_nCount; ++i) { // 8
@@ -296,6 +296,12 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
                 p->m_pAnalysis->m_pNodeLog->Move(*child);
             const TMateResult answer = made == kCertainEscape ? MR_NOMATE : AnswerReply<kKind>(child, q);
             if (answer != MR_MATE) {
+                int next = i + 1, skipped = 0;
+                if (IsControlPending(*p) && ObeyManualCommand(*p, moves.m_list, moves.m_nCount, next, skipped)) {
+                    bSkipped = bSkipped || skipped > 0;
+                    i = next - 1;
+                    continue;
+                }
                 KeepHint(*p, move);
                 if (q >= kFirstSortedPly)
                     KeepRefutation(*p, moves.m_list, i);
@@ -307,6 +313,8 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
     }
     if (moves.m_nVerdict < 0)
         return Logged<kKind>(*ChildSlot(*p), JudgeSort(*p, moves.m_nVerdict)); // of the move it has decided by
+    if (bSkipped) // by a manual command: what was left out may refute
+        return Logged<kKind>(*p, MR_DOUBTFUL);
     if (bPassed) // a pass is a move of the bishop that is off the board; where it may be stuck, Black may be stalemated
         return CanBlackMoveWhereverBishopIs(*p) ? MR_MATE : MR_NOMATE;
     return bAnyLegal || moves.m_bAnyMated || IsInCheck(*p) ? MR_MATE : MR_NOMATE; // 10

@@ -301,9 +301,12 @@ template <TNodeKind kKind> class CWhiteNode {
     TMateResult TryMoves() {
         while (m_moves.Next()) {
             if (IsThreadedLevel()) { // 8
-                const int result = AnalyseInThreads(*m_p, m_moves.m_nCount, m_moves.m_list);
-                if (result != kContinueHere)
-                    return static_cast<TMateResult>(result);
+                const int result = FindMateMultithreadingLevel(*m_p, m_moves.m_nCount, m_moves.m_list, &NodeOnItsOwn);
+                if (result != kContinueHere) {
+                    if (TakeOver(result))
+                        return m_result;
+                    continue;
+                }
             }
             if (TryStage())
                 return m_result;
@@ -314,9 +317,11 @@ template <TNodeKind kKind> class CWhiteNode {
     /// Step 9 for the moves of one stage: true if they have ended the node with m_result.
     bool TryStage() {
         Publish();
-        for (int i = 0; i < m_moves.m_nCount; ++i) {
-            if (IsControlPending(*m_p) && PauseOrStop(*m_p)) // 9a
+        for (int i = 0;; ++i) {
+            if (IsControlPending(*m_p) && (Rearrange(i), PauseOrStop(*m_p))) // 9a
                 return End(MR_NOMATE);
+            if (i >= m_moves.m_nCount)
+                break;
             if (TryMove(i))
                 return End(MR_MATE);
             if (m_bStopped)
@@ -325,15 +330,40 @@ template <TNodeKind kKind> class CWhiteNode {
         return false;
     }
 
+    /// What a manual command leaves out may be what mates.
+    void Rearrange(int& i) {
+        int skipped = 0;
+        if (i > 0 && ObeyManualCommand(*m_p, m_moves.m_list, m_moves.m_nCount, i, skipped))
+            m_nDoubtful += skipped;
+    }
+
     bool End(TMateResult result) {
         m_result = result;
         return true;
     }
 
+    /// The root has threads of its own. A list that was handed in is a thread's share already; a bounded look counts
+    /// the positions of one thread.
     [[nodiscard]] bool IsThreadedLevel() const {
-        return !kKind.m_bForced && m_p->m_pAnalysis->m_nMultithreadingLevels > 1 && m_moves.m_nCount >= 2 &&
+        return m_p->m_pAnalysis->m_nMultithreadingLevels > 1 && m_moves.m_nCount >= 2 && PliesPlayed(*m_p) > 0 &&
                PliesPlayed(*m_p) / 2 <= m_p->m_pAnalysis->m_nMultithreadingLevels - 1 &&
-               (m_m > 12 || (m_m > 10 && (m_p->m_wKingState & 0x20) != 0)) && m_context.m_nQuickerLevel == 0;
+               (m_m > 12 || (m_m > 10 && (m_p->m_wKingState & 0x20) != 0)) && m_context.m_nQuickerLevel == 0 &&
+               m_moves.m_byResumed == 0 && m_context.m_nPositionsLeft == TSearchContext::kNoBound;
+    }
+
+    static TMateResult NodeOnItsOwn(TChessboard* p) { return FindMateWhite<kKind>(p, false); }
+
+    /// What the threads made of the list, as if it had been tried here: true if that ends the node.
+    bool TakeOver(int result) {
+        if (IsStopping(*m_p))
+            return End(MR_NOMATE);
+        if (result == MR_MATE) {
+            Store(MR_MATE);
+            return End(Logged(MR_MATE));
+        }
+        m_nDoubtful += result == MR_DOUBTFUL ? 1 : 0;
+        m_nRepetitions += result <= MR_REPETITION ? 1 : 0;
+        return false;
     }
 
     void Publish() {

@@ -10,10 +10,18 @@ namespace quillon {
 /// Answer of a white node from precalculated data; MR_NONE: not in force, or the material has no data.
 [[nodiscard]] inline TMateResult AskPrecalcData(const TChessboard&) { return MR_NONE; }
 
-/// What AnalyseInThreads returns when the node is to go on by itself.
+/// What FindMateMultithreadingLevel returns when the node is to go on by itself.
 inline constexpr int kContinueHere = -128;
 
-/// parallel: deals the node's moves to a group of threads, if this node lies within the multithreading levels.
-[[nodiscard]] int AnalyseInThreads(TChessboard& p, int nMoves, TMove* list);
+/// parallel: deals the sorted moves of a white node within the multithreading levels to a group of threads, and waits
+/// for it. Nothing is stored for the node itself.
+///   nMoves   >= 2.
+///   pNode    the white node that a thread calls with its share of the moves handed in (m_byResumeList).
+///   Returns  MR_MATE; else what the list leaves behind in the node: MR_REPETITION (the node's mark is raised),
+///            MR_DOUBTFUL or MR_NOMATE; kContinueHere when there were no threads to be had. Nothing of it is a verdict
+///            while the thread is being stopped.
+///   Errors   what a thread threw, std::bad_alloc for instance, after the others have been stopped.
+[[nodiscard]] int FindMateMultithreadingLevel(TChessboard& p, int nMoves, TMove* list,
+                                              TMateResult (*pNode)(TChessboard*));
 
 } // namespace quillon

@@ -1,0 +1,56 @@
+#pragma once
+// Solves on many threads, with what the reference or one thread knows beside them.
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "heuristics/judged_solve.h"
+#include "platform/thread.h"
+
+namespace quillon::test {
+
+/// Threads that share the moves of a node, and levels.
+struct TTree {
+    int m_nThreads = 1, m_nLevels = 1;
+};
+
+/// How many of `nFull` solves a test makes: with sanitizers each takes long, and each is worth much.
+[[nodiscard]] constexpr int Few(int nFull) { return Samples(1000) < 1000 ? std::max(nFull / 5, 1) : nFull; }
+
+inline constexpr TTree kTrees[] = {{2, 1}, {4, 1}, {16, 1}, {2, 2}, {4, 2}, {3, 3}, {16, 2}};
+
+[[nodiscard]] inline std::vector<std::string> SortedKeys(const TSolvingResult& result) {
+    std::vector<std::string> keys;
+    for (const TSolution& solution : result.m_solutions)
+        keys.push_back(solution.m_text);
+    std::sort(keys.begin(), keys.end());
+    return keys;
+}
+
+[[nodiscard]] inline TSolveRequest AllKeys(const std::string& placement, int nMoves, TTree tree) {
+    TSolveRequest request;
+    request.m_board = ChessboardFromFEN(placement);
+    request.m_nStipulation = nMoves;
+    request.m_mode = ESolveMode::AllSolutions;
+    request.m_nMemoryBudgetMB = 16;
+    request.m_nThreads = tree.m_nThreads;
+    request.m_nMultithreadingLevels = tree.m_nLevels;
+    return request;
+}
+
+/// Nothing of a solve is left behind it.
+class CNothingLeft {
+  public:
+    ~CNothingLeft() {
+        EXPECT_EQ(LiveSearchContexts(), m_contexts);
+        EXPECT_EQ(LiveThreads(), m_threads);
+    }
+
+  private:
+    const int m_contexts = LiveSearchContexts(), m_threads = LiveThreads();
+};
+
+} // namespace quillon::test

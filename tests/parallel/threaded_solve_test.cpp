@@ -1,0 +1,189 @@
+// The verdict and the set of keys do not depend on the number of threads and levels.
+
+#include "parallel/threaded_solve.h"
+
+#include <chrono>
+#include <thread>
+
+#include "search/control.h"
+
+namespace quillon::test {
+namespace {
+
+/// Long enough for groups below the root; the keys by one thread stand in the sample library.
+struct TLong {
+    const char* m_placement;
+    int m_nMoves;
+    const char* m_key;
+};
+constexpr TLong kLong[] = {
+    {"7k/5p2/3K1P1p/7P/1p6/1P6/8/8", 10, "Kd6-e7"},
+    {"7k/5p2/5P1p/2K4P/8/8/8/8", 11, "Kc5-d6"},
+    {"k7/2p5/p1P4p/P6P/2K5/8/8/8", 12, "Kc4-d5"},
+};
+
+TEST(ThreadedSolve, RandomProblemsHaveTheKeysOfTheReference) {
+    const CNothingLeft nothing;
+    std::mt19937_64 rng(5101);
+    int keys = 0;
+    for (int i = 0; i < Few(60); ++i) {
+        const int moves = 2 + i % 3;
+        const TJudgedProblem problem = RandomProblem(rng, moves, 5, 60'000);
+        const TTree tree = kTrees[static_cast<std::size_t>(i) % std::size(kTrees)];
+        CAgreeing notifier;
+        CSolve solve(AllKeys(problem.m_placement, moves, tree));
+        const TSolvingResult result = solve.StartSolving(notifier);
+        EXPECT_TRUE(result.m_bComplete) << problem.m_placement;
+        EXPECT_EQ(SortedKeys(result), problem.m_keys) << problem.m_placement << " " << tree.m_nThreads;
+        keys += static_cast<int>(problem.m_keys.size());
+    }
+    EXPECT_GT(keys, Floor(20));
+}
+
+/// More moves are allowed than it takes: the groups of the levels are at work, and every key of the mate is one still.
+TEST(ThreadedSolve, LevelsGiveTheKeysOfOneThread) {
+    const CNothingLeft nothing;
+    std::mt19937_64 rng(5102);
+    for (int i = 0; i < Few(6); ++i) {
+        const std::string placement = reference::RandomPawnPlacement(rng, 3 + i % 2);
+        CAgreeing notifier;
+        CSolve one(AllKeys(placement, 8, {1, 1}));
+        const TSolvingResult truth = one.StartSolving(notifier);
+        ASSERT_TRUE(truth.m_bComplete) << placement;
+        for (const TTree tree : {TTree{2, 2}, TTree{4, 3}}) {
+            CSolve many(AllKeys(placement, 8, tree));
+            const TSolvingResult result = many.StartSolving(notifier);
+            EXPECT_EQ(result.m_verdict, truth.m_verdict) << placement;
+            EXPECT_TRUE(result.m_bComplete) << placement;
+            EXPECT_EQ(SortedKeys(result), SortedKeys(truth)) << placement << " " << tree.m_nThreads;
+        }
+    }
+}
+
+TEST(ThreadedSolve, LongProblemsHaveTheirKeyOnAnyTree) {
+    const CNothingLeft nothing;
+    int taken = 0;
+    for (const TLong& problem : kLong)
+        for (const TTree tree : kTrees) {
+            if (++taken % 5 != 0 && Few(5) < 5)
+                continue; // a solve takes seconds there
+            CAgreeing notifier;
+            CSolve solve(AllKeys(problem.m_placement, problem.m_nMoves, tree));
+            const TSolvingResult result = solve.StartSolving(notifier);
+            EXPECT_EQ(SortedKeys(result), std::vector<std::string>{problem.m_key})
+                << problem.m_placement << " " << tree.m_nThreads << "^" << tree.m_nLevels;
+            EXPECT_TRUE(result.m_bComplete);
+            CSolve shorter(AllKeys(problem.m_placement, problem.m_nMoves - 1, tree));
+            EXPECT_EQ(shorter.StartSolving(notifier).m_verdict, EVerdict::NoMate) << problem.m_placement;
+        }
+}
+
+TEST(ThreadedSolve, AStopEndsAllThreadsSoonAndGivesNoVerdict) {
+    const CNothingLeft nothing;
+    for (const TTree tree : kTrees) {
+        TSolveRequest request = AllKeys("r1bqkbnr/pppppppp/n7/8/8/N7/PPPPPPPP/R1BQKBNR", 12, tree);
+        request.m_bRunPass2 = true;
+        CSolve solve(request);
+        CAgreeing notifier;
+        TSolvingResult result;
+        CThread thread(std::size_t{64} << 20, [&] { result = solve.StartSolving(notifier); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        const auto start = std::chrono::steady_clock::now();
+        solve.RequestStop();
+        thread.Join();
+        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        EXPECT_LT(seconds, 5) << tree.m_nThreads << "^" << tree.m_nLevels; // a tenth on an idle machine
+        EXPECT_EQ(result.m_verdict, EVerdict::Stopped);
+        EXPECT_FALSE(result.m_bComplete);
+    }
+}
+
+/// Stops, pauses and manual commands at random moments cost keys at most; they never make one, nor a refutation.
+TEST(ThreadedSolve, CommandsAtRandomMomentsLeaveNoFalseVerdict) {
+    const CNothingLeft nothing;
+    std::mt19937_64 rng(5103);
+    int commands = 0, proofs = 0;
+    for (int i = 0; i < Few(40); ++i) {
+        const TLong& problem = kLong[static_cast<std::size_t>(i) % std::size(kLong)];
+        const bool bShorter = i % 4 == 3;
+        const TTree tree = kTrees[static_cast<std::size_t>(reference::DrawInt(rng, 7))];
+        const int moves = problem.m_nMoves - (bShorter ? 1 : 0);
+        CSolve solve(AllKeys(problem.m_placement, moves, tree));
+        CAgreeing notifier;
+        TSolvingResult result;
+        std::atomic<bool> bDone{false};
+        CThread thread(std::size_t{64} << 20, [&] {
+            result = solve.StartSolving(notifier);
+            bDone = true;
+        });
+        const bool bStop = i % 5 == 4, bPausesOnly = i % 8 == 0;
+        for (int n = 0; n < 100 && !bDone; ++n) {
+            std::this_thread::sleep_for(std::chrono::microseconds(reference::DrawInt(rng, 3000)));
+            ++commands;
+            switch (reference::DrawInt(rng, bPausesOnly ? 2 : 6)) {
+            case 0:
+                solve.Pause();
+                break;
+            case 1:
+                GiveCommand(solve.Analysis(), kPauseCommand,
+                            reference::Chance(rng, 50) ? kAllThreads
+                                                       : static_cast<std::uint16_t>(reference::DrawInt(rng, 20)));
+                break;
+            case 2:
+                if (bStop && reference::Chance(rng, 20))
+                    solve.RequestStop();
+                break;
+            default: {
+                TManualCommand command;
+                command.m_nThread = reference::Chance(rng, 50)
+                                        ? kAllThreads
+                                        : static_cast<std::uint16_t>(reference::DrawInt(rng, tree.m_nThreads));
+                command.m_nPlies = static_cast<std::uint16_t>(2 * moves - 1 - reference::DrawInt(rng, 8));
+                command.m_nMoveOrderAction = static_cast<std::uint8_t>(reference::DrawInt(rng, 3));
+                command.m_nSkipAction = static_cast<std::uint8_t>(reference::DrawInt(rng, 4));
+                GiveManualCommand(solve.Analysis(), command);
+            }
+            }
+            std::this_thread::sleep_for(std::chrono::microseconds(reference::DrawInt(rng, 500)));
+            solve.Resume();
+            if (solve.Analysis().m_nCommand == kPauseCommand)
+                GiveCommand(solve.Analysis(), kNoCommand, kAllThreads);
+        }
+        thread.Join();
+        const std::vector<std::string> keys = SortedKeys(result);
+        if (bShorter) {
+            EXPECT_TRUE(keys.empty()) << problem.m_placement;
+        } else {
+            EXPECT_NE(result.m_verdict, EVerdict::NoMate) << problem.m_placement;
+            const std::vector<std::string> truth{problem.m_key};
+            EXPECT_TRUE(keys == truth || (keys.empty() && !result.m_bComplete)) << problem.m_placement;
+        }
+        proofs += result.m_bComplete ? 1 : 0;
+    }
+    EXPECT_GT(commands, Floor(40));
+    EXPECT_GT(proofs, 0);
+}
+
+TEST(ThreadedSolve, AStopForOneThreadLeavesTheOthersRunning) {
+    const CNothingLeft nothing;
+    CSolve solve(AllKeys(kLong[1].m_placement, 11, {4, 1}));
+    CAgreeing notifier;
+    GiveCommand(solve.Analysis(), kStopCommand, 2);
+    const TSolvingResult result = solve.StartSolving(notifier);
+    EXPECT_FALSE(result.m_bStopped);
+    EXPECT_EQ(SortedKeys(result), std::vector<std::string>{"Kc5-d6"});
+}
+
+TEST(ThreadedSolve, StartsAndStopsLeaveNothingBehind) {
+    const CNothingLeft nothing;
+    for (int i = 0; i < Few(200); ++i) {
+        CSolve solve(AllKeys(kLong[0].m_placement, 12, kTrees[static_cast<std::size_t>(i) % std::size(kTrees)]));
+        CAgreeing notifier;
+        CThread thread(std::size_t{64} << 20, [&] { (void)solve.StartSolving(notifier); });
+        std::this_thread::sleep_for(std::chrono::microseconds(i * 37 % 4000));
+        solve.RequestStop();
+    }
+}
+
+} // namespace
+} // namespace quillon::test
