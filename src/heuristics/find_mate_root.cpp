@@ -289,10 +289,16 @@ class CRootRun final : public IRootMoves {
         PublishIndex(0, 0);
         m_analysis.m_nPassIndex.store(PassIndex(m_root.m_byPass, m_context.m_nRelaxations), std::memory_order_relaxed);
         m_context.m_nGroupSize = m_analysis.m_nThreads;
-        if (m_bThreads && count > 1 && TryRootMovesInThreads(m_context, m_analysis, m_run, *this, count))
-            return;
+        const bool bShared =
+            m_bThreads && count > 1 && TryRootMovesInThreads(m_context, m_analysis, m_run, *this, count);
+        // Left are moves that threads stopped alone have given back. Or all: then this is the first thread, and may
+        // form groups for the levels below.
+        const std::uint32_t number = m_context.m_nThreadNumber;
+        if (!bShared)
+            m_context.m_nThreadNumber = 0;
         while (TryNext(m_context)) {
         }
+        m_context.m_nThreadNumber = number;
     }
 
     bool TryNext(TSearchContext& context) override {
@@ -345,11 +351,22 @@ class CRootRun final : public IRootMoves {
         const TMateResult result = SearchBehind(*child);
         if (result == MR_MATE) {
             const std::lock_guard lock(m_mutex);
+            if (HasEnough()) // another thread was first
+                return;
             m_run.m_moves[i].m_nResult = kRootMoveMates;
             AddSolution(tried, m_passName);
-        } else if (!ObeyAtRoot(root, i) && !IsStopping(root)) {
-            Note(i, JudgeRootMove(result));
+        } else if (!ObeyAtRoot(root, i)) {
+            if (!IsStopping(root))
+                Note(i, JudgeRootMove(result));
+            else if (&root != &m_root)
+                GiveBack(i);
         }
+    }
+
+    /// A thread that was stopped alone leaves its move to the others.
+    void GiveBack(std::size_t i) {
+        const std::lock_guard lock(m_mutex);
+        m_open.push_front(i);
     }
 
     void Note(std::size_t i, std::uint8_t result) {
@@ -500,8 +517,7 @@ namespace {
 int RunRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& board, int nPlies, TRootRun& run,
             bool bFirstTime, bool bAllowThreadDemand, bool bThreads) {
     TChessboard& root = *MakeRoot(context, analysis, board, nPlies, 1);
-    if (analysis.m_nCommand.load(std::memory_order_relaxed) == kManualCommand)
-        GiveCommand(analysis, kNoCommand, kAllThreads);
+    ClearManualCommand(analysis);
     CRootRun driver(context, analysis, run, root, bThreads);
     driver.ListMoves();
     if (nPlies > kShortestDemandingPlies && bAllowThreadDemand && !analysis.m_bThreadsForced &&

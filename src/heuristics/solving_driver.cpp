@@ -213,6 +213,7 @@ void CSolve::Prepare(INotifier& notifier) {
     m_analysis.m_nPassesPlanned.store(1, std::memory_order_relaxed);
     m_analysis.m_nPassIndex.store(0, std::memory_order_relaxed);
     m_analysis.m_nTrialPositions.store(0, std::memory_order_relaxed);
+    m_analysis.m_nFinishedThreads.store(0, std::memory_order_relaxed);
     m_context->m_nUncounted = 0;
     m_context->m_nTrialPositions = 0;
     m_analysis.m_sortIndications = m_request.m_sortIndications;

@@ -104,7 +104,7 @@ class CSolve {
     void Pause() { Request(kPauseRequest); }
     void Resume() { Request(kRunRequest); }
 
-    /// Called for each solution as it is found, on the solving thread. Set before the start.
+    /// Called for each solution as it is found, on the thread that found it, one at a time. Set before the start.
     void SetSink(decltype(TRootRun::m_sink) sink) { m_run.m_sink = std::move(sink); }
 
     /// Called once the passes are planned, on the solving thread. Set before the start.

@@ -23,6 +23,7 @@ struct TShare {
     TChessboard* m_pPosition = nullptr; // the node, in the stack of the thread's own context
     std::vector<TMove> m_moves;
     TMateResult m_result = MR_NOMATE;
+    bool m_bLeft = false; // the thread was stopped or called away: its result is doubt, its mark nothing
 };
 
 using TNode = TMateResult (*)(TChessboard*);
@@ -79,6 +80,7 @@ class CLevelGroup {
         TSearchContext& context = *share.m_context;
         CloneSearchContext(m_context, context);
         context.m_nThreadNumber = number;
+        context.m_nThreadPlies = m_p.m_nMoves;
         context.m_nStopRequest.store(kRunRequest, std::memory_order_relaxed);
         ClearMarksAbove(context, m_p.m_nMoves);
         share.m_moves = moves;
@@ -94,7 +96,8 @@ class CLevelGroup {
         const TMateResult result = m_node(share.m_pPosition);
         if (result == MR_MATE)
             return result;
-        return IsStopping(*share.m_pPosition) ? MR_DOUBTFUL : result;
+        share.m_bLeft = IsStopping(*share.m_pPosition);
+        return share.m_bLeft ? MR_DOUBTFUL : result;
     }
 
     /// What the mating move leaves behind for the nodes above, as it does in a node of one thread.
@@ -111,13 +114,16 @@ class CLevelGroup {
         bool bDoubt = false, bRepetition = false;
         RepetitionMark(m_p, m_p.m_nMoves - 1) = 0; // of a move tried before
         for (const TShare& share : m_shares) {
-            RaiseRepetitionMark(m_p, m_p.m_nMoves, RepetitionMark(*share.m_pPosition, m_p.m_nMoves));
+            if (!share.m_bLeft)
+                RaiseRepetitionMark(m_p, m_p.m_nMoves, RepetitionMark(*share.m_pPosition, m_p.m_nMoves));
             bRepetition = bRepetition || share.m_result <= MR_REPETITION;
             bDoubt = bDoubt || share.m_result == MR_DOUBTFUL;
             if (share.m_result == MR_DOUBTFUL)
                 m_context.m_lastDoubtCause = share.m_context->m_lastDoubtCause;
         }
-        return bRepetition ? MR_REPETITION : bDoubt ? MR_DOUBTFUL : MR_NOMATE;
+        if (bDoubt && (m_p.m_byPass >= 2 || !bRepetition))
+            return MR_DOUBTFUL; // in the last pass a repetition may count as refuted, doubt never
+        return bRepetition ? MR_REPETITION : MR_NOMATE;
     }
 
     TChessboard& m_p;

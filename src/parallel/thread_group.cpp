@@ -106,8 +106,7 @@ int CThreadGroup::NextEnded() const {
 }
 
 void CThreadGroup::Forward() {
-    const std::uint8_t asked = m_bStopping ? kStopRequest : m_owner.m_nStopRequest.load(std::memory_order_relaxed);
-    const std::uint8_t request = asked >= kStopRequest ? kStopRequest : asked;
+    const std::uint8_t request = m_bStopping ? kStopRequest : RequestFor(m_analysis, m_owner);
     if (request == m_forwarded)
         return;
     m_forwarded = request;

@@ -43,11 +43,23 @@ bool IsInMainLine(const TChessboard& b) {
            context.m_nPositionsLeft == TSearchContext::kNoBound;
 }
 
-/// A manual command means a node above: this one is to be left.
+/// A manual command means a node above: this one is to be left. One above the node that the thread begins with cannot
+/// be met.
 void NoteCallBack(const TChessboard& b) {
     const std::uint16_t plies = b.m_pAnalysis->m_nCommandPlies.load(std::memory_order_relaxed);
-    if (CommandFor(b) == kManualCommand && IsInMainLine(b) && b.m_nMoves < plies)
+    if (CommandFor(b) == kManualCommand && IsInMainLine(b) && b.m_nMoves < plies &&
+        plies <= b.m_pContext->m_nThreadPlies)
         b.m_pContext->m_nCalledBackTo = plies;
+}
+
+/// A stop by command is confirmed under the lock, for command and addressee are two fields, and then stands in the
+/// context: what the thread returns from now on is no verdict, whatever command comes next.
+bool TakeStopCommand(const TChessboard& b) {
+    const CControlLock lock(*b.m_pAnalysis);
+    if (CommandFor(b) != kStopCommand)
+        return false;
+    AskThread(*b.m_pContext, kStopRequest);
+    return true;
 }
 
 bool IsCalledBack(const TChessboard& b) { return b.m_nMoves < b.m_pContext->m_nCalledBackTo; }
@@ -107,8 +119,8 @@ bool IsControlPending(const TChessboard& b) {
 }
 
 bool IsStopping(const TChessboard& b) {
-    return b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed) >= kStopRequest ||
-           CommandFor(b) == kStopCommand || IsCalledBack(b);
+    return b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed) >= kStopRequest || IsCalledBack(b) ||
+           (CommandFor(b) == kStopCommand && TakeStopCommand(b));
 }
 
 bool PauseOrStop(const TChessboard& b) {
@@ -132,6 +144,24 @@ void AskThread(TSearchContext& context, std::uint8_t request) {
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {
     const CControlLock lock(analysis);
     Store(analysis, command, thread);
+}
+
+void ClearManualCommand(TAnalysis& analysis) {
+    const CControlLock lock(analysis);
+    if (analysis.m_nCommand.load(std::memory_order_relaxed) == kManualCommand)
+        analysis.m_nCommand.store(kNoCommand, std::memory_order_relaxed);
+}
+
+std::uint8_t RequestFor(TAnalysis& analysis, const TSearchContext& context) {
+    const std::uint8_t asked = context.m_nStopRequest.load(std::memory_order_relaxed);
+    if (asked >= kStopRequest || analysis.m_nCommand.load(std::memory_order_relaxed) == kNoCommand)
+        return std::min(asked, kStopRequest);
+    const CControlLock lock(analysis);
+    const std::uint16_t thread = analysis.m_nCommandThread.load(std::memory_order_relaxed);
+    if (thread != kAllThreads && thread != context.m_nThreadNumber)
+        return asked;
+    const std::uint8_t command = analysis.m_nCommand.load(std::memory_order_relaxed);
+    return command == kStopCommand ? kStopRequest : command == kPauseCommand ? kPauseRequest : asked;
 }
 
 void GiveManualCommand(TAnalysis& analysis, const TManualCommand& command) {

@@ -28,6 +28,12 @@ void AskThread(TSearchContext& context, std::uint8_t request);
 ///   thread  number of a thread, or kAllThreads.
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread);
 
+/// Takes back a manual command, and nothing else.
+void ClearManualCommand(TAnalysis& analysis);
+
+/// What is asked of the thread of `context`, by request or by command: kRunRequest, kPauseRequest or kStopRequest.
+[[nodiscard]] std::uint8_t RequestFor(TAnalysis& analysis, const TSearchContext& context);
+
 /// A manual command: what is to become of the moves of one node of one thread's line.
 struct TManualCommand {
     std::uint16_t m_nThread = 65535;     // the thread meant; kAllThreads

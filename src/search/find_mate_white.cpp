@@ -512,6 +512,8 @@ template <TNodeKind kKind> class CWhiteNode {
 
     TMateResult ConcludeStrictly() {
         const int mark = RepetitionMark(*m_p, m_m);
+        if (m_nDoubtful != 0 && m_p->m_byPass >= 2)
+            return Logged(MR_DOUBTFUL); // moves left out by command; a repetition would count as refuted
         if (m_m < mark) {
             RaiseRepetitionMark(*m_p, m_m, RepetitionMark(*m_p, m_m - 1));
             return Logged(MR_REPETITION);

@@ -1,6 +1,8 @@
 #pragma once
 // What the logging instantiations of the nodes tell: each move made and each verdict. The plain instantiations contain
 // no such call.
+//
+// Threads: where an analysis has several, all of them tell, at once.
 
 #include "core/chessboard.h"
 #include "core/mate_result.h"

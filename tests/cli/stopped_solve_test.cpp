@@ -84,7 +84,8 @@ TEST(Interrupt, TheSecondEndsTheProgram) {
 }
 
 TEST(Progress, NamesTheLookBeforeThePasses) {
-    CProgramRun run({"solve", "--fen", kHopelessFen, "--moves", "20", "--progress"});
+    // Few men, so that the analysis before the look is short.
+    CProgramRun run({"solve", "--fen", "4k3/1p1b1ppp/8/8/8/8/1P1B1PPP/4K3", "--moves", "20", "--progress"});
     EXPECT_TRUE(run.WaitForError("\rBest-first proof, "));
     run.Signal(SIGINT);
     EXPECT_EQ(run.Finish().m_nStatus, 1);
