@@ -94,7 +94,7 @@ struct TRootRun : TRootFindings {
 };
 
 /// What the progress panel shows while the guide looks for a mate.
-inline constexpr const char* kGuideLooking = "Best-first proof";
+inline constexpr char kGuideLooking[] = "Best-first proof"; // one array: the display knows it by its address
 
 /// A shorter run, in plies, is through before a look of the guide would pay: it asks none.
 inline constexpr int kShortestGuidedRun = 7;
