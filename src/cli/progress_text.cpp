@@ -72,7 +72,9 @@ TProgress ReadProgress(const CSolve& solve, int nRootPly, double seconds) {
 
 std::string ProgressText(const TProgress& progress) {
     const bool bInPass = progress.m_nMoves > 0 && !progress.m_bGuide;
-    std::string text = bInPass ? MoveText(progress) : progress.m_bGuide ? std::string(kGuideLooking) : "Initial analysis";
+    std::string text = bInPass             ? MoveText(progress)
+                       : progress.m_bGuide ? std::string(kGuideLooking)
+                                           : "Initial analysis";
     text += Formatted(", %.1f s", progress.m_seconds);
     if (bInPass)
         text += NodesText(progress);
