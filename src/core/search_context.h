@@ -86,7 +86,6 @@ struct TSearchMarks {
     std::uint32_t m_nThreadNumber = 0;   // number of the thread in the tree
     std::uint8_t m_nGroupSize = 1;       // threads of a group below this one, 1 to 255
     std::uint16_t m_nThreadPlies = 0;    // m_nMoves of the node that the thread begins with
-    bool m_bNoScheduler = false;         // the nodes of this thread are not scheduled
 
     // FindForcedMate.
     bool m_bFFM = false;                   // a FindForcedMate run is in progress

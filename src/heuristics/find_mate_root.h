@@ -89,7 +89,7 @@ struct TRootRun : TRootFindings {
     std::function<void(const TMove&, std::string_view text, long problemId, std::string_view comment)> m_sink;
     std::function<void(const TPlanReport&)> m_planSink; // hears of the plan before the first pass; may be empty
 
-    // Of the root's threads; the display may look at them until the solve is gone.
+    // Of the root's threads, kept from pass to pass.
     std::vector<std::unique_ptr<TSearchContext>> m_threadContexts;
 };
 

@@ -11,12 +11,9 @@ namespace quillon {
 namespace {
 
 /// The contexts of the root's threads live as long as the solve. A pass starts from what the driver's context says.
-TSearchContext& ContextOfThread(TRootRun& run, TAnalysis& analysis, const TSearchContext& driver, std::size_t i) {
-    if (run.m_threadContexts.size() <= i) {
+TSearchContext& ContextOfThread(TRootRun& run, const TAnalysis& analysis, const TSearchContext& driver, std::size_t i) {
+    if (run.m_threadContexts.size() <= i)
         run.m_threadContexts.push_back(NewSearchContext());
-        analysis.m_rootContexts[i].store(run.m_threadContexts[i].get(), std::memory_order_relaxed);
-        analysis.m_nRootThreads.store(static_cast<std::uint32_t>(i) + 1, std::memory_order_release);
-    }
     TSearchContext& context = *run.m_threadContexts[i];
     CloneSearchContext(driver, context);
     context.m_nThreadNumber = static_cast<std::uint32_t>(i);

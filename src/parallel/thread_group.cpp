@@ -34,7 +34,6 @@ bool CThreadGroup::Add(TSearchContext& context, int nPlies, std::function<void()
         m_members.pop_back();
         return false;
     }
-    m_analysis.m_nRunningThreads.fetch_add(1, std::memory_order_relaxed);
     return true;
 }
 
@@ -52,7 +51,6 @@ void CThreadGroup::Run(TMember& member) {
     FlushPositions(*member.m_pContext, m_analysis);
     DropOwnPause(m_analysis, member.m_pContext->m_nThreadNumber);
     m_analysis.m_nFinishedThreads.fetch_add(1, std::memory_order_relaxed);
-    m_analysis.m_nRunningThreads.fetch_sub(1, std::memory_order_relaxed);
     const std::lock_guard lock(m_mutex);
     member.m_bEnded = true;
     m_ended.notify_one();

@@ -82,8 +82,6 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::uint8_t m_nForcedThreadsMode = 0;    // above 1: m_nThreads was forced at the root, and groups below it are
     std::uint8_t m_nGroupLimit = 0;           // no larger than this
     std::int32_t m_nThreadPriority = 0;       // of every thread created, platform/thread.h
-    std::uint8_t m_nSchedulerLevels = 0;      // 0: off
-    bool m_bCustomScheduler = false;          // nodes below the scheduled levels as well
     std::uint16_t m_nAnalysisStart = 0;       // m_nMoves of the root: a repetition cannot go back beyond it
 
     // --- What is known of the order of White's moves (move_sort.h)
@@ -117,15 +115,11 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::atomic<std::uint64_t> m_nPositions{0};      // positions with fewer than four plies left, outside trials
     std::atomic<std::uint64_t> m_nTrialPositions{0}; // the same inside the short-mate search
     std::atomic<std::uint64_t> m_nPassesPlanned{1};
-    std::atomic<std::uint32_t> m_nPassIndex{0};        // the pass begun last, number and relaxations; 0: none yet
-    std::atomic<std::uint64_t> m_nStartTicks{0};       // ms
-    std::atomic<const char*> m_pStatusText{""};        // what the progress panel shows; static texts only
-    std::atomic<std::uint64_t> m_nProgressTicks{0};    // ms, last sign of life
-    std::atomic<std::uint32_t> m_nRunningThreads{0};   // threads of the root and of the levels below it
-    std::atomic<std::uint32_t> m_nFinishedThreads{0};  // of them, those that have ended
-    std::atomic<std::uint32_t> m_nSchedulerThreads{0}; // threads that schedulers keep, running or paused
-    std::atomic<std::uint32_t> m_nRootThreads{0};      // contexts that are valid in m_rootContexts
-    std::array<std::atomic<const TSearchContext*>, 256> m_rootContexts{}; // of the root's threads; live with the solve
+    std::atomic<std::uint32_t> m_nPassIndex{0};       // the pass begun last, number and relaxations; 0: none yet
+    std::atomic<std::uint64_t> m_nStartTicks{0};      // ms
+    std::atomic<const char*> m_pStatusText{""};       // what the progress panel shows; static texts only
+    std::atomic<std::uint64_t> m_nProgressTicks{0};   // ms, last sign of life
+    std::atomic<std::uint32_t> m_nFinishedThreads{0}; // threads of all groups that have ended
 
     // --- Control record
     // -------------------------------------------------------------------------------------------------

@@ -1,14 +1,18 @@
 #include "platform/thread.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <system_error>
 #include <thread>
 #include <utility>
 
 #include <gtest/gtest.h>
+
+#include "platform/sleep.h"
 
 namespace quillon {
 
@@ -102,6 +106,36 @@ TEST(Thread, StackThatCannotBeHadIsAnError) {
     bool bRan = false;
     EXPECT_THROW(CThread(std::size_t{1} << 60, [&bRan] { bRan = true; }), std::system_error);
     EXPECT_FALSE(bRan);
+}
+
+TEST(Thread, TheLivingAreCounted) {
+    const int before = LiveThreads();
+    std::atomic<bool> bGo{false};
+    CThread thread(kMegabyte, [&bGo] {
+        while (!bGo)
+            SleepMs(1);
+    });
+    EXPECT_EQ(LiveThreads(), before + 1);
+    CThread moved = std::move(thread);
+    EXPECT_EQ(LiveThreads(), before + 1);
+    bGo = true;
+    moved.Join();
+    EXPECT_EQ(LiveThreads(), before);
+}
+
+TEST(Thread, ALowerPriorityIsThatOfTheThreadAlone) {
+    const int here = getpriority(PRIO_PROCESS, 0);
+    int normal = -99, low = -99;
+    CThread thread(kMegabyte, [&] {
+        SetThreadPriority(0);
+        normal = getpriority(PRIO_PROCESS, 0);
+        SetThreadPriority(-1);
+        low = getpriority(PRIO_PROCESS, 0);
+    });
+    thread.Join();
+    EXPECT_EQ(normal, here);
+    EXPECT_EQ(low, std::min(here + 5, 19));
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), here);
 }
 
 } // namespace quillon
