@@ -7,6 +7,7 @@
 #include "parallel/group_shape.h"
 #include "platform/sleep.h"
 #include "search/control.h"
+#include "search/observed_lines.h"
 
 namespace quillon {
 
@@ -22,15 +23,20 @@ CThreadGroup::~CThreadGroup() {
     StopAll();
     Abandon();
     JoinAll();
+    CountOwnerAgain();
 }
 
 bool CThreadGroup::Add(TSearchContext& context, int nPlies, std::function<void()> body) {
     TMember& member = m_members.emplace_back();
     member.m_pContext = &context;
     member.m_body = std::move(body);
+    if (m_analysis.m_pObservedLines != nullptr)
+        m_analysis.m_pObservedLines->Begin(context, &m_owner);
     try {
         member.m_thread = CThread(ThreadStackBytes(nPlies) * kStackReserve, [this, &member] { Run(member); });
     } catch (const std::system_error&) {
+        if (m_analysis.m_pObservedLines != nullptr)
+            m_analysis.m_pObservedLines->End(context);
         m_members.pop_back();
         return false;
     }
@@ -47,7 +53,10 @@ void CThreadGroup::Run(TMember& member) {
         } catch (...) {
             member.m_failure = std::current_exception();
         }
+        m_analysis.m_nRunningThreads.fetch_sub(1, std::memory_order_relaxed);
     }
+    if (m_analysis.m_pObservedLines != nullptr)
+        m_analysis.m_pObservedLines->End(*member.m_pContext);
     FlushPositions(*member.m_pContext, m_analysis);
     DropOwnPause(m_analysis, member.m_pContext->m_nThreadNumber);
     m_analysis.m_nFinishedThreads.fetch_add(1, std::memory_order_relaxed);
@@ -64,7 +73,18 @@ void CThreadGroup::Control(std::uint8_t control) {
     }
 }
 
-void CThreadGroup::Go() { Control(kMemberGoes); }
+/// The owner waits from now on: the members are counted in its place.
+void CThreadGroup::Go() {
+    const auto count = static_cast<std::uint32_t>(m_members.size());
+    m_bOwnerWaits = true;
+    m_analysis.m_nRunningThreads.fetch_add(count - 1, std::memory_order_relaxed);
+    Control(kMemberGoes);
+}
+
+void CThreadGroup::CountOwnerAgain() {
+    if (std::exchange(m_bOwnerWaits, false))
+        m_analysis.m_nRunningThreads.fetch_add(1, std::memory_order_relaxed);
+}
 
 void CThreadGroup::Abandon() { Control(kMemberAbandoned); }
 
@@ -77,8 +97,10 @@ int CThreadGroup::WaitNext() {
         next = NextEnded();
     }
     lock.unlock();
-    if (next < 0)
+    if (next < 0) {
+        CountOwnerAgain();
         return -1;
+    }
     TMember& member = m_members[static_cast<std::size_t>(next)];
     member.m_bTold = true;
     member.m_thread.Join();
