@@ -66,8 +66,7 @@ TEST(StatusLine, ShowsSafeModeThreadsAndGigabytes) {
 
 TEST(StatusLine, OnlyTheSetIsCutForANarrowTerminal) {
     const TProgressState state = PassOneB();
-    EXPECT_EQ(StatusLine(state, 79),
-              "A Pass 1b SH(SH_DONTLETKINGMOVE, SH_K...) TR=130MB GR=0MB Thrds=1 23.4% 12400000");
+    EXPECT_EQ(StatusLine(state, 79), "A Pass 1b SH(SH_DONTLETKINGMOVE, SH_...) TR=130MB GR=0MB Thrds=1 23.4% 12400000");
     EXPECT_EQ(StatusLine(state, 79).size(), 79u);
     EXPECT_EQ(StatusLine(state, 10), "A Pass 1b SH(...) TR=130MB GR=0MB Thrds=1 23.4% 12400000");
     EXPECT_EQ(StatusLine(state, 200), StatusLine(state));
