@@ -4,20 +4,11 @@
 #include <system_error>
 #include <utility>
 
-#include "parallel/group_shape.h"
+#include "parallel/search_thread.h"
 #include "platform/sleep.h"
 #include "search/control.h"
-#include "search/observed_lines.h"
 
 namespace quillon {
-
-namespace {
-
-// The nodes keep their lists of moves on the stack, some 3 KB a ply in an optimised build, several times that with
-// sanitizers, and short searches nest in long ones. Only what is touched costs memory.
-constexpr std::size_t kStackReserve = 16;
-
-} // namespace
 
 CThreadGroup::~CThreadGroup() {
     StopAll();
@@ -30,13 +21,9 @@ bool CThreadGroup::Add(TSearchContext& context, int nPlies, std::function<void()
     TMember& member = m_members.emplace_back();
     member.m_pContext = &context;
     member.m_body = std::move(body);
-    if (m_analysis.m_pObservedLines != nullptr)
-        m_analysis.m_pObservedLines->Begin(context, &m_owner);
     try {
-        member.m_thread = CThread(ThreadStackBytes(nPlies) * kStackReserve, [this, &member] { Run(member); });
+        member.m_thread = CThread(SearchStackBytes(nPlies), [this, &member] { Run(member); });
     } catch (const std::system_error&) {
-        if (m_analysis.m_pObservedLines != nullptr)
-            m_analysis.m_pObservedLines->End(context);
         m_members.pop_back();
         return false;
     }
@@ -44,22 +31,14 @@ bool CThreadGroup::Add(TSearchContext& context, int nPlies, std::function<void()
 }
 
 void CThreadGroup::Run(TMember& member) {
-    SetThreadPriority(m_analysis.m_nThreadPriority);
     while (member.m_control.load(std::memory_order_acquire) == kMemberWaits)
         SleepMs(0);
-    if (member.m_control.load(std::memory_order_acquire) == kMemberGoes) {
-        try {
-            member.m_body();
-        } catch (...) {
-            member.m_failure = std::current_exception();
-        }
+    const bool bGoes = member.m_control.load(std::memory_order_acquire) == kMemberGoes;
+    member.m_failure = RunSearchThread(
+        m_analysis, *member.m_pContext, bGoes ? member.m_body : [] {});
+    if (bGoes)
         m_analysis.m_nRunningThreads.fetch_sub(1, std::memory_order_relaxed);
-    }
-    if (m_analysis.m_pObservedLines != nullptr)
-        m_analysis.m_pObservedLines->End(*member.m_pContext);
-    FlushPositions(*member.m_pContext, m_analysis);
     DropOwnPause(m_analysis, member.m_pContext->m_nThreadNumber);
-    m_analysis.m_nFinishedThreads.fetch_add(1, std::memory_order_relaxed);
     const std::lock_guard lock(m_mutex);
     member.m_bEnded = true;
     m_ended.notify_one();

@@ -145,7 +145,10 @@ bool PauseOrStop(const TChessboard& b) {
             return false;
         if (!sleeping)
             sleeping.emplace(b.m_pAnalysis->m_nSleepingThreads);
-        SleepMs(kPauseStepMs);
+        if (request == kPauseRequest && b.m_pContext->m_bRequestsReach)
+            b.m_pContext->m_nStopRequest.wait(kPauseRequest, std::memory_order_relaxed);
+        else
+            SleepMs(kPauseStepMs);
     }
     return true;
 }
@@ -155,6 +158,7 @@ void AskThread(TSearchContext& context, std::uint8_t request) {
     while ((seen < kStopRequest || (seen == kBoundRequest && request != kRunRequest)) &&
            !context.m_nStopRequest.compare_exchange_weak(seen, request, std::memory_order_relaxed)) {
     }
+    context.m_nStopRequest.notify_all();
 }
 
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {
@@ -192,8 +196,6 @@ std::uint8_t RequestFor(TAnalysis& analysis, const TSearchContext& context) {
     if (thread != kAllThreads && thread != context.m_nThreadNumber)
         return asked;
     const std::uint8_t command = analysis.m_nCommand.load(std::memory_order_relaxed);
-    if (command == kPauseCommand && thread == kAllThreads)
-        return asked; // each thread reads it for itself: nothing is to be passed on, nor to be taken back
     return command == kStopCommand ? kStopRequest : command == kPauseCommand ? kPauseRequest : asked;
 }
 

@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/clock.h"
 #include "search/analysis.h"
 #include "search/control.h"
 
@@ -122,15 +123,16 @@ std::vector<TObservedLevel> CObservedLine::Read() const {
 }
 
 /// Null beyond the levels that are shown.
-CObservedLevel* CObservedLine::Level(int nRoot, int nPlies) {
+CObservedLevel* CObservedLine::Level(int nRoot, int nPlies) const {
     const int i = nRoot - nPlies;
     return i >= 0 && i < m_nLevels ? &m_levels[static_cast<std::size_t>(i)] : nullptr;
 }
 
-/// Of the nodes of this thread that have more plies than nAbove. What others have begun stays as it was found.
-void CObservedLine::RefreshIndices(const TSearchContext& context, int nRoot, int nAbove) {
-    for (int plies = std::min<int>(nRoot, context.m_nThreadPlies); plies > nAbove; --plies) {
-        CObservedLevel* const level = Level(nRoot, plies);
+/// How far the moves have come in the nodes from nFrom plies down to those with more than nAbove.
+void CObservedLine::RefreshIndices(const TSearchContext& context, int nFrom, int nAbove) {
+    const int root = context.m_pRoot->m_nInitialMoves;
+    for (int plies = nFrom; plies > nAbove; --plies) {
+        CObservedLevel* const level = Level(root, plies);
         if (level == nullptr)
             break;
         level->SetIndex(context.m_moveIndex[static_cast<std::size_t>(plies)].load(std::memory_order_relaxed));
@@ -151,31 +153,32 @@ void CObservedLine::Show(const TChessboard& b) {
             level->Show(node, list, count, nIndex);
     };
     const CWriting writing(*this);
-    RefreshIndices(context, root, white->m_nMoves);
+    // What others have begun stays as it was found.
+    RefreshIndices(context, context.m_nThreadPlies, white->m_nMoves);
     if (white->m_nMoves <= context.m_nThreadPlies)
         show(*white, context.m_moveIndex[white->m_nMoves].load(std::memory_order_relaxed));
     show(b, 0);
     if (CObservedLevel* const below = Level(root, b.m_nMoves - 1))
         below->Clear(); // and with it what stands below
+    m_nShownTicks.store(TickCount64(), std::memory_order_relaxed);
 }
 
-/// An empty line; with a parent, the levels above the node that the thread begins with: the parent waits in them.
-void CObservedLine::Begin(const TSearchContext& context, const TSearchContext* pParent) {
+/// The levels above the node that the thread begins with: whoever has begun them waits.
+void CObservedLine::Begin(const TSearchContext& context) {
     const CWriting writing(*this);
     for (int i = 0; i < m_nLevels; ++i)
         m_levels[static_cast<std::size_t>(i)].Clear();
-    if (pParent == nullptr || pParent->m_pObservedLine == nullptr)
+    m_nShownTicks.store(TickCount64(), std::memory_order_relaxed);
+    if (context.m_pSourceLine == nullptr)
         return;
-    CObservedLine& line = *pParent->m_pObservedLine;
     const int root = context.m_pRoot->m_nInitialMoves;
-    const CWriting refreshing(line);
-    line.RefreshIndices(*pParent, root, context.m_nThreadPlies);
     for (int plies = root; plies > context.m_nThreadPlies; --plies) {
         CObservedLevel* const level = Level(root, plies);
         if (level == nullptr)
             break;
-        level->CopyFrom(*line.Level(root, plies));
+        level->CopyFrom(*context.m_pSourceLine->Level(root, plies));
     }
+    RefreshIndices(context, root, context.m_nThreadPlies);
 }
 
 CObservedLines::~CObservedLines() {
@@ -201,7 +204,7 @@ CObservedLine* CObservedLines::TakeLine() {
     return line.release();
 }
 
-void CObservedLines::Begin(TSearchContext& context, const TSearchContext* pParent) {
+void CObservedLines::Begin(TSearchContext& context) {
     context.m_pObservedLine = nullptr;
     context.m_nObservedPlies = kUnobserved;
     if (context.m_pRoot == nullptr)
@@ -212,7 +215,7 @@ void CObservedLines::Begin(TSearchContext& context, const TSearchContext* pParen
         return;
     }
     CObservedLine& line = *context.m_pObservedLine;
-    line.Begin(context, pParent);
+    line.Begin(context);
     const int lowest = context.m_pRoot->m_nInitialMoves - m_nLevels - kIndexLevels;
     if (m_nLevels > 0)
         context.m_nObservedPlies = static_cast<std::uint16_t>(std::max(lowest, kFewestShownPlies));
@@ -235,24 +238,32 @@ std::vector<std::uint32_t> CObservedLines::Threads() const {
         if (const std::optional<std::uint32_t> thread = p->Thread())
             threads.push_back(*thread);
     std::sort(threads.begin(), threads.end());
+    threads.erase(std::unique(threads.begin(), threads.end()), threads.end());
     return threads;
 }
 
 std::optional<std::vector<TObservedLevel>> CObservedLines::Read(std::uint32_t nThread) const {
+    const CObservedLine* last = nullptr;
+    std::uint64_t ticks = 0;
     for (const CObservedLine* p = m_pFirst.load(std::memory_order_acquire); p != nullptr; p = p->m_pNext) {
-        if (p->Thread() != nThread)
-            continue;
-        std::vector<TObservedLevel> line = p->Read();
-        if (p->Thread() == nThread) // it has not passed to another thread meanwhile
-            return line;
+        const std::uint64_t shown = p->m_nShownTicks.load(std::memory_order_relaxed);
+        if (p->Thread() == nThread && (last == nullptr || shown > ticks)) {
+            last = p;
+            ticks = shown;
+        }
     }
-    return std::nullopt;
+    if (last == nullptr)
+        return std::nullopt;
+    std::vector<TObservedLevel> line = last->Read();
+    if (last->Thread() != nThread) // it has passed to another thread meanwhile
+        line.clear();
+    return line;
 }
 
 CObservedThread::CObservedThread(TAnalysis& analysis, TSearchContext& context)
     : m_pLines(analysis.m_pObservedLines), m_context(context) {
     if (m_pLines != nullptr)
-        m_pLines->Begin(context, nullptr);
+        m_pLines->Begin(context);
 }
 
 CObservedThread::~CObservedThread() {

@@ -76,15 +76,16 @@ class CObservedLine {
     class CWriting;
     static constexpr std::uint64_t kUnused = ~std::uint64_t{0};
 
-    void Begin(const TSearchContext& context, const TSearchContext* pParent);
-    void RefreshIndices(const TSearchContext& context, int nRoot, int nAbove);
-    [[nodiscard]] CObservedLevel* Level(int nRoot, int nPlies);
+    void Begin(const TSearchContext& context);
+    void RefreshIndices(const TSearchContext& context, int nFrom, int nAbove);
+    [[nodiscard]] CObservedLevel* Level(int nRoot, int nPlies) const;
 
     const int m_nLevels;
     const std::unique_ptr<CObservedLevel[]> m_levels;
     std::atomic<std::uint32_t> m_nVersion{0}; // odd while the line is being written
     std::atomic<std::uint64_t> m_nThread{kUnused};
-    const CObservedLine* m_pNext = nullptr; // of all lines; set before the line is published
+    std::atomic<std::uint64_t> m_nShownTicks{0}; // when it was written last, ms
+    const CObservedLine* m_pNext = nullptr;      // of all lines; set before the line is published
 };
 
 /// The lines of an analysis. Whoever observes it owns them, from before the start of the solve until behind its end.
@@ -98,17 +99,17 @@ class CObservedLines {
 
     [[nodiscard]] int Levels() const { return m_nLevels; }
 
-    /// Gives the thread of `context` a line, from the thread that creates it. Without memory it stays unobserved.
-    ///   pParent  the context of the creator, whose line the thread continues; null for none.
-    void Begin(TSearchContext& context, const TSearchContext* pParent);
+    /// Gives the calling thread, of `context`, a line: it continues that of the context's source, whose thread waits.
+    /// Without memory it stays unobserved.
+    void Begin(TSearchContext& context);
 
-    /// Takes it back. From the thread of `context`, or when it does not run.
+    /// Takes it back.
     void End(TSearchContext& context);
 
-    /// Numbers of the threads that have a line, ascending.
+    /// Numbers of the threads that have a line, ascending, each once: those that a scheduler lets take turns share one.
     [[nodiscard]] std::vector<std::uint32_t> Threads() const;
 
-    /// The line of a thread; nothing when there is no such thread.
+    /// The line of a thread, of several with its number that shown last; nothing when there is no such thread.
     [[nodiscard]] std::optional<std::vector<TObservedLevel>> Read(std::uint32_t nThread) const;
 
   private:

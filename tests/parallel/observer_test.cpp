@@ -28,7 +28,8 @@ int LegalMoves(const char* placement) {
 class CRunning {
   public:
     CRunning(const char* placement, int nMoves, TTree tree, int nLevels = kLevels)
-        : m_solve(AllKeys(placement, nMoves, tree)), m_observer(m_solve, nLevels) {
+        : CRunning(AllKeys(placement, nMoves, tree), nLevels) {}
+    CRunning(const TSolveRequest& request, int nLevels) : m_solve(request), m_observer(m_solve, nLevels) {
         m_thread = CThread(std::size_t{64} << 20, [this] { m_result = m_solve.StartSolving(m_notifier); });
     }
     ~CRunning() { m_solve.RequestStop(); }
@@ -181,6 +182,25 @@ TEST(Observer, ReadsATreeOfThreads) {
     EXPECT_GT(lines, 0u);
     EXPECT_GT(most, 4u) << "members of a level group count, those who wait for them do not";
     EXPECT_EQ(mostAwaited, 4u);
+}
+
+/// The workers of a scheduler have the number of the thread that they work for: its line is that of the last to show
+/// one.
+TEST(Observer, FollowsTheTurnsOfAScheduler) {
+    TSolveRequest request = AllKeys(kEndless, 12, {2, 1});
+    request.m_nSchedulerLevels = 6;
+    request.m_nQuantumSecondMs = 5;
+    CRunning run(request, kLevels);
+    ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nAwaitedThreads == 2; }));
+    std::size_t whole = 0;
+    for (int i = 0; i < 6000 && (i < 100 || whole == 0); ++i, SleepMs(5)) {
+        const TProgressState state = run.m_observer.Read(static_cast<std::uint32_t>(i) % 2);
+        ExpectLegal(state.m_levels, kEndless, 23);
+        EXPECT_LE(state.m_nRunningThreads, 2u) << "a worker stands in for who waits for it";
+        EXPECT_LE(run.m_observer.Threads().size(), 2u);
+        whole += state.m_levels.size() == kLevels ? 1 : 0;
+    }
+    EXPECT_GT(whole, 0u);
 }
 
 TEST(Observer, AChosenThreadThatHasEndedShowsNothing) {

@@ -97,17 +97,26 @@ class CRunning {
 };
 
 TEST(Pause, AllThreadsSleepAndTheClockStands) {
-    for (const TTree tree : {TTree{1, 1}, TTree{4, 2}}) {
-        CRunning run(AllKeys(kEndless, 12, tree));
+    const struct {
+        TTree m_tree;
+        int m_nSchedulerLevels;
+        std::uint32_t m_nThreads; // that run sooner or later
+    } rows[] = {{{1, 1}, 0, 1}, {{4, 2}, 0, 5}, {{2, 1}, 6, 2}};
+    for (const auto& row : rows) {
+        TSolveRequest request = AllKeys(kEndless, 12, row.m_tree);
+        request.m_nSchedulerLevels = row.m_nSchedulerLevels;
+        request.m_nQuantumSecondMs = 10;
+        CRunning run(request);
         TAnalysis& analysis = run.m_solve.Analysis();
-        const std::uint32_t threads = tree.m_nThreads == 1 ? 1 : 5;
+        const std::uint32_t threads = row.m_nThreads;
         ASSERT_TRUE(run.WaitUntil([&] {
             return run.m_observer.Read().m_pass.m_nPass != 0 && run.m_observer.Read().m_nRunningThreads >= threads;
         }));
         const std::uint64_t start = TickCount64();
         run.m_solve.Pause();
         ASSERT_TRUE(run.WaitUntil([&] { return analysis.m_nSleepingThreads >= analysis.m_nRunningThreads; }));
-        EXPECT_LT(TickCount64() - start, 3000u); // a tenth of a second on an idle machine
+        EXPECT_LT(TickCount64() - start, 3000u);        // a tenth of a second on an idle machine
+        SleepMs(row.m_nSchedulerLevels == 0 ? 0 : 200); // workers that wait for their turn sleep anyhow
         const TProgressState before = run.m_observer.Read();
         EXPECT_TRUE(before.m_bPaused);
         SleepMs(150);
