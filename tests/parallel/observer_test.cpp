@@ -17,7 +17,6 @@ namespace quillon::test {
 namespace {
 
 constexpr const char* kManyKeys = "7k/8/6K1/8/8/8/8/1RRQRR2";
-constexpr const char* kEndless = "r1bqkbnr/pppppppp/n7/8/8/N7/PPPPPPPP/R1BQKBNR";
 constexpr int kLevels = 4;
 
 int LegalMoves(const char* placement) {
@@ -27,9 +26,8 @@ int LegalMoves(const char* placement) {
 /// A solve on a thread of its own, under observation; stopped at the end.
 class CRunning {
   public:
-    CRunning(const char* placement, int nMoves, TTree tree, int nLevels = kLevels)
-        : CRunning(AllKeys(placement, nMoves, tree), nLevels) {}
-    CRunning(const TSolveRequest& request, int nLevels) : m_solve(request), m_observer(m_solve, nLevels) {
+    explicit CRunning(const TSolveRequest& request, int nLevels = kLevels)
+        : m_solve(request), m_observer(m_solve, nLevels) {
         m_thread = CThread(std::size_t{64} << 20, [this] { m_result = m_solve.StartSolving(m_notifier); });
     }
     ~CRunning() { m_solve.RequestStop(); }
@@ -138,11 +136,11 @@ TEST(Observer, CountsOnlyWhatThePassHasToDo) {
 }
 
 TEST(Observer, ShowsTheLineOfTheOneThread) {
-    CRunning run(kEndless, 12, {});
+    CRunning run(Endless({}));
     ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_levels.size() == kLevels; }));
     for (int i = 0; i < 50; ++i, SleepMs(2)) {
         const TProgressState state = run.m_observer.Read();
-        ExpectLegal(state.m_levels, kEndless, 23);
+        ExpectLegal(state.m_levels, kEndless, PliesOf(kEndlessMoves));
         EXPECT_EQ(state.m_nRunningThreads, 1u);
     }
     EXPECT_EQ(run.m_observer.Threads(), std::vector<std::uint32_t>{0});
@@ -153,7 +151,7 @@ TEST(Observer, ShowsTheLineOfTheOneThread) {
 
 /// For a second, at any moment: whatever is shown is sound, whichever threads come and go.
 TEST(Observer, ReadsATreeOfThreads) {
-    CRunning run(kEndless, 12, {4, 2});
+    CRunning run(Endless({4, 2}));
     ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nRunningThreads > 4; }));
     std::mt19937_64 rng(5201);
     std::uint64_t positions = 0;
@@ -164,7 +162,7 @@ TEST(Observer, ReadsATreeOfThreads) {
         const std::vector<std::uint32_t> threads = run.m_observer.Threads();
         for (const std::uint32_t thread : threads) {
             const TProgressState state = run.m_observer.Read(thread);
-            ExpectLegal(state.m_levels, kEndless, 23);
+            ExpectLegal(state.m_levels, kEndless, PliesOf(kEndlessMoves));
             if (::testing::Test::HasFatalFailure())
                 return;
             EXPECT_GE(state.m_part, 0.0);
@@ -187,15 +185,15 @@ TEST(Observer, ReadsATreeOfThreads) {
 /// The workers of a scheduler have the number of the thread that they work for: its line is that of the last to show
 /// one.
 TEST(Observer, FollowsTheTurnsOfAScheduler) {
-    TSolveRequest request = AllKeys(kEndless, 12, {2, 1});
+    TSolveRequest request = Endless({2, 1});
     request.m_nSchedulerLevels = 6;
     request.m_nQuantumSecondMs = 5;
-    CRunning run(request, kLevels);
+    CRunning run(request);
     ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nAwaitedThreads == 2; }));
     std::size_t whole = 0;
     for (int i = 0; i < 6000 && (i < 100 || whole == 0); ++i, SleepMs(5)) {
         const TProgressState state = run.m_observer.Read(static_cast<std::uint32_t>(i) % 2);
-        ExpectLegal(state.m_levels, kEndless, 23);
+        ExpectLegal(state.m_levels, kEndless, PliesOf(kEndlessMoves));
         EXPECT_LE(state.m_nRunningThreads, 2u) << "a worker stands in for who waits for it";
         EXPECT_LE(run.m_observer.Threads().size(), 2u);
         whole += state.m_levels.size() == kLevels ? 1 : 0;
@@ -204,7 +202,7 @@ TEST(Observer, FollowsTheTurnsOfAScheduler) {
 }
 
 TEST(Observer, AChosenThreadThatHasEndedShowsNothing) {
-    CRunning run(kEndless, 12, {4, 1});
+    CRunning run(Endless({4, 1}));
     ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nAwaitedThreads == 4; }));
     EXPECT_FALSE(run.m_observer.Read(2).m_bThreadStopped);
     EXPECT_TRUE(run.m_observer.Read(4).m_bThreadStopped);
@@ -219,7 +217,7 @@ TEST(Observer, AChosenThreadThatHasEndedShowsNothing) {
 }
 
 TEST(Observer, WithoutLevelsItShowsNoMoves) {
-    CRunning run(kEndless, 12, {}, 0);
+    CRunning run(Endless({}), 0);
     ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nAwaitedThreads == 1; }));
     EXPECT_TRUE(run.m_observer.Read().m_levels.empty());
     EXPECT_EQ(run.m_observer.Threads(), std::vector<std::uint32_t>{0});

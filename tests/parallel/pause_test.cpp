@@ -13,8 +13,6 @@
 namespace quillon::test {
 namespace {
 
-constexpr const char* kEndless = "r1bqkbnr/pppppppp/n7/8/8/N7/PPPPPPPP/R1BQKBNR";
-
 TEST(AnalysisClock, StandsStillInAPauseOfAllThreads) {
     TAnalysis analysis;
     const std::uint64_t start = AnalysisTicks(analysis), wall = TickCount64();
@@ -103,7 +101,7 @@ TEST(Pause, AllThreadsSleepAndTheClockStands) {
         std::uint32_t m_nThreads; // that run sooner or later
     } rows[] = {{{1, 1}, 0, 1}, {{4, 2}, 0, 5}, {{2, 1}, 6, 2}};
     for (const auto& row : rows) {
-        TSolveRequest request = AllKeys(kEndless, 12, row.m_tree);
+        TSolveRequest request = Endless(row.m_tree);
         request.m_nSchedulerLevels = row.m_nSchedulerLevels;
         request.m_nQuantumSecondMs = 10;
         CRunning run(request);
@@ -133,7 +131,7 @@ TEST(Pause, AllThreadsSleepAndTheClockStands) {
 }
 
 TEST(Pause, AStopEndsIt) {
-    CRunning run(AllKeys(kEndless, 12, {4, 2}));
+    CRunning run(Endless({4, 2}));
     ASSERT_TRUE(run.WaitUntil([&] { return run.m_observer.Read().m_pass.m_nPass != 0; }));
     run.m_solve.Pause();
     SleepMs(50);
