@@ -338,14 +338,14 @@ class CRootRun final : public IRootMoves {
                 return false;
             i = m_open.front();
             m_open.pop_front();
-            PublishIndex(i, m_nTried);
+            PublishIndex(m_places[i], m_nTried);
             context.m_moveIndex[m_root.m_nMoves].store(m_places[i], std::memory_order_relaxed);
             m_nTried += &context == &m_context ? 1 : 0; // of several threads the ended moves are counted
         }
         TryMove(root, i);
         if (&context != &m_context) {
             const std::lock_guard lock(m_mutex);
-            PublishIndex(i, ++m_nEnded);
+            PublishIndex(m_places[i], ++m_nEnded);
         }
         return true;
     }
@@ -356,11 +356,11 @@ class CRootRun final : public IRootMoves {
     }
 
     /// The display counts the moves of this pass only. Below the root it is to see no line of the move before.
-    void PublishIndex(std::size_t nMove, std::size_t nOfPass) {
+    void PublishIndex(std::uint8_t nPlace, std::size_t nOfPass) {
         const int root = m_root.m_nMoves;
         for (int ply = root - 1; ply >= 0 && ply > root - kShownPlies; --ply)
             m_context.m_moveCount[static_cast<std::size_t>(ply)].store(0, std::memory_order_relaxed);
-        m_context.m_moveIndex[m_root.m_nMoves].store(m_places[nMove], std::memory_order_relaxed);
+        m_context.m_moveIndex[m_root.m_nMoves].store(nPlace, std::memory_order_relaxed);
         m_context.m_moveIndexShown[m_root.m_nMoves].store(static_cast<std::uint8_t>(nOfPass),
                                                           std::memory_order_relaxed);
     }
