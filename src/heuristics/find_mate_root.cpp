@@ -308,7 +308,7 @@ class CRootRun final : public IRootMoves {
         m_nEnded = 0;
         const int count = static_cast<int>(m_open.size());
         m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(count), std::memory_order_relaxed);
-        PublishIndex(0, 0);
+        PublishIndex(0);
         m_analysis.m_nPassIndex.store(PassIndex(m_root.m_byPass, m_context.m_nRelaxations), std::memory_order_relaxed);
         m_context.m_nGroupSize = m_analysis.m_nThreads;
         const bool bShared =
@@ -338,14 +338,15 @@ class CRootRun final : public IRootMoves {
                 return false;
             i = m_open.front();
             m_open.pop_front();
-            PublishIndex(m_places[i], m_nTried);
+            PublishIndex(m_places[i]);
             context.m_moveIndex[m_root.m_nMoves].store(m_places[i], std::memory_order_relaxed);
             m_nTried += &context == &m_context ? 1 : 0; // of several threads the ended moves are counted
         }
         TryMove(root, i);
         if (&context != &m_context) {
             const std::lock_guard lock(m_mutex);
-            PublishIndex(m_places[i], ++m_nEnded);
+            ++m_nEnded;
+            PublishIndex(m_places[i]);
         }
         return true;
     }
@@ -355,14 +356,17 @@ class CRootRun final : public IRootMoves {
         return HasEnough();
     }
 
-    /// The display counts the moves of this pass only. Below the root it is to see no line of the move before.
-    void PublishIndex(std::uint8_t nPlace, std::size_t nOfPass) {
+    /// The display counts the moves of this pass only, of several threads those that have ended. Below the root it is
+    /// to see no line of the move before.
+    void PublishIndex(std::uint8_t nPlace) {
         const int root = m_root.m_nMoves;
+        const std::size_t done = m_nTried + m_nEnded;
         for (int ply = root - 1; ply >= 0 && ply > root - kShownPlies; --ply)
             m_context.m_moveCount[static_cast<std::size_t>(ply)].store(0, std::memory_order_relaxed);
         m_context.m_moveIndex[m_root.m_nMoves].store(nPlace, std::memory_order_relaxed);
-        m_context.m_moveIndexShown[m_root.m_nMoves].store(static_cast<std::uint8_t>(nOfPass),
-                                                          std::memory_order_relaxed);
+        m_context.m_moveIndexShown[m_root.m_nMoves].store(
+            static_cast<std::uint8_t>(m_list.empty() ? 0 : std::min(done, m_list.size() - 1)),
+            std::memory_order_relaxed);
     }
 
     void TryMove(TChessboard& root, std::size_t i) {

@@ -28,7 +28,10 @@ class CRunning {
   public:
     explicit CRunning(const TSolveRequest& request, int nLevels = kLevels)
         : m_solve(request), m_observer(m_solve, nLevels) {
-        m_thread = CThread(std::size_t{64} << 20, [this] { m_result = m_solve.StartSolving(m_notifier); });
+        m_thread = CThread(std::size_t{64} << 20, [this] {
+            m_result = m_solve.StartSolving(m_notifier);
+            m_bDone = true;
+        });
     }
     ~CRunning() { m_solve.RequestStop(); }
     CRunning(const CRunning&) = delete;
@@ -47,6 +50,7 @@ class CRunning {
     CSolve m_solve;
     CObserver m_observer;
     TSolvingResult m_result;
+    std::atomic<bool> m_bDone{false};
     CThread m_thread; // joined first
 };
 
@@ -221,6 +225,22 @@ TEST(Observer, WithoutLevelsItShowsNoMoves) {
     ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nAwaitedThreads == 1; }));
     EXPECT_TRUE(run.m_observer.Read().m_levels.empty());
     EXPECT_EQ(run.m_observer.Threads(), std::vector<std::uint32_t>{0});
+}
+
+/// However many threads begin and end moves of the root: what is done of a pass stays done.
+TEST(Observer, ThePartGoesBackWithANewPassOnly) {
+    CRunning run(AllKeys("7k/5p2/5P1p/2K4P/8/8/8/8", 11, {4, 1}));
+    double part = 0, most = 0;
+    std::size_t back = 0;
+    while (!run.m_bDone) {
+        const double now = run.m_observer.Read().m_part;
+        back += now < part ? 1 : 0;
+        part = now;
+        most = std::max(most, part);
+    }
+    run.m_thread.Join();
+    EXPECT_GT(most, 0.0);
+    EXPECT_LE(back, run.m_result.m_passes.size());
 }
 
 /// The search is the same whether it is observed or not.
