@@ -307,8 +307,8 @@ class CRootRun final : public IRootMoves {
         m_nTried = 0;
         m_nEnded = 0;
         const int count = static_cast<int>(m_open.size());
-        m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(count), std::memory_order_relaxed);
         PublishIndex(0);
+        m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(count), std::memory_order_relaxed);
         m_analysis.m_nPassIndex.store(PassIndex(m_root.m_byPass, m_context.m_nRelaxations), std::memory_order_relaxed);
         m_context.m_nGroupSize = m_analysis.m_nThreads;
         const bool bShared =

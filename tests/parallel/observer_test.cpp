@@ -240,7 +240,7 @@ TEST(Observer, ThePartGoesBackWithANewPassOnly) {
     }
     run.m_thread.Join();
     EXPECT_GT(most, 0.0);
-    EXPECT_LE(back, run.m_result.m_passes.size());
+    EXPECT_LE(back, 2 * run.m_result.m_passes.size()) << "one may be read with index and count of two passes";
 }
 
 /// The search is the same whether it is observed or not.
