@@ -101,7 +101,7 @@ class CSolve {
     ///   Errors  ChessException for a request that cannot be run: stipulation out of range, Black in check.
     [[nodiscard]] TSolvingResult StartSolving(INotifier& notifier);
 
-    // From any thread, also from a signal handler: relaxed stores.
+    // From any thread.
     void RequestStop() { m_context->m_nStopRequest.store(kStopRequest, std::memory_order_relaxed); }
     // A stop stays: nodes that have obeyed it have returned no verdict, and those above them must know.
     void Pause() { Request(kPauseRequest); }

@@ -123,6 +123,13 @@ bool IsStopping(const TChessboard& b) {
            (CommandFor(b) == kStopCommand && TakeStopCommand(b));
 }
 
+bool IsLeaving(const TChessboard& b) {
+    if (!IsControlPending(b))
+        return false;
+    NoteCallBack(b);
+    return IsStopping(b);
+}
+
 bool PauseOrStop(const TChessboard& b) {
     NoteCallBack(b);
     while (!IsStopping(b)) {
