@@ -102,7 +102,7 @@ class CSolve {
     ///   Errors  ChessException for a request that cannot be run: stipulation out of range, Black in check.
     [[nodiscard]] TSolvingResult StartSolving(INotifier& notifier);
 
-    // From any thread; a stop also from a signal handler.
+    // From any thread.
     void RequestStop() { m_context->m_nStopRequest.store(kStopRequest, std::memory_order_relaxed); }
     // A pause of all threads, in which the clock of the solve stands still. It does not undo a stop: nodes that have
     // obeyed it have returned no verdict, and those above them must know.

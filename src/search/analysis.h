@@ -127,7 +127,7 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::atomic<std::uint64_t> m_nStartTicks{0};      // ms as AnalysisTicks
     std::atomic<const char*> m_pStatusText{""};       // what the progress panel shows; static texts only
     std::atomic<std::uint64_t> m_nProgressTicks{0};   // ms, last sign of life
-    std::atomic<std::uint32_t> m_nFinishedThreads{0}; // threads of all groups that have ended
+    std::atomic<std::uint32_t> m_nFinishedThreads{0}; // threads of groups and schedulers that have ended
 
     // --- For observers
     // -----------------------------------------------------------------------------------------------------

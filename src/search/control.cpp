@@ -136,6 +136,13 @@ bool IsStopping(const TChessboard& b) {
            (CommandFor(b) == kStopCommand && TakeStopCommand(b));
 }
 
+bool IsLeaving(const TChessboard& b) {
+    if (!IsControlPending(b))
+        return false;
+    NoteCallBack(b);
+    return IsStopping(b);
+}
+
 bool PauseOrStop(const TChessboard& b) {
     NoteCallBack(b);
     std::optional<CCountedThread> sleeping;

@@ -14,6 +14,9 @@ namespace quillon {
 /// steps of 10 ms, or until told where its requests reach it; true if the thread is to stop.
 [[nodiscard]] bool PauseOrStop(const TChessboard& b);
 
+/// As PauseOrStop, without a sleep: true if the thread is to stop.
+[[nodiscard]] bool IsLeaving(const TChessboard& b);
+
 /// Is this thread being stopped, or called back to a node above `b` by a manual command? A verdict found then is none.
 [[nodiscard]] bool IsStopping(const TChessboard& b);
 
