@@ -142,7 +142,8 @@ class CWatchedSolve {
     [[nodiscard]] bool AllSleep() const {
         const TAnalysis& analysis = m_solve.Analysis();
         return analysis.m_nSleepingThreads.load(std::memory_order_relaxed) >=
-               analysis.m_nRunningThreads.load(std::memory_order_relaxed);
+               analysis.m_nRunningThreads.load(std::memory_order_relaxed) +
+                   analysis.m_nSchedulerThreads.load(std::memory_order_relaxed);
     }
 
     template <class TCondition> static void WaitUpTo(std::uint32_t nMs, TCondition condition) {

@@ -103,16 +103,6 @@ class CRootRun final : public IRootMoves {
         m_nChosen = m_analysis.m_nHybridPhase == kHybridBruteForce ? 0 : m_run.m_nInitialHeuristics;
     }
 
-    /// Where a queen alone plays against a rook alone, what the first reply has shown holds for the whole line below
-    /// it: one thread has to have the line.
-    void KeepLineTogether() {
-        const TChessboard& b = m_root;
-        const bool bQueenAlone = b.m_whiteQueens == 1 && b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights == 0;
-        const bool bRookAlone = b.m_blackRooks == 1 && b.m_blackQueens + b.m_blackBishops + b.m_blackKnights == 0;
-        if (m_nChosen != 0 && !m_analysis.m_bSafeMode && bQueenAlone && bRookAlone)
-            m_analysis.m_nMultithreadingLevels = 1;
-    }
-
     /// The second phase of a hybrid run goes without heuristics; the first has met what is required.
     [[nodiscard]] bool HasRequiredHeuristics() const {
         return m_analysis.m_nHybridPhase == kHybridBruteForce || (m_analysis.m_nRequiredHeuristics & ~m_nChosen) == 0;
@@ -219,6 +209,15 @@ class CRootRun final : public IRootMoves {
             std::rotate(m_run.m_moves.begin(), found, found + 1);
     }
 
+    /// Where a queen alone plays against a rook alone, what the first reply has shown holds for the whole line below
+    /// it, as long as heuristics ask about it: one thread has to have the line.
+    [[nodiscard]] bool IsLineKeptTogether() const {
+        const TChessboard& b = m_root;
+        const bool bQueenAlone = b.m_whiteQueens == 1 && b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights == 0;
+        const bool bRookAlone = b.m_blackRooks == 1 && b.m_blackQueens + b.m_blackBishops + b.m_blackKnights == 0;
+        return b.m_byPass < 2 && !m_analysis.m_bSafeMode && bQueenAlone && bRookAlone;
+    }
+
     void SwitchAidsOff() {
         m_context.m_bDropBlockedFigures = false;
         m_context.m_bQueenCheckRelaxable = false;
@@ -255,6 +254,7 @@ class CRootRun final : public IRootMoves {
 
     void RunPass() {
         m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
+        m_analysis.m_nMultithreadingLevels = IsLineKeptTogether() ? 1 : m_nAskedLevels;
         m_passName = PassName(m_root.m_byPass, m_context.m_nRelaxations);
         m_run.m_passes.push_back(m_passName);
         const std::uint64_t start = AnalysisTicks(m_analysis);
@@ -508,6 +508,7 @@ class CRootRun final : public IRootMoves {
     std::vector<std::uint8_t> m_places; // in m_list, of each root move
 
     const bool m_bThreads;
+    const std::uint8_t m_nAskedLevels = m_analysis.m_nMultithreadingLevels; // of threads
     std::mutex m_mutex;             // guards what follows, and the moves' results and solutions while a pass runs
     std::deque<std::size_t> m_open; // indices of the moves of this pass that nobody has begun, in order
     std::size_t m_nTried = 0;       // moves of this pass begun by the one thread,
@@ -560,7 +561,6 @@ int RunRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& boa
         }
     }
     driver.ChooseHeuristics(bFirstTime);
-    driver.KeepLineTogether();
     if (!driver.HasRequiredHeuristics())
         return kRequiredHeuristicsUnmet;
     if (run.m_bAnalysisOnly)

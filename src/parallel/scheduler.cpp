@@ -195,7 +195,9 @@ bool TScheduler::TakeSlot(TWorker& worker) {
 
 /// A worker's thread.
 void TScheduler::Work(TWorker& worker) {
-    worker.m_failure = RunSearchThread(*m_position.m_pAnalysis, *worker.m_share.m_context, [&] {
+    TAnalysis& analysis = *m_position.m_pAnalysis;
+    worker.m_failure = RunSearchThread(analysis, *worker.m_share.m_context, [&] {
+        const CCountedThread counted(analysis.m_nSchedulerThreads);
         while (EndSlot(worker, SearchShare(worker.m_share, m_pNode))) {
         }
     });
