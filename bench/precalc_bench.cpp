@@ -1,13 +1,15 @@
-// Costs of precalculated data: the index of a position.
+// Costs of precalculated data: the index of a position, packing a table and unpacking it.
 
 #include <benchmark/benchmark.h>
 
 #include <array>
 #include <cstdint>
 #include <random>
+#include <span>
 #include <vector>
 
 #include "core/chessboard.h"
+#include "globalregister/packed/packed_block.h"
 #include "globalregister/position_indexing.h"
 
 namespace quillon {
@@ -53,6 +55,59 @@ void BM_PositionByIndex(benchmark::State& state, const char* type) {
 }
 BENCHMARK_CAPTURE(BM_PositionByIndex, five_men, "QRr");
 BENCHMARK_CAPTURE(BM_PositionByIndex, five_men_with_pawn, "RPr");
+
+// A table of a rook against a bishop and a pawn that looks like a true one: kings' distance, edge, and what stands
+// where, with holes for indices that name no position.
+std::vector<std::uint8_t> TableAlike(std::size_t nElements) {
+    const TPositionIndexing indexing("Rbp");
+    std::vector<std::uint8_t> table(nElements);
+    TChessboard b = EmptyChessboard();
+    for (std::size_t index = 0; index < nElements; ++index) {
+        if (!indexing.GetPositionByIndex(index, b))
+            continue;
+        const int king = BlackKingSquare(b);
+        int moves = 4 + 3 * RingOf(FileOf(king), RankOf(king)) + KingSteps(king, WhiteKingSquare(b));
+        for (int square = 0; square < kSquares; ++square) {
+            const TFigure figure = b.m_board[static_cast<std::size_t>(square)];
+            if (figure == kWhiteRook)
+                moves +=
+                    FileOf(square) == FileOf(king) || RankOf(square) == RankOf(king) ? -4 : KingSteps(square, king) / 3;
+            else if (figure == kBlackBishop)
+                moves += KingSteps(square, WhiteKingSquare(b)) / 2;
+            else if (figure == kBlackPawn)
+                moves += 7 - RankOf(square);
+        }
+        table[index] = static_cast<std::uint8_t>(moves);
+    }
+    return table;
+}
+
+constexpr std::size_t kTableElements = 4'000'000;
+
+using TPack = bool (*)(std::span<const std::uint8_t>, std::vector<std::uint8_t>&, int);
+
+void BM_Pack(benchmark::State& state, TPack pack) {
+    const std::vector<std::uint8_t> table = TableAlike(kTableElements);
+    std::vector<std::uint8_t> packed;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(pack(table, packed, 1));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(table.size()));
+    state.counters["ratio"] = static_cast<double>(packed.size()) / static_cast<double>(table.size());
+}
+BENCHMARK_CAPTURE(BM_Pack, short_offsets, static_cast<TPack>(PackBlock));
+BENCHMARK_CAPTURE(BM_Pack, long_offsets, static_cast<TPack>(PackBlockLong));
+
+void BM_Unpack(benchmark::State& state, TPack pack) {
+    const std::vector<std::uint8_t> table = TableAlike(kTableElements);
+    std::vector<std::uint8_t> packed, unpacked;
+    if (!pack(table, packed, 1))
+        state.SkipWithError("cannot pack");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(UnpackBlock(packed, unpacked));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(table.size()));
+}
+BENCHMARK_CAPTURE(BM_Unpack, short_offsets, static_cast<TPack>(PackBlock));
+BENCHMARK_CAPTURE(BM_Unpack, long_offsets, static_cast<TPack>(PackBlockLong));
 
 } // namespace
 } // namespace quillon
