@@ -13,7 +13,7 @@ namespace {
 constexpr std::array<std::size_t, 3> kPrefix{4, 8, 20};
 constexpr std::array<int, 3> kSteps{4, 12, 32}; // candidates looked at; more win less than a percent
 constexpr int kMinHashBits = 8;
-constexpr int kMaxHashBits = 17;
+constexpr int kMaxHashBits = 20;
 
 constexpr std::uint64_t kMix = 0x9e3779b97f4a7c15u;
 
@@ -51,7 +51,7 @@ CMatchFinder::CMatchFinder(std::span<const std::uint8_t> data, std::size_t nWind
     for (TLevel& level : m_levels) {
         level.m_nShift = 64 - nHashBits;
         level.m_newest.resize(std::size_t{1} << nHashBits);
-        level.m_earlier = std::make_unique_for_overwrite<std::uint32_t[]>(nPlaces);
+        level.m_earlier.resize(nPlaces);
     }
 }
 

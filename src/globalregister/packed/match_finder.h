@@ -6,9 +6,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <vector>
+
+#include "platform/large_pages.h"
 
 namespace quillon {
 
@@ -34,9 +35,10 @@ class CMatchFinder {
     static constexpr std::size_t kLevels = 3;
 
     struct TLevel {
-        int m_nShift = 0;                           // of a 64-bit hash, to an index of m_newest
-        std::vector<std::uint32_t> m_newest;        // by hash: place + 1, 0 for none
-        std::unique_ptr<std::uint32_t[]> m_earlier; // by place modulo the window: the one before it on its chain, + 1
+        int m_nShift = 0; // of a 64-bit hash, to an index of m_newest
+        std::vector<std::uint32_t, CLargePageAllocator<std::uint32_t>> m_newest; // by hash: place + 1, 0 for none
+        std::vector<std::uint32_t, CLargePageAllocator<std::uint32_t>>
+            m_earlier; // by place modulo the window: the one before it on its chain, + 1
     };
 
     template <std::size_t nLevel> std::size_t AddTo(std::size_t position);
