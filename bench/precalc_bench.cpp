@@ -1,15 +1,19 @@
-// Costs of precalculated data: the index of a position, packing a table and unpacking it.
+// Costs of precalculated data: the index of a position, packing a table and unpacking it, and
+// reading elements of a packed one.
 
 #include <benchmark/benchmark.h>
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
+#include <memory>
 #include <random>
 #include <span>
 #include <vector>
 
 #include "core/chessboard.h"
 #include "globalregister/packed/packed_block.h"
+#include "globalregister/packed/random_access_packed_buffer.h"
 #include "globalregister/position_indexing.h"
 
 namespace quillon {
@@ -108,6 +112,41 @@ void BM_Unpack(benchmark::State& state, TPack pack) {
 }
 BENCHMARK_CAPTURE(BM_Unpack, short_offsets, static_cast<TPack>(PackBlock));
 BENCHMARK_CAPTURE(BM_Unpack, long_offsets, static_cast<TPack>(PackBlockLong));
+
+using TBuffer = std::unique_ptr<RandomAccessLZWBuffer::CRandomAccessPackedBufferBase>;
+
+void BM_PackedElement(benchmark::State& state) {
+    static const TBuffer buffer = [] { // one for all threads
+        TBuffer made = RandomAccessLZWBuffer::MakePackedWriter(1);
+        const std::filesystem::path path = std::filesystem::temp_directory_path() / "quillon_bench.packed.lzw";
+        const bool bSaved =
+            made->Compress(kTableElements, TableAlike(kTableElements), true, 0, 0, 1) && made->Save(path, 0);
+        made = RandomAccessLZWBuffer::MakePackedReader(1, 16384);
+        if (!bSaved || !made->Load(path, false))
+            made.reset();
+        std::filesystem::remove(path);
+        return made;
+    }();
+    if (!buffer) {
+        state.SkipWithError("no packed table");
+        return;
+    }
+    std::mt19937_64 rng(static_cast<std::uint64_t>(state.thread_index()));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(buffer->Get(rng() % kTableElements, false));
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_PackedElement)->ThreadRange(1, 8);
+
+void BM_PackForElements(benchmark::State& state) {
+    const std::vector<std::uint8_t> table = TableAlike(kTableElements);
+    const TBuffer buffer = RandomAccessLZWBuffer::MakePackedWriter(1);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(buffer->Compress(table.size(), table, true, 0, 0, 1));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(table.size()));
+    state.counters["ratio"] = static_cast<double>(buffer->GetPackedSize()) / static_cast<double>(table.size());
+}
+BENCHMARK(BM_PackForElements);
 
 } // namespace
 } // namespace quillon
