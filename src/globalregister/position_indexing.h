@@ -80,7 +80,7 @@ struct TPositionIndexing {
     std::vector<std::uint8_t> groupSizes;                             // per letter; 0 where no group starts
     std::vector<std::uint64_t> groupCounts;                           // per letter; 0 where no group starts
     std::array<std::uint64_t, kMaxTypeLetters> strides{};
-    std::optional<TCustomIndexing> custom; // of a custom type: takes the place of all that follows
+    std::optional<TCustomIndexing> custom; // of a custom type, which has no letters, groups or strides
 
   private:
     void SetLetters();

@@ -236,9 +236,9 @@ TEST(PackedBlock, LargeSourcesArePackedInParallel) {
         EXPECT_EQ(part, (source.size() / 3 + 16) / 16 * 16);
         ASSERT_TRUE(UnpackBlock(packed, unpacked));
         EXPECT_TRUE(unpacked == source);
-        ASSERT_TRUE(Pack(bLong, source, packed, 1));
-        EXPECT_EQ(MagicOf(packed), bLong ? "LZ4e" : "LZ4 ") << "one processor makes one block";
     }
+    ASSERT_TRUE(PackBlock(source, packed, 1));
+    EXPECT_EQ(MagicOf(packed), "LZ4 ") << "one processor makes one block";
     source.resize(kParallelPackBytes - 1);
     ASSERT_TRUE(PackBlock(source, packed, 3));
     EXPECT_EQ(MagicOf(packed), "LZ4 ") << "too small to share";
@@ -249,7 +249,7 @@ TEST(PackedBlock, LargeSourcesArePackedInParallel) {
 TEST(PackedBlock, DamagedBlocksDoNoHarm) {
     std::mt19937_64 rng(78);
     int nRefused = 0, nRead = 0;
-    for (int i = 0; i < 4000; ++i) {
+    for (int i = 0; i < 1500; ++i) {
         TBytes packed, unpacked;
         const TBytes source = RepetitiveBytes(rng, reference::Draw(rng, 2000));
         ASSERT_TRUE(Pack(reference::Draw(rng, 2) == 0, source, packed));
@@ -268,8 +268,8 @@ TEST(PackedBlock, DamagedBlocksDoNoHarm) {
             ASSERT_TRUE(unpacked.empty());
         }
     }
-    EXPECT_GT(nRefused, 1000);
-    EXPECT_GT(nRead, 100) << "literals were changed";
+    EXPECT_GT(nRefused, 400);
+    EXPECT_GT(nRead, 40) << "literals were changed";
 }
 
 TEST(PackedBlock, CutBlocksAreRefused) {

@@ -12,7 +12,7 @@ TBytes SimpleTable(std::mt19937_64& rng, std::size_t size) {
     TBytes table = RepetitiveBytes(rng, size);
     for (std::uint8_t& element : table)
         if (element > 127)
-            element = element % 8 == 0 ? 255 : element % 128;
+            element = static_cast<std::uint8_t>(element % 8 == 0 ? 255 : element % 128);
     return table;
 }
 
