@@ -24,6 +24,8 @@ TCustomIndexing::TCustomIndexing(std::string_view typeName) : m_type(ParseCustom
     SetFrozen();
     for (const TMovablePiece& piece : m_type.m_movable) {
         m_fields.push_back(FieldOf(piece));
+        if (m_fields.back().m_squares.empty())
+            throw ChessException("Error in custom position type " + Printable(typeName) + ": pawn without a square");
         m_nSize *= m_fields.back().m_squares.size();
         bHasPawns = bHasPawns || IsPawnLetter(piece.m_letter);
     }

@@ -27,7 +27,8 @@ inline constexpr std::size_t kMaxCustomLetters = 10;
 inline constexpr std::uint64_t kNoIndex = ~std::uint64_t{0};
 
 struct TCustomIndexing {
-    ///   Errors  ChessException for a text that is no custom type or has more than kMaxCustomLetters movable pieces.
+    ///   Errors  ChessException for a text that is no custom type has more than kMaxCustomLetters movable pieces
+    ///           or a pawn without a square.
     explicit TCustomIndexing(std::string_view typeName);
 
     /// kNoIndex unless the frozen pieces stand on their squares and the movable ones are the other men of the board.

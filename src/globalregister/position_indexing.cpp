@@ -186,18 +186,18 @@ std::uint64_t TPositionIndexing::CollectSquares(const TChessboard& b) const {
 
 std::uint64_t TPositionIndexing::IndexWithPawns(const TChessboard& b) const {
     std::uint64_t squares = CollectSquares(b);
-    int file = b.m_whiteKingFile;
-    if (file >= 4) {
+    std::uint64_t white = WhiteKingSquare(b);
+    if (white % 8 >= 4) {
         squares = MirrorFiles(squares);
-        file = 7 - file;
+        white ^= 7;
     }
-    return IndexOf(squares, static_cast<std::uint64_t>(b.m_whiteKingRank * 4 + file));
+    return IndexOf(squares, white / 8 * 4 + white % 8);
 }
 
 // The white king alone decides the folding: on the diagonal the two halves of the board stay apart.
 std::uint64_t TPositionIndexing::IndexWithoutPawns(const TChessboard& b) const {
     std::uint64_t squares = CollectSquares(b);
-    int file = b.m_whiteKingFile, rank = b.m_whiteKingRank;
+    int file = FileOf(WhiteKingSquare(b)), rank = RankOf(WhiteKingSquare(b));
     if (file >= 4) {
         squares = MirrorFiles(squares);
         file = 7 - file;
