@@ -10,8 +10,8 @@ namespace quillon {
 
 namespace {
 
-constexpr std::array<std::size_t, 3> kPrefix{4, 8, 20};
-constexpr std::array<int, 3> kSteps{4, 12, 32}; // candidates looked at; more win less than a percent
+constexpr std::array<std::size_t, 3> kPrefix{kMinMatch, 8, kMinFarMatch};
+constexpr std::array<int, 3> kSteps{4, 12, 48}; // candidates looked at; more win less than a percent
 constexpr int kMinHashBits = 8;
 constexpr int kMaxHashBits = 20;
 
@@ -23,7 +23,7 @@ template <std::size_t nBytes> std::uint64_t Mixed(const std::uint8_t* bytes) {
     std::uint64_t hash = 0;
     for (std::size_t i = 0; i + 8 <= nBytes; i += 8)
         hash = (std::rotl(hash, 29) ^ LoadLittleEndian<std::uint64_t>(bytes + i)) * kMix;
-    if constexpr (nBytes % 8 == 4)
+    if constexpr (nBytes % 8 != 0)
         hash = (std::rotl(hash, 29) ^ LoadLittleEndian<std::uint32_t>(bytes + nBytes - 4)) * kMix;
     return hash;
 }
@@ -44,11 +44,14 @@ std::size_t EqualBytes(const std::uint8_t* a, const std::uint8_t* b, std::size_t
 
 } // namespace
 
-CMatchFinder::CMatchFinder(std::span<const std::uint8_t> data, std::size_t nWindow) : m_data(data), m_nWindow(nWindow) {
-    const std::size_t nPlaces = std::bit_ceil(std::min(data.size(), nWindow));
-    m_nPlaceMask = nPlaces - 1;
-    const int nHashBits = std::clamp(static_cast<int>(std::bit_width(nPlaces)) - 1, kMinHashBits, kMaxHashBits);
-    for (TLevel& level : m_levels) {
+// From farther away than a short offset reaches, only what has the longest prefix is long enough to be told.
+CMatchFinder::CMatchFinder(std::span<const std::uint8_t> data, std::size_t nWindow) : m_data(data) {
+    for (std::size_t i = 0; i < kLevels; ++i) {
+        TLevel& level = m_levels[i];
+        level.m_nWindow = i + 1 < kLevels ? std::min(nWindow, kShortWindow) : nWindow;
+        const std::size_t nPlaces = std::bit_ceil(std::min(data.size(), level.m_nWindow));
+        const int nHashBits = std::clamp(static_cast<int>(std::bit_width(nPlaces)) - 1, kMinHashBits, kMaxHashBits);
+        level.m_nPlaceMask = nPlaces - 1;
         level.m_nShift = 64 - nHashBits;
         level.m_newest.resize(std::size_t{1} << nHashBits);
         level.m_earlier.resize(nPlaces);
@@ -62,7 +65,7 @@ template <std::size_t nLevel> std::size_t CMatchFinder::AddTo(std::size_t positi
     TLevel& level = m_levels[nLevel];
     std::uint32_t& newest = level.m_newest[Mixed<kPrefix[nLevel]>(m_data.data() + position) >> level.m_nShift];
     const std::uint32_t before = newest;
-    level.m_earlier[position & m_nPlaceMask] = before;
+    level.m_earlier[position & level.m_nPlaceMask] = before;
     newest = static_cast<std::uint32_t>(position + 1);
     return before;
 }
@@ -90,24 +93,24 @@ void CMatchFinder::Try(std::size_t candidate, std::size_t position, TFoundMatch&
 
 template <std::size_t nLevel>
 void CMatchFinder::SearchChain(std::size_t next, std::size_t position, TFoundMatch& best) const {
+    const TLevel& level = m_levels[nLevel];
     for (int step = 0; step < kSteps[nLevel] && next != 0; ++step) {
         const std::size_t candidate = next - 1;
-        if (position - candidate >= m_nWindow)
+        if (position - candidate >= level.m_nWindow)
             return; // and so are the older ones
         Try(candidate, position, best);
-        next = m_levels[nLevel].m_earlier[candidate & m_nPlaceMask];
+        next = level.m_earlier[candidate & level.m_nPlaceMask];
     }
 }
 
 TFoundMatch CMatchFinder::FindAndAdd(std::size_t position) {
     const std::array<std::size_t, kLevels> newest{AddTo<0>(position), AddTo<1>(position), AddTo<2>(position)};
     TFoundMatch best;
-    SearchChain<0>(newest[0], position, best);
-    // Where nothing is repeated, what the other chains hold only looks alike.
-    if (best.m_nLength == 0)
-        return best;
     SearchChain<2>(newest[2], position, best);
     if (best.m_nLength < kPrefix[2])
+        SearchChain<0>(newest[0], position, best);
+    // Where no four bytes are repeated, what the chain of eight holds only looks alike.
+    if (best.m_nLength != 0 && best.m_nLength < kPrefix[2])
         SearchChain<1>(newest[1], position, best);
     return best;
 }

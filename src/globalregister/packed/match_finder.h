@@ -1,5 +1,5 @@
 #pragma once
-// CMatchFinder: finds what a packed block repeats. Places whose first 4, 8 or 20 bytes hash alike are chained, newest
+// CMatchFinder: finds what a packed block repeats. Places whose first 4, 8 or 19 bytes hash alike are chained, newest
 // first. A match that a longer prefix gives is longer than any that only a shorter one gives, so data that repeats
 // itself thousands of times needs no walk over all of the repetitions, and a bounded number of steps loses little.
 
@@ -24,8 +24,7 @@ class CMatchFinder {
     ///   Errors   std::bad_alloc.
     CMatchFinder(std::span<const std::uint8_t> data, std::size_t nWindow);
 
-    /// A long match at `position`, mostly the longest and then the nearest of them; adds the position as Add
-    /// does.
+    /// A long match at `position`, mostly the longest and of these the nearest; adds the position as Add does.
     [[nodiscard]] TFoundMatch FindAndAdd(std::size_t position);
 
     /// What is added can be found. Positions are added in ascending order, each once.
@@ -34,11 +33,14 @@ class CMatchFinder {
   private:
     static constexpr std::size_t kLevels = 3;
 
+    using TPlaces = std::vector<std::uint32_t, CLargePageAllocator<std::uint32_t>>; // place + 1, 0 for none
+
     struct TLevel {
-        int m_nShift = 0; // of a 64-bit hash, to an index of m_newest
-        std::vector<std::uint32_t, CLargePageAllocator<std::uint32_t>> m_newest; // by hash: place + 1, 0 for none
-        std::vector<std::uint32_t, CLargePageAllocator<std::uint32_t>>
-            m_earlier; // by place modulo the window: the one before it on its chain, + 1
+        std::size_t m_nWindow = 0;    // how far back it is searched
+        std::size_t m_nPlaceMask = 0; // of a position, to an index of m_earlier
+        int m_nShift = 0;             // of a 64-bit hash, to an index of m_newest
+        TPlaces m_newest;             // by hash
+        TPlaces m_earlier;            // by place modulo the window: the one before it on its chain
     };
 
     template <std::size_t nLevel> std::size_t AddTo(std::size_t position);
@@ -46,8 +48,6 @@ class CMatchFinder {
     void Try(std::size_t candidate, std::size_t position, TFoundMatch& best) const;
 
     std::span<const std::uint8_t> m_data;
-    std::size_t m_nWindow;
-    std::size_t m_nPlaceMask;
     std::array<TLevel, kLevels> m_levels;
 };
 
