@@ -14,11 +14,11 @@
 #include "heuristics/pass_plan.h"
 #include "heuristics/relaxation_clock.h"
 #include "heuristics/thread_demand.h"
-#include "platform/clock.h"
 #include "platform/processors.h"
 #include "search/control.h"
 #include "search/find_mate.h"
 #include "search/move_sort.h"
+#include "search/observed_lines.h"
 #include "search/proof_guide.h"
 #include "search/repetition.h"
 
@@ -257,14 +257,15 @@ class CRootRun final : public IRootMoves {
         m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
         m_passName = PassName(m_root.m_byPass, m_context.m_nRelaxations);
         m_run.m_passes.push_back(m_passName);
-        const std::uint64_t start = TickCount64();
+        const std::uint64_t start = AnalysisTicks(m_analysis);
         const std::size_t keysBefore = m_run.m_solutions.size();
         TPassRecord& record = BeginRecord();
+        ShowPass(record);
         {
             const CDoubtOfPass doubt(m_analysis, m_root);
             TryOpenMoves();
         }
-        record.m_seconds = static_cast<double>(TickCount64() - start) / 1000.0;
+        record.m_seconds = static_cast<double>(AnalysisTicks(m_analysis) - start) / 1000.0;
         record.m_nKeys = static_cast<int>(m_run.m_solutions.size() - keysBefore);
     }
 
@@ -277,16 +278,37 @@ class CRootRun final : public IRootMoves {
         return record;
     }
 
+    void ShowPass(const TPassRecord& record) {
+        TShownPass& shown = m_run.m_shownPasses.emplace_back();
+        shown.m_nPass = m_root.m_byPass;
+        shown.m_nRelaxations = m_context.m_nRelaxations;
+        shown.m_nHeuristics = m_root.m_nHeuristics;
+        shown.m_heuristics = record.m_heuristics;
+        shown.m_bSafeMode = m_analysis.m_bSafeMode;
+        shown.m_bThreadsForced = m_analysis.m_nForcedThreadsMode > 1;
+        shown.m_nSolveMode = m_analysis.m_nSolveMode;
+        shown.m_nThreads = m_bThreads ? m_analysis.m_nThreads : 1;
+        shown.m_nRootPlies = m_root.m_nMoves;
+        m_analysis.m_pShownPass.store(&shown, std::memory_order_release);
+    }
+
     void TryOpenMoves() {
         m_open.clear();
-        for (std::size_t i = 0; i < m_run.m_moves.size(); ++i)
-            if (IsOpen(m_run.m_moves[i]))
-                m_open.push_back(i);
+        m_list.clear();
+        m_places.assign(m_run.m_moves.size(), 0);
+        for (std::size_t i = 0; i < m_run.m_moves.size(); ++i) {
+            if (!IsOpen(m_run.m_moves[i]))
+                continue;
+            m_places[i] = static_cast<std::uint8_t>(m_open.size());
+            m_open.push_back(i);
+            m_list.push_back(m_run.m_moves[i].m_move);
+        }
+        m_context.m_moveList[m_root.m_nMoves].store(m_list.data(), std::memory_order_relaxed);
         m_nTried = 0;
         m_nEnded = 0;
         const int count = static_cast<int>(m_open.size());
+        PublishIndex(0);
         m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(count), std::memory_order_relaxed);
-        PublishIndex(0, 0);
         m_analysis.m_nPassIndex.store(PassIndex(m_root.m_byPass, m_context.m_nRelaxations), std::memory_order_relaxed);
         m_context.m_nGroupSize = m_analysis.m_nThreads;
         const bool bShared =
@@ -296,7 +318,10 @@ class CRootRun final : public IRootMoves {
         const std::uint32_t number = m_context.m_nThreadNumber;
         if (!bShared)
             m_context.m_nThreadNumber = 0;
-        while (TryNext(m_context)) {
+        {
+            const CObservedThread observed(m_analysis, m_context);
+            while (TryNext(m_context)) {
+            }
         }
         m_context.m_nThreadNumber = number;
     }
@@ -313,13 +338,15 @@ class CRootRun final : public IRootMoves {
                 return false;
             i = m_open.front();
             m_open.pop_front();
-            PublishIndex(i, m_nTried);
+            PublishIndex(m_places[i]);
+            context.m_moveIndex[m_root.m_nMoves].store(m_places[i], std::memory_order_relaxed);
             m_nTried += &context == &m_context ? 1 : 0; // of several threads the ended moves are counted
         }
         TryMove(root, i);
         if (&context != &m_context) {
             const std::lock_guard lock(m_mutex);
-            PublishIndex(i, ++m_nEnded);
+            ++m_nEnded;
+            PublishIndex(m_places[i]);
         }
         return true;
     }
@@ -329,14 +356,17 @@ class CRootRun final : public IRootMoves {
         return HasEnough();
     }
 
-    /// The display counts the moves of this pass only. Below the root it is to see no line of the move before.
-    void PublishIndex(std::size_t nMove, std::size_t nOfPass) {
+    /// The display counts the moves of this pass only, of several threads those that have ended. Below the root it is
+    /// to see no line of the move before.
+    void PublishIndex(std::uint8_t nPlace) {
         const int root = m_root.m_nMoves;
+        const std::size_t done = m_nTried + m_nEnded;
         for (int ply = root - 1; ply >= 0 && ply > root - kShownPlies; --ply)
             m_context.m_moveCount[static_cast<std::size_t>(ply)].store(0, std::memory_order_relaxed);
-        m_context.m_moveIndex[m_root.m_nMoves].store(static_cast<std::uint8_t>(nMove), std::memory_order_relaxed);
-        m_context.m_moveIndexShown[m_root.m_nMoves].store(static_cast<std::uint8_t>(nOfPass),
-                                                          std::memory_order_relaxed);
+        m_context.m_moveIndex[m_root.m_nMoves].store(nPlace, std::memory_order_relaxed);
+        m_context.m_moveIndexShown[m_root.m_nMoves].store(
+            static_cast<std::uint8_t>(m_list.empty() ? 0 : std::min(done, m_list.size() - 1)),
+            std::memory_order_relaxed);
     }
 
     void TryMove(TChessboard& root, std::size_t i) {
@@ -472,8 +502,10 @@ class CRootRun final : public IRootMoves {
     TRootRun& m_run;
     TChessboard& m_root;
     std::string m_passName;
-    std::uint32_t m_nChosen = 0; // mask that the plan starts from
-    bool m_bByClock = false;     // the pass to come is there because the ones before were quick
+    std::uint32_t m_nChosen = 0;        // mask that the plan starts from
+    bool m_bByClock = false;            // the pass to come is there because the ones before were quick
+    std::vector<TMove> m_list;          // the moves of this pass as observers see them, in their order at its start
+    std::vector<std::uint8_t> m_places; // in m_list, of each root move
 
     const bool m_bThreads;
     std::mutex m_mutex;             // guards what follows, and the moves' results and solutions while a pass runs

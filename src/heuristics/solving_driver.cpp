@@ -8,7 +8,6 @@
 #include "heuristics/result_texts.h"
 #include "platform/clock.h"
 #include "platform/memory_info.h"
-#include "search/control.h"
 #include "search/main_variant.h"
 #include "search/proof_guide.h"
 #include "tempregister/bucket_count.h"
@@ -133,12 +132,15 @@ void CSolve::SetMode() {
     a.m_nThreads = static_cast<std::uint8_t>(std::clamp(m_request.m_nThreads, 1, 255));
     a.m_nMultithreadingLevels = static_cast<std::uint8_t>(std::clamp(m_request.m_nMultithreadingLevels, 1, 255));
     a.m_nForcedThreadsMode = 0;
+    a.m_nSchedulerLevels = static_cast<std::uint8_t>(std::clamp(m_request.m_nSchedulerLevels, 0, kMostSchedulerLevels));
+    a.m_nQuantumSecondMs = static_cast<std::uint16_t>(std::clamp(m_request.m_nQuantumSecondMs, 1, 60000));
+    a.m_bCustomScheduler = m_request.m_bCustomScheduler && a.m_nSchedulerLevels != 0;
     m_context->m_bLetRelaxHeuristics = m_request.m_bLetRelaxHeuristics;
     m_context->m_bRunPass2 = m_request.m_bRunPass2;
 }
 
-/// What brute force overrides: no heuristics, stored ones neither, one thread, safe mode, the default depth of the
-/// short-mate search, no guide.
+/// What brute force overrides: no heuristics, stored ones neither, one thread, no scheduler, safe mode, the default
+/// depth of the short-mate search, no guide.
 void CSolve::SwitchToBruteForce() {
     m_analysis.m_pGuide = m_run.m_pGuide = nullptr;
     m_guide.reset();
@@ -147,11 +149,11 @@ void CSolve::SwitchToBruteForce() {
     m_run.m_nChosenHeuristics = 0;
     m_analysis.m_nThreads = 1;
     m_analysis.m_nMultithreadingLevels = 1;
+    m_analysis.m_nSchedulerLevels = 0;
+    m_analysis.m_bCustomScheduler = false;
     m_analysis.m_bSafeMode = true;
     m_analysis.m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
 }
-
-void CSolve::Request(std::uint8_t request) { AskThread(*m_context, request); }
 
 void CSolve::SetRegisterMemory() {
     const std::int64_t budget = std::min(BudgetBytes(m_request), static_cast<std::int64_t>(PhysicalMemory()));
@@ -212,6 +214,7 @@ void CSolve::Prepare(INotifier& notifier) {
     m_analysis.m_nPositions.store(0, std::memory_order_relaxed);
     m_analysis.m_nPassesPlanned.store(1, std::memory_order_relaxed);
     m_analysis.m_nPassIndex.store(0, std::memory_order_relaxed);
+    m_analysis.m_pShownPass.store(nullptr, std::memory_order_relaxed);
     m_analysis.m_nTrialPositions.store(0, std::memory_order_relaxed);
     m_analysis.m_nFinishedThreads.store(0, std::memory_order_relaxed);
     m_context->m_nUncounted = 0;
@@ -228,7 +231,7 @@ void CSolve::Prepare(INotifier& notifier) {
 int CSolve::RunOnce(bool bFirstTime, bool bAllowDemand) {
     m_analysis.m_bAllowForcedThreads = bAllowDemand;
     m_analysis.m_pStatusText.store(kInitialCheckPending, std::memory_order_relaxed);
-    m_analysis.m_nStartTicks.store(TickCount64(), std::memory_order_relaxed);
+    m_analysis.m_nStartTicks.store(AnalysisTicks(m_analysis), std::memory_order_relaxed);
     m_analysis.m_nProgressTicks.store(TickCount64(), std::memory_order_relaxed);
     const auto root = m_analysis.m_nThreads < 2 ? FindMateRoot : FindMateRootThreads;
     return root(*m_context, m_analysis, m_request.m_board, PliesOf(m_request.m_nStipulation), m_run, bFirstTime,
@@ -255,7 +258,8 @@ int CSolve::RunRoot(INotifier& notifier) {
 }
 
 TSolvingResult CSolve::StartSolving(INotifier& notifier) {
-    const std::uint64_t start = TickCount64(); // what is made ready counts as well
+    const std::uint64_t start = AnalysisTicks(m_analysis); // what is made ready counts as well
+    const CCountedThread running(m_analysis.m_nRunningThreads);
     Prepare(notifier);
     if (m_request.m_bBruteForce && !notifier.AskYesNo(kBruteForceQuestion, "Quillon")) {
         m_run.m_bStopped = true;
@@ -272,7 +276,7 @@ TSolvingResult CSolve::StartSolving(INotifier& notifier) {
         SwitchToBruteForce();
         (void)RunOnce(false, false);
     }
-    return Collect(static_cast<double>(TickCount64() - start) / 1000.0);
+    return Collect(static_cast<double>(AnalysisTicks(m_analysis) - start) / 1000.0);
 }
 
 std::vector<std::string> CSolve::VariantTexts() {
@@ -344,6 +348,19 @@ void CSolve::FillTexts(TSolvingResult& result) const {
     }
 }
 
+namespace {
+
+/// White's moves of a line are counted from 1.
+std::string SchedulerText(const TAnalysis& a) {
+    const int first = a.m_nMultithreadingLevels + 1, last = a.m_nMultithreadingLevels + a.m_nSchedulerLevels;
+    std::string text = a.m_nSchedulerLevels == 0 ? "* Scheduler is off\n"
+                                                 : "* Scheduler is on: moves from " + std::to_string(first) + " to " +
+                                                       std::to_string(last) + " are 'juggled' by scheduler\n";
+    return text + (a.m_bCustomScheduler ? "* Custom scheduler is on\n" : "* Custom scheduler is off\n");
+}
+
+} // namespace
+
 std::string CSolve::ShowAnalysisSettings() const {
     const TAnalysis& a = m_analysis;
     std::string text = ModeText(a, !m_run.m_solutions.empty());
@@ -362,8 +379,7 @@ std::string CSolve::ShowAnalysisSettings() const {
     text += "\n* Multithreading levels = " + std::to_string(a.m_nMultithreadingLevels);
     text += "\n* Effective number of main threads = " + std::to_string(EffectiveThreads(a));
     const std::string set = InitialSetText();
-    return text + "\n* Scheduler is off\n* Custom scheduler is off\n* Initial set of heuristics: " +
-           (set.empty() ? "none" : set) + "\n";
+    return text + "\n" + SchedulerText(a) + "* Initial set of heuristics: " + (set.empty() ? "none" : set) + "\n";
 }
 
 /// As it was when the passes were planned: since then its parameters may have been relaxed.

@@ -130,6 +130,7 @@ class CWhiteMoves {
     bool m_bMateFound = false; // the sort established a mate
     bool m_bRetry = false;     // the sort found watched figures unblocked
     std::uint8_t m_byResumed = 0;
+    int m_nBest = 0; // so many at the head of the list were sorted among the best
 
   private:
     void TakeResumeList() {
@@ -237,6 +238,7 @@ class CWhiteMoves {
 
     void Take(const TWhiteSort& sort) {
         m_nCount = sort.m_nMoves;
+        m_nBest = sort.m_nBest;
         m_bMateFound = sort.m_bMateFound;
         m_bRetry = sort.m_bRetry;
         m_bLeftOut = m_bLeftOut || sort.m_bLeftOut;
@@ -308,6 +310,15 @@ template <TNodeKind kKind> class CWhiteNode {
                     continue;
                 }
             }
+            if (IsScheduled()) {
+                const int result =
+                    FindMateScheduled(*m_p, m_moves.m_nCount, m_moves.m_list, m_moves.m_nBest, &NodeOnItsOwn);
+                if (result != kContinueHere) {
+                    if (TakeOver(result))
+                        return m_result;
+                    continue;
+                }
+            }
             if (TryStage())
                 return m_result;
         }
@@ -351,10 +362,24 @@ template <TNodeKind kKind> class CWhiteNode {
                m_moves.m_byResumed == 0 && m_context.m_nPositionsLeft == TSearchContext::kNoBound;
     }
 
+    /// Below the multithreading levels, where time is well spent on a choice between moves.
+    [[nodiscard]] bool IsScheduled() const {
+        const TAnalysis& analysis = *m_p->m_pAnalysis;
+        if (kKind.m_bLog || analysis.m_nSchedulerLevels == 0) [[likely]] // a log is to follow the order of the list
+            return false;
+        const int level = PliesPlayed(*m_p) / 2 + 1 - analysis.m_nMultithreadingLevels;
+        return level >= 1 && (level <= analysis.m_nSchedulerLevels || analysis.m_bCustomScheduler) &&
+               m_moves.m_nCount >= 2 && (m_m > 16 || (m_m > 14 && (m_p->m_wKingState & kNarrowPlay) == 0)) &&
+               m_moves.m_byResumed == 0 && m_context.m_nQuickerLevel == 0 && !m_context.m_bFFM &&
+               m_context.m_nPositionsLeft == TSearchContext::kNoBound &&
+               ((m_p->m_nHeuristics & SH_SINGLEQUEENMATE) == 0 || IsStrict(*m_p));
+    }
+
     static TMateResult NodeOnItsOwn(TChessboard* p) { return FindMateWhite<kKind>(p, false); }
 
     /// What the threads made of the list, as if it had been tried here: true if that ends the node.
     bool TakeOver(int result) {
+        assert(result != kContinueHere);
         if (IsStopping(*m_p))
             return End(MR_NOMATE);
         if (result == MR_MATE) {

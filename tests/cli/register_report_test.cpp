@@ -1,5 +1,6 @@
 // What is said of the register of solved positions.
 
+#include <csignal>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -98,9 +99,15 @@ TEST(RegisterOfTheProgram, IsTheLastLineForAPerson) {
 }
 
 TEST(RegisterOfTheProgram, IsShownWhileItGrows) {
-    const TProgramResult run = RunQuillon({"solve", "--fen", "8/5p2/4k1p1/3n4/8/2BNKN2/PP6/8", "--moves", "20",
-                                           "--brute-force", "--memory", "16", "--time-limit", "1.5", "--progress"});
-    EXPECT_TRUE(std::regex_search(run.m_err, std::regex("/s, register [0-9.]+k? [0-9]+ MB"))) << run.m_err;
+    CProgramRun run({"solve", "--fen", "8/5p2/4k1p1/3n4/8/2BNKN2/PP6/8", "--moves", "20", "--brute-force", "--memory",
+                     "16", "--progress"});
+    ASSERT_TRUE(run.WaitForError("Pass 2, 0."));
+    run.Signal(SIGUSR1);
+    EXPECT_TRUE(run.WaitForError(",TR:"));
+    run.Signal(SIGINT);
+    const std::string told = run.Finish().m_err;
+    EXPECT_TRUE(std::regex_search(told, std::regex("A Pass 2 Safe mode ON TR=[1-9][0-9]*MB GR=0MB Thrds=1 "))) << told;
+    EXPECT_TRUE(std::regex_search(told, std::regex("SH:0h,TR:[1-9][0-9]*\\(0\\) 1\\."))) << told;
 }
 
 } // namespace
