@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
+#include <set>
 #include <vector>
 
 #include "combination_walk.h"

@@ -1,7 +1,9 @@
 #include "globalregister/packed/packed_block.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
+#include <span>
 #include <string_view>
 
 #include "packed_samples.h"

@@ -1,10 +1,12 @@
 #include "globalregister/packed/random_access_packed_buffer.h"
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <random>
+#include <set>
 #include <sstream>
 #include <thread>
 
