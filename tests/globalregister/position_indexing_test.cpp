@@ -38,14 +38,6 @@ bool AreKingsApart(const ref::TBoardText& board) {
     return std::max(std::abs(white % 8 - black % 8), std::abs(white / 8 - black / 8)) > 1;
 }
 
-std::string RandomType(std::mt19937_64& rng, std::size_t nLetters) {
-    std::string type;
-    while (type.size() < nLetters) // few kinds, so that groups of equal men come up
-        type += type.empty() || reference::Draw(rng, 2) == 0 ? ref::kLetters[reference::Draw(rng, 10)] : type.back();
-    std::ranges::sort(type, {}, [](char letter) { return ref::kLetters.find(letter); });
-    return type;
-}
-
 // Board to index as the reference has it, and back to the folded board.
 void CheckBoard(const TPositionIndexing& indexing, const ref::TBoardText& board) {
     TChessboard b = EmptyChessboard();
@@ -194,21 +186,7 @@ TEST(PositionIndexing, BoardsOfFiveToSevenMenAgreeWithTheReference) {
     }
 }
 
-TEST(PositionIndexing, IndicesOfFiveToSevenMenNameTheirPositions) {
-    std::mt19937_64 rng(403);
-    TChessboard b = EmptyChessboard();
-    for (int i = 0; i < 600; ++i) {
-        TPositionIndexing indexing(RandomType(rng, 3 + reference::Draw(rng, 3)));
-        const bool bGrouped = reference::Draw(rng, 2) == 0 && indexing.SetupCombinations();
-        for (int k = 0; k < 200; ++k) {
-            const std::uint64_t index = reference::Draw(rng, indexing.GetSize());
-            if (!indexing.GetPositionByIndex(index, b))
-                continue;
-            const std::uint64_t expected = bGrouped ? index : ref::InOrder(indexing.typeName, index);
-            ASSERT_EQ(indexing.GetIndex(b), expected) << indexing.typeName << ' ' << index;
-        }
-    }
-}
+TEST(PositionIndexing, IndicesOfFiveToSevenMenNameTheirPositions) { SampleIndices(403, 600, 200); }
 
 TEST(PositionIndexing, PawnMarkMakesNoDifference) {
     TChessboard b = ChessboardFromFEN("8/6k1/8/4p3/8/8/8/K7");

@@ -1,4 +1,4 @@
-// Every index of every type of four men: 200 million positions.
+// Every index of every type of four men, 200 million, and ten million of five to seven men.
 
 #include <gtest/gtest.h>
 
@@ -11,6 +11,8 @@ TEST(PositionIndexing, EveryIndexOfFourMenNamesItsPosition) {
     for (const std::string& type : indexing_reference::TypesOf(2))
         EXPECT_EQ(WalkIndices(type, 0, 1), indexing_reference::CountPlacements(type)) << type;
 }
+
+TEST(PositionIndexing, MillionsOfIndicesOfFiveToSevenMenNameTheirPositions) { SampleIndices(404, 5000, 2000); }
 
 } // namespace
 } // namespace quillon
