@@ -8,6 +8,7 @@
 //   +  with check           ++  with double check  *  only where the figure cannot be captured after the move
 
 #include <set>
+#include <string>
 #include <string_view>
 
 #include "search/sort_indication.h"
@@ -21,6 +22,10 @@ using SortIndications = std::set<SortIndication>;
 ///   of
 ///           the indication for a bad one, "Move description too long (note that moves should be separated with a comma
 ///           or semicolon)", "Unknown figure letter: " and the letter.
-void ParseSortIndications(SortIndications& indications, std::string_view text);
+///   bPolish  the first two messages begin "Niepoprawny opis SortIndication" instead.
+void ParseSortIndications(SortIndications& indications, std::string_view text, bool bPolish = false);
+
+/// The text that reads back to these indications, separated by "; ".
+[[nodiscard]] std::string FormatSortIndications(const SortIndications& indications);
 
 } // namespace quillon
