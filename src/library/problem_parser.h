@@ -40,8 +40,8 @@ void ParseWholeProblem(TProblemParser& parser, const TDefaultClauses& defaults);
 // The parts, in their order.
 void ParseHeader(TProblemParser& parser, const TDefaultClauses& defaults);
 void ParseOptions(TProblemParser& parser);
-void ParseSections(TProblemParser& parser); // up to the opening bracket, included
-void ParseBody(TProblemParser& parser);     // up to the closing bracket, included
+void ParseSections(TProblemParser& parser);    // up to the opening bracket, included
+void ParseBody(TProblemParser& parser);        // up to the closing bracket, included
 void ParsePlayedMoves(TProblemParser& parser); // of a problem without a stipulation
 void ParseExpectedAnswer(TProblemParser& parser);
 

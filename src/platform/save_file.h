@@ -20,9 +20,9 @@ enum class ESaveStep {
 
 /// How a save ended. Unless it succeeded the file is what it was before.
 struct TSaveResult {
-    std::error_code m_error;             // none: saved
-    ESaveStep m_step = ESaveStep::Open;  // that failed
-    std::filesystem::path m_oldFile;     // the backup that was made, empty for none
+    std::error_code m_error;            // none: saved
+    ESaveStep m_step = ESaveStep::Open; // that failed
+    std::filesystem::path m_oldFile;    // the backup that was made, empty for none
 };
 
 /// Writes a file with this content.

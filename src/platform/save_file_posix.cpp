@@ -104,7 +104,8 @@ std::error_code WriteNew(CDescriptor& file, std::string_view content, const mode
     if (const std::error_code error = WriteAll(file.Get(), content))
         return error;
     if (pOldMode != nullptr)
-        static_cast<void>(fchmod(file.Get(), *pOldMode & 07777)); // of a file that was another user's it cannot keep all
+        static_cast<void>(
+            fchmod(file.Get(), *pOldMode & 07777)); // of a file that was another user's it cannot keep all
     if (fsync(file.Get()) != 0)
         return LastError();
     return file.Close();

@@ -24,7 +24,8 @@ std::string ErrorOf(const std::string& options) {
 TEST(HeuristicClauses, TakeABracketOrOff) {
     EXPECT_EQ(ClausesOf("SH_KEEPKINGONTHEEDGE()"), (TClauses{{SH_KEEPKINGONTHEEDGE, ""}}));
     EXPECT_EQ(ClausesOf("SH_SEASNAKE off"), (TClauses{{SH_SEASNAKE, "OFF"}}));
-    EXPECT_EQ(ClausesOf("sh_zugzwang (on) NoMirror SH_KEYLINE OFF"), (TClauses{{SH_KEYLINE, "OFF"}, {SH_ZUGZWANG, "on"}}));
+    EXPECT_EQ(ClausesOf("sh_zugzwang (on) NoMirror SH_KEYLINE OFF"),
+              (TClauses{{SH_KEYLINE, "OFF"}, {SH_ZUGZWANG, "on"}}));
 }
 
 TEST(HeuristicClauses, ArgumentIsPutTogetherWithoutBlanksAndComments) {
@@ -51,8 +52,7 @@ TEST(HeuristicClauses, ANameWithASlashIsNoLexeme) {
 }
 
 TEST(HeuristicClauses, AnythingElseBehindTheNameFails) {
-    EXPECT_EQ(ErrorOf("SH_KeyLine on"),
-              "Unexpected lexem after SH_KEYLINE: on (expected opening bracket or OFF)");
+    EXPECT_EQ(ErrorOf("SH_KeyLine on"), "Unexpected lexem after SH_KEYLINE: on (expected opening bracket or OFF)");
     EXPECT_EQ(ErrorOf("SH_KEYLINE"), "Unexpected lexem after SH_KEYLINE: { (expected opening bracket or OFF)");
     EXPECT_EQ(StrictMessage("1 #9 SH_KEYLINE(a\n{\nW: Ke1 B: Ke8\n}\n"), "Unexpected end of file.");
     EXPECT_EQ(ErrorOf("SH_DONTLETKINGMOVE OFF"),

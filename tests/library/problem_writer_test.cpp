@@ -80,15 +80,16 @@ TEST(ProblemWriter, LevelsOfThreadsAreLost) {
 }
 
 TEST(ProblemWriter, SomeOptionsAreNotWritten) {
-    for (const char* option : {"SCHEDULERLEVELS 2", "LICHESSLEVELS 3", "NOGLOBREG", "GLOBREGMB 64",
-                               "ALLSOLUTIONSREQUIRES BB", "STOPRELAXHEURISTICSONFIRSTSOLUTION", "SH_SEASNAKE OFF",
-                               "SH_DONTLETFIGUREUNBLOCK(a7)"})
+    for (const char* option :
+         {"SCHEDULERLEVELS 2", "LICHESSLEVELS 3", "NOGLOBREG", "GLOBREGMB 64", "ALLSOLUTIONSREQUIRES BB",
+          "STOPRELAXHEURISTICSONFIRSTSOLUTION", "SH_SEASNAKE OFF", "SH_DONTLETFIGUREUNBLOCK(a7)"})
         EXPECT_EQ(HeaderAfter("1 #2 " + std::string(option)), "1 #2") << option;
 }
 
 TEST(ProblemWriter, DefaultClausesBecomeOptionsOfTheirProblems) {
-    EXPECT_EQ(Rewritten("//!default #3 AllSolutions\n1 #3\n" + std::string(kPlainBody) + "2 #2\n" + std::string(kPlainBody)),
-              "UTF-8\n\n\n1 #3 AllSolutions\n" + std::string(kPlainBody) + "\n2 #2\n" + std::string(kPlainBody));
+    EXPECT_EQ(
+        Rewritten("//!default #3 AllSolutions\n1 #3\n" + std::string(kPlainBody) + "2 #2\n" + std::string(kPlainBody)),
+        "UTF-8\n\n\n1 #3 AllSolutions\n" + std::string(kPlainBody) + "\n2 #2\n" + std::string(kPlainBody));
 }
 
 TEST(ProblemWriter, AProblemWithoutAStipulationKeepsTwoBlanksBeforeItsOptions) {
@@ -129,7 +130,8 @@ TEST(ProblemWriter, VariantsCanGoWithoutTheirComments) {
 
 TEST(ProblemWriter, TheMainVariantHasItsEnglishName) {
     TProblemMap library;
-    ReadProblemText(kCanonical, library, [](const ProblemFileError&) {}, {.m_language = ELanguage::Polish, .m_log = {}});
+    ReadProblemText(kCanonical, library, [](const ProblemFileError&) {},
+                    {.m_language = ELanguage::Polish, .m_log = {}});
     EXPECT_EQ(library.at(117)->variants.count("Wariant główny"), 1u);
     EXPECT_EQ(FormatProblems(library, true), kCanonical);
 }
@@ -142,7 +144,8 @@ TEST(ProblemWriter, TagsAreWrittenInTheLanguageTheyAreHeldIn) {
 }
 
 TEST(ProblemWriter, ALegacyFileBecomesUtf8) {
-    EXPECT_EQ(Rewritten("1 #2\n{\nDesc: wie\xBF" "a\nW: Ke1 B: Ke8\n}\n"), // windows-1250
+    EXPECT_EQ(Rewritten("1 #2\n{\nDesc: wie\xBF"
+                        "a\nW: Ke1 B: Ke8\n}\n"), // windows-1250
               "UTF-8\n\n\n1 #2\n{\n\tDescription: wieża\n\tFEN: 4k3/8/8/8/8/8/8/4K3\n}\n");
 }
 

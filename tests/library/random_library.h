@@ -28,8 +28,8 @@ inline std::string MovesText(const std::vector<TMove>& moves) {
 inline std::string Description(const ChessProblem& p) {
     std::ostringstream text;
     text << "id " << p.id << " kind " << p.kind << " plies " << p.plies << " flags " << p.flags << "\nanswer "
-         << MovesText(p.answer) << "\nexpected " << MovesText(p.expectedWhiteMoves) << "\noptions " << int{p.threads} << ' '
-         << int{p.levels} << ' ' << p.schedulerLevels << ' ' << p.lichessLevels << ' ' << p.globRegMB << ' '
+         << MovesText(p.answer) << "\nexpected " << MovesText(p.expectedWhiteMoves) << "\noptions " << int{p.threads}
+         << ' ' << int{p.levels} << ' ' << p.schedulerLevels << ' ' << p.lichessLevels << ' ' << p.globRegMB << ' '
          << p.stopRelaxHeuristicsOnFirstSolution << ' ' << p.useMainVariantAsSortIndications << ' ' << p.guiCheckCount
          << "\ndescription [" << p.description << "]\nposition " << WriteFEN(*p.originalPosition, false) << ' '
          << p.originalPosition->m_nMoves << "\nplayed";
@@ -110,9 +110,9 @@ class CRandomLibrary {
   private:
     /// Words that mean something to the reader, and letters of more than one byte.
     std::string Text(std::string_view without) {
-        static const std::vector<std::string> kWords{"mate", "{", "}", "[", "]", "//", "/*", "*/", "ł", "Ж", "#TAGS",
-                                                     "1 #2", ":", ",", "!", "VARIANTS", "2.", "\"", "\\", "\t", "é",
-                                                     "FEN", "0-0", "//!ENDVARIANTS", "x"};
+        static const std::vector<std::string> kWords{
+            "mate", "{", "}",        "[",  "]",  "//", "/*", "*/", "ł",   "Ж",   "#TAGS",          "1 #2", ":",
+            ",",    "!", "VARIANTS", "2.", "\"", "\\", "\t", "é",  "FEN", "0-0", "//!ENDVARIANTS", "x"};
         std::string text = "a";
         for (int i = Below(6); i > 0; --i) {
             const std::string& word = kWords[static_cast<std::size_t>(Below(static_cast<int>(kWords.size())))];
@@ -125,8 +125,8 @@ class CRandomLibrary {
     TSquare Square() { return static_cast<TSquare>(Below(kSquares)); }
 
     void AddOptions(ChessProblem& p) {
-        constexpr ProblemFlags kWritten = 0x1 | 0x2 | 0x8 | 0x10 | 0x20 | 0x80 | 0x100 | 0x800 | 0x1000 | 0x2000 | 0x4000 |
-                                          0x8000 | 0x10000 | 0x20000;
+        constexpr ProblemFlags kWritten = 0x1 | 0x2 | 0x8 | 0x10 | 0x20 | 0x80 | 0x100 | 0x800 | 0x1000 | 0x2000 |
+                                          0x4000 | 0x8000 | 0x10000 | 0x20000;
         for (ProblemFlags bit = 1; bit <= kFlagBruteForce; bit <<= 1)
             p.flags |= Below(4) == 0 ? bit & kWritten : 0;
         p.useMainVariantAsSortIndications = (p.flags & kFlagUseMainVariantAsSortIndications) != 0 ? 1 : 0;
