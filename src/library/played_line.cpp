@@ -7,9 +7,10 @@
 
 namespace quillon {
 
-static_assert(CPlayedLine::kMostPlies == 2 * kMaxStipulation - 1);
-
 namespace {
+
+constexpr int kRootPlies = 2 * kMaxStipulation - 1;
+static_assert(CPlayedLine::kMostPlies == kRootPlies - 1); // with no ply left the makers could not try a move
 
 constexpr int kNoPassWithHeuristics = 2;
 
@@ -42,13 +43,12 @@ CPlayedLine::CPlayedLine() : m_state(std::make_unique<TState>()) {}
 CPlayedLine::~CPlayedLine() = default;
 
 void CPlayedLine::Start(const TChessboard& start) {
-    const int plies = start.m_nMoves % 2 == 1 && start.m_nMoves <= kMostPlies ? start.m_nMoves : kMostPlies;
-    m_pPosition = MakeRoot(*m_state->m_context, m_state->m_analysis, start, plies, kNoPassWithHeuristics);
+    m_pPosition = MakeRoot(*m_state->m_context, m_state->m_analysis, start, kRootPlies, kNoPassWithHeuristics);
 }
 
 bool CPlayedLine::Play(TMove move) {
     TChessboard& position = *m_pPosition;
-    if (position.m_nMoves == 0 || move.m_nFrom >= kSquares || move.m_nTo >= kSquares)
+    if (position.m_nMoves == 1 || move.m_nFrom >= kSquares || move.m_nTo >= kSquares)
         return false;
     if (PromotionKind(move) == 0 && IsPawnOnLastRank(position, move))
         move.m_nPromotion = kQueen;
@@ -63,8 +63,6 @@ bool CPlayedLine::Play(TMove move) {
 
 std::vector<TMove> CPlayedLine::LegalMoves() {
     std::vector<TMove> legal;
-    if (m_pPosition->m_nMoves == 0)
-        return legal;
     for (TMove& move : GeneratedMoves(*m_pPosition))
         if (MakeMove(*m_pPosition, move) != nullptr)
             legal.push_back(move);

@@ -18,26 +18,25 @@ struct TSearchContext;
 
 class CPlayedLine {
   public:
-    /// No line is longer, in plies: that of the longest problem.
-    static constexpr int kMostPlies = 597;
+    /// No line is longer, in plies. The longest problem has one more, with which it ends.
+    static constexpr int kMostPlies = 596;
 
     CPlayedLine();
     ~CPlayedLine();
     CPlayedLine(const CPlayedLine&) = delete;
     CPlayedLine& operator=(const CPlayedLine&) = delete;
 
-    /// Begins a new line. `start` is a validated position with White to move; its plies bound the line if they are odd
-    /// and not above kMostPlies.
+    /// Begins a new line. `start` is a validated position with White to move; its plies do not matter.
     void Start(const TChessboard& start);
 
-    /// The position reached. Its m_nMoves tells who is to move and how many plies the line may still have.
+    /// The position reached. Its m_nMoves is odd if White is to move.
     [[nodiscard]] const TChessboard& Position() const { return *m_pPosition; }
 
     /// The position before the last move; of a line that has one.
     [[nodiscard]] const TChessboard& PositionBefore() const { return *m_pPosition->m_pPrevious; }
 
     /// Makes the move of that source, target and promotion; a promotion that is not told is to a queen. False, and
-    /// nothing changes, if it is not legal or no ply is left.
+    /// nothing changes, if it is not legal or the line has kMostPlies.
     bool Play(TMove move);
 
     /// Moves of the side to move, in the order of generation.

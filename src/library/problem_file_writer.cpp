@@ -52,8 +52,9 @@ void SaveTextFile(const std::filesystem::path& path, std::string_view text) {
     const TSaveResult result = SaveFile(path, text, true);
     if (!result.m_error)
         return;
-    const char* const what = result.m_step == ESaveStep::Open ? "Error opening file: " : "Error saving to file: ";
-    throw ChessException(what + path.string() + " (" + result.m_error.message() + ")");
+    const bool bOpened = result.m_step != ESaveStep::Open;
+    const char* const what = bOpened ? "Error saving to file: " : "Error opening file: ";
+    throw CSaveError(what + path.string() + " (" + result.m_error.message() + ")", bOpened);
 }
 
 void WriteProblemFile(const std::filesystem::path& path, const TProblemMap& library,

@@ -9,9 +9,21 @@
 
 namespace quillon {
 
+/// A file that could not be written. What there was before is still there.
+class CSaveError : public ChessException {
+  public:
+    CSaveError(const std::string& message, bool bOpened) : ChessException(message), m_bOpened(bOpened) {}
+
+    /// False: it may not be written at that place; true: writing began and failed, as on a full disk.
+    [[nodiscard]] bool IsOpened() const { return m_bOpened; }
+
+  private:
+    bool m_bOpened;
+};
+
 /// Writes the library in ascending order of id. With comments kept apart two files are written, the one with comments
 /// first; each is whole in itself whatever becomes of the other.
-///   Errors  ChessException: "Error opening file: ", path and reason, if the file cannot be written to; "Error saving
+///   Errors  CSaveError: "Error opening file: ", path and reason, if the file cannot be written to; "Error saving
 ///           to file: ", path and reason, if it could not be written whole or the old one not be kept.
 void WriteProblemFile(const std::filesystem::path& path, const TProblemMap& library,
                       const TProblemFileOptions& options = {});

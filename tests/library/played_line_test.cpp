@@ -85,14 +85,15 @@ TEST(PlayedLine, RefusesWhatIsIllegalAndStaysWhereItIs) {
     EXPECT_EQ(WriteFEN(line.PositionBefore(), false), "4k3/8/8/8/8/8/4P3/4K3");
 }
 
-TEST(PlayedLine, EndsWithItsPlies) {
-    TChessboard board = Board("4k3/8/8/8/8/8/8/4K3");
-    board.m_nMoves = board.m_nInitialMoves = 1;
+TEST(PlayedLine, IsBounded) {
     CPlayedLine line;
-    line.Start(board);
-    EXPECT_TRUE(line.Play({kE1, kD1, 0, 0}));
-    EXPECT_TRUE(line.LegalMoves().empty());
-    EXPECT_FALSE(line.Play({kE8, kD8, 0, 0}));
+    line.Start(Board("4k3/8/8/8/8/8/8/4K3"));
+    const TMove there[] = {{kE1, kD1, 0, 0}, {kE8, kD8, 0, 0}, {kD1, kE1, 0, 0}, {kD8, kE8, 0, 0}};
+    int nPlies = 0;
+    while (nPlies < 1'000 && line.Play(there[nPlies % 4]))
+        ++nPlies;
+    EXPECT_EQ(nPlies, CPlayedLine::kMostPlies);
+    EXPECT_EQ(line.LegalMoves().size(), 5u);
 }
 
 } // namespace
