@@ -7,6 +7,7 @@
 #include "core/fen.h"
 #include "core/notation.h"
 #include "heuristics/heuristic_set.h"
+#include "library/problem_writer.h"
 
 namespace quillon {
 
@@ -69,8 +70,7 @@ TJson OptionsObject(const ChessProblem& problem) {
 TJson MovesOf(const std::vector<TMove>& moves, const TChessboard& board) {
     TJson list = TJson::array();
     for (const TMove& move : moves)
-        if (move.m_nFrom < kSquares && move.m_nTo < kSquares)
-            list.push_back(WriteMove(move, board));
+        list.push_back(AnswerMoveText(move, board));
     return list;
 }
 
@@ -91,10 +91,8 @@ TJson VariantObject(const Variant& variant) {
 void AddLines(TJson& object, const ChessProblem& problem) {
     if ((problem.flags & kFlagAnswer) != 0)
         object["answer"] = MovesOf(problem.answer, *problem.originalPosition);
-    if (!problem.expectedWhiteMoves.empty())
-        for (const TMove& move : problem.expectedWhiteMoves)
-            if (move.m_nFrom < kSquares && move.m_nTo < kSquares)
-                object["expectedWhiteMoves"].push_back(WriteTerseMove(move));
+    if (!problem.expectedWhiteMoves.empty()) // of later positions: no figure is known
+        object["expectedWhiteMoves"] = MovesOf(problem.expectedWhiteMoves, EmptyChessboard());
     for (const auto& played : problem.playedPositions)
         object["moves"].push_back(WriteMove(played->m_lastMove, *played->m_pPrevious));
     for (const auto& [name, variant] : problem.variants)

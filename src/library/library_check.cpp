@@ -4,9 +4,10 @@
 #include <array>
 #include <map>
 
-#include "core/notation.h"
+#include "core/castling.h"
 #include "library/pgn_text.h"
 #include "library/played_line.h"
+#include "library/problem_writer.h"
 
 namespace quillon {
 
@@ -42,6 +43,12 @@ bool IsImpossible(const TMen& men) {
     return men.m_nPawns + promoted > kPawns;
 }
 
+/// A castling has no mirror image.
+bool HasCastling(const ChessProblem& problem) {
+    return WhiteCastlingsOnBoard(*problem.originalPosition) != 0 ||
+           BlackCastlingsOnBoard(*problem.originalPosition) != 0;
+}
+
 class CLibraryCheck {
   public:
     std::vector<TFinding> Run(const std::vector<std::unique_ptr<ChessProblem>>& problems) {
@@ -68,7 +75,8 @@ class CLibraryCheck {
         const TSquares mirrored = Mirrored(board);
         if (const auto same = m_seen.find(board); same != m_seen.end())
             AddSame(problem, *same->second);
-        else if (const auto twin = m_seen.find(mirrored); twin != m_seen.end())
+        else if (const auto twin = m_seen.find(mirrored);
+                 twin != m_seen.end() && !HasCastling(problem) && !HasCastling(*twin->second))
             Add(EFinding::MirrorTwin, problem, "mirrored position of problem " + std::to_string(twin->second->id));
         m_seen.emplace(board, &problem);
     }
@@ -96,9 +104,8 @@ class CLibraryCheck {
             m_line.Start(*problem.originalPosition);
             if (m_line.Play(key))
                 continue;
-            const bool bOnBoard = key.m_nFrom < kSquares && key.m_nTo < kSquares;
             Add(EFinding::IllegalAnswer, problem,
-                "illegal move in the answer: " + (bOnBoard ? WriteTerseMove(key) : "beyond the board"));
+                "illegal move in the answer: " + AnswerMoveText(key, *problem.originalPosition));
         }
     }
 

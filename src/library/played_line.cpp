@@ -74,10 +74,10 @@ bool CPlayedLine::IsInCheck() const {
 }
 
 bool PlayOn(ChessProblem& problem, CPlayedLine& line, TMove move) {
-    if (!line.Play(move))
+    TChessboard& before = problem.playedPositions.empty() ? *problem.originalPosition : *problem.playedPositions.back();
+    if (before.m_nMoves == 0 || !line.Play(move))
         return false;
     auto played = std::make_unique<TChessboard>(line.Position());
-    TChessboard& before = problem.playedPositions.empty() ? *problem.originalPosition : *problem.playedPositions.back();
     played->m_pPrevious = &before;
     played->m_pContext = nullptr; // the record outlives the line
     played->m_pAnalysis = nullptr;

@@ -91,11 +91,12 @@ void AppendSections(std::string& text, const ChessProblem& problem, bool bWithCo
 /// Two characters that the reader takes for this square. Answers may name squares beyond the board, which it counts as
 /// file + 8 * rank in eight bits.
 std::string AnswerSquare(TSquare square) {
-    constexpr std::string_view kCharacters = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    constexpr std::string_view kFiles = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    constexpr std::string_view kRanks = "123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ0";
     if (square < kSquares)
         return {static_cast<char>('a' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
-    for (const char file : kCharacters)
-        for (const char rank : kCharacters)
+    for (const char file : kFiles)
+        for (const char rank : kRanks)
             if (static_cast<TSquare>(file - 'A' + 8 * (rank - '1')) == square)
                 return {file, rank};
     return "A9"; // no text is read as this square
@@ -108,16 +109,6 @@ std::string PlainAnswerText(const TMove& move) {
     if (promotion != kNoFigure)
         text += promotion == kPawn ? 'P' : KindToLetter(promotion);
     return text;
-}
-
-/// The notation of moves has no words for some of what an answer may hold: those are told by their squares.
-std::string AnswerMoveText(const TMove& move, const TChessboard& board) {
-    const bool bOnBoard = move.m_nFrom < kSquares && move.m_nTo < kSquares;
-    if (!bOnBoard || IsNullMove(move) || board.m_board[move.m_nFrom] == kNoFigure || PromotionKind(move) == kPawn)
-        return PlainAnswerText(move);
-    const bool bCastling = move.m_nFrom == kE1 && (move.m_nTo == kG1 || move.m_nTo == kC1);
-    const std::string text = WriteMove(move, board);
-    return text.starts_with('0') && !bCastling ? PlainAnswerText(move) : text;
 }
 
 void AppendAnswer(std::string& text, const ChessProblem& problem) {
@@ -147,6 +138,15 @@ void AppendBody(std::string& text, const ChessProblem& problem) {
 }
 
 } // namespace
+
+std::string AnswerMoveText(const TMove& move, const TChessboard& board) {
+    const bool bOnBoard = move.m_nFrom < kSquares && move.m_nTo < kSquares;
+    if (!bOnBoard || IsNullMove(move) || board.m_board[move.m_nFrom] == kNoFigure || PromotionKind(move) == kPawn)
+        return PlainAnswerText(move);
+    const bool bCastling = move.m_nFrom == kE1 && (move.m_nTo == kG1 || move.m_nTo == kC1);
+    const std::string text = WriteMove(move, board);
+    return text.starts_with('0') && !bCastling ? PlainAnswerText(move) : text;
+}
 
 void AppendProblemText(std::string& text, const ChessProblem& problem, bool bWithComments) {
     text += "\n" + HeaderText(problem);

@@ -14,6 +14,10 @@
 
 namespace quillon {
 
+/// A move of an answer as the reader takes it: in the notation of moves or, where that has no words for it, by its
+/// squares. They may be beyond the board.
+[[nodiscard]] std::string AnswerMoveText(const TMove& move, const TChessboard& board);
+
 /// Appends a problem, which has a position.
 ///   bWithComments  the moves of variants keep their comments.
 void AppendProblemText(std::string& text, const ChessProblem& problem, bool bWithComments);

@@ -1,5 +1,6 @@
 #include "library/sort_indication.h"
 
+#include <cstddef>
 #include <string>
 
 #include "core/chess_exception.h"
@@ -180,6 +181,20 @@ void ParseSortIndications(SortIndications& indications, std::string_view text, b
             return;
         text.remove_prefix(end + 1);
     }
+}
+
+SortIndications IndicationsOf(const Variant& variant) {
+    SortIndications indications;
+    for (std::size_t i = 0; i < variant.moves.size(); i += 2) {
+        const TMove& move = variant.moves[i].move;
+        SortIndication indication;
+        indication.m_nMove = static_cast<int>(i / 2 + 1);
+        indication.m_nFrom = move.m_nFrom;
+        indication.m_nTo = move.m_nTo;
+        indication.m_nPromotion = PromotionKind(move);
+        indications.insert(indication);
+    }
+    return indications;
 }
 
 std::string FormatSortIndications(const SortIndications& indications) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "library/variant.h"
 #include "search/sort_indication.h"
 
 namespace quillon {
@@ -27,5 +28,8 @@ void ParseSortIndications(SortIndications& indications, std::string_view text, b
 
 /// The text that reads back to these indications, separated by "; ".
 [[nodiscard]] std::string FormatSortIndications(const SortIndications& indications);
+
+/// White's moves of a variant as indications for their move numbers. No position is looked at.
+[[nodiscard]] SortIndications IndicationsOf(const Variant& variant);
 
 } // namespace quillon
