@@ -6,6 +6,7 @@
 #include "core/fen.h"
 #include "core/notation.h"
 #include "library/one_line.h"
+#include "library/text_decoding.h"
 
 namespace quillon {
 
@@ -127,8 +128,9 @@ void AppendPlayedMoves(std::string& text, const ChessProblem& problem) {
 
 void AppendBody(std::string& text, const ChessProblem& problem) {
     text += "{\n";
-    if (!problem.description.empty())
-        text += "\tDescription: " + OneLine(problem.description) + "\n";
+    const std::string description = OneLine(problem.description);
+    if (!TrimText(description).empty())
+        text += "\tDescription: " + std::string(TrimText(description)) + "\n";
     text += "\tFEN: " + WriteFEN(*problem.originalPosition, false) + "\n";
     if ((problem.flags & kFlagAnswer) != 0)
         AppendAnswer(text, problem);
