@@ -1,5 +1,6 @@
 #include "cli/solve_options.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "cli/option_values.h"
@@ -130,6 +131,16 @@ void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
         ->type_name("T[^L]")
         ->check(Threads())
         ->group(kGroup);
+    auto* const levels = command.add_option("--scheduler-levels", options.m_schedulerLevels,
+                                            "Let White's moves take turns, so that a long first one does not starve "
+                                            "the next, for so many moves of a line behind the first; 0: off. Without "
+                                            "the option the problem's own number, or off");
+    levels->type_name("S")->transform(WholeNumber(0, kMostSchedulerLevels))->group(kGroup);
+    command
+        .add_flag("--custom-scheduler", options.m_bCustomScheduler,
+                  "Let them take turns further down a line too; with --scheduler-levels")
+        ->needs(levels)
+        ->group(kGroup);
     command.add_option("--time-limit", options.m_secondsLimit, "Stop a problem after so many seconds")
         ->type_name("SECONDS")
         ->check(Seconds())
@@ -181,6 +192,11 @@ SortIndications IndicationsOf(const ChessProblem& problem) {
     return indications;
 }
 
+void SetScheduler(TSolveRequest& request, const ChessProblem& problem, const TSolveOptions& options) {
+    request.m_nSchedulerLevels = options.m_schedulerLevels.value_or(std::max<int>(problem.schedulerLevels, 0));
+    request.m_bCustomScheduler = options.m_bCustomScheduler;
+}
+
 } // namespace
 
 TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& options) {
@@ -205,6 +221,7 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     else
         request.m_heuristicClauses = problem.heuristicClauses;
     SetThreads(request, problem, options);
+    SetScheduler(request, problem, options);
     request.m_bUsePredefinedIndications = options.m_bPredefined || (problem.flags & kFlagUsePredefinedSettings) != 0;
     request.m_bRelaxationLog = options.m_bRelaxationLog;
     if (options.m_memoryMB)

@@ -28,6 +28,8 @@ struct TSolveOptions {
     bool m_bPredefined = false;              // stored settings of known compositions
     bool m_bRelaxationLog = false;           // TryRelaxSpecialHeuristics.log
     std::optional<std::string> m_threads;    // "T" or "T^L"
+    std::optional<int> m_schedulerLevels;
+    bool m_bCustomScheduler = false;
     std::optional<double> m_secondsLimit;
     std::optional<int> m_memoryMB;       // of the register of solved positions; 0: none
     std::optional<int> m_shortMateDepth; // moves; 0: no short-mate search

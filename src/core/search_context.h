@@ -20,6 +20,8 @@ inline constexpr int kSideStackSlots = 13; // a nested search needs no more
 inline constexpr int kMaxStipulation = 299;
 inline constexpr std::uint16_t kNoSideStack = 65535;
 
+class TScheduler;
+
 /// Values of m_nStopRequest; anything above kPauseRequest stops the thread.
 inline constexpr std::uint8_t kRunRequest = 0;
 inline constexpr std::uint8_t kPauseRequest = 1;
@@ -86,6 +88,8 @@ struct TSearchMarks {
     std::uint32_t m_nThreadNumber = 0;   // number of the thread in the tree
     std::uint8_t m_nGroupSize = 1;       // threads of a group below this one, 1 to 255
     std::uint16_t m_nThreadPlies = 0;    // m_nMoves of the node that the thread begins with
+    const TScheduler* m_pScheduler = nullptr; // the innermost one that the line stands in
+    bool m_bRequestsReach = false; // who formed the thread passes on all that is asked: paused, it sleeps soundly
 
     // FindForcedMate.
     bool m_bFFM = false;                   // a FindForcedMate run is in progress

@@ -136,12 +136,15 @@ void CSolve::SetMode() {
     a.m_nThreads = static_cast<std::uint8_t>(std::clamp(m_request.m_nThreads, 1, 255));
     a.m_nMultithreadingLevels = static_cast<std::uint8_t>(std::clamp(m_request.m_nMultithreadingLevels, 1, 255));
     a.m_nForcedThreadsMode = 0;
+    a.m_nSchedulerLevels = static_cast<std::uint8_t>(std::clamp(m_request.m_nSchedulerLevels, 0, kMostSchedulerLevels));
+    a.m_nQuantumSecondMs = static_cast<std::uint16_t>(std::clamp(m_request.m_nQuantumSecondMs, 1, 60000));
+    a.m_bCustomScheduler = m_request.m_bCustomScheduler && a.m_nSchedulerLevels != 0;
     m_context->m_bLetRelaxHeuristics = m_request.m_bLetRelaxHeuristics;
     m_context->m_bRunPass2 = m_request.m_bRunPass2;
 }
 
-/// What brute force overrides: no heuristics, stored ones neither, one thread, safe mode, the default depth of the
-/// short-mate search, no guide.
+/// What brute force overrides: no heuristics, stored ones neither, one thread, no scheduler, safe mode, the default
+/// depth of the short-mate search, no guide.
 void CSolve::SwitchToBruteForce() {
     m_analysis.m_pGuide = m_run.m_pGuide = nullptr;
     m_guide.reset();
@@ -151,6 +154,8 @@ void CSolve::SwitchToBruteForce() {
     m_run.m_clauses.clear();
     m_analysis.m_nThreads = 1;
     m_analysis.m_nMultithreadingLevels = 1;
+    m_analysis.m_nSchedulerLevels = 0;
+    m_analysis.m_bCustomScheduler = false;
     m_analysis.m_bSafeMode = true;
     m_analysis.m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
 }
@@ -348,6 +353,19 @@ void CSolve::FillTexts(TSolvingResult& result) const {
     }
 }
 
+namespace {
+
+/// White's moves of a line are counted from 1.
+std::string SchedulerText(const TAnalysis& a) {
+    const int first = a.m_nMultithreadingLevels + 1, last = a.m_nMultithreadingLevels + a.m_nSchedulerLevels;
+    std::string text = a.m_nSchedulerLevels == 0 ? "* Scheduler is off\n"
+                                                 : "* Scheduler is on: moves from " + std::to_string(first) + " to " +
+                                                       std::to_string(last) + " are 'juggled' by scheduler\n";
+    return text + (a.m_bCustomScheduler ? "* Custom scheduler is on\n" : "* Custom scheduler is off\n");
+}
+
+} // namespace
+
 std::string CSolve::ShowAnalysisSettings() const {
     const TAnalysis& a = m_analysis;
     std::string text = ModeText(a, !m_run.m_solutions.empty());
@@ -366,8 +384,7 @@ std::string CSolve::ShowAnalysisSettings() const {
     text += "\n* Multithreading levels = " + std::to_string(a.m_nMultithreadingLevels);
     text += "\n* Effective number of main threads = " + std::to_string(EffectiveThreads(a));
     const std::string set = InitialSetText();
-    return text + "\n* Scheduler is off\n* Custom scheduler is off\n* Initial set of heuristics: " +
-           (set.empty() ? "none" : set) + "\n";
+    return text + "\n" + SchedulerText(a) + "* Initial set of heuristics: " + (set.empty() ? "none" : set) + "\n";
 }
 
 /// As it was when the passes were planned: since then its parameters may have been relaxed.

@@ -44,6 +44,9 @@ struct TSolveRequest {
     std::int16_t m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
     int m_nThreads = 1;                  // that share the moves of a node, 1..255
     int m_nMultithreadingLevels = 1;     // white moves of a line that are shared so, the key first
+    int m_nSchedulerLevels = 0;          // white moves below those whose moves take turns, 0..kMostSchedulerLevels
+    bool m_bCustomScheduler = false;     // and those further down; without effect where there are no levels
+    int m_nQuantumSecondMs = 1000;       // how long a second of a scheduler's quantum lasts, 1..60000
     bool m_bAllowThreadDemand = false;   // the user may be asked for more threads
     std::int64_t m_nMemoryBudgetMB = -1; // of the register; 0: none; negative: a share of the physical memory
     int m_nMemoryShare = 20;             // that share, in percent

@@ -4,19 +4,11 @@
 #include <system_error>
 #include <utility>
 
-#include "parallel/group_shape.h"
+#include "parallel/search_thread.h"
 #include "platform/sleep.h"
 #include "search/control.h"
 
 namespace quillon {
-
-namespace {
-
-// The nodes keep their lists of moves on the stack, some 3 KB a ply in an optimised build, several times that with
-// sanitizers, and short searches nest in long ones. Only what is touched costs memory.
-constexpr std::size_t kStackReserve = 16;
-
-} // namespace
 
 CThreadGroup::~CThreadGroup() {
     StopAll();
@@ -29,7 +21,7 @@ bool CThreadGroup::Add(TSearchContext& context, int nPlies, std::function<void()
     member.m_pContext = &context;
     member.m_body = std::move(body);
     try {
-        member.m_thread = CThread(ThreadStackBytes(nPlies) * kStackReserve, [this, &member] { Run(member); });
+        member.m_thread = CThread(SearchStackBytes(nPlies), [this, &member] { Run(member); });
     } catch (const std::system_error&) {
         m_members.pop_back();
         return false;
@@ -38,19 +30,12 @@ bool CThreadGroup::Add(TSearchContext& context, int nPlies, std::function<void()
 }
 
 void CThreadGroup::Run(TMember& member) {
-    SetThreadPriority(m_analysis.m_nThreadPriority);
     while (member.m_control.load(std::memory_order_acquire) == kMemberWaits)
         SleepMs(0);
-    if (member.m_control.load(std::memory_order_acquire) == kMemberGoes) {
-        try {
-            member.m_body();
-        } catch (...) {
-            member.m_failure = std::current_exception();
-        }
-    }
-    FlushPositions(*member.m_pContext, m_analysis);
+    const bool bGoes = member.m_control.load(std::memory_order_acquire) == kMemberGoes;
+    member.m_failure = RunSearchThread(
+        m_analysis, *member.m_pContext, bGoes ? member.m_body : [] {});
     DropOwnPause(m_analysis, member.m_pContext->m_nThreadNumber);
-    m_analysis.m_nFinishedThreads.fetch_add(1, std::memory_order_relaxed);
     const std::lock_guard lock(m_mutex);
     member.m_bEnded = true;
     m_ended.notify_one();

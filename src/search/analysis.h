@@ -21,6 +21,9 @@ namespace quillon {
 class CProofGuide;
 class INodeLog;
 
+/// The most levels of White's moves that the scheduler may juggle.
+inline constexpr int kMostSchedulerLevels = 9;
+
 /// Values of m_nCommand.
 inline constexpr std::uint8_t kNoCommand = 0;
 inline constexpr std::uint8_t kPauseCommand = 1;
@@ -81,6 +84,9 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::uint8_t m_nMultithreadingLevels = 1; // 1: only the first move runs in parallel
     std::uint8_t m_nForcedThreadsMode = 0;    // above 1: m_nThreads was forced at the root, and groups below it are
     std::uint8_t m_nGroupLimit = 0;           // no larger than this
+    std::uint8_t m_nSchedulerLevels = 0;      // white moves below those that the scheduler juggles; 0: it is off
+    bool m_bCustomScheduler = false;          // those further down are juggled too
+    std::uint16_t m_nQuantumSecondMs = 1000;  // how long a second of a scheduler's quantum lasts; tests shorten it
     std::int32_t m_nThreadPriority = 0;       // of every thread created, platform/thread.h
     std::uint16_t m_nAnalysisStart = 0;       // m_nMoves of the root: a repetition cannot go back beyond it
 

@@ -127,9 +127,12 @@ bool PauseOrStop(const TChessboard& b) {
     NoteCallBack(b);
     while (!IsStopping(b)) {
         const std::uint8_t request = b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed);
-        if (request != kPauseRequest && CommandFor(b) != kPauseCommand)
+        if (request == kPauseRequest && b.m_pContext->m_bRequestsReach)
+            b.m_pContext->m_nStopRequest.wait(kPauseRequest, std::memory_order_relaxed);
+        else if (request == kPauseRequest || CommandFor(b) == kPauseCommand)
+            SleepMs(kPauseStepMs);
+        else
             return false;
-        SleepMs(kPauseStepMs);
     }
     return true;
 }
@@ -139,6 +142,7 @@ void AskThread(TSearchContext& context, std::uint8_t request) {
     while ((seen < kStopRequest || (seen == kBoundRequest && request != kRunRequest)) &&
            !context.m_nStopRequest.compare_exchange_weak(seen, request, std::memory_order_relaxed)) {
     }
+    context.m_nStopRequest.notify_all();
 }
 
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {

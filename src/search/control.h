@@ -11,7 +11,7 @@
 namespace quillon {
 
 /// Obeys a pause or a stop of this thread (m_nStopRequest) or of the analysis (m_nCommand): sleeps while paused, in
-/// steps of 10 ms; true if the thread is to stop.
+/// steps of 10 ms, or until told where its requests reach it; true if the thread is to stop.
 [[nodiscard]] bool PauseOrStop(const TChessboard& b);
 
 /// Is this thread being stopped, or called back to a node above `b` by a manual command? A verdict found then is none.
@@ -21,7 +21,7 @@ namespace quillon {
 [[nodiscard]] bool IsControlPending(const TChessboard& b);
 
 /// Asks one thread to run, pause or stop. A stop stays; a bound that its thread has set itself gives way.
-///   Threads any, also from a signal handler.
+///   Threads any.
 void AskThread(TSearchContext& context, std::uint8_t request);
 
 /// Takes the control record's spin lock, stores command and addressee, and releases it. A stop for all stays.

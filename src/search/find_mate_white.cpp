@@ -130,6 +130,7 @@ class CWhiteMoves {
     bool m_bMateFound = false; // the sort established a mate
     bool m_bRetry = false;     // the sort found watched figures unblocked
     std::uint8_t m_byResumed = 0;
+    int m_nBest = 0; // so many at the head of the list were sorted among the best
 
   private:
     void TakeResumeList() {
@@ -237,6 +238,7 @@ class CWhiteMoves {
 
     void Take(const TWhiteSort& sort) {
         m_nCount = sort.m_nMoves;
+        m_nBest = sort.m_nBest;
         m_bMateFound = sort.m_bMateFound;
         m_bRetry = sort.m_bRetry;
         m_bLeftOut = m_bLeftOut || sort.m_bLeftOut;
@@ -308,6 +310,11 @@ template <TNodeKind kKind> class CWhiteNode {
                     continue;
                 }
             }
+            if (IsScheduled()) {
+                if (TakeOver(FindMateScheduled(*m_p, m_moves.m_nCount, m_moves.m_list, m_moves.m_nBest, &NodeOnItsOwn)))
+                    return m_result;
+                continue;
+            }
             if (TryStage())
                 return m_result;
         }
@@ -349,6 +356,19 @@ template <TNodeKind kKind> class CWhiteNode {
                PliesPlayed(*m_p) / 2 <= m_p->m_pAnalysis->m_nMultithreadingLevels - 1 &&
                (m_m > 12 || (m_m > 10 && (m_p->m_wKingState & 0x20) != 0)) && m_context.m_nQuickerLevel == 0 &&
                m_moves.m_byResumed == 0 && m_context.m_nPositionsLeft == TSearchContext::kNoBound;
+    }
+
+    /// Below the multithreading levels, where time is well spent on a choice between moves.
+    [[nodiscard]] bool IsScheduled() const {
+        const TAnalysis& analysis = *m_p->m_pAnalysis;
+        if (analysis.m_nSchedulerLevels == 0) [[likely]]
+            return false;
+        const int level = PliesPlayed(*m_p) / 2 + 1 - analysis.m_nMultithreadingLevels;
+        return level >= 1 && (level <= analysis.m_nSchedulerLevels || analysis.m_bCustomScheduler) &&
+               m_moves.m_nCount >= 2 && (m_m > 16 || (m_m > 14 && (m_p->m_wKingState & kNarrowPlay) == 0)) &&
+               m_moves.m_byResumed == 0 && m_context.m_nQuickerLevel == 0 && !m_context.m_bFFM &&
+               m_context.m_nPositionsLeft == TSearchContext::kNoBound &&
+               ((m_p->m_nHeuristics & SH_SINGLEQUEENMATE) == 0 || IsStrict(*m_p));
     }
 
     static TMateResult NodeOnItsOwn(TChessboard* p) { return FindMateWhite<kKind>(p, false); }

@@ -18,6 +18,7 @@ struct TWhiteSort {
     bool m_bMateFound = false; // a mate of the node was established: it returns mate at once
     bool m_bRetry = false;     // the node is to be run again without SH_DONTLETFIGUREUNBLOCK
     bool m_bLeftOut = false;   // moves were cut that could be mates: the node cannot end as proved no mate
+    int m_nBest = 0;           // at the head of the list, sorted as almost the best
 };
 
 struct TBlackSort {

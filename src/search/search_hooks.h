@@ -24,4 +24,9 @@ inline constexpr int kContinueHere = -128;
 [[nodiscard]] int FindMateMultithreadingLevel(TChessboard& p, int nMoves, TMove* list,
                                               TMateResult (*pNode)(TChessboard*));
 
+/// parallel: the same for a white node below the multithreading levels, its moves juggled by a scheduler.
+///   nBest    so many moves at the head of the list were sorted as almost the best.
+[[nodiscard]] int FindMateScheduled(TChessboard& p, int nMoves, TMove* list, int nBest,
+                                    TMateResult (*pNode)(TChessboard*));
+
 } // namespace quillon

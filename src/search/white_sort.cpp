@@ -30,6 +30,7 @@ constexpr int kAskedReplyPlies = 11;  // from here on the register is asked abou
 constexpr int kMostAskedReplies = 12; // a move that leaves more is not worth the questions
 constexpr int kUncutMoves = 24;       // SH_SKIPWORSTWHITEMOVES spares shorter lists
 constexpr int kLeastMovesAfterCut = 25;
+constexpr int kAlmostBest = 8;
 
 enum class ESortKind { Simple, Short, Full };
 
@@ -51,15 +52,22 @@ class CWhiteSort {
         if (m_bIndicated)
             LowerComputedScores();
         SortByScore(m_list, m_kept); // 9
+        const int best = CountBest();
         const bool bLeftOut = CutWorst();
         if (!m_bIndicated)
             PutHintsFirst(m_p, m_kept, m_list);
         if (IsWideRoot()) // 10
             ReorderRootMoves(m_p, m_kept, m_list);
-        return {m_kept, false, IsFallbackDue(), bLeftOut};
+        return {m_kept, false, IsFallbackDue(), bLeftOut, best};
     }
 
   private:
+    /// Moves whose score is within two major points of the first's.
+    [[nodiscard]] int CountBest() const {
+        const auto behind = [&](const TMove& move) { return ScoreOf(move) > ScoreOf(m_list[0]) + kAlmostBest; };
+        return static_cast<int>(std::find_if(m_list, m_list + m_kept, behind) - m_list);
+    }
+
     /// Steps 5 to 8 for one move: true if it mates for certain.
     bool Take(const TMove listed) {
         const TMove move = {listed.m_nFrom, listed.m_nTo, listed.m_nPromotion, 0};

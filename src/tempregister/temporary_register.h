@@ -26,6 +26,9 @@ class ITemporaryRegister {
     /// Stores doubt, under the position's m_nHeuristics and m_nHeurParams.
     virtual void InsertDoubtful(const TChessboard& position, int nMoves) = 0;
 
+    /// Memory is short: gives some of what it holds back.
+    virtual void FreeMemory() {}
+
     // What a run tells of its passes. Only a register that keeps doubt apart by heuristics has to listen.
 
     /// A pass with these heuristics begins, in one thread more.

@@ -658,6 +658,18 @@ TEST(SolvingDriver, SettingsOfAPlainRun) {
               "* Initial set of heuristics: none\n");
 }
 
+TEST(SolvingDriver, SettingsOfAScheduler) {
+    TSolveRequest request = Request(kMateInThree, 3);
+    request.m_nThreads = 4;
+    request.m_nMultithreadingLevels = 2;
+    request.m_nSchedulerLevels = 6;
+    request.m_bCustomScheduler = true;
+    CSolve solve(request);
+    EXPECT_NE(solve.ShowAnalysisSettings().find("* Scheduler is on: moves from 3 to 8 are 'juggled' by scheduler\n"
+                                                "* Custom scheduler is on\n"),
+              std::string::npos);
+}
+
 TEST(SolvingDriver, SettingsThatWereChanged) {
     TSolveRequest request = Request(kMateInThree, 3, ESolveMode::StopOn3);
     request.m_bSafeMode = true;

@@ -41,6 +41,14 @@ inline constexpr TTree kTrees[] = {{2, 1}, {4, 1}, {16, 1}, {2, 2}, {4, 2}, {3, 
     return request;
 }
 
+/// The same with a scheduler whose turns last hardly long enough to get anywhere.
+[[nodiscard]] inline TSolveRequest Juggled(TSolveRequest request, std::mt19937_64& rng) {
+    request.m_nSchedulerLevels = 1 + reference::DrawInt(rng, 9);
+    request.m_bCustomScheduler = reference::Chance(rng, 50);
+    request.m_nQuantumSecondMs = 1 + reference::DrawInt(rng, 4);
+    return request;
+}
+
 /// Nothing of a solve is left behind it.
 class CNothingLeft {
   public:

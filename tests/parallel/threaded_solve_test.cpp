@@ -115,6 +115,56 @@ TEST(ThreadedSolve, AStopEndsAllThreadsSoonAndGivesNoVerdict) {
     }
 }
 
+/// Mates in ten are the shortest that a scheduler has a part in.
+TEST(ScheduledSolve, HasTheKeysOfOneThread) {
+    const CNothingLeft nothing;
+    std::mt19937_64 rng(5104);
+    std::uint64_t threads = 0;
+    for (int i = 0; i < Few(12); ++i) {
+        const std::string placement = reference::RandomPawnPlacement(rng, 2);
+        CAgreeing notifier;
+        CSolve one(AllKeys(placement, 10, {1, 1}));
+        const TSolvingResult truth = one.StartSolving(notifier);
+        ASSERT_TRUE(truth.m_bComplete) << placement;
+        const TTree tree = kTrees[static_cast<std::size_t>(i) % std::size(kTrees)];
+        CSolve many(Juggled(AllKeys(placement, 10, i % 2 == 0 ? TTree{1, 1} : tree), rng));
+        const TSolvingResult result = many.StartSolving(notifier);
+        EXPECT_EQ(result.m_verdict, truth.m_verdict) << placement;
+        EXPECT_TRUE(result.m_bComplete) << placement;
+        EXPECT_EQ(SortedKeys(result), SortedKeys(truth)) << placement;
+        threads += i % 2 == 0 ? many.Analysis().m_nFinishedThreads.load() : 0; // of the scheduler alone
+    }
+    EXPECT_GT(threads, 0u);
+}
+
+TEST(ScheduledSolve, LongProblemsHaveTheirKeyOnAnyTree) {
+    const CNothingLeft nothing;
+    std::mt19937_64 rng(5105);
+    int taken = 0;
+    for (const TLong& problem : kLong)
+        for (const TTree tree : {TTree{1, 1}, TTree{2, 1}, TTree{4, 2}}) {
+            if (++taken % 4 != 0 && Few(5) < 5)
+                continue;
+            CAgreeing notifier;
+            CSolve solve(Juggled(AllKeys(problem.m_placement, problem.m_nMoves, tree), rng));
+            const TSolvingResult result = solve.StartSolving(notifier);
+            EXPECT_EQ(SortedKeys(result), std::vector<std::string>{problem.m_key}) << problem.m_placement;
+            EXPECT_TRUE(result.m_bComplete);
+            CSolve shorter(Juggled(AllKeys(problem.m_placement, problem.m_nMoves - 1, tree), rng));
+            EXPECT_EQ(shorter.StartSolving(notifier).m_verdict, EVerdict::NoMate) << problem.m_placement;
+        }
+}
+
+TEST(ScheduledSolve, WithoutLevelsThereIsNoScheduler) {
+    TSolveRequest request = AllKeys(kLong[1].m_placement, 11, {1, 1});
+    request.m_bCustomScheduler = true;
+    CSolve solve(request);
+    CAgreeing notifier;
+    (void)solve.StartSolving(notifier);
+    EXPECT_EQ(solve.Analysis().m_nFinishedThreads, 0u);
+    EXPECT_FALSE(solve.Analysis().m_bCustomScheduler);
+}
+
 /// Stops, pauses and manual commands at random moments cost keys at most; they never make one, nor a refutation.
 TEST(ThreadedSolve, CommandsAtRandomMomentsLeaveNoFalseVerdict) {
     const CNothingLeft nothing;
@@ -125,7 +175,8 @@ TEST(ThreadedSolve, CommandsAtRandomMomentsLeaveNoFalseVerdict) {
         const bool bShorter = i % 4 == 3;
         const TTree tree = kTrees[static_cast<std::size_t>(reference::DrawInt(rng, 7))];
         const int moves = problem.m_nMoves - (bShorter ? 1 : 0);
-        CSolve solve(AllKeys(problem.m_placement, moves, tree));
+        const TSolveRequest plain = AllKeys(problem.m_placement, moves, tree);
+        CSolve solve(i % 3 == 1 ? Juggled(plain, rng) : plain);
         CAgreeing notifier;
         TSolvingResult result;
         std::atomic<bool> bDone{false};
