@@ -40,26 +40,57 @@ TWorkingCopy CopyOf(const ChessProblem& problem) {
             problem.originalPosition->m_board};
 }
 
-/// Errors  ChessException: the position cannot be one of a problem. Nothing has changed then.
-void Store(const TWorkingCopy& copy, ChessProblem& problem) {
-    const std::uint16_t kind = problem.kind, plies = problem.plies;
-    if (copy.m_kind != kind || copy.m_plies != plies || copy.m_board != problem.originalPosition->m_board) {
-        TChessboard board = EmptyChessboard();
-        board.m_board = copy.m_board;
-        problem.plies = copy.m_plies;
-        try {
-            SetOriginalPosition(problem, board);
-        } catch (const ChessException&) {
-            problem.plies = plies;
-            throw;
-        }
-        problem.kind = copy.m_kind;
-    }
+void StoreTexts(const TWorkingCopy& copy, ChessProblem& problem) {
     problem.description = copy.m_description;
     problem.tags = copy.m_tags;
     problem.variants = copy.m_variants;
     problem.sortIndications = copy.m_sortIndications;
 }
+
+/// Gives two problems each other's positions, with the moves played there, and stipulations.
+void SwapPositions(ChessProblem& a, ChessProblem& b) {
+    std::swap(a.kind, b.kind);
+    std::swap(a.plies, b.plies);
+    a.originalPosition.swap(b.originalPosition);
+    a.playedPositions.swap(b.playedPositions);
+}
+
+/// What is edited, stored in its problem until it is known whether it could be saved.
+class CStored {
+  public:
+    ///   Errors  ChessException: the position cannot be one of a problem. Nothing has changed then.
+    CStored(const TWorkingCopy& copy, ChessProblem& problem) : m_problem(problem), m_before(CopyOf(problem)) {
+        m_bPosition = copy.m_kind != problem.kind || copy.m_plies != problem.plies ||
+                      copy.m_board != problem.originalPosition->m_board;
+        if (m_bPosition) {
+            TChessboard board = EmptyChessboard();
+            board.m_board = copy.m_board;
+            m_other.kind = copy.m_kind;
+            m_other.plies = copy.m_plies;
+            SetOriginalPosition(m_other, board);
+            SwapPositions(m_problem, m_other);
+        }
+        StoreTexts(copy, problem);
+    }
+    ~CStored() {
+        if (m_bKept)
+            return;
+        StoreTexts(m_before, m_problem);
+        if (m_bPosition)
+            SwapPositions(m_problem, m_other);
+    }
+    CStored(const CStored&) = delete;
+    CStored& operator=(const CStored&) = delete;
+
+    void Keep() { m_bKept = true; }
+
+  private:
+    ChessProblem& m_problem;
+    const TWorkingCopy m_before;
+    ChessProblem m_other; // holds the position that was replaced
+    bool m_bPosition = false;
+    bool m_bKept = false;
+};
 
 /// Plies of the problems of each position.
 std::multimap<TBoard, std::uint16_t> PliesByPosition(const TProblemMap& problems) {
@@ -214,12 +245,11 @@ bool CProblemModel::MaySavePosition() {
 
 bool CProblemModel::Write(const std::filesystem::path& path) {
     ChessProblem& current = *m_library.at(m_currentId);
-    const TWorkingCopy before = CopyOf(current);
     try {
-        Store(m_edited, current);
+        CStored stored(m_edited, current); // undone if the file cannot be written: the changes stay changes
         WriteProblemFile(path, m_library, m_options);
+        stored.Keep();
     } catch (const ChessException& failure) {
-        Store(before, current); // the changes stay changes
         m_host.Inform(std::string("Error saving to file\n") + failure.what(), kErrorTitle);
         return false;
     }
