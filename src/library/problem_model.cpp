@@ -53,6 +53,7 @@ void SwapPositions(ChessProblem& a, ChessProblem& b) {
     std::swap(a.plies, b.plies);
     a.originalPosition.swap(b.originalPosition);
     a.playedPositions.swap(b.playedPositions);
+    std::swap(a.currentPosition, b.currentPosition);
 }
 
 /// What is edited, stored in its problem until it is known whether it could be saved.
