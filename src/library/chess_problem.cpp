@@ -21,7 +21,9 @@ void SetOriginalPosition(ChessProblem& problem, const TChessboard& board) {
     CheckNumberOfMen(*position);
     if (position->m_blackChecker != kNoChecker)
         throw ChessException("Black is in check with White to move.");
+    problem.playedPositions.clear();
     problem.originalPosition = std::move(position);
+    problem.currentPosition = problem.originalPosition.get();
 }
 
 int StipulationMoves(const ChessProblem& problem) {

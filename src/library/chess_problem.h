@@ -58,6 +58,11 @@ struct ChessProblem {
 
     std::unique_ptr<TChessboard> originalPosition; // set in every problem that has been read
 
+    // A problem without a stipulation may have moves played from there: the position after each of them, each linked to
+    // the one before it, the first to originalPosition. Other problems have none.
+    std::vector<std::unique_ptr<TChessboard>> playedPositions;
+    TChessboard* currentPosition = nullptr; // the last of them, originalPosition where there are none
+
     std::vector<TMove> answer;             // expected keys; meaningful with kFlagAnswer
     std::vector<TMove> expectedWhiteMoves; // expected best white moves, move by move
     ProblemFlags flags = 0;
@@ -76,6 +81,9 @@ struct ChessProblem {
     unsigned guiCheckCount = 1;                          // repeats of the regression check
     std::set<std::string> requiredMaterials;             // FEN letters without the kings: "RRk" is for two rooks
     std::set<std::string> allSolutionsRequiredMaterials; // needed only for a run for all solutions
+
+    /// What the problem says about heuristics: bit -> "OFF", or the text between the brackets of its clause.
+    std::map<std::uint32_t, std::string> heuristicClauses;
 
     std::map<std::string, Variant> variants; // by name
     std::set<std::string> tags;              // UTF-8

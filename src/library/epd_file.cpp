@@ -6,6 +6,7 @@
 
 #include "core/fen.h"
 #include "library/ascii.h"
+#include "library/one_line.h"
 #include "library/text_decoding.h"
 
 namespace quillon {
@@ -164,8 +165,8 @@ bool IsSkipped(std::string_view line) {
     return line.empty() || line.starts_with('#') || line.starts_with("//");
 }
 
-/// Reads one line of the file, as the problem of that number.
-void ReadLine(std::string_view line, int nLine, std::int32_t id, const TOnProblem& onProblem, const TOnError& onError) {
+/// Reads one line of the file, as the problem of that number; false if it cannot be read.
+bool ReadLine(std::string_view line, int nLine, std::int32_t id, const TOnProblem& onProblem, const TOnError& onError) {
     auto problem = std::make_unique<ChessProblem>();
     problem->id = id;
     problem->line = nLine;
@@ -174,9 +175,10 @@ void ReadLine(std::string_view line, int nLine, std::int32_t id, const TOnProble
     } catch (ProblemFileError& error) {
         error.SetProblemId(id);
         onError(error);
-        return;
+        return false;
     }
     onProblem(std::move(problem));
+    return true;
 }
 
 } // namespace
@@ -186,12 +188,28 @@ void ReadEpdProblems(std::string_view text, const TOnProblem& onProblem, const T
     if (text.starts_with(kByteOrderMark))
         text.remove_prefix(kByteOrderMark.size());
     std::int32_t id = 0;
+    int nFailures = 0;
     for (int nLine = 1; !text.empty(); ++nLine) {
         const std::string_view line = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(line.size() + 1, text.size()));
-        if (!IsSkipped(line))
-            ReadLine(line, nLine, ++id, onProblem, onError);
+        if (IsSkipped(line) || ReadLine(line, nLine, ++id, onProblem, onError))
+            continue;
+        if (++nFailures > kMostFailures)
+            return onError(TooManyFailures({nLine + 1, 1}));
     }
+}
+
+std::string EpdText(const ChessProblem& problem) {
+    const std::string fen = WriteFEN(*problem.originalPosition, true);
+    // The four fields of the position; the counters behind them are none of the format.
+    std::string text = fen.substr(0, fen.rfind(' ', fen.rfind(' ') - 1));
+    text += " bm #" + std::to_string(StipulationMoves(problem)) + ";";
+    if (!problem.description.empty()) {
+        std::string description = OneLine(problem.description);
+        std::replace(description.begin(), description.end(), '"', '\'');
+        text += " id \"" + description + "\";";
+    }
+    return text + " c0 \"" + std::to_string(problem.id) + "\";\n";
 }
 
 bool LooksLikeEpd(std::string_view line) {

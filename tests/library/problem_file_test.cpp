@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "library/epd_file.h"
 #include "library/problem_reading.h"
 
 namespace quillon {
@@ -319,6 +320,33 @@ TEST(HugeInput, IsReadInTimeThatGrowsWithItsSize) {
     };
     for (const std::string& text : texts)
         EXPECT_LT(SecondsToRead(text), 30.0) << text.substr(0, 40);
+}
+
+TEST(HugeInput, OfFailuresOnlySoManyAreTold) {
+    const std::string library = Repeated("1 #2 Foo\n", 1'000'000), epd = Repeated("8/8\n", 500'000);
+    TReading reading = Read(library);
+    ASSERT_EQ(reading.m_errors.size(), kMostFailures + 2u);
+    EXPECT_STREQ(reading.m_errors.back().what(), "More than 100000 failures: the rest is not read.");
+    EXPECT_EQ(reading.m_errors.back().Line(), kMostFailures + 2);
+    reading = {};
+    ReadEpdProblems(epd, Problems(reading), Errors(reading));
+    ASSERT_EQ(reading.m_errors.size(), kMostFailures + 2u);
+    EXPECT_EQ(reading.m_errors.back().Line(), kMostFailures + 2);
+}
+
+TEST(HugeInput, LinesOfTenMegabytes) {
+    constexpr std::size_t kBytes = 10'000'000;
+    const std::string word(kBytes, 'x'), body(kPlainBody);
+    EXPECT_EQ(ReadBody("Desc: " + word + "\nFEN: 8/8/8/4k3/8/8/8/3QK3")->description.size(), kBytes);
+    EXPECT_EQ(ReadOne("UTF-8\n1 #2\n//#TAGS\n//#" + word + "\n" + body)->tags.begin()->size(), kBytes);
+    EXPECT_EQ(ReadOne("UTF-8\n1 #2\n//!VARIANTS\n//!{v} Ke1-e2[" + word + "]\n" + body)
+                  ->variants.at("v")
+                  .moves.at(0)
+                  .comment.size(),
+              kBytes);
+    const std::string message = StrictMessage("1 #2 " + word + "\n" + body);
+    EXPECT_TRUE(message.starts_with("Opening bracket expected { or unrecognized option encountered: XXX"));
+    EXPECT_LT(message.size(), 400u);
 }
 
 } // namespace
