@@ -19,7 +19,7 @@ namespace {
 
 using TJson = nlohmann::ordered_json;
 
-constexpr const char* kExamples = R"(
+constexpr const char* kCheckExamples = R"(
 Examples:
   quillon check problems.cp
   quillon check problems.cp --json
@@ -109,7 +109,7 @@ void AddCheckCommand(CLI::App& app, TChosenCommand& chosen) {
     const auto options = std::make_shared<TCheckOptions>();
     command->add_option("FILE", options->m_file, "Problem library (.cp) or EPD file; - is standard input")->required();
     command->add_flag("--json", options->m_bJson, "One JSON object");
-    command->footer(kExamples);
+    command->footer(kCheckExamples);
     command->callback([options, &chosen] { chosen = [options] { return RunCheck(*options); }; });
 }
 

@@ -22,7 +22,7 @@ namespace quillon {
 
 namespace {
 
-constexpr const char* kExamples = R"(
+constexpr const char* kProgramExamples = R"(
 Examples:
   quillon solve                                  solve the sample library
   quillon solve problems.cp --all                every key of every problem
@@ -54,7 +54,7 @@ EExitStatus Run(int argc, const char* const* argv) {
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.formatter(std::make_shared<CHelpFormatter>());
     app.require_subcommand(0, 1); // a missing one is told below, an unknown one by its name
-    app.footer(kExamples);
+    app.footer(kProgramExamples);
     TChosenCommand chosen;
     AddSolveCommand(app, chosen);
     AddPerftCommand(app, chosen);

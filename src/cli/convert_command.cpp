@@ -23,7 +23,9 @@ namespace quillon {
 
 namespace {
 
-constexpr const char* kExamples = R"(
+using TJson = nlohmann::ordered_json;
+
+constexpr const char* kConvertExamples = R"(
 Examples:
   quillon convert problems.cp problems.pgn
   quillon convert problems.epd problems.cp
@@ -77,7 +79,6 @@ TConverted ToPgn(const TProblemMap& problems) {
 }
 
 TConverted ToJson(const TProblemMap& problems) {
-    using TJson = nlohmann::ordered_json;
     TConverted converted{"[", {}};
     for (const auto& [id, problem] : problems)
         converted.m_text += (converted.m_text.size() > 1 ? ",\n" : "\n") +
@@ -149,7 +150,7 @@ void AddConvertCommand(CLI::App& app, TChosenCommand& chosen) {
     command->add_option("OUT", options->m_out, "File to write; - is standard output, with --to")->required();
     command->add_option("--to", options->m_format, "Format of OUT, whatever its ending: cp, epd, pgn, json")
         ->type_name("FORMAT");
-    command->footer(kExamples);
+    command->footer(kConvertExamples);
     command->callback([options, &chosen] { chosen = [options] { return RunConvert(*options); }; });
 }
 

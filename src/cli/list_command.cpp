@@ -16,7 +16,7 @@ namespace {
 
 using TJson = nlohmann::ordered_json;
 
-constexpr const char* kExamples = R"(
+constexpr const char* kListExamples = R"(
 Examples:
   quillon list problems.cp
   quillon list problems.cp --json
@@ -112,7 +112,7 @@ void AddListCommand(CLI::App& app, TChosenCommand& chosen) {
     const auto options = std::make_shared<TListOptions>();
     command->add_option("FILE", options->m_file, "Problem library (.cp) or EPD file; - is standard input")->required();
     command->add_flag("--json", options->m_bJson, "One JSON object a problem, on one line");
-    command->footer(kExamples);
+    command->footer(kListExamples);
     command->callback([options, &chosen] { chosen = [options] { return RunList(*options); }; });
 }
 

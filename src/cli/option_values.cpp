@@ -12,7 +12,7 @@ constexpr int kMostThreads = 127;
 constexpr double kMostSeconds = 1e9;
 
 /// A number of decimal digits; nothing when it is none or does not fit.
-std::optional<int> ReadNumber(std::string_view text) {
+std::optional<int> ReadCount(std::string_view text) {
     int value = 0;
     const char* const end = text.data() + text.size();
     const auto [behind, failure] = std::from_chars(text.data(), end, value);
@@ -24,8 +24,8 @@ std::optional<int> ReadNumber(std::string_view text) {
 /// Begin and end of "M-K"; both the same for "N".
 std::optional<TIdRange> ReadRange(std::string_view text) {
     const std::size_t dash = text.find('-');
-    const std::optional<int> first = ReadNumber(text.substr(0, dash));
-    const std::optional<int> last = dash == std::string_view::npos ? first : ReadNumber(text.substr(dash + 1));
+    const std::optional<int> first = ReadCount(text.substr(0, dash));
+    const std::optional<int> last = dash == std::string_view::npos ? first : ReadCount(text.substr(dash + 1));
     if (!first || !last || *first > *last)
         return std::nullopt;
     return TIdRange{*first, *last};
@@ -38,7 +38,7 @@ bool IsDecimal(std::string_view text) {
 }
 
 bool IsThreadCount(std::string_view text) {
-    const std::optional<int> count = ReadNumber(text);
+    const std::optional<int> count = ReadCount(text);
     return count && *count >= 1 && *count <= kMostThreads;
 }
 
@@ -46,7 +46,7 @@ bool IsThreadCount(std::string_view text) {
 
 CLI::Validator WholeNumber(int nLeast, int nMost) {
     const auto check = [nLeast, nMost](std::string& text) -> std::string {
-        const std::optional<int> value = ReadNumber(text);
+        const std::optional<int> value = ReadCount(text);
         if (!value || *value < nLeast || *value > nMost)
             return "a number from " + std::to_string(nLeast) + " to " + std::to_string(nMost) + " is wanted, not '" +
                    text + "'";
@@ -101,11 +101,11 @@ std::optional<std::vector<TIdRange>> ParseIds(std::string_view text) {
     }
 }
 
-int ThreadsOf(std::string_view text) { return ReadNumber(text.substr(0, text.find('^'))).value_or(1); }
+int ThreadsOf(std::string_view text) { return ReadCount(text.substr(0, text.find('^'))).value_or(1); }
 
 int LevelsOf(std::string_view text) {
     const std::size_t hat = text.find('^');
-    return hat == std::string_view::npos ? 1 : ReadNumber(text.substr(hat + 1)).value_or(1);
+    return hat == std::string_view::npos ? 1 : ReadCount(text.substr(hat + 1)).value_or(1);
 }
 
 } // namespace quillon

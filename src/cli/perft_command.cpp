@@ -23,7 +23,7 @@ namespace {
 constexpr const char* kInitialPosition = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
 constexpr int kMostDepth = 40;
 
-constexpr const char* kExamples = R"(
+constexpr const char* kPerftExamples = R"(
 Examples:
   quillon perft --depth 5
   quillon perft --fen "8/8/8/8/8/1K5Q/1p6/kn6 b" --depth 4 --divide
@@ -125,7 +125,7 @@ void AddPerftCommand(CLI::App& app, TChosenCommand& chosen) {
         ->required();
     command->add_flag("--divide", options->m_bDivide, "Also the leaves below each move");
     command->add_flag("--json", options->m_bJson, "One JSON object");
-    command->footer(kExamples);
+    command->footer(kPerftExamples);
     command->callback([options, &chosen] { chosen = [options] { return RunPerft(*options); }; });
 }
 

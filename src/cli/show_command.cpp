@@ -16,7 +16,7 @@ namespace quillon {
 
 namespace {
 
-constexpr const char* kExamples = R"(
+constexpr const char* kShowExamples = R"(
 Examples:
   quillon show --fen "8/8/8/8/8/1K5Q/1p6/kn6"
   quillon show --fen "r3k2r/8/8/8/8/8/8/4K3 b kq")";
@@ -82,7 +82,7 @@ void AddShowCommand(CLI::App& app, TChosenCommand& chosen) {
     CLI::App* const command = app.add_subcommand("show", "Show a position: board, FEN, position id, position type");
     const auto fen = std::make_shared<std::string>();
     command->add_option("--fen", *fen, "A FEN, its placement alone, or a position id")->type_name("FEN")->required();
-    command->footer(kExamples);
+    command->footer(kShowExamples);
     command->callback([fen, &chosen] { chosen = [fen] { return RunShow(*fen); }; });
 }
 

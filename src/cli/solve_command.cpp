@@ -19,7 +19,7 @@ namespace quillon {
 namespace {
 
 constexpr const char* kDirectMatesOnly = "only direct mates are solved";
-constexpr const char* kExamples = R"(
+constexpr const char* kSolveExamples = R"(
 Examples:
   quillon solve                                       the sample library
   quillon solve problems.cp --id 1,5,10-20            some problems of a library
@@ -200,7 +200,7 @@ void AddSolveCommand(CLI::App& app, TChosenCommand& chosen) {
     CLI::App* const command = app.add_subcommand("solve", "Solve direct-mate problems");
     const auto options = std::make_shared<TSolveOptions>();
     AddSolveOptions(*command, *options);
-    command->footer(kExamples);
+    command->footer(kSolveExamples);
     command->callback([options, &chosen] { chosen = [options] { return CSolveCommand(*options).Run(); }; });
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 
+#include "parallel/search_thread.h"
 #include "platform/thread.h"
 
 namespace quillon {
@@ -11,12 +12,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The longest search recurses 600 plies deep, with lists of moves in every node and short searches inside long ones.
-constexpr std::size_t kSearchStackBytes = std::size_t{64} << 20;
-
-constexpr auto kWatchStep = 20ms;
+constexpr auto kLookStep = 20ms;
 constexpr auto kNodesStep = 2ms; // with a limit of nodes
-constexpr auto kProgressStep = 1s;
+constexpr auto kInfoStep = 1s;
 constexpr std::chrono::milliseconds kLeastForImproving = 1s;
 
 constexpr std::int64_t kLongestLimitMs = std::int64_t{1} << 40; // some thirty years: a clock can count as far
@@ -37,14 +35,14 @@ void CUciSearch::CInfoNotifier::Inform(std::string_view text, std::string_view) 
 CUciSearch::CUciSearch(TUciOrder order, CUciOutput& output)
     : m_order(std::move(order)), m_output(output), m_notifier(output), m_finder(m_order.m_request, m_notifier),
       m_improver(m_order.m_request, m_notifier), m_bHeld(m_order.m_go.m_bInfinite || m_order.m_go.m_bPonder),
-      m_nextProgress(m_start + kProgressStep) {
+      m_nextProgress(m_start + kInfoStep) {
     if (!m_bHeld)
         SetDeadline();
 }
 
 void CUciSearch::Run() {
     {
-        const CThread thread(kSearchStackBytes, [this] { Search(); });
+        const CThread thread(SearchStackBytes(kStackSlots), [this] { Search(); });
         Watch();
     }
     m_bEnding.store(true, std::memory_order_relaxed);
@@ -89,7 +87,7 @@ void CUciSearch::Watch() {
 }
 
 CUciSearch::TClock::time_point CUciSearch::NextLook() const {
-    const auto step = m_order.m_go.m_nodes ? kNodesStep : kWatchStep;
+    const auto step = m_order.m_go.m_nodes ? kNodesStep : kLookStep;
     const TClock::time_point next = TClock::now() + step;
     return m_deadline && !m_bDone ? std::min(next, std::max(*m_deadline, TClock::now() + 1ms)) : next;
 }
@@ -105,7 +103,7 @@ void CUciSearch::Look() {
     else if (m_improvingEnd && now >= *m_improvingEnd)
         m_improver.RequestStop();
     if (now >= m_nextProgress) {
-        m_nextProgress = now + kProgressStep;
+        m_nextProgress = now + kInfoStep;
         m_output.Line(InfoLine(Progress()));
     }
 }

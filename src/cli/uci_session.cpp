@@ -12,7 +12,7 @@ namespace quillon {
 namespace {
 
 constexpr std::size_t kWatchStackBytes = std::size_t{1} << 20;
-constexpr std::int64_t kMostThreads = 255;
+constexpr std::int64_t kMostUciThreads = 255;
 
 std::int64_t PhysicalMegabytes() { return static_cast<std::int64_t>(PhysicalMemory() >> 20); }
 
@@ -29,7 +29,7 @@ struct TNumberOption {
 };
 
 constexpr TNumberOption kNumberOptions[] = {
-    {"Threads", "threads", 1, [] { return kMostThreads; }, [] { return std::int64_t{1}; },
+    {"Threads", "threads", 1, [] { return kMostUciThreads; }, [] { return std::int64_t{1}; },
      [](TSolveRequest& request, std::int64_t value) { request.m_nThreads = static_cast<int>(value); }},
     {"Hash", "hash", 0, PhysicalMegabytes, UsualMegabytes,
      [](TSolveRequest& request, std::int64_t value) { request.m_nMemoryBudgetMB = value; }},

@@ -8,6 +8,7 @@
 
 #include "cli/console_notifier.h"
 #include "parallel/observer.h"
+#include "parallel/search_thread.h"
 #include "parallel/status_texts.h"
 #include "platform/sleep.h"
 #include "platform/terminal.h"
@@ -19,9 +20,6 @@ namespace {
 
 using TClock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
-
-// The longest search recurses 600 plies deep, with lists of moves in every node and short searches inside long ones.
-constexpr std::size_t kSearchStackBytes = std::size_t{64} << 20;
 
 constexpr int kObserverLevels = 6; // plies whose moves a report shows
 
@@ -53,7 +51,7 @@ class CWatchedSolve {
         m_nextProgress = TClock::now() + kProgressStep;
         m_secondsLimit = secondsLimit;
         {
-            CThread thread(kSearchStackBytes, [this] { Solve(); });
+            CThread thread(SearchStackBytes(kStackSlots), [this] { Solve(); });
             Watch();
             thread.Join();
         }

@@ -11,8 +11,8 @@ namespace {
 using namespace quillon::testing;
 using TJson = nlohmann::ordered_json;
 
-constexpr const char* kMateInThree = "FEN: 8/8/8/8/8/1K5Q/1p6/kn6\n";  // only Kb3-c2
-constexpr const char* kTwoMatesInOne = "FEN: k7/8/1K6/8/8/8/7R/4R3\n"; // Re1-e8 and Rh2-h8
+constexpr const char* kMateInThreeText = "FEN: 8/8/8/8/8/1K5Q/1p6/kn6\n";  // only Kb3-c2
+constexpr const char* kTwoMatesInOneText = "FEN: k7/8/1K6/8/8/8/7R/4R3\n"; // Re1-e8 and Rh2-h8
 
 std::string Problem(const std::string& header, const std::string& body) { return header + "\n{\n" + body + "}\n"; }
 
@@ -48,7 +48,7 @@ class SolveFiles : public ::testing::Test {
 };
 
 TEST_F(SolveFiles, ProblemsInTheOrderOfTheFile) {
-    Given("a.cp", "UTF-8\n" + Problem("9 #3", kMateInThree) + Problem("2 #1", kTwoMatesInOne));
+    Given("a.cp", "UTF-8\n" + Problem("9 #3", kMateInThreeText) + Problem("2 #1", kTwoMatesInOneText));
     const std::vector<TJson> objects = SolveJson();
     ASSERT_EQ(objects.size(), 2u);
     EXPECT_EQ(objects[0]["id"], 9);
@@ -70,7 +70,7 @@ TEST_F(SolveFiles, EpdFile) {
 TEST_F(SolveFiles, ChosenIds) {
     std::string text = "UTF-8\n";
     for (const int id : {1, 2, 3, 5, 8, 13})
-        text += Problem(std::to_string(id) + " #1", kTwoMatesInOne);
+        text += Problem(std::to_string(id) + " #1", kTwoMatesInOneText);
     Given("a.cp", text);
     EXPECT_EQ(SolvedIds({"--id", "3"}), (std::vector<int>{3}));
     EXPECT_EQ(SolvedIds({"--id", "8,1-3"}), (std::vector<int>{1, 2, 3, 8}));
@@ -78,7 +78,7 @@ TEST_F(SolveFiles, ChosenIds) {
 }
 
 TEST_F(SolveFiles, ChosenIdThatIsNotThere) {
-    Given("a.cp", "UTF-8\n" + Problem("1 #1", kTwoMatesInOne));
+    Given("a.cp", "UTF-8\n" + Problem("1 #1", kTwoMatesInOneText));
     const TProgramResult result = Solve({"--id", "1,7", "--json"});
     EXPECT_EQ(result.m_nStatus, 2);
     EXPECT_EQ(result.m_err, "quillon: " + m_path + ": there is no problem 7\n");
@@ -86,8 +86,8 @@ TEST_F(SolveFiles, ChosenIdThatIsNotThere) {
 }
 
 TEST_F(SolveFiles, OptionsOfTheProblemHold) {
-    Given("a.cp", "UTF-8\n" + Problem("1 #1 AllSolutions", kTwoMatesInOne) + Problem("2 #1", kTwoMatesInOne) +
-                      Problem("3 #2 StopOn3Sol", kTwoMatesInOne));
+    Given("a.cp", "UTF-8\n" + Problem("1 #1 AllSolutions", kTwoMatesInOneText) + Problem("2 #1", kTwoMatesInOneText) +
+                      Problem("3 #2 StopOn3Sol", kTwoMatesInOneText));
     const std::vector<TJson> objects = SolveJson();
     ASSERT_EQ(objects.size(), 3u);
     EXPECT_EQ(objects[0]["keys"].size(), 2u);
@@ -96,20 +96,20 @@ TEST_F(SolveFiles, OptionsOfTheProblemHold) {
 }
 
 TEST_F(SolveFiles, CommandLineComesBeforeOptionsOfTheProblem) {
-    Given("a.cp", "UTF-8\n" + Problem("1 #1 AllSolutions", kTwoMatesInOne));
+    Given("a.cp", "UTF-8\n" + Problem("1 #1 AllSolutions", kTwoMatesInOneText));
     EXPECT_EQ(SolveJson({"--stop-on", "1"}).at(0)["keys"].size(), 1u);
 }
 
 TEST_F(SolveFiles, ExpectedAnswer) {
-    Given("a.cp", "UTF-8\n" + Problem("1 #3 AllSolutions", std::string(kMateInThree) + "A: Kb3-c2\n"));
+    Given("a.cp", "UTF-8\n" + Problem("1 #3 AllSolutions", std::string(kMateInThreeText) + "A: Kb3-c2\n"));
     const TProgramResult result = Solve();
     EXPECT_EQ(result.m_nStatus, 0);
     EXPECT_NE(result.m_out.find("\nAs expected.\n"), std::string::npos) << result.m_out;
 }
 
 TEST_F(SolveFiles, DifferentAnswer) {
-    Given("a.cp", "UTF-8\n" + Problem("1 #1 AllSolutions", std::string(kTwoMatesInOne) + "A: Re1-e8\n") +
-                      Problem("2 #3", std::string(kMateInThree) + "A: Qh3-h1, Kb3-a3\n"));
+    Given("a.cp", "UTF-8\n" + Problem("1 #1 AllSolutions", std::string(kTwoMatesInOneText) + "A: Re1-e8\n") +
+                      Problem("2 #3", std::string(kMateInThreeText) + "A: Qh3-h1, Kb3-a3\n"));
     const TProgramResult result = Solve();
     EXPECT_EQ(result.m_nStatus, 1);
     EXPECT_NE(result.m_out.find("DIFFERS from the expected answer: Re1-e8\n"), std::string::npos) << result.m_out;
@@ -123,8 +123,8 @@ TEST_F(SolveFiles, DifferentAnswer) {
 }
 
 TEST_F(SolveFiles, SummaryCountsEveryKindOfResult) {
-    Given("a.cp", "UTF-8\n" + Problem("1 #3", kMateInThree) + Problem("2 #2", kMateInThree) +
-                      Problem("3 s#2", kMateInThree) + Problem("4 #1", kTwoMatesInOne));
+    Given("a.cp", "UTF-8\n" + Problem("1 #3", kMateInThreeText) + Problem("2 #2", kMateInThreeText) +
+                      Problem("3 s#2", kMateInThreeText) + Problem("4 #1", kTwoMatesInOneText));
     const TProgramResult result = Solve({"--quiet"});
     EXPECT_EQ(result.m_nStatus, 2);
     const std::vector<std::string> lines = result.OutLines();
@@ -136,8 +136,8 @@ TEST_F(SolveFiles, SummaryCountsEveryKindOfResult) {
 }
 
 TEST_F(SolveFiles, BadProblemsAreReportedAndTheOthersSolved) {
-    Given("a.cp", "UTF-8\n" + Problem("1 #3", kMateInThree) + Problem("2 #2", "FEN: 8/8/8/8/8/1K5Q/1p6/kn7\n") +
-                      Problem("3 #1", kTwoMatesInOne));
+    Given("a.cp", "UTF-8\n" + Problem("1 #3", kMateInThreeText) + Problem("2 #2", "FEN: 8/8/8/8/8/1K5Q/1p6/kn7\n") +
+                      Problem("3 #1", kTwoMatesInOneText));
     const TProgramResult result = Solve({"--json"});
     EXPECT_EQ(result.m_nStatus, 2);
     const std::vector<std::string> lines = result.OutLines();
@@ -153,7 +153,7 @@ TEST_F(SolveFiles, BadProblemsAreReportedAndTheOthersSolved) {
 }
 
 TEST_F(SolveFiles, OnlyDirectMatesAreSolved) {
-    Given("a.cp", "UTF-8\n" + Problem("1 s#3", kMateInThree) + Problem("2", kMateInThree));
+    Given("a.cp", "UTF-8\n" + Problem("1 s#3", kMateInThreeText) + Problem("2", kMateInThreeText));
     const TProgramResult result = Solve();
     EXPECT_EQ(result.m_nStatus, 2);
     EXPECT_EQ(result.m_err, "quillon: " + m_path + ":2: only direct mates are solved\nquillon: " + m_path +
@@ -161,7 +161,7 @@ TEST_F(SolveFiles, OnlyDirectMatesAreSolved) {
 }
 
 TEST_F(SolveFiles, LaterProblemReplacesAnEarlierOneOfItsId) {
-    Given("a.cp", "UTF-8\n" + Problem("1 #3", kMateInThree) + Problem("1 #1", kTwoMatesInOne));
+    Given("a.cp", "UTF-8\n" + Problem("1 #3", kMateInThreeText) + Problem("1 #1", kTwoMatesInOneText));
     const TProgramResult result = Solve({"--json"});
     EXPECT_EQ(result.m_nStatus, 0);
     ASSERT_EQ(result.OutLines().size(), 1u);
@@ -170,7 +170,7 @@ TEST_F(SolveFiles, LaterProblemReplacesAnEarlierOneOfItsId) {
 }
 
 TEST_F(SolveFiles, ControlCharactersDoNotReachTheTerminal) {
-    Given("a.cp", "UTF-8\n" + Problem("1 #1", std::string("D: red \x1b[31m alert\n") + kTwoMatesInOne));
+    Given("a.cp", "UTF-8\n" + Problem("1 #1", std::string("D: red \x1b[31m alert\n") + kTwoMatesInOneText));
     const TProgramResult result = Solve();
     EXPECT_EQ(result.m_nStatus, 0);
     EXPECT_EQ(result.m_out.find('\x1b'), std::string::npos);

@@ -15,7 +15,7 @@ using namespace quillon::testing;
 using TJson = nlohmann::ordered_json;
 
 // No machine proves in a minute whether White mates in twenty moves from the initial position.
-constexpr const char* kHopelessFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR";
+constexpr const char* kHopelessPosition = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR";
 constexpr const char* kHopelessProblem = "#20\n{\nFEN: rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR\n}\n";
 constexpr const char* kEasyProblem = "#3\n{\nFEN: 8/8/8/8/8/1K5Q/1p6/kn6\n}\n";
 
@@ -29,7 +29,7 @@ std::string Library(const std::vector<const char*>& problems) {
 
 TEST(TimeLimit, StopsTheSolve) {
     const TProgramResult result =
-        RunQuillon({"solve", "--fen", kHopelessFen, "--moves", "20", "--time-limit", "0.3", "--json"});
+        RunQuillon({"solve", "--fen", kHopelessPosition, "--moves", "20", "--time-limit", "0.3", "--json"});
     EXPECT_EQ(result.m_nStatus, 1);
     const TJson object = TJson::parse(result.m_out);
     EXPECT_EQ(object["result"], "stopped");
@@ -50,7 +50,8 @@ TEST(TimeLimit, IsThatOfEachProblem) {
 }
 
 TEST(TimeLimit, IsNamedAsTheCause) {
-    const TProgramResult result = RunQuillon({"solve", "--fen", kHopelessFen, "--moves", "20", "--time-limit", "0.2"});
+    const TProgramResult result =
+        RunQuillon({"solve", "--fen", kHopelessPosition, "--moves", "20", "--time-limit", "0.2"});
     EXPECT_NE(result.m_out.find("Stopped by the time limit, no key found so far."), std::string::npos) << result.m_out;
 }
 
@@ -74,7 +75,7 @@ TEST(Interrupt, TheFirstStopsAndReports) {
 }
 
 TEST(Interrupt, TheSecondEndsTheProgram) {
-    CProgramRun run({"solve", "--fen", kHopelessFen, "--moves", "20", "--brute-force", "--progress"});
+    CProgramRun run({"solve", "--fen", kHopelessPosition, "--moves", "20", "--brute-force", "--progress"});
     ASSERT_TRUE(run.WaitForError("Pass 2, "));
     run.Signal(SIGSTOP); // both wait while the program cannot obey the first
     run.Signal(SIGINT);
@@ -92,13 +93,14 @@ TEST(Progress, NamesTheLookBeforeThePasses) {
 }
 
 TEST(Progress, IsSilentWhereStandardErrorIsNoTerminal) {
-    const TProgramResult result = RunQuillon({"solve", "--fen", kHopelessFen, "--moves", "20", "--time-limit", "0.7"});
+    const TProgramResult result =
+        RunQuillon({"solve", "--fen", kHopelessPosition, "--moves", "20", "--time-limit", "0.7"});
     EXPECT_EQ(result.m_err, "");
 }
 
 TEST(Progress, IsShownWhenAskedForAndErasedAtTheEnd) {
     const TProgramResult result = RunQuillon(
-        {"solve", "--fen", kHopelessFen, "--moves", "20", "--brute-force", "--time-limit", "0.7", "--progress"});
+        {"solve", "--fen", kHopelessPosition, "--moves", "20", "--brute-force", "--time-limit", "0.7", "--progress"});
     // No terminal: the line of logs.
     EXPECT_TRUE(std::regex_search(result.m_err, std::regex(R"(Pass 2, [0-9]\.[0-9]% [1-9][0-9]*             \r)")))
         << result.m_err;
