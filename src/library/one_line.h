@@ -7,11 +7,11 @@
 
 namespace quillon {
 
-/// The text with a blank for each line end (or NUL) in it, so that it stays one line of the file and no more.
+/// The text with a blank for each line end in it, so that it stays one line of the file and no more.
 [[nodiscard]] inline std::string OneLine(std::string_view text) {
     std::string line(text);
     std::replace_if(
-        line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
+        line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     return line;
 }
 

@@ -47,9 +47,10 @@ std::string_view WithoutSigns(std::string_view move) {
 } // namespace
 
 std::string FormatVariantLine(const Variant& variant, bool bWithComments) {
-    const std::string_view name =
-        IsMainVariantName(variant.name) ? MainVariantName(ELanguage::English) : std::string_view(variant.name);
-    std::string line = "{" + OneLineWithout(name, '}') + "}";
+    std::string name = OneLineWithout(variant.name, '}');
+    if (IsMainVariantName(name))
+        name = MainVariantName(ELanguage::English);
+    std::string line = "{" + name + "}";
     for (const VariantMove& move : variant.moves) {
         line += " " + move.text;
         if (bWithComments && !move.comment.empty())

@@ -179,7 +179,7 @@ TEST_F(ProblemModel, ASaveThatFailsKeepsTheChanges) {
 
 TEST_F(ProblemModel, ASaveThatFailsKeepsTheMovesThatWerePlayed) {
     ASSERT_TRUE(m_model.OpenProblemFile(Given("a.cp", "7\n{\nFEN: " + kQueen + "\nMoves: Qd1-d8 Ke5-f5\n}\n")));
-    std::swap(m_model.Edited().m_board[kD1], m_model.Edited().m_board[kA1]);
+    std::swap(m_model.Edited().m_board[kD1], m_model.Edited().m_board[kC1]);
     EXPECT_FALSE(m_model.SaveProblemFileAs("/dev/full/a.cp"));
     EXPECT_EQ(m_model.Current().playedPositions.size(), 2u);
     EXPECT_TRUE(m_model.SaveProblemFile());
