@@ -8,7 +8,10 @@
 
 #include "app/version.h"
 #include "cli/bench_command.h"
+#include "cli/check_command.h"
+#include "cli/convert_command.h"
 #include "cli/help_formatter.h"
+#include "cli/list_command.h"
 #include "cli/output.h"
 #include "cli/perft_command.h"
 #include "cli/show_command.h"
@@ -56,6 +59,9 @@ EExitStatus Run(int argc, const char* const* argv) {
     AddSolveCommand(app, chosen);
     AddPerftCommand(app, chosen);
     AddShowCommand(app, chosen);
+    AddListCommand(app, chosen);
+    AddConvertCommand(app, chosen);
+    AddCheckCommand(app, chosen);
     AddBenchCommand(app, chosen);
     AddUciCommand(app, chosen);
     try {

@@ -31,8 +31,11 @@ CHelpFormatter::CHelpFormatter() { column_width(kNameColumns); }
 std::string CHelpFormatter::make_usage(const CLI::App* app, std::string name) const {
     const bool bWhole = app->get_parent() == nullptr;
     std::string usage = "\nUsage: " + name + (bWhole ? " COMMAND [options]\n" : "");
-    if (!bWhole && !app->get_options([](const CLI::Option* option) { return option->get_positional(); }).empty())
-        usage += " [FILE]";
+    const auto isPositional = [](const CLI::Option* option) { return option->get_positional(); };
+    if (!bWhole)
+        for (const CLI::Option* positional : app->get_options(isPositional))
+            usage +=
+                positional->get_required() ? " " + positional->get_name(true) : " [" + positional->get_name(true) + "]";
     return usage + (bWhole ? "" : " [options]\n");
 }
 

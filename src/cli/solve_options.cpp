@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "cli/option_values.h"
+#include "library/problem_language.h"
 
 namespace quillon {
 
@@ -186,6 +187,16 @@ void SetScheduler(TSolveRequest& request, const ChessProblem& problem, const TSo
     request.m_bCustomScheduler = options.m_bCustomScheduler;
 }
 
+/// What the problem says of the order of White's moves, by itself and by its variants.
+SortIndications IndicationsOf(const ChessProblem& problem) {
+    SortIndications indications = problem.sortIndications;
+    const bool bOthersToo = problem.useMainVariantAsSortIndications > 1;
+    for (const auto& [name, variant] : problem.variants)
+        if (bOthersToo || (problem.useMainVariantAsSortIndications > 0 && IsMainVariantName(name)))
+            indications.merge(IndicationsOf(variant));
+    return indications;
+}
+
 } // namespace
 
 TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& options) {
@@ -201,14 +212,17 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_bHybrid = options.m_bHybrid || (!bWayChosen && (problem.flags & kFlagHybridBruteForce) != 0);
     request.m_bBruteForce = options.m_bBruteForce || (!bWayChosen && (problem.flags & kFlagBruteForce) != 0);
     request.m_bSafeMode = options.m_bSafe || (problem.flags & kFlagSafeMode) != 0;
-    request.m_sortIndications.assign(problem.sortIndications.begin(), problem.sortIndications.end());
+    const SortIndications indications = IndicationsOf(problem);
+    request.m_sortIndications.assign(indications.begin(), indications.end());
     request.m_bLetRelaxHeuristics = !options.m_bNoRelax;
     request.m_bRunPass2 = !options.m_bNoPass2;
     if (options.m_heuristics)
         request.m_heuristics = ReadHeuristicsText(*options.m_heuristics);
+    else
+        request.m_heuristicClauses = problem.heuristicClauses;
     SetThreads(request, problem, options);
     SetScheduler(request, problem, options);
-    request.m_bUsePredefinedIndications = options.m_bPredefined;
+    request.m_bUsePredefinedIndications = options.m_bPredefined || (problem.flags & kFlagUsePredefinedSettings) != 0;
     request.m_bRelaxationLog = options.m_bRelaxationLog;
     if (options.m_memoryMB)
         request.m_nMemoryBudgetMB = *options.m_memoryMB;

@@ -189,9 +189,9 @@ class CRootRun final : public IRootMoves {
                m_run.m_solutions.empty();
     }
 
-    /// A set made by hand stays as it is.
+    /// A set made by hand stays as it is, and so does what the problem asks for.
     void LeaveOut(std::uint32_t heuristics, const char* reason) {
-        heuristics &= m_nChosen;
+        heuristics &= m_nChosen & ~m_run.m_nOfClauses;
         if (m_run.m_bChosenHeuristics || heuristics == 0)
             return;
         m_run.m_leftOut.push_back({heuristics, reason});
@@ -238,9 +238,11 @@ class CRootRun final : public IRootMoves {
         TInitialAnalysisRequest request;
         request.m_bChosenHeuristics = m_run.m_bChosenHeuristics;
         request.m_nChosenHeuristics = m_run.m_nChosenHeuristics;
+        request.m_pClauses = &m_run.m_clauses;
         request.m_pNotifier = m_run.m_pNotifier;
         const TInitialAnalysis initial = AnalyzeInitialPosition(m_root, request);
         m_run.m_nInitialHeuristics = initial.m_nHeuristics;
+        m_run.m_nOfClauses = initial.m_nOfClauses;
         m_run.m_initialRules = initial.m_rules;
         m_run.m_bSafeModeForced = initial.m_bSafeModeForced;
         for (const TMove& move : initial.m_solvedMoves)

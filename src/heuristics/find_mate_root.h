@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "heuristics/heuristic_clauses.h"
 #include "search/analysis.h"
 
 namespace quillon {
@@ -70,6 +71,7 @@ struct TRootFindings {
     std::vector<TPassRecord> m_passRecords;       // the same passes, one record each, complete when the pass has ended
     std::vector<std::string_view> m_initialRules; // rules of the initial analysis that fired, in order
     std::uint32_t m_nInitialHeuristics = 0;
+    std::uint32_t m_nOfClauses = 0;          // of these, what the problem itself asks for
     std::vector<TLeftOut> m_leftOut;         // of the choice, what the passes do without
     std::optional<std::string> m_initialSet; // text of the set that the plan starts from; none before it is planned
     bool m_bSafeModeForced = false;          // by the initial analysis or a step of the plan, not the user
@@ -81,6 +83,7 @@ struct TRootRun : TRootFindings {
     long m_nProblemId = 0;
     bool m_bChosenHeuristics = false; // m_nChosenHeuristics replaces the initial analysis' choice
     std::uint32_t m_nChosenHeuristics = 0;
+    THeuristicClauses m_clauses;      // what the problem says about the choice
     bool m_bAnalysisOnly = false;     // stop behind the initial analysis
     bool m_bLog = false;              // run the logging nodes
     bool m_bNoAids = false;           // threads were refused: relax without the aids that count on them

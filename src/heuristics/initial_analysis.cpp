@@ -137,6 +137,8 @@ TInitialAnalysis AnalyzeInitialPosition(TChessboard& root, const TInitialAnalysi
     root.m_nHeuristics = choice.m_nMask;
     if (analysis.m_bUsePredefinedIndications) // 14
         ApplyPredefinedAdditionalHeuristics(root, request.m_pNotifier);
+    if (request.m_pClauses != nullptr) // the problem's own word is the last
+        result.m_nOfClauses = ApplyHeuristicClauses(root, *request.m_pClauses);
     FinishRoot(root); // 15
     result.m_nHeuristics = root.m_nHeuristics;
     result.m_bSafeModeForced = choice.m_bSafeModeForced;

@@ -9,6 +9,7 @@
 #include "core/chessboard.h"
 #include "core/move.h"
 #include "core/position_type.h"
+#include "heuristics/heuristic_clauses.h"
 
 namespace quillon {
 
@@ -16,14 +17,16 @@ class INotifier;
 
 /// What the caller has settled already.
 struct TInitialAnalysisRequest {
-    bool m_bChosenHeuristics = false;      // a set was made by hand: nothing is chosen, its parameters stay
-    std::uint32_t m_nChosenHeuristics = 0; // that set
-    INotifier* m_pNotifier = nullptr;      // not owned; null: faults of the stored settings go unsaid
+    bool m_bChosenHeuristics = false;              // a set was made by hand: nothing is chosen, its parameters stay
+    std::uint32_t m_nChosenHeuristics = 0;         // that set
+    const THeuristicClauses* m_pClauses = nullptr; // of the problem; not owned, null: none
+    INotifier* m_pNotifier = nullptr;              // not owned; null: faults of the stored settings go unsaid
 };
 
 /// What the initial analysis of a position found.
 struct TInitialAnalysis {
     std::uint32_t m_nHeuristics = 0;       // mask of the first pass
+    std::uint32_t m_nOfClauses = 0;        // of these, what the problem itself asks for
     std::vector<TMove> m_solvedMoves;      // root moves shown to mate on the way
     std::vector<std::string_view> m_rules; // names of the rules that fired, in order
     bool m_bSafeModeForced = false;        // the position asked for safe mode, not the user

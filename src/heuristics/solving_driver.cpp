@@ -99,8 +99,11 @@ CSolve::~CSolve() {
 void CSolve::TakeChosenHeuristics() {
     m_run.m_bChosenHeuristics = m_request.m_heuristics.has_value();
     m_run.m_nChosenHeuristics = 0;
-    if (!m_request.m_heuristics)
+    m_run.m_clauses.clear();
+    if (!m_request.m_heuristics) {
+        m_run.m_clauses = m_request.m_heuristicClauses;
         return;
+    }
     StoreReadHeuristics(*m_request.m_heuristics, m_request.m_board, *m_context, m_analysis);
     m_run.m_nChosenHeuristics = m_request.m_heuristics->m_nHeuristics;
 }
@@ -147,7 +150,8 @@ void CSolve::SwitchToBruteForce() {
     m_guide.reset();
     m_analysis.m_bUsePredefinedIndications = false;
     m_run.m_bChosenHeuristics = true;
-    m_run.m_nChosenHeuristics = 0;
+    m_run.m_nChosenHeuristics = m_run.m_nOfClauses = 0;
+    m_run.m_clauses.clear();
     m_analysis.m_nThreads = 1;
     m_analysis.m_nMultithreadingLevels = 1;
     m_analysis.m_nSchedulerLevels = 0;

@@ -37,6 +37,7 @@ struct TSolveRequest {
     bool m_bLetRelaxHeuristics = true;
     bool m_bRunPass2 = true;
     std::optional<TReadHeuristics> m_heuristics; // this set instead of the engine's choice
+    THeuristicClauses m_heuristicClauses;        // changes to the engine's choice that the problem asks for
     bool m_bUsePredefinedIndications = false;    // known compositions get their stored settings
     bool m_bRelaxationLog = false;               // write TryRelaxSpecialHeuristics.log in the working folder
     std::uint32_t m_nRequiredHeuristics = 0;

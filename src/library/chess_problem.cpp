@@ -21,7 +21,12 @@ void SetOriginalPosition(ChessProblem& problem, const TChessboard& board) {
     CheckNumberOfMen(*position);
     if (position->m_blackChecker != kNoChecker)
         throw ChessException("Black is in check with White to move.");
+    problem.playedPositions.clear();
     problem.originalPosition = std::move(position);
+}
+
+const TChessboard& CurrentPosition(const ChessProblem& problem) {
+    return problem.playedPositions.empty() ? *problem.originalPosition : *problem.playedPositions.back();
 }
 
 int StipulationMoves(const ChessProblem& problem) {

@@ -58,6 +58,10 @@ struct ChessProblem {
 
     std::unique_ptr<TChessboard> originalPosition; // set in every problem that has been read
 
+    // A problem without a stipulation may have moves played from there: the position after each of them, each linked to
+    // the one before it, the first to originalPosition. Other problems have none.
+    std::vector<std::unique_ptr<TChessboard>> playedPositions;
+
     std::vector<TMove> answer;             // expected keys; meaningful with kFlagAnswer
     std::vector<TMove> expectedWhiteMoves; // expected best white moves, move by move
     ProblemFlags flags = 0;
@@ -77,6 +81,9 @@ struct ChessProblem {
     std::set<std::string> requiredMaterials;             // FEN letters without the kings: "RRk" is for two rooks
     std::set<std::string> allSolutionsRequiredMaterials; // needed only for a run for all solutions
 
+    /// What the problem says about heuristics: bit -> "OFF", or the text between the brackets of its clause.
+    std::map<std::uint32_t, std::string> heuristicClauses;
+
     std::map<std::string, Variant> variants; // by name
     std::set<std::string> tags;              // UTF-8
     SortIndications sortIndications;
@@ -93,6 +100,9 @@ void SetStipulation(ChessProblem& problem, std::uint16_t kind, int nMoves);
 /// Makes a board (of which only m_board counts) the starting position, with the plies of the problem.
 ///   Errors  ChessException: those of RecountFigures, "Black is in check with White to move.".
 void SetOriginalPosition(ChessProblem& problem, const TChessboard& board);
+
+/// The last position that was played, the original one where there are no moves. For a problem that has a position.
+[[nodiscard]] const TChessboard& CurrentPosition(const ChessProblem& problem);
 
 /// N of "#N" and "s#N"; 0 for a problem without a stipulation.
 [[nodiscard]] int StipulationMoves(const ChessProblem& problem);

@@ -6,6 +6,7 @@
 
 #include "core/fen.h"
 #include "library/ascii.h"
+#include "library/one_line.h"
 #include "library/text_decoding.h"
 
 namespace quillon {
@@ -192,6 +193,19 @@ void ReadEpdProblems(std::string_view text, const TOnProblem& onProblem, const T
         if (!IsSkipped(line))
             ReadLine(line, nLine, ++id, onProblem, onError);
     }
+}
+
+std::string EpdText(const ChessProblem& problem) {
+    const std::string fen = WriteFEN(*problem.originalPosition, true);
+    // The four fields of the position; the counters behind them are none of the format.
+    std::string text = fen.substr(0, fen.rfind(' ', fen.rfind(' ') - 1));
+    text += " bm #" + std::to_string(StipulationMoves(problem)) + ";";
+    if (!problem.description.empty()) {
+        std::string description = OneLine(problem.description);
+        std::replace(description.begin(), description.end(), '"', '\'');
+        text += " id \"" + description + "\";";
+    }
+    return text + " c0 \"" + std::to_string(problem.id) + "\";\n";
 }
 
 bool LooksLikeEpd(std::string_view line) {

@@ -12,6 +12,7 @@
 // A problem is solved with every castling that the board allows and no en passant in the first move: the fields must be
 // well-formed, and are not looked at.
 
+#include <string>
 #include <string_view>
 
 #include "library/problem_file.h"
@@ -22,6 +23,11 @@ namespace quillon {
 /// on.
 ///   Errors  none of its own; what the callbacks throw ends the reading.
 void ReadEpdProblems(std::string_view text, const TOnProblem& onProblem, const TOnError& onError);
+
+/// The line of a problem: position, "bm #N", the description as "id", and the number of the problem as the comment
+/// "c0". Quotes in the description become apostrophes.
+///   Shape  problem: a direct mate; the format has no words for others.
+[[nodiscard]] std::string EpdText(const ChessProblem& problem);
 
 /// Could this be a line of an EPD file? Looks at the first word only.
 [[nodiscard]] bool LooksLikeEpd(std::string_view line);

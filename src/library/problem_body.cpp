@@ -112,6 +112,7 @@ void ParseBody(TProblemParser& parser) {
         ReadDescription(parser);
     const TChessboard board = ReadPosition(parser);
     AtLexeme(parser, [&] { SetOriginalPosition(parser.m_problem, board); });
+    ParsePlayedMoves(parser);
     ParseExpectedAnswer(parser);
     Expect(parser, "}", "Closing bracket expected.");
     parser.m_bInBody = false;

@@ -8,6 +8,7 @@
 
 #include "library/ascii.h"
 #include "library/file_text.h"
+#include "library/problem_file_writer.h"
 #include "library/problem_resync.h"
 
 namespace quillon {
@@ -100,7 +101,7 @@ void Parse(TProblemParser& parser, const TDefaultClauses& defaults) {
 } // namespace
 
 CTextPosition ParseProblem(ChessProblem& problem, CTextPosition position, bool bUtf8, const TDefaultClauses& defaults) {
-    TProblemParser parser{problem, position, bUtf8};
+    TProblemParser parser{.m_problem = problem, .m_position = position, .m_bUtf8 = bUtf8};
     Parse(parser, defaults);
     return parser.m_position;
 }
@@ -113,14 +114,15 @@ ProblemFileError RedefinitionWarning(std::int32_t id, int line) {
     return warning;
 }
 
-void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnError& onError) {
+void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnError& onError, ELanguage language) {
     CTextPosition position(text);
     const bool bUtf8 = SkipUtf8Mark(position);
     const TDefaultClauses defaults = ReadDefaultClauses(position, onError);
     std::set<std::int32_t> ids;
     while (HasMoreProblems(position)) {
         auto problem = std::make_unique<ChessProblem>();
-        TProblemParser parser{*problem, position, bUtf8};
+        TProblemParser parser{.m_problem = *problem, .m_position = position, .m_bUtf8 = bUtf8};
+        parser.m_bPolish = language == ELanguage::Polish;
         try {
             Parse(parser, defaults);
         } catch (const ProblemFileError& error) {
@@ -131,28 +133,54 @@ void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnE
         position = parser.m_position;
         if (!ids.insert(problem->id).second)
             onError(RedefinitionWarning(problem->id, problem->line));
+        BringToLanguage(*problem, language);
         onProblem(std::move(problem));
     }
 }
 
-void ReadProblemText(std::string_view text, TProblemMap& library, const TOnError& onWarning) {
+void ReadProblemText(std::string_view text, TProblemMap& library, const TOnError& onWarning,
+                     const TProblemFileOptions& options) {
+    const auto log = [&](const std::string& line) {
+        if (options.m_log)
+            options.m_log(line);
+    };
     const auto store = [&](std::unique_ptr<ChessProblem> problem) {
         const std::int32_t id = problem->id;
         library.insert_or_assign(id, std::move(problem));
+        log("Problem " + std::to_string(id) + " read from file.\n");
     };
     const auto failOrWarn = [&](const ProblemFileError& error) {
         if (!error.IsWarning())
             throw error;
+        log(std::string(error.what()) + "\n");
         onWarning(error);
     };
-    ReadProblems(text, store, failOrWarn);
+    ReadProblems(text, store, failOrWarn, options.m_language);
 }
 
-void ReadProblemFile(const std::filesystem::path& path, TProblemMap& library, const TOnError& onWarning) {
+void ReadProblemFile(const std::filesystem::path& path, TProblemMap& library, const TOnError& onWarning,
+                     const TProblemFileOptions& options) {
+    const std::filesystem::path file = options.m_bCommentCompatibility ? PathWithComments(path) : path;
     std::string text;
-    if (ReadFileText(path, text))
-        throw ChessException("Error opening file: " + path.string());
-    ReadProblemText(text, library, onWarning);
+    std::error_code failure = ReadFileText(file, text);
+    std::error_code ignored;
+    if (failure && options.m_bCreateIfMissing && !std::filesystem::exists(file, ignored)) {
+        WriteDefaultProblemFile(path, options);
+        failure = ReadFileText(file, text);
+    }
+    if (failure)
+        throw ChessException("Error opening file: " + file.string());
+    ReadProblemText(text, library, onWarning, options);
+}
+
+std::filesystem::path PathWithComments(const std::filesystem::path& path) {
+    return path.native().ends_with('x') ? path : std::filesystem::path(path.native() + 'x');
+}
+
+std::filesystem::path PathWithoutComments(const std::filesystem::path& path) {
+    if (!path.native().ends_with('x'))
+        return path;
+    return path.native().substr(0, path.native().size() - 1);
 }
 
 } // namespace quillon

@@ -42,4 +42,11 @@ class ProblemFileError : public ChessException {
     ESeverity m_severity;
 };
 
+/// The message with all that is known of its place: "FILE:LINE:COLUMN: problem ID: MESSAGE".
+[[nodiscard]] inline std::string FailureText(const std::string& fileName, const ProblemFileError& error) {
+    const std::string problem = error.ProblemId() ? "problem " + std::to_string(*error.ProblemId()) + ": " : "";
+    return fileName + ":" + std::to_string(error.Line()) + ":" + std::to_string(error.Column()) + ": " + problem +
+           error.what();
+}
+
 } // namespace quillon

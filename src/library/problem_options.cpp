@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <optional>
 
+#include "heuristics/heuristic_set.h"
 #include "library/ascii.h"
 #include "library/problem_parser.h"
 
@@ -14,10 +16,8 @@ namespace {
 /// The token that follows an option. Special comments are kept: they end the options and are no argument.
 std::string_view NextArgument(TProblemParser& parser) { return NextToken(parser.m_position, true, true); }
 
-/// Fails at the lexeme read last if it is not a number of 0 to nMost.
+/// The number that the lexeme read last begins with, 0 if it begins with none; fails if it is above nMost.
 int ToNumber(const TProblemParser& parser, std::string_view text, int nMost, std::string_view option) {
-    if (!AreAllDigits(text))
-        parser.m_position.Fail("Number expected after " + std::string(option) + ". Found: " + std::string(text));
     const int number = LeadingNumber(text);
     if (number > nMost)
         parser.m_position.Fail("Number out of range after " + std::string(option) + ": " + std::string(text));
@@ -32,6 +32,8 @@ int ReadNumber(TProblemParser& parser, int nMost, std::string_view option) {
 /// A count of eight bits, where 255 stands for "not set".
 std::int8_t ToCount(const TProblemParser& parser, std::string_view text) {
     constexpr int kUnsetInFile = 255;
+    if (!AreAllDigits(text))
+        parser.m_position.Fail("Number expected after THREADS. Found: " + std::string(text));
     const int number = ToNumber(parser, text, kUnsetInFile, "THREADS");
     if (number == kUnsetInFile)
         return kUnsetCount;
@@ -123,6 +125,39 @@ bool EndsOptions(const std::string& token) {
     return token == "{" || line == "//#TAGS" || line == "//!VARIANTS" || token.starts_with("//@");
 }
 
+/// "(argument)" or "OFF" behind the name of a heuristic. Lexemes of the argument are put together without blanks.
+void ReadHeuristicClause(TProblemParser& parser, std::uint32_t bit, const std::string& name) {
+    constexpr std::string_view kOff = "OFF";
+    const std::string_view opening = NextArgument(parser);
+    std::string argument;
+    if (ToUpperAscii(opening) == kOff) {
+        argument = kOff;
+    } else if (opening == "(") {
+        for (std::string_view part = NextArgument(parser); part != ")"; part = NextArgument(parser))
+            argument += part;
+    } else {
+        parser.m_position.Fail("Unexpected lexem after " + name + ": " + std::string(opening) +
+                               " (expected opening bracket or OFF)");
+    }
+    parser.m_problem.heuristicClauses.insert_or_assign(bit, std::move(argument));
+}
+
+/// An option of the table, or the name of a heuristic.
+void ReadOption(TProblemParser& parser, const std::string& token) {
+    const auto option = std::find_if(kOptions.begin(), kOptions.end(),
+                                     [&](const TOption& candidate) { return candidate.m_name == token; });
+    if (option != kOptions.end()) {
+        parser.m_problem.flags |= option->m_flags;
+        if (option->m_read)
+            option->m_read(parser);
+        return;
+    }
+    const std::optional<std::uint32_t> bit = FindHeuristic(token);
+    if (!bit)
+        parser.m_position.Fail("Opening bracket expected { or unrecognized option encountered: " + token);
+    ReadHeuristicClause(parser, *bit, token);
+}
+
 } // namespace
 
 void ParseOptions(TProblemParser& parser) {
@@ -133,13 +168,7 @@ void ParseOptions(TProblemParser& parser) {
             parser.m_position = before;
             return;
         }
-        const auto option = std::find_if(kOptions.begin(), kOptions.end(),
-                                         [&](const TOption& candidate) { return candidate.m_name == token; });
-        if (option == kOptions.end())
-            parser.m_position.Fail("Opening bracket expected { or unrecognized option encountered: " + token);
-        parser.m_problem.flags |= option->m_flags;
-        if (option->m_read)
-            option->m_read(parser);
+        ReadOption(parser, token);
     }
 }
 

@@ -120,7 +120,7 @@ void ParseSections(TProblemParser& parser) {
     std::string_view token = NextSpecialToken(parser);
     if (token.starts_with(kSortIndications)) {
         const std::string_view text = token.substr(kSortIndications.size());
-        AtLexeme(parser, [&] { ParseSortIndications(parser.m_problem.sortIndications, text); });
+        AtLexeme(parser, [&] { ParseSortIndications(parser.m_problem.sortIndications, text, parser.m_bPolish); });
         token = NextSpecialToken(parser);
     }
     if (token != "{")

@@ -2,7 +2,7 @@
 // The recursive-descent parser of one problem. Only the reader of problem files uses it; problem_file.h is the door.
 //
 //   problem  = id stipulation { option } [ tags ] [ variants ] [ sort indications ] "{" body "}"
-//   body     = [ description ] position [ expected answer ]
+//   body     = [ description ] position [ played moves ] [ expected answer ]
 //
 // Each part begins where the one before it ended, and every failure is a ProblemFileError with the place of the lexeme
 // that was not expected.
@@ -26,6 +26,7 @@ struct TProblemParser {
     ChessProblem& m_problem;
     CTextPosition m_position;
     bool m_bUtf8;           // the text is UTF-8; else in the legacy code page
+    bool m_bPolish = false; // the language of what is wrong with sort indications
     bool m_bIdRead = false; // m_problem.id is that of the text
     bool m_bInBody = false; // the opening bracket has been read, the closing one not
 
@@ -39,8 +40,9 @@ void ParseWholeProblem(TProblemParser& parser, const TDefaultClauses& defaults);
 // The parts, in their order.
 void ParseHeader(TProblemParser& parser, const TDefaultClauses& defaults);
 void ParseOptions(TProblemParser& parser);
-void ParseSections(TProblemParser& parser); // up to the opening bracket, included
-void ParseBody(TProblemParser& parser);     // up to the closing bracket, included
+void ParseSections(TProblemParser& parser);    // up to the opening bracket, included
+void ParseBody(TProblemParser& parser);        // up to the closing bracket, included
+void ParsePlayedMoves(TProblemParser& parser); // of a problem without a stipulation
 void ParseExpectedAnswer(TProblemParser& parser);
 
 /// The next lexeme of a body, of whatever kind.

@@ -8,8 +8,10 @@
 //   +  with check           ++  with double check  *  only where the figure cannot be captured after the move
 
 #include <set>
+#include <string>
 #include <string_view>
 
+#include "library/variant.h"
 #include "search/sort_indication.h"
 
 namespace quillon {
@@ -21,6 +23,13 @@ using SortIndications = std::set<SortIndication>;
 ///   of
 ///           the indication for a bad one, "Move description too long (note that moves should be separated with a comma
 ///           or semicolon)", "Unknown figure letter: " and the letter.
-void ParseSortIndications(SortIndications& indications, std::string_view text);
+///   bPolish  the first two messages begin "Niepoprawny opis SortIndication" instead.
+void ParseSortIndications(SortIndications& indications, std::string_view text, bool bPolish = false);
+
+/// The text that reads back to these indications, separated by "; ".
+[[nodiscard]] std::string FormatSortIndications(const SortIndications& indications);
+
+/// White's moves of a variant as indications for their move numbers. No position is looked at.
+[[nodiscard]] SortIndications IndicationsOf(const Variant& variant);
 
 } // namespace quillon

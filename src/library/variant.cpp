@@ -4,6 +4,8 @@
 
 #include "core/notation.h"
 #include "library/ascii.h"
+#include "library/one_line.h"
+#include "library/problem_language.h"
 
 namespace quillon {
 
@@ -43,6 +45,18 @@ std::string_view WithoutSigns(std::string_view move) {
 }
 
 } // namespace
+
+std::string FormatVariantLine(const Variant& variant, bool bWithComments) {
+    const std::string_view name =
+        IsMainVariantName(variant.name) ? MainVariantName(ELanguage::English) : std::string_view(variant.name);
+    std::string line = "{" + OneLineWithout(name, '}') + "}";
+    for (const VariantMove& move : variant.moves) {
+        line += " " + move.text;
+        if (bWithComments && !move.comment.empty())
+            line += "[" + OneLineWithout(move.comment, ']') + "]";
+    }
+    return line;
+}
 
 void ParseVariantLine(Variant& variant, std::string_view text) {
     text = text.substr(0, text.find('\n'));

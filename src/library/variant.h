@@ -25,4 +25,9 @@ struct Variant {
 ///   Errors  ChessException of ParseMove (core/notation.h) for a move that cannot be read. No position is looked at.
 void ParseVariantLine(Variant& variant, std::string_view text);
 
+/// The line that reads back to the variant: "{Name} move move[comment]". A main variant has its English name, whatever
+/// the language it is named in. What would end the name, a comment or the line early is left out, a line end is a
+/// blank.
+[[nodiscard]] std::string FormatVariantLine(const Variant& variant, bool bWithComments);
+
 } // namespace quillon

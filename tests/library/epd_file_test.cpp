@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "core/search_context.h"
 #include "library/problem_reading.h"
+#include "library/random_library.h"
 #include "library/text_decoding.h"
 
 namespace quillon {
@@ -154,6 +156,29 @@ TEST(EpdFile, TellsWhatLooksLikeALine) {
     EXPECT_FALSE(LooksLikeEpd("117 #5"));
     EXPECT_FALSE(LooksLikeEpd("\tFEN: 8/8/8/4k3/8/8/8/3QK3"));
     EXPECT_FALSE(LooksLikeEpd(""));
+}
+
+TEST(EpdText, HoldsPositionStipulationAndDescription) {
+    const auto problem = ReadOne("UTF-8 117 #5\n{\nDesc: A \"quoted\" one\nFEN: r3k3/8/8/8/8/8/8/R3K2R\n}\n");
+    EXPECT_EQ(EpdText(*problem), "r3k3/8/8/8/8/8/8/R3K2R w KQq - bm #5; id \"A 'quoted' one\"; c0 \"117\";\n");
+    EXPECT_EQ(EpdText(*ReadOne("2 #1\n" + std::string(kPlainBody))), "8/8/8/4k3/8/8/8/3QK3 w - - bm #1; c0 \"2\";\n");
+}
+
+TEST(EpdText, IsReadAsTheSameProblem) {
+    CRandomLibrary random(3);
+    for (int i = 0; i < 500; ++i) {
+        auto problem = random.MakeProblem();
+        SetStipulation(*problem, kDirectMate, 1 + i % kMaxStipulation);
+        TReading reading;
+        ReadEpdProblems(EpdText(*problem), Problems(reading), Errors(reading));
+        ASSERT_EQ(reading.Errors(), std::vector<std::string>());
+        ASSERT_EQ(reading.m_problems.size(), 1u);
+        EXPECT_EQ(reading.m_problems[0]->plies, problem->plies);
+        EXPECT_EQ(reading.m_problems[0]->originalPosition->m_board, problem->originalPosition->m_board);
+        std::string description = problem->description;
+        std::replace(description.begin(), description.end(), '"', '\'');
+        EXPECT_EQ(reading.m_problems[0]->description, description);
+    }
 }
 
 } // namespace

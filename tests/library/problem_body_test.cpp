@@ -129,10 +129,6 @@ TEST(ProblemBody, EndsWithItsBracket) {
     EXPECT_EQ(StrictError("1 #2 { /* never closed }"), "1:8 Unexpected end of file before comment closed.");
 }
 
-TEST(ProblemBody, MovesOfAGameAreNotMisread) {
-    EXPECT_EQ(StrictError("1\n{\nFEN: 8/8/8/4k3/8/8/8/3QK3\nMoves: Ke1-e2\n}\n"), "4:1 Closing bracket expected.");
-}
-
 TEST(ProblemBody, CommentsMayStandBetweenLexemes) {
     const auto problem = ReadBody("// here\nW /* and */ : Ke1, // there\n Qd1 B:/**/Ke5\n//! and everywhere\n");
     EXPECT_EQ(problem->originalPosition->m_board, ReadBody(kPosition)->originalPosition->m_board);

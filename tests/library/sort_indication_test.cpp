@@ -121,5 +121,25 @@ TEST(SortIndication, TooLongAndUnknownFigures) {
     EXPECT_EQ(FailureOf("Xd1"), "Unknown figure letter: X");
 }
 
+TEST(SortIndication, IsWrittenInTheSyntaxItIsReadIn) {
+    for (const char* text : {"d8", "Qd8", "Pd8", "d1-d8", "Qd1-d8", "1.Qd1:d8", "~3.d1>d8*++", ":d8", "Q>d8+", "d7-d8Q",
+                             "d7:d8N*", "0-0", "12.0-0-0+", "Ke1>g1", "d8P"}) {
+        SortIndications read;
+        ParseSortIndications(read, text);
+        EXPECT_EQ(FormatSortIndications(read), text);
+    }
+    SortIndications several;
+    ParseSortIndications(several, "3.Qd8:f6, 1.Qd1-d8 ,~ 2.Sb8");
+    EXPECT_EQ(FormatSortIndications(several), "1.Qd1-d8; ~2.Nb8; 3.Qd8:f6");
+    EXPECT_EQ(FormatSortIndications({}), "");
+}
+
+TEST(SortIndication, WhiteMovesOfAVariantAreIndications) {
+    Variant variant;
+    ParseVariantLine(variant, "{v} Qd1-d8 Ke5-f5 a7-a8N Kf5-e5 0-0");
+    EXPECT_EQ(FormatSortIndications(IndicationsOf(variant)), "1.d1-d8; 2.a7-a8N; 3.e1-g1");
+    EXPECT_TRUE(IndicationsOf(Variant{}).empty());
+}
+
 } // namespace
 } // namespace quillon

@@ -1,0 +1,59 @@
+#include "cli/library_source.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include "cli/output.h"
+#include "library/problem_input.h"
+
+namespace quillon {
+
+bool TLibrarySource::HasUnreadable() const {
+    return std::any_of(m_errors.begin(), m_errors.end(),
+                       [](const ProblemFileError& error) { return !error.IsWarning(); });
+}
+
+TLibrarySource ReadLibrarySource(const std::string& path) {
+    const TProblemInput input = ReadProblemInput(path, std::cin);
+    TLibrarySource source;
+    source.m_name = input.m_name;
+    ReadProblems(
+        input, [&](std::unique_ptr<ChessProblem> problem) { source.m_problems.push_back(std::move(problem)); },
+        [&](const ProblemFileError& error) { source.m_errors.push_back(error); });
+    return source;
+}
+
+void TellErrors(const TLibrarySource& source) {
+    for (const ProblemFileError& error : source.m_errors)
+        WriteDiagnostic(FailureText(source.m_name, error));
+}
+
+TProblemMap ById(TLibrarySource& source) {
+    TProblemMap problems;
+    for (auto& problem : source.m_problems) {
+        const std::int32_t id = problem->id;
+        problems.insert_or_assign(id, std::move(problem));
+    }
+    source.m_problems.clear();
+    return problems;
+}
+
+std::string StipulationText(const ChessProblem& problem) {
+    const int nMoves = StipulationMoves(problem);
+    return nMoves == 0 ? "-" : (problem.kind == kSelfmate ? "s#" : "#") + std::to_string(nMoves);
+}
+
+const char* KindName(const ChessProblem& problem) {
+    switch (problem.kind) {
+    case kDirectMate:
+        return "direct mate";
+    case kSelfmate:
+        return "selfmate";
+    case kHelpmate:
+        return "helpmate";
+    default:
+        return "position";
+    }
+}
+
+} // namespace quillon

@@ -1,0 +1,34 @@
+#pragma once
+// Replacing a file so that nothing can leave half of it: not a kill, not a power failure, not a full disk.
+//
+// The content goes to a new file in the same folder, down to the disk; only then the name is given to it, in one step
+// of the file system. Until that step the name stands for the old file. A kill may leave the new file behind under its
+// own name (".quillon-...").
+
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+namespace quillon {
+
+enum class ESaveStep {
+    Open,   // the file may not be written, or none can be made beside it
+    Write,  // the content did not go to the disk whole
+    Backup, // the old file could not be kept
+    Rename, // the new file could not take its place
+};
+
+/// How a save ended. Unless it succeeded the file is what it was before.
+struct TSaveResult {
+    std::error_code m_error;            // none: saved
+    ESaveStep m_step = ESaveStep::Open; // that failed
+    std::filesystem::path m_oldFile;    // the backup that was made, empty for none
+};
+
+/// Writes a file with this content.
+///   bBackup  an old file stays as "NAME.BAK", instead of an earlier one of that name; where that cannot be replaced as
+///            the first of "NAME.BAK1", "NAME.BAK2", ... that is free.
+/// A link is followed to the file that it names. A device or pipe cannot be replaced: it is written to as it is.
+[[nodiscard]] TSaveResult SaveFile(const std::filesystem::path& path, std::string_view content, bool bBackup);
+
+} // namespace quillon

@@ -1,0 +1,198 @@
+#include "library/problem_file_writer.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+#include <vector>
+
+#include "library/problem_reading.h"
+#include "library/problem_writer.h"
+#include "platform/temporary_folder.h"
+
+namespace quillon {
+namespace {
+
+using namespace quillon::testing;
+namespace fs = std::filesystem;
+
+constexpr std::string_view kWithComment =
+    "UTF-8\n\n\n5 #2\n//!VARIANTS\n//!{Main variant} Qd1-d8[why]\n//!ENDVARIANTS\n"
+    "{\n\tFEN: 8/8/8/4k3/8/8/8/3QK3\n}\n";
+
+std::string ContentOf(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+TProblemMap Library() {
+    TProblemMap library;
+    ReadProblemText(kWithComment, library, [](const ProblemFileError&) {});
+    return library;
+}
+
+TProblemMap LibraryOf(const fs::path& path, const TProblemFileOptions& options = {}) {
+    TProblemMap library;
+    ReadProblemFile(
+        path, library, [](const ProblemFileError&) {}, options);
+    return library;
+}
+
+template <class TRun> std::string FailureOf(TRun run) {
+    try {
+        run();
+    } catch (const ChessException& failure) {
+        return failure.what();
+    }
+    return {};
+}
+
+class CAnswer : public INotifier {
+  public:
+    explicit CAnswer(bool bYes) : m_bYes(bYes) {}
+    void Inform(std::string_view, std::string_view) override {}
+    bool AskYesNo(std::string_view text, std::string_view) override {
+        m_questions.emplace_back(text);
+        return m_bYes;
+    }
+    std::vector<std::string> m_questions;
+
+  private:
+    bool m_bYes;
+};
+
+TProblemFileOptions Twins() { return {.m_bCommentCompatibility = true, .m_log = {}}; }
+
+TEST(ProblemFileWriter, WritesTheFileAndKeepsTheOldOne) {
+    const CTemporaryFolder folder;
+    folder.Write("a.cp", "old");
+    WriteProblemFile(folder.Path() / "a.cp", Library());
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cp"), kWithComment);
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cp.BAK"), "old");
+}
+
+TEST(ProblemFileWriter, CommentsKeptApartMakeTwoFiles) {
+    const CTemporaryFolder folder;
+    std::string without(kWithComment);
+    without.erase(without.find("[why]"), 5);
+    for (const char* name : {"a.cp", "b.cpx"}) {
+        folder.Write(name, "old");
+        WriteProblemFile(folder.Path() / name, Library(), Twins());
+    }
+    for (const char* name : {"a.cp", "b.cp"}) {
+        EXPECT_EQ(ContentOf(folder.Path() / (name + std::string("x"))), kWithComment);
+        EXPECT_EQ(ContentOf(folder.Path() / name), without);
+        EXPECT_EQ(LibraryOf(folder.Path() / name, Twins()).at(5)->variants.at("Main variant").moves[0].comment, "why");
+        EXPECT_EQ(LibraryOf(folder.Path() / name).at(5)->variants.at("Main variant").moves[0].comment, "");
+    }
+    EXPECT_TRUE(fs::exists(folder.Path() / "a.cp.BAK"));
+    EXPECT_TRUE(fs::exists(folder.Path() / "b.cpx.BAK"));
+    EXPECT_FALSE(fs::exists(folder.Path() / "a.cpx.BAK"));
+}
+
+TEST(ProblemFileWriter, NamesOfTheTwins) {
+    EXPECT_EQ(PathWithComments("a.cp"), "a.cpx");
+    EXPECT_EQ(PathWithComments("a.cpx"), "a.cpx");
+    EXPECT_EQ(PathWithoutComments("a.cpx"), "a.cp");
+    EXPECT_EQ(PathWithoutComments("a.cp"), "a.cp");
+}
+
+TEST(ProblemFileWriter, WhatCannotBeWrittenIsToldAndTheOldFileStays) {
+    const CTemporaryFolder folder;
+    EXPECT_EQ(FailureOf([&] { WriteProblemFile("/dev/full", Library()); }),
+              "Error saving to file: /dev/full (No space left on device)");
+    const fs::path nowhere = folder.Path() / "none" / "a.cp";
+    EXPECT_EQ(FailureOf([&] { WriteProblemFile(nowhere, Library()); }),
+              "Error opening file: " + nowhere.string() + " (No such file or directory)");
+
+    folder.Write("a.cp", "old");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small{64, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const std::string failure = FailureOf([&] { WriteProblemFile(folder.Path() / "a.cp", Library()); });
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_EQ(failure, "Error saving to file: " + (folder.Path() / "a.cp").string() + " (File too large)");
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cp"), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()), 1);
+}
+
+TEST(NewProblemFile, HasOneProblemToChange) {
+    const CTemporaryFolder folder;
+    CAnswer nobody(false);
+    EXPECT_TRUE(CreateNewProblemFile(folder.Path() / "a.cp", nobody, EExistingFile::Ask));
+    EXPECT_TRUE(nobody.m_questions.empty());
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cp"),
+              "UTF-8\n1 #2\n{\n\tDesc: Click here to change problem description\n\tWhite: Ke1\n\tBlack: Ke8\n}\n");
+    EXPECT_EQ(LibraryOf(folder.Path() / "a.cp").at(1)->description, "Click here to change problem description");
+}
+
+TEST(NewProblemFile, OneThatExistsIsReplacedIfTheUserSaysSo) {
+    const CTemporaryFolder folder;
+    const fs::path file = folder.Path() / "a.cp";
+    folder.Write("a.cp", "old");
+    CAnswer no(false), yes(true);
+    EXPECT_FALSE(CreateNewProblemFile(file, yes, EExistingFile::Keep));
+    EXPECT_TRUE(yes.m_questions.empty());
+    EXPECT_FALSE(CreateNewProblemFile(file, no, EExistingFile::Ask));
+    EXPECT_EQ(no.m_questions, (std::vector<std::string>{"File " + file.string() + " already exists.\n" +
+                                                        "Do you want to replace it with a new file?"}));
+    EXPECT_EQ(ContentOf(file), "old");
+    EXPECT_TRUE(CreateNewProblemFile(file, yes, EExistingFile::Ask));
+    EXPECT_EQ(LibraryOf(file).count(1), 1u);
+}
+
+TEST(NewProblemFile, IsMadeInEveryLanguage) {
+    const CTemporaryFolder folder;
+    CAnswer nobody(false);
+    const auto make = [&](ELanguage language) {
+        const fs::path file = folder.Path() / std::to_string(static_cast<int>(language));
+        static_cast<void>(
+            CreateNewProblemFile(file, nobody, EExistingFile::Ask, {.m_language = language, .m_log = {}}));
+        return ContentOf(file);
+    };
+    EXPECT_EQ(ReadOne(make(ELanguage::Polish))->description, "Kliknij tutaj, aby zmienić opis zadania");
+    // The description has no line end, so that it swallows the white figures.
+    EXPECT_EQ(StrictMessage(make(ELanguage::Ukrainian)), "White figures identifier expected (W, WH or WHITE).");
+}
+
+TEST(NewProblemFile, ComesWithItsTwin) {
+    const CTemporaryFolder folder;
+    CAnswer nobody(false);
+    EXPECT_TRUE(CreateNewProblemFile(folder.Path() / "a.cp", nobody, EExistingFile::Ask, Twins()));
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cpx"), ContentOf(folder.Path() / "a.cp"));
+}
+
+TEST(NewProblemFile, IsMadeForAReaderThatFindsNone) {
+    const CTemporaryFolder folder;
+    const fs::path file = folder.Path() / "a.cp";
+    EXPECT_EQ(FailureOf([&] { static_cast<void>(LibraryOf(file)); }), "Error opening file: " + file.string());
+    EXPECT_EQ(LibraryOf(file, {.m_bCreateIfMissing = true, .m_log = {}}).size(), 1u);
+    EXPECT_TRUE(fs::exists(file));
+    EXPECT_EQ(
+        FailureOf([&] { static_cast<void>(LibraryOf(folder.Path(), {.m_bCreateIfMissing = true, .m_log = {}})); }),
+        "Error opening file: " + folder.Path().string());
+}
+
+TEST(ProblemFileLog, NamesEachProblemAndRedefinition) {
+    const CTemporaryFolder folder;
+    folder.Write("a.cp", "1 #2\n" + std::string(kPlainBody) + "1 #3\n" + std::string(kPlainBody));
+    std::vector<std::string> lines;
+    static_cast<void>(
+        LibraryOf(folder.Path() / "a.cp", {.m_log = [&](const std::string& line) { lines.push_back(line); }}));
+    EXPECT_EQ(lines, (std::vector<std::string>{"Problem 1 read from file.\n",
+                                               "WARINING: Problem id=1 redefinition - overwriting.\n",
+                                               "Problem 1 read from file.\n"}));
+}
+
+TEST(FailureText, TellsAllThatIsKnownOfThePlace) {
+    const TReading reading = Read("UTF-8\n7 #2 Foo\n");
+    EXPECT_EQ(FailureText("dir/a.cp", reading.m_errors.at(0)),
+              "dir/a.cp:2:6: problem 7: Opening bracket expected { or unrecognized option encountered: FOO");
+    EXPECT_EQ(FailureText("a.cp", Read("}").m_errors.at(0)), "a.cp:1:1: Alphanumeric identifier expected. Found: }");
+}
+
+} // namespace
+} // namespace quillon

@@ -1,0 +1,261 @@
+#include "platform/save_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include "platform/temporary_folder.h"
+
+namespace quillon {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string ContentOf(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> NamesIn(const fs::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+using TNames = std::vector<std::string>;
+
+/// What the function returns when it runs in a process of its own, which may lose rights.
+int InChild(const std::function<int()>& run) {
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(run());
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(SaveFile, MakesANewFile) {
+    const CTemporaryFolder folder;
+    const TSaveResult result = SaveFile(folder.Path() / "a.cp", "content", true);
+    EXPECT_FALSE(result.m_error) << result.m_error.message();
+    EXPECT_TRUE(result.m_oldFile.empty());
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cp"), "content");
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a.cp"}));
+}
+
+TEST(SaveFile, ANewFileHasTheRightsOfTheUsersMask) {
+    const CTemporaryFolder folder;
+    const mode_t before = umask(027);
+    static_cast<void>(SaveFile(folder.Path() / "a", "x", true));
+    umask(before);
+    struct stat status {};
+    ASSERT_EQ(stat((folder.Path() / "a").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0640u);
+}
+
+TEST(SaveFile, KeepsTheOldFileAndItsRights) {
+    const CTemporaryFolder folder;
+    const fs::path file = folder.Path() / "a.cp";
+    folder.Write("a.cp", "first");
+    chmod(file.c_str(), 0604);
+    const TSaveResult result = SaveFile(file, "second", true);
+    EXPECT_FALSE(result.m_error);
+    EXPECT_EQ(result.m_oldFile.filename(), "a.cp.BAK");
+    EXPECT_EQ(ContentOf(file), "second");
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cp.BAK"), "first");
+    struct stat status {};
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0604u);
+    static_cast<void>(SaveFile(file, "third", true));
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cp.BAK"), "second");
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a.cp", "a.cp.BAK"}));
+}
+
+TEST(SaveFile, WithoutABackupTheOldFileIsGone) {
+    const CTemporaryFolder folder;
+    folder.Write("a", "first");
+    EXPECT_FALSE(SaveFile(folder.Path() / "a", "second", false).m_error);
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a"}));
+    EXPECT_EQ(ContentOf(folder.Path() / "a"), "second");
+}
+
+TEST(SaveFile, ABackupThatCannotBeReplacedHasSuccessors) {
+    const CTemporaryFolder folder;
+    folder.Write("a.BAK/in the way", ""); // a folder with something in it
+    folder.Write("a.BAK1", "kept");
+    for (const char* content : {"first", "second", "third"})
+        EXPECT_FALSE(SaveFile(folder.Path() / "a", content, true).m_error);
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a", "a.BAK", "a.BAK1", "a.BAK2", "a.BAK3"}));
+    EXPECT_EQ(ContentOf(folder.Path() / "a.BAK1"), "kept");
+    EXPECT_EQ(ContentOf(folder.Path() / "a.BAK2"), "first");
+    EXPECT_EQ(ContentOf(folder.Path() / "a.BAK3"), "second");
+}
+
+TEST(SaveFile, ABackupOfTheSameFileLeavesNothingBehind) {
+    const CTemporaryFolder folder;
+    folder.Write("a", "first");
+    fs::create_hard_link(folder.Path() / "a", folder.Path() / "a.BAK"); // as a kill between two steps leaves it
+    EXPECT_FALSE(SaveFile(folder.Path() / "a", "second", true).m_error);
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a", "a.BAK"}));
+    EXPECT_EQ(ContentOf(folder.Path() / "a.BAK"), "first");
+}
+
+TEST(SaveFile, FollowsLinks) {
+    const CTemporaryFolder folder;
+    folder.Write("real/a", "first");
+    fs::create_symlink("real/a", folder.Path() / "link");
+    EXPECT_FALSE(SaveFile(folder.Path() / "link", "second", true).m_error);
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "link"));
+    EXPECT_EQ(ContentOf(folder.Path() / "real/a"), "second");
+    EXPECT_EQ(ContentOf(folder.Path() / "real/a.BAK"), "first");
+}
+
+TEST(SaveFile, TakesAPathWithoutAFolder) {
+    const CTemporaryFolder folder;
+    EXPECT_EQ(InChild([&] {
+                  fs::current_path(folder.Path());
+                  return SaveFile("a", "one", true).m_error || SaveFile("a", "two", true).m_error ? 1 : 0;
+              }),
+              0);
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a", "a.BAK"}));
+}
+
+TEST(SaveFile, AFullDeviceIsTold) {
+    const TSaveResult result = SaveFile("/dev/full", "content", true);
+    EXPECT_EQ(result.m_error, std::errc::no_space_on_device);
+    EXPECT_EQ(result.m_step, ESaveStep::Write);
+    EXPECT_TRUE(fs::is_character_file("/dev/full"));
+    EXPECT_FALSE(SaveFile("/dev/null", "content", true).m_error);
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+}
+
+TEST(SaveFile, BeyondTheLimitOnFilesTheOldOneStays) {
+    const CTemporaryFolder folder;
+    const fs::path file = folder.Path() / "a";
+    folder.Write("a", "first");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small{4096, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const TSaveResult result = SaveFile(file, std::string(100'000, 'x'), true);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_EQ(result.m_error, std::errc::file_too_large);
+    EXPECT_EQ(result.m_step, ESaveStep::Write);
+    EXPECT_EQ(ContentOf(file), "first");
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a"}));
+}
+
+TEST(SaveFile, PlacesThatCannotBeWrittenAreTold) {
+    const CTemporaryFolder folder;
+    folder.Write("file", "");
+    EXPECT_EQ(SaveFile(folder.Path(), "x", true).m_error, std::errc::is_a_directory);
+    EXPECT_EQ(SaveFile(folder.Path() / "none" / "a", "x", true).m_error, std::errc::no_such_file_or_directory);
+    const TSaveResult result = SaveFile(folder.Path() / "file" / "a", "x", true);
+    EXPECT_EQ(result.m_error, std::errc::not_a_directory);
+    EXPECT_EQ(result.m_step, ESaveStep::Open);
+}
+
+TEST(SaveFile, WithoutTheRightTheOldFileStays) {
+    const CTemporaryFolder folder;
+    folder.Write("folder/a", "first");
+    folder.Write("file/a", "first");
+    chmod((folder.Path() / "folder").c_str(), 0555);
+    chmod((folder.Path() / "file/a").c_str(), 0444);
+    chmod((folder.Path() / "file").c_str(), 0777);
+    chmod(folder.Path().c_str(), 0755);
+    const auto isRefused = [&](const char* name) {
+        return InChild([&] {
+            constexpr uid_t kNobody = 65534; // rights mean nothing to root
+            if (geteuid() == 0 && setuid(kNobody) != 0)
+                return 2;
+            const TSaveResult result = SaveFile(folder.Path() / name, "second", true);
+            return result.m_error == std::errc::permission_denied && result.m_step == ESaveStep::Open ? 0 : 1;
+        });
+    };
+    EXPECT_EQ(isRefused("folder/a"), 0);
+    EXPECT_EQ(isRefused("file/a"), 0);
+    EXPECT_EQ(ContentOf(folder.Path() / "folder/a"), "first");
+    EXPECT_EQ(ContentOf(folder.Path() / "file/a"), "first");
+    chmod((folder.Path() / "folder").c_str(), 0755);
+}
+
+// ---- kills
+
+/// Contents of different length, each of which tells which it is.
+std::string Version(int n) {
+    return std::string(static_cast<std::size_t>(20'000 + 7'000 * (n % 5)), static_cast<char>('a' + n % 5));
+}
+
+bool IsVersion(const std::string& content) { return !content.empty() && content == Version(content.front() - 'a'); }
+
+/// Microseconds that a save takes.
+long MeasuredSave(const fs::path& file) {
+    constexpr int kSaves = 5;
+    const auto start = std::chrono::steady_clock::now();
+    for (int n = 0; n < kSaves; ++n)
+        EXPECT_FALSE(SaveFile(file, Version(n), true).m_error);
+    const auto taken = std::chrono::steady_clock::now() - start;
+    return std::max<long>(std::chrono::duration_cast<std::chrono::microseconds>(taken).count() / kSaves, 1);
+}
+
+/// Saves without end, in a process that is killed after a while.
+void SaveUntilKilled(const fs::path& file, int first, long microseconds) {
+    const pid_t child = fork();
+    if (child == 0)
+        for (int n = first;; ++n)
+            if (SaveFile(file, Version(n), true).m_error)
+                _exit(1);
+    std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "a save failed";
+}
+
+/// Removes what kills have left behind; returns how much there was.
+int RemoveStrays(const fs::path& folder) {
+    int nStrays = 0;
+    for (const std::string& name : NamesIn(folder))
+        if (name.starts_with(".quillon-"))
+            nStrays += fs::remove(folder / name) ? 1 : 0;
+    return nStrays;
+}
+
+TEST(SaveFile, KilledAtAnyMomentItLeavesTheOldOrTheNewFile) {
+    const CTemporaryFolder folder;
+    const fs::path file = folder.Path() / "a", backup = folder.Path() / "a.BAK";
+    const long save = MeasuredSave(file);
+    const int nKills = static_cast<int>(std::clamp<long>(900'000 / save, 40, 300)); // seconds on any disk
+    std::mt19937 random(8);
+    int nChanged = 0, nStrays = 0;
+    for (int i = 0; i < nKills; ++i) {
+        const std::string before = ContentOf(file);
+        SaveUntilKilled(file, i, std::uniform_int_distribution<long>(0, 2 * save)(random));
+        const std::string after = ContentOf(file);
+        ASSERT_TRUE(IsVersion(after)) << i;
+        ASSERT_TRUE(IsVersion(ContentOf(backup))) << i;
+        nChanged += after != before ? 1 : 0;
+        nStrays += RemoveStrays(folder.Path());
+    }
+    // The kills fell between saves and within them.
+    EXPECT_GT(nChanged, 0);
+    EXPECT_GT(nStrays, 0);
+}
+
+} // namespace
+} // namespace quillon
