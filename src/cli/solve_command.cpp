@@ -4,12 +4,14 @@
 #include <memory>
 #include <optional>
 
+#include "cli/console_notifier.h"
 #include "cli/explain_text.h"
 #include "cli/option_values.h"
 #include "cli/output.h"
 #include "cli/problem_source.h"
 #include "cli/solve_options.h"
 #include "cli/solve_report.h"
+#include "cli/solve_settings.h"
 #include "core/chess_exception.h"
 #include "platform/interrupt.h"
 #include "platform/terminal.h"
@@ -28,7 +30,8 @@ Examples:
 
 The side to move is White. Without --all or --stop-on, and without such an
 option in the problem itself, a solve stops at the first key. Ctrl+C stops it
-and tells what is known.
+and tells what is known. What neither options nor the problem say is taken from
+options.ini in the working folder, where there is one.
 
 Exit status: 0 every problem has a mate or is proved to have none, 1 some
 doubtful, stopped or differing from the expected answer, 2 bad input or usage,
@@ -53,6 +56,7 @@ class CSolveCommand {
             WriteDiagnostic(warning);
         for (const std::string& missing : source->m_missing)
             Fail(missing);
+        LoadRunSettings();
         InstallInterruptHandler(g_interrupts);
         for (const TSourceItem& item : source->m_items)
             RunItem(item);
@@ -72,6 +76,11 @@ class CSolveCommand {
             WriteDiagnostic(failure.what());
             return false;
         }
+    }
+
+    void LoadRunSettings() {
+        CConsoleNotifier notifier(m_line);
+        m_settings = LoadSettings(notifier, CommandLineDefaults());
     }
 
     std::optional<TProblemSource> ReadSource() {
@@ -106,7 +115,8 @@ class CSolveCommand {
         if (!m_options.m_bJson && !m_options.m_bQuiet)
             WriteOutput((m_totals.m_nProblems > 1 ? "\n" : "") + HeadText(problem, bFromFile));
         try {
-            const TSolveRequest request = MakeRequest(problem, m_options);
+            TSolveRequest request = MakeRequest(problem, m_options);
+            ApplySettings(m_settings, problem, m_options, request);
             const TWatchedResult watched = SolveWatched(request, m_line, m_options.m_secondsLimit, g_interrupts,
                                                         [this](const TPlanReport& plan) { TellPlan(plan); });
             TSolveReport report{problem, request, watched, m_options.m_bExplain, bFromFile, std::nullopt};
@@ -179,6 +189,7 @@ class CSolveCommand {
 
     const TSolveOptions& m_options;
     CProgressLine m_line;
+    TSettings m_settings = CommandLineDefaults();
     std::string m_fileName; // empty for --fen
     TSolveTotals m_totals;
     EExitStatus m_status = EExitStatus::Answered;

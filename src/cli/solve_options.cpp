@@ -187,17 +187,15 @@ void SetScheduler(TSolveRequest& request, const ChessProblem& problem, const TSo
     request.m_bCustomScheduler = options.m_bCustomScheduler;
 }
 
-/// What the problem says of the order of White's moves, by itself and by its variants.
-SortIndications IndicationsOf(const ChessProblem& problem) {
-    SortIndications indications = problem.sortIndications;
-    const bool bOthersToo = problem.useMainVariantAsSortIndications > 1;
-    for (const auto& [name, variant] : problem.variants)
-        if (bOthersToo || (problem.useMainVariantAsSortIndications > 0 && IsMainVariantName(name)))
-            indications.merge(IndicationsOf(variant));
-    return indications;
-}
-
 } // namespace
+
+std::vector<SortIndication> IndicationsOf(const ChessProblem& problem, int nUseMainVariant) {
+    SortIndications indications = problem.sortIndications;
+    for (const auto& [name, variant] : problem.variants)
+        if (nUseMainVariant > 1 || (nUseMainVariant > 0 && IsMainVariantName(name)))
+            indications.merge(IndicationsOf(variant));
+    return {indications.begin(), indications.end()};
+}
 
 TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& options) {
     TSolveRequest request;
@@ -212,8 +210,7 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_bHybrid = options.m_bHybrid || (!bWayChosen && (problem.flags & kFlagHybridBruteForce) != 0);
     request.m_bBruteForce = options.m_bBruteForce || (!bWayChosen && (problem.flags & kFlagBruteForce) != 0);
     request.m_bSafeMode = options.m_bSafe || (problem.flags & kFlagSafeMode) != 0;
-    const SortIndications indications = IndicationsOf(problem);
-    request.m_sortIndications.assign(indications.begin(), indications.end());
+    request.m_sortIndications = IndicationsOf(problem, problem.useMainVariantAsSortIndications);
     request.m_bLetRelaxHeuristics = !options.m_bNoRelax;
     request.m_bRunPass2 = !options.m_bNoPass2;
     if (options.m_heuristics)
