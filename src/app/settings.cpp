@@ -90,10 +90,11 @@ std::error_code SaveKeys(const TSettings& settings, const TKeys& keys, const std
     if (const std::error_code failure = ReadIniFile(path, text))
         return failure; // writing would lose what is there
     for (const std::string_view name : keys) {
-        const TSettingKey* const key = FindSettingKey(name);
-        if (key == nullptr)
+        const std::size_t index = IndexOfSettingKey(name);
+        if (index == kSettingKeys.size())
             return std::make_error_code(std::errc::invalid_argument);
-        text = WithIniValue(std::move(text), kSection, name, std::visit(CSettingText(*key, settings), key->m_field));
+        const TSettingKey& key = kSettingKeys[index];
+        text = WithIniValue(std::move(text), kSection, name, std::visit(CSettingText(key, settings), key.m_field));
     }
     return SaveFile(path, text, /*bBackup=*/false).m_error;
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <limits>
 #include <string_view>
 #include <variant>
@@ -103,13 +104,15 @@ inline constexpr std::array<std::string_view, 24> kSavedKeys{
     "AutoSaveMB",
 };
 
-/// Null for an unknown name.
-[[nodiscard]] constexpr const TSettingKey* FindSettingKey(std::string_view name) {
-    const auto* const found =
-        std::ranges::find(kSettingKeys, name, [](const TSettingKey& key) { return std::string_view(key.m_name); });
-    return found != kSettingKeys.end() ? found : nullptr;
+/// Place in the table; its size for an unknown name.
+[[nodiscard]] constexpr std::size_t IndexOfSettingKey(std::string_view name) {
+    std::size_t index = 0;
+    while (index < kSettingKeys.size() && name != kSettingKeys[index].m_name)
+        ++index;
+    return index;
 }
 
-static_assert(std::ranges::all_of(kSavedKeys, [](std::string_view name) { return FindSettingKey(name) != nullptr; }));
+static_assert(std::ranges::all_of(kSavedKeys,
+                                  [](std::string_view name) { return IndexOfSettingKey(name) < kSettingKeys.size(); }));
 
 } // namespace quillon
