@@ -1099,3 +1099,24 @@ UTF-8
 	FEN: 8/2p5/2p3p1/2p2pP1/2p2P1k/2p2P1p/2P4P/7K
 	Answer:  Kh1-g1
 }
+
+158 #24 AllSolutions
+{
+	Description: Composed for this library, the caged king runs out of pawn moves: 8 pawns against 8 pawns
+	FEN: 8/p5p1/5pPk/3p1P2/1p1p1P1p/1P1P2pP/1P4P1/K7
+	Answer:  Ka1-a2,  Ka1-b1
+}
+
+159 #26 AllSolutions
+{
+	Description: Composed for this library, the caged king runs out of pawn moves: 7 pawns against 7 pawns, proved in half a second
+	FEN: 8/p2p4/6p1/5pPk/1p1p1P2/1P1P1P1p/KP5P/8
+	Answer:  Ka2-a1,  Ka2-b1
+}
+
+160 #27 AllSolutions
+{
+	Description: Composed for this library, the caged king runs out of pawn moves: 8 pawns against 7 pawns, proved in a second
+	FEN: 8/1p2p2p/1Pp5/k1P5/2P1p1p1/p1P1P1P1/P5PK/8
+	Answer:  Kh2-g1,  Kh2-h1
+}

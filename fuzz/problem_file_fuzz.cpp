@@ -24,7 +24,7 @@ using quillon::Require;
 void CheckProblem(const quillon::ChessProblem& problem) {
     Require(problem.originalPosition != nullptr, "a problem has a position");
     Require(problem.originalPosition->m_nMoves == problem.plies, "the position has the plies of the problem");
-    Require(quillon::CurrentPosition(problem).m_nMoves + problem.playedPositions.size() == problem.plies,
+    Require(problem.currentPosition->m_nMoves + problem.playedPositions.size() == problem.plies,
             "played moves are counted");
     Require(problem.originalPosition->m_blackChecker == quillon::kNoChecker, "Black is not in check");
     Require(quillon::IsValidUtf8(problem.description), "a description is UTF-8");

@@ -76,13 +76,14 @@ std::string LineText(const TBenchPosition& position, const TSolvingResult& resul
 
 EExitStatus RunBench() {
     CProgressLine line(false);
-    const std::atomic<int> interrupts{0}; // Ctrl+C ends a bench at once: a part of it says nothing
+    static TUserSignals signals; // of pauses and reports; Ctrl+C ends a bench at once: a part of it says nothing
+    InstallJobSignals(signals.m_jobs);
     CFingerprint fingerprint;
     std::uint64_t nodes = 0;
     double seconds = 0;
     const double cpuStart = ProcessCpuSeconds();
     for (const TBenchPosition& position : kBenchPositions) {
-        const TSolvingResult result = SolveWatched(RequestOf(position), line, std::nullopt, interrupts).m_result;
+        const TSolvingResult result = SolveWatched(RequestOf(position), line, std::nullopt, signals).m_result;
         const std::uint64_t searched = Searched(result);
         nodes += searched;
         seconds += result.m_seconds;

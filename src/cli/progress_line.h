@@ -11,7 +11,7 @@ namespace quillon {
 
 class CProgressLine {
   public:
-    /// A line that is not shown takes all calls and writes only messages.
+    /// A line that is not shown takes all calls and writes only messages and reports.
     explicit CProgressLine(bool bShown) : m_bShown(bShown) {}
     CProgressLine(const CProgressLine&) = delete;
     CProgressLine& operator=(const CProgressLine&) = delete;
@@ -19,13 +19,22 @@ class CProgressLine {
 
     [[nodiscard]] bool IsShown() const { return m_bShown; }
 
+    /// Characters that fit the line.
+    [[nodiscard]] static std::size_t Width();
+
     /// Replaces what the line shows, cut to the width of the terminal.
     void Show(std::string_view text);
+
+    /// Writes the text as it stands, for a log: it ends with the carriage return that lets the next one replace it.
+    void Write(std::string_view text);
 
     void Erase();
 
     /// Erases the line and writes the message below what has been written so far.
     void WriteMessage(std::string_view message);
+
+    /// The same for lines of text, each with its end.
+    void WriteReport(std::string_view text);
 
   private:
     void EraseLocked();

@@ -1,6 +1,5 @@
 #include "cli/solve_command.h"
 
-#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -12,6 +11,7 @@
 #include "cli/solve_options.h"
 #include "cli/solve_report.h"
 #include "cli/solve_settings.h"
+#include "cli/watched_solve.h"
 #include "core/chess_exception.h"
 #include "platform/interrupt.h"
 #include "platform/terminal.h"
@@ -30,15 +30,26 @@ Examples:
 
 The side to move is White. Without --all or --stop-on, and without such an
 option in the problem itself, a solve stops at the first key. Ctrl+C stops it
-and tells what is known. What neither options nor the problem say is taken from
-options.ini in the working folder, where there is one.
+and tells what is known; a second one ends the program. Ctrl+Z pauses it, clock
+and time limit with it; `fg` or SIGCONT goes on. SIGUSR1 writes the state of the
+search to standard error.
+
+The live line on a terminal, and the first line of that state:
+  A Pass 1b SH(heuristics) Safe mode ON TR=130MB GR=0MB Thrds=4+2 23.4% 1200000
+"A" is for all threads; the pass with its heuristics; the memory of the register
+and of the precalculated data; the threads running, and those of the scheduler;
+how much of the pass is done; nodes. Behind it the threads that share the key
+moves, and the time: 4thrd(s)... 35 sec(s)...
+
+What neither options nor the problem say is taken from options.ini in the
+working folder, where there is one.
 
 Exit status: 0 every problem has a mate or is proved to have none, 1 some
 doubtful, stopped or differing from the expected answer, 2 bad input or usage,
 3 failure of the system (memory, disk).)";
 
-/// Asked for by Ctrl+C. Handlers refer to it as long as the program runs.
-std::atomic<int> g_interrupts{0};
+/// Asked for by Ctrl+C, Ctrl+Z and the like. Handlers refer to it as long as the program runs.
+TUserSignals g_signals;
 
 class CSolveCommand {
   public:
@@ -57,7 +68,8 @@ class CSolveCommand {
         for (const std::string& missing : source->m_missing)
             Fail(missing);
         LoadRunSettings();
-        InstallInterruptHandler(g_interrupts);
+        InstallInterruptHandler(g_signals.m_nInterrupts);
+        InstallJobSignals(g_signals.m_jobs);
         for (const TSourceItem& item : source->m_items)
             RunItem(item);
         if (!m_options.m_bJson && m_totals.m_nProblems + m_totals.m_nNotStarted > 1)
@@ -95,7 +107,7 @@ class CSolveCommand {
     }
 
     void RunItem(const TSourceItem& item) {
-        if (g_interrupts.load(std::memory_order_relaxed) > 0) {
+        if (g_signals.m_nInterrupts.load(std::memory_order_relaxed) > 0) {
             ++m_totals.m_nNotStarted;
             Worsen(EExitStatus::Unanswered);
             return;
@@ -117,7 +129,7 @@ class CSolveCommand {
         try {
             TSolveRequest request = MakeRequest(problem, m_options);
             ApplySettings(m_settings, problem, m_options, request);
-            const TWatchedResult watched = SolveWatched(request, m_line, m_options.m_secondsLimit, g_interrupts,
+            const TWatchedResult watched = SolveWatched(request, m_line, m_options.m_secondsLimit, g_signals,
                                                         [this](const TPlanReport& plan) { TellPlan(plan); });
             TSolveReport report{problem, request, watched, m_options.m_bExplain, bFromFile, std::nullopt};
             if ((problem.flags & kFlagAnswer) != 0)

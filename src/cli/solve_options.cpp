@@ -131,15 +131,17 @@ void AddSearchOptions(CLI::App& command, TSolveOptions& options) {
         ->type_name("T[^L]")
         ->check(Threads())
         ->group(kGroup);
-    auto* const levels = command.add_option("--scheduler-levels", options.m_schedulerLevels,
-                                            "Let White's moves take turns, so that a long first one does not starve "
-                                            "the next, for so many moves of a line behind the first; 0: off. Without "
-                                            "the option the problem's own number, or off");
-    levels->type_name("S")->transform(WholeNumber(0, kMostSchedulerLevels))->group(kGroup);
+    command
+        .add_option("--scheduler-levels", options.m_schedulerLevels,
+                    "Let White's moves take turns, so that a long first one does not starve "
+                    "the next, for so many moves of a line behind the first; 0: off. Without "
+                    "the option the problem's own number, or off")
+        ->type_name("S")
+        ->transform(WholeNumber(0, kMostSchedulerLevels))
+        ->group(kGroup);
     command
         .add_flag("--custom-scheduler", options.m_bCustomScheduler,
-                  "Let them take turns further down a line too; with --scheduler-levels")
-        ->needs(levels)
+                  "Let them take turns further down a line too; without effect where the scheduler is off")
         ->group(kGroup);
     command.add_option("--time-limit", options.m_secondsLimit, "Stop a problem after so many seconds")
         ->type_name("SECONDS")

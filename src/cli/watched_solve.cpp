@@ -7,7 +7,10 @@
 #include <mutex>
 
 #include "cli/console_notifier.h"
-#include "cli/progress_text.h"
+#include "parallel/observer.h"
+#include "parallel/status_texts.h"
+#include "platform/sleep.h"
+#include "platform/terminal.h"
 #include "platform/thread.h"
 
 namespace quillon {
@@ -20,14 +23,25 @@ using namespace std::chrono_literals;
 // The longest search recurses 600 plies deep, with lists of moves in every node and short searches inside long ones.
 constexpr std::size_t kSearchStackBytes = std::size_t{64} << 20;
 
-constexpr auto kWatchStep = 50ms;     // an interrupt is noticed within this time
+constexpr int kObserverLevels = 6; // plies whose moves a report shows
+
+constexpr auto kWatchStep = 20ms;     // a signal is noticed within this time
 constexpr auto kProgressStep = 250ms; // between two states of the live line
+
+constexpr std::uint32_t kLongestFallingAsleepMs = 200; // before the process stops
+constexpr std::uint32_t kLongestWakingMs = 50;         // until the signal that has continued it is counted
+
+constexpr const char* kPausedMessage = "paused, clock and time limit stand still; to go on: fg, or SIGCONT";
+constexpr const char* kPausedHereMessage =
+    "the process cannot be stopped here and waits instead; to go on: SIGCONT, or Ctrl+Z again";
+constexpr const char* kGoingOnMessage = "going on";
 
 class CWatchedSolve {
   public:
-    CWatchedSolve(const TSolveRequest& request, CProgressLine& line,
+    CWatchedSolve(const TSolveRequest& request, CProgressLine& line, TUserSignals& signals,
                   const std::function<void(const TPlanReport&)>& planSink)
-        : m_solve(request), m_line(line), m_notifier(line), m_nRootPly(PliesOf(request.m_nStipulation)) {
+        : m_solve(request), m_observer(m_solve, kObserverLevels), m_line(line), m_bLog(!IsTerminal(EStream::Error)),
+          m_notifier(line), m_signals(signals) {
         m_solve.SetPlanSink([this, planSink](const TPlanReport& plan) {
             m_plan = plan;
             if (planSink)
@@ -35,15 +49,12 @@ class CWatchedSolve {
         });
     }
 
-    TWatchedResult Run(std::optional<double> secondsLimit, const std::atomic<int>& interrupts) {
-        m_start = TClock::now();
-        m_nextProgress = m_start + kProgressStep;
-        if (secondsLimit)
-            m_deadline =
-                m_start + std::chrono::duration_cast<TClock::duration>(std::chrono::duration<double>(*secondsLimit));
+    TWatchedResult Run(std::optional<double> secondsLimit) {
+        m_nextProgress = TClock::now() + kProgressStep;
+        m_secondsLimit = secondsLimit;
         {
             CThread thread(kSearchStackBytes, [this] { Solve(); });
-            Watch(interrupts);
+            Watch();
             thread.Join();
         }
         m_line.Erase();
@@ -64,21 +75,28 @@ class CWatchedSolve {
         m_changed.notify_one();
     }
 
-    void Watch(const std::atomic<int>& interrupts) {
-        std::unique_lock lock(m_mutex);
-        while (!m_changed.wait_until(lock, NextLook(), [this] { return m_bDone; })) {
-            if (interrupts.load(std::memory_order_relaxed) > 0)
+    void Watch() {
+        while (!WaitForEnd(NextLook())) {
+            if (m_signals.m_nInterrupts.load(std::memory_order_relaxed) > 0)
                 Stop(EStopCause::Interrupt);
-            else if (m_deadline && TClock::now() >= *m_deadline)
+            else if (m_secondsLimit && m_observer.Seconds() >= *m_secondsLimit)
                 Stop(EStopCause::TimeLimit);
+            ObeySignals();
             if (m_line.IsShown() && TClock::now() >= m_nextProgress)
                 ShowProgress();
         }
     }
 
-    [[nodiscard]] TClock::time_point NextLook() const {
-        const TClock::time_point next = TClock::now() + kWatchStep;
-        return m_deadline && m_cause == EStopCause::None ? std::min(next, *m_deadline) : next;
+    [[nodiscard]] bool WaitForEnd(TClock::duration time) {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, time, [this] { return m_bDone; });
+    }
+
+    [[nodiscard]] TClock::duration NextLook() const {
+        if (!m_secondsLimit || m_cause != EStopCause::None || m_bPaused)
+            return kWatchStep;
+        const std::chrono::duration<double> left(*m_secondsLimit - m_observer.Seconds());
+        return left < kWatchStep ? std::chrono::ceil<TClock::duration>(left) : TClock::duration(kWatchStep);
     }
 
     void Stop(EStopCause cause) {
@@ -87,20 +105,90 @@ class CWatchedSolve {
         m_solve.RequestStop();
     }
 
+    // ---- signals
+
+    void ObeySignals() {
+        TJobSignals& jobs = m_signals.m_jobs;
+        if (jobs.m_nReports.exchange(0) > 0)
+            m_line.WriteReport(ProgressReport(m_observer));
+        const bool bSuspend = jobs.m_nSuspends.exchange(0) > 0;
+        if (!m_bPaused && bSuspend)
+            Suspend();
+        else if (m_bPaused && (bSuspend || jobs.m_nContinues.load() > 0))
+            GoOn();
+    }
+
+    /// The threads are put to sleep first, so that the clock of the solve knows of the time that passes.
+    void Suspend() {
+        m_signals.m_jobs.m_nContinues.store(0);
+        m_solve.Pause();
+        m_bPaused = true;
+        m_line.WriteMessage(kPausedMessage);
+        WaitUpTo(kLongestFallingAsleepMs, [this] { return AllSleep(); });
+        StopProcess();
+        WaitUpTo(kLongestWakingMs, [this] { return m_signals.m_jobs.m_nContinues.load() > 0; });
+        if (m_signals.m_jobs.m_nContinues.load() > 0)
+            GoOn();
+        else
+            m_line.WriteMessage(kPausedHereMessage);
+    }
+
+    void GoOn() {
+        m_bPaused = false;
+        m_solve.Resume();
+        m_line.WriteMessage(kGoingOnMessage);
+    }
+
+    [[nodiscard]] bool AllSleep() const {
+        const TAnalysis& analysis = m_solve.Analysis();
+        return analysis.m_nSleepingThreads.load(std::memory_order_relaxed) >=
+               analysis.m_nRunningThreads.load(std::memory_order_relaxed) +
+                   analysis.m_nSchedulerThreads.load(std::memory_order_relaxed);
+    }
+
+    template <class TCondition> static void WaitUpTo(std::uint32_t nMs, TCondition condition) {
+        for (std::uint32_t ms = 0; ms < nMs && !condition(); ++ms)
+            SleepMs(1);
+    }
+
+    // ---- progress
+
+    /// A terminal has one line that lives; what goes to a file is the shorter line of logs.
     void ShowProgress() {
-        const double seconds = std::chrono::duration<double>(TClock::now() - m_start).count();
-        m_line.Show(ProgressText(ReadProgress(m_solve, m_nRootPly, seconds)));
+        const TProgressState state = m_observer.Read();
+        if (m_bLog)
+            WriteToLog(state);
+        else
+            m_line.Show(LiveLine(state));
         m_nextProgress = TClock::now() + kProgressStep;
     }
 
-    CSolve m_solve;
-    CProgressLine& m_line;
-    CConsoleNotifier m_notifier;
-    const int m_nRootPly;
+    [[nodiscard]] static std::string LiveLine(const TProgressState& state) {
+        const std::string time = " " + WithoutEnd(WaitLine(state));
+        const std::size_t width = CProgressLine::Width();
+        return StatusLine(state, width > time.size() ? width - time.size() : 0) + time;
+    }
 
-    TClock::time_point m_start{}, m_nextProgress{};
-    std::optional<TClock::time_point> m_deadline;
+    void WriteToLog(const TProgressState& state) {
+        m_line.Write(RootLine(state));
+        const auto seconds = static_cast<std::int64_t>(state.m_seconds);
+        if (seconds != m_nToldSeconds)
+            m_line.Write(WaitLine(state));
+        m_nToldSeconds = seconds;
+    }
+
+    CSolve m_solve;
+    CObserver m_observer;
+    CProgressLine& m_line;
+    const bool m_bLog;
+    CConsoleNotifier m_notifier;
+    TUserSignals& m_signals;
+
+    TClock::time_point m_nextProgress{};
+    std::int64_t m_nToldSeconds = 0; // in the log
+    std::optional<double> m_secondsLimit;
     EStopCause m_cause = EStopCause::None;
+    bool m_bPaused = false;
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
@@ -113,9 +201,8 @@ class CWatchedSolve {
 } // namespace
 
 TWatchedResult SolveWatched(const TSolveRequest& request, CProgressLine& line, std::optional<double> secondsLimit,
-                            const std::atomic<int>& interrupts,
-                            const std::function<void(const TPlanReport&)>& planSink) {
-    return CWatchedSolve(request, line, planSink).Run(secondsLimit, interrupts);
+                            TUserSignals& signals, const std::function<void(const TPlanReport&)>& planSink) {
+    return CWatchedSolve(request, line, signals, planSink).Run(secondsLimit);
 }
 
 } // namespace quillon

@@ -1,5 +1,6 @@
 #pragma once
-// A solve under watch: on a thread of its own, while the caller's thread shows the progress and ends it in time.
+// A solve under watch: on a thread of its own, while the caller's thread shows the progress, obeys the user's signals
+// and ends it in time.
 
 #include <atomic>
 #include <functional>
@@ -7,6 +8,7 @@
 
 #include "cli/progress_line.h"
 #include "heuristics/solving_driver.h"
+#include "platform/job_signals.h"
 
 namespace quillon {
 
@@ -18,13 +20,21 @@ struct TWatchedResult {
     EStopCause m_cause = EStopCause::None; // what was asked to stop the solve; it may have ended just before
 };
 
+/// What signals have asked for. Above 0, interrupts stop the solve, and stay.
+struct TUserSignals {
+    std::atomic<int> m_nInterrupts{0};
+    TJobSignals m_jobs;
+};
+
 /// Runs the solve to its end; no thread is left when it returns.
-///   secondsLimit  stops the solve when it has run so long.
+///   secondsLimit  stops the solve when it has run so long, pauses not counted.
 ///   planSink      hears of the plan before the first pass, on the solving thread; may be empty.
-///   interrupts    stops the solve when it is above 0.
+///   Suspends pause all threads and then stop the process; they go on when it is continued. A process that cannot be
+///   stopped stays in the pause until SIGCONT or a second suspend. Reports write the progress state to standard error,
+///   whether the line is shown or not.
 ///   Errors        what StartSolving throws; std::system_error when there is no thread.
 [[nodiscard]] TWatchedResult SolveWatched(const TSolveRequest& request, CProgressLine& line,
-                                          std::optional<double> secondsLimit, const std::atomic<int>& interrupts,
+                                          std::optional<double> secondsLimit, TUserSignals& signals,
                                           const std::function<void(const TPlanReport&)>& planSink = {});
 
 } // namespace quillon

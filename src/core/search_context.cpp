@@ -65,6 +65,9 @@ void CloneSearchContext(const TSearchContext& source, TSearchContext& clone) {
     clone.m_nUncounted = 0; // the source reports what it has counted
     clone.m_nTrialPositions = 0;
     clone.m_nCalledBackTo = 0;
+    clone.m_nObservedPlies = kUnobserved;
+    clone.m_pObservedLine = nullptr;
+    clone.m_pSourceLine = source.m_pObservedLine;
     CopyRelaxed(source.m_moveIndex, clone.m_moveIndex);
     CopyRelaxed(source.m_moveIndexShown, clone.m_moveIndexShown);
     CopyRelaxed(source.m_moveCount, clone.m_moveCount);

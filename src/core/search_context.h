@@ -15,10 +15,13 @@
 
 namespace quillon {
 
+class CObservedLine;
+
 inline constexpr int kStackSlots = 600;    // the longest analysis, in plies
 inline constexpr int kSideStackSlots = 13; // a nested search needs no more
 inline constexpr int kMaxStipulation = 299;
 inline constexpr std::uint16_t kNoSideStack = 65535;
+inline constexpr std::uint16_t kUnobserved = 65535;
 
 class TScheduler;
 
@@ -142,6 +145,12 @@ struct TSearchContext : THeuristicParameters, TSearchMarks {
     std::array<std::atomic<std::uint8_t>, kStackSlots> m_moveIndexShown{};
     std::array<std::atomic<std::uint8_t>, kStackSlots> m_moveCount{};
     std::array<std::atomic<const TMove*>, kStackSlots> m_moveList{};
+
+    // Nodes with so many plies or more show their moves to an observer (search/observed_lines.h). A clone has no line,
+    // but knows that of its source, which outlives it: its thread begins in the middle of that.
+    std::uint16_t m_nObservedPlies = kUnobserved;
+    CObservedLine* m_pObservedLine = nullptr; // not owned; set while nodes are observed
+    const CObservedLine* m_pSourceLine = nullptr;
 
     std::atomic<std::uint8_t> m_nStopRequest{kRunRequest};
 

@@ -14,11 +14,11 @@
 #include "heuristics/pass_plan.h"
 #include "heuristics/relaxation_clock.h"
 #include "heuristics/thread_demand.h"
-#include "platform/clock.h"
 #include "platform/processors.h"
 #include "search/control.h"
 #include "search/find_mate.h"
 #include "search/move_sort.h"
+#include "search/observed_lines.h"
 #include "search/proof_guide.h"
 #include "search/repetition.h"
 
@@ -101,16 +101,6 @@ class CRootRun final : public IRootMoves {
         if (m_run.m_bNoAids)
             SwitchAidsOff();
         m_nChosen = m_analysis.m_nHybridPhase == kHybridBruteForce ? 0 : m_run.m_nInitialHeuristics;
-    }
-
-    /// Where a queen alone plays against a rook alone, what the first reply has shown holds for the whole line below
-    /// it: one thread has to have the line.
-    void KeepLineTogether() {
-        const TChessboard& b = m_root;
-        const bool bQueenAlone = b.m_whiteQueens == 1 && b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights == 0;
-        const bool bRookAlone = b.m_blackRooks == 1 && b.m_blackQueens + b.m_blackBishops + b.m_blackKnights == 0;
-        if (m_nChosen != 0 && !m_analysis.m_bSafeMode && bQueenAlone && bRookAlone)
-            m_analysis.m_nMultithreadingLevels = 1;
     }
 
     /// The second phase of a hybrid run goes without heuristics; the first has met what is required.
@@ -219,6 +209,15 @@ class CRootRun final : public IRootMoves {
             std::rotate(m_run.m_moves.begin(), found, found + 1);
     }
 
+    /// Where a queen alone plays against a rook alone, what the first reply has shown holds for the whole line below
+    /// it, as long as heuristics ask about it: one thread has to have the line.
+    [[nodiscard]] bool IsLineKeptTogether() const {
+        const TChessboard& b = m_root;
+        const bool bQueenAlone = b.m_whiteQueens == 1 && b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights == 0;
+        const bool bRookAlone = b.m_blackRooks == 1 && b.m_blackQueens + b.m_blackBishops + b.m_blackKnights == 0;
+        return b.m_byPass < 2 && !m_analysis.m_bSafeMode && bQueenAlone && bRookAlone;
+    }
+
     void SwitchAidsOff() {
         m_context.m_bDropBlockedFigures = false;
         m_context.m_bQueenCheckRelaxable = false;
@@ -257,16 +256,18 @@ class CRootRun final : public IRootMoves {
 
     void RunPass() {
         m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
+        m_analysis.m_nMultithreadingLevels = IsLineKeptTogether() ? 1 : m_nAskedLevels;
         m_passName = PassName(m_root.m_byPass, m_context.m_nRelaxations);
         m_run.m_passes.push_back(m_passName);
-        const std::uint64_t start = TickCount64();
+        const std::uint64_t start = AnalysisTicks(m_analysis);
         const std::size_t keysBefore = m_run.m_solutions.size();
         TPassRecord& record = BeginRecord();
+        ShowPass(record);
         {
             const CDoubtOfPass doubt(m_analysis, m_root);
             TryOpenMoves();
         }
-        record.m_seconds = static_cast<double>(TickCount64() - start) / 1000.0;
+        record.m_seconds = static_cast<double>(AnalysisTicks(m_analysis) - start) / 1000.0;
         record.m_nKeys = static_cast<int>(m_run.m_solutions.size() - keysBefore);
     }
 
@@ -279,16 +280,37 @@ class CRootRun final : public IRootMoves {
         return record;
     }
 
+    void ShowPass(const TPassRecord& record) {
+        TShownPass& shown = m_run.m_shownPasses.emplace_back();
+        shown.m_nPass = m_root.m_byPass;
+        shown.m_nRelaxations = m_context.m_nRelaxations;
+        shown.m_nHeuristics = m_root.m_nHeuristics;
+        shown.m_heuristics = record.m_heuristics;
+        shown.m_bSafeMode = m_analysis.m_bSafeMode;
+        shown.m_bThreadsForced = m_analysis.m_nForcedThreadsMode > 1;
+        shown.m_nSolveMode = m_analysis.m_nSolveMode;
+        shown.m_nThreads = m_bThreads ? m_analysis.m_nThreads : 1;
+        shown.m_nRootPlies = m_root.m_nMoves;
+        m_analysis.m_pShownPass.store(&shown, std::memory_order_release);
+    }
+
     void TryOpenMoves() {
         m_open.clear();
-        for (std::size_t i = 0; i < m_run.m_moves.size(); ++i)
-            if (IsOpen(m_run.m_moves[i]))
-                m_open.push_back(i);
+        m_list.clear();
+        m_places.assign(m_run.m_moves.size(), 0);
+        for (std::size_t i = 0; i < m_run.m_moves.size(); ++i) {
+            if (!IsOpen(m_run.m_moves[i]))
+                continue;
+            m_places[i] = static_cast<std::uint8_t>(m_open.size());
+            m_open.push_back(i);
+            m_list.push_back(m_run.m_moves[i].m_move);
+        }
+        m_context.m_moveList[m_root.m_nMoves].store(m_list.data(), std::memory_order_relaxed);
         m_nTried = 0;
         m_nEnded = 0;
         const int count = static_cast<int>(m_open.size());
+        PublishIndex(0);
         m_context.m_moveCount[m_root.m_nMoves].store(static_cast<std::uint8_t>(count), std::memory_order_relaxed);
-        PublishIndex(0, 0);
         m_analysis.m_nPassIndex.store(PassIndex(m_root.m_byPass, m_context.m_nRelaxations), std::memory_order_relaxed);
         m_context.m_nGroupSize = m_analysis.m_nThreads;
         const bool bShared =
@@ -298,7 +320,10 @@ class CRootRun final : public IRootMoves {
         const std::uint32_t number = m_context.m_nThreadNumber;
         if (!bShared)
             m_context.m_nThreadNumber = 0;
-        while (TryNext(m_context)) {
+        {
+            const CObservedThread observed(m_analysis, m_context);
+            while (TryNext(m_context)) {
+            }
         }
         m_context.m_nThreadNumber = number;
     }
@@ -315,13 +340,15 @@ class CRootRun final : public IRootMoves {
                 return false;
             i = m_open.front();
             m_open.pop_front();
-            PublishIndex(i, m_nTried);
+            PublishIndex(m_places[i]);
+            context.m_moveIndex[m_root.m_nMoves].store(m_places[i], std::memory_order_relaxed);
             m_nTried += &context == &m_context ? 1 : 0; // of several threads the ended moves are counted
         }
         TryMove(root, i);
         if (&context != &m_context) {
             const std::lock_guard lock(m_mutex);
-            PublishIndex(i, ++m_nEnded);
+            ++m_nEnded;
+            PublishIndex(m_places[i]);
         }
         return true;
     }
@@ -331,14 +358,17 @@ class CRootRun final : public IRootMoves {
         return HasEnough();
     }
 
-    /// The display counts the moves of this pass only. Below the root it is to see no line of the move before.
-    void PublishIndex(std::size_t nMove, std::size_t nOfPass) {
+    /// The display counts the moves of this pass only, of several threads those that have ended. Below the root it is
+    /// to see no line of the move before.
+    void PublishIndex(std::uint8_t nPlace) {
         const int root = m_root.m_nMoves;
+        const std::size_t done = m_nTried + m_nEnded;
         for (int ply = root - 1; ply >= 0 && ply > root - kShownPlies; --ply)
             m_context.m_moveCount[static_cast<std::size_t>(ply)].store(0, std::memory_order_relaxed);
-        m_context.m_moveIndex[m_root.m_nMoves].store(static_cast<std::uint8_t>(nMove), std::memory_order_relaxed);
-        m_context.m_moveIndexShown[m_root.m_nMoves].store(static_cast<std::uint8_t>(nOfPass),
-                                                          std::memory_order_relaxed);
+        m_context.m_moveIndex[m_root.m_nMoves].store(nPlace, std::memory_order_relaxed);
+        m_context.m_moveIndexShown[m_root.m_nMoves].store(
+            static_cast<std::uint8_t>(m_list.empty() ? 0 : std::min(done, m_list.size() - 1)),
+            std::memory_order_relaxed);
     }
 
     void TryMove(TChessboard& root, std::size_t i) {
@@ -474,10 +504,13 @@ class CRootRun final : public IRootMoves {
     TRootRun& m_run;
     TChessboard& m_root;
     std::string m_passName;
-    std::uint32_t m_nChosen = 0; // mask that the plan starts from
-    bool m_bByClock = false;     // the pass to come is there because the ones before were quick
+    std::uint32_t m_nChosen = 0;        // mask that the plan starts from
+    bool m_bByClock = false;            // the pass to come is there because the ones before were quick
+    std::vector<TMove> m_list;          // the moves of this pass as observers see them, in their order at its start
+    std::vector<std::uint8_t> m_places; // in m_list, of each root move
 
     const bool m_bThreads;
+    const std::uint8_t m_nAskedLevels = m_analysis.m_nMultithreadingLevels; // of threads
     std::mutex m_mutex;             // guards what follows, and the moves' results and solutions while a pass runs
     std::deque<std::size_t> m_open; // indices of the moves of this pass that nobody has begun, in order
     std::size_t m_nTried = 0;       // moves of this pass begun by the one thread,
@@ -530,7 +563,6 @@ int RunRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& boa
         }
     }
     driver.ChooseHeuristics(bFirstTime);
-    driver.KeepLineTogether();
     if (!driver.HasRequiredHeuristics())
         return kRequiredHeuristicsUnmet;
     if (run.m_bAnalysisOnly)

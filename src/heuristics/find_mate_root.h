@@ -2,6 +2,7 @@
 // The root of a solve: the loop over passes and over the root's white moves.
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -11,6 +12,7 @@
 
 #include "heuristics/heuristic_clauses.h"
 #include "search/analysis.h"
+#include "search/shown_pass.h"
 
 namespace quillon {
 
@@ -39,7 +41,7 @@ struct TRootMove {
 struct TPassRecord {
     std::string m_name;            // "1", "1b", ..., "2"
     std::string m_heuristics;      // HeuristicsText with quick mode; empty for a pass without heuristics
-    double m_seconds = 0;          // wall clock
+    double m_seconds = 0;          // wall clock, without pauses
     int m_nKeys = 0;               // keys found in it
     bool m_bTimeDependent = false; // it took place only because the passes before it were quick
 };
@@ -91,6 +93,9 @@ struct TRootRun : TRootFindings {
     CProofGuide* m_pGuide = nullptr;  // not owned; null: no best-first proof is tried
     std::function<void(const TMove&, std::string_view text, long problemId, std::string_view comment)> m_sink;
     std::function<void(const TPlanReport&)> m_planSink; // hears of the plan before the first pass; may be empty
+
+    // Of all starts: an observer may be reading one of them at any time.
+    std::deque<TShownPass> m_shownPasses;
 
     // Of the root's threads, kept from pass to pass.
     std::vector<std::unique_ptr<TSearchContext>> m_threadContexts;

@@ -1,7 +1,7 @@
 #include "heuristics/relaxation_clock.h"
 
-#include "platform/clock.h"
 #include "platform/sleep.h"
+#include "search/control.h"
 
 namespace quillon {
 
@@ -37,7 +37,7 @@ std::int64_t MsUntilRelaxation(TAnalysis& analysis, std::uint8_t nRelaxations) {
     std::atomic<std::uint64_t>& stamp = analysis.m_relaxationTicks[nRelaxations];
     const CCounterLock lock(analysis.m_nRelaxationLock);
     if (stamp.load(std::memory_order_relaxed) == 0)
-        stamp.store(TickCount64(), std::memory_order_relaxed);
+        stamp.store(AnalysisTicks(analysis), std::memory_order_relaxed);
     return static_cast<std::int64_t>(stamp.load(std::memory_order_relaxed) -
                                      analysis.m_nStartTicks.load(std::memory_order_relaxed));
 }

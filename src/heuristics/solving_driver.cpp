@@ -8,7 +8,6 @@
 #include "heuristics/result_texts.h"
 #include "platform/clock.h"
 #include "platform/memory_info.h"
-#include "search/control.h"
 #include "search/main_variant.h"
 #include "search/proof_guide.h"
 #include "tempregister/bucket_count.h"
@@ -160,8 +159,6 @@ void CSolve::SwitchToBruteForce() {
     m_analysis.m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
 }
 
-void CSolve::Request(std::uint8_t request) { AskThread(*m_context, request); }
-
 void CSolve::SetRegisterMemory() {
     const std::int64_t budget = std::min(BudgetBytes(m_request), static_cast<std::int64_t>(PhysicalMemory()));
     m_analysis.m_nRegisterBudget = (m_analysis.m_nStopFlags & kNoRegisterBudget) != 0 ? 0 : budget;
@@ -221,6 +218,7 @@ void CSolve::Prepare(INotifier& notifier) {
     m_analysis.m_nPositions.store(0, std::memory_order_relaxed);
     m_analysis.m_nPassesPlanned.store(1, std::memory_order_relaxed);
     m_analysis.m_nPassIndex.store(0, std::memory_order_relaxed);
+    m_analysis.m_pShownPass.store(nullptr, std::memory_order_relaxed);
     m_analysis.m_nTrialPositions.store(0, std::memory_order_relaxed);
     m_analysis.m_nFinishedThreads.store(0, std::memory_order_relaxed);
     m_context->m_nUncounted = 0;
@@ -237,7 +235,7 @@ void CSolve::Prepare(INotifier& notifier) {
 int CSolve::RunOnce(bool bFirstTime, bool bAllowDemand) {
     m_analysis.m_bAllowForcedThreads = bAllowDemand;
     m_analysis.m_pStatusText.store(kInitialCheckPending, std::memory_order_relaxed);
-    m_analysis.m_nStartTicks.store(TickCount64(), std::memory_order_relaxed);
+    m_analysis.m_nStartTicks.store(AnalysisTicks(m_analysis), std::memory_order_relaxed);
     m_analysis.m_nProgressTicks.store(TickCount64(), std::memory_order_relaxed);
     const auto root = m_analysis.m_nThreads < 2 ? FindMateRoot : FindMateRootThreads;
     return root(*m_context, m_analysis, m_request.m_board, PliesOf(m_request.m_nStipulation), m_run, bFirstTime,
@@ -264,7 +262,8 @@ int CSolve::RunRoot(INotifier& notifier) {
 }
 
 TSolvingResult CSolve::StartSolving(INotifier& notifier) {
-    const std::uint64_t start = TickCount64(); // what is made ready counts as well
+    const std::uint64_t start = AnalysisTicks(m_analysis); // what is made ready counts as well
+    const CCountedThread running(m_analysis.m_nRunningThreads);
     Prepare(notifier);
     if (m_request.m_bBruteForce && !notifier.AskYesNo(kBruteForceQuestion, "Quillon")) {
         m_run.m_bStopped = true;
@@ -281,7 +280,7 @@ TSolvingResult CSolve::StartSolving(INotifier& notifier) {
         SwitchToBruteForce();
         (void)RunOnce(false, false);
     }
-    return Collect(static_cast<double>(TickCount64() - start) / 1000.0);
+    return Collect(static_cast<double>(AnalysisTicks(m_analysis) - start) / 1000.0);
 }
 
 std::vector<std::string> CSolve::VariantTexts() {

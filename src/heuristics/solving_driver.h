@@ -14,6 +14,7 @@
 #include "core/notifier.h"
 #include "heuristics/find_mate_root.h"
 #include "heuristics/heuristic_text_reader.h"
+#include "search/control.h"
 
 namespace quillon {
 
@@ -84,7 +85,7 @@ struct TSolvingResult {
     std::vector<TPassRecord> m_passRecords; // the same passes with what there is to tell of them
     std::uint64_t m_nPositions = 0;         // with fewer than four plies left, outside the short-mate search
     std::uint64_t m_nTrialPositions = 0;    // and inside it
-    double m_seconds = 0;                   // wall clock
+    double m_seconds = 0;                   // wall clock, without pauses
     TRegisterFigures m_register;
     std::string m_text;  // the result text for the user
     std::string m_title; // and the title it goes under
@@ -102,11 +103,12 @@ class CSolve {
     ///   Errors  ChessException for a request that cannot be run: stipulation out of range, Black in check.
     [[nodiscard]] TSolvingResult StartSolving(INotifier& notifier);
 
-    // From any thread, also from a signal handler: relaxed stores.
+    // From any thread.
     void RequestStop() { m_context->m_nStopRequest.store(kStopRequest, std::memory_order_relaxed); }
-    // A stop stays: nodes that have obeyed it have returned no verdict, and those above them must know.
-    void Pause() { Request(kPauseRequest); }
-    void Resume() { Request(kRunRequest); }
+    // A pause of all threads, in which the clock of the solve stands still. It does not undo a stop: nodes that have
+    // obeyed it have returned no verdict, and those above them must know.
+    void Pause() { PauseAll(m_analysis); }
+    void Resume() { ResumeAll(m_analysis); }
 
     /// Called for each solution as it is found, on the thread that found it, one at a time. Set before the start.
     void SetSink(decltype(TRootRun::m_sink) sink) { m_run.m_sink = std::move(sink); }
@@ -125,7 +127,6 @@ class CSolve {
     [[nodiscard]] std::string ShowAnalysisSettings() const;
 
   private:
-    void Request(std::uint8_t request);
     void TakeRequest();
     void Prepare(INotifier& notifier);
     void SetMode();

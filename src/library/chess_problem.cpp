@@ -23,10 +23,7 @@ void SetOriginalPosition(ChessProblem& problem, const TChessboard& board) {
         throw ChessException("Black is in check with White to move.");
     problem.playedPositions.clear();
     problem.originalPosition = std::move(position);
-}
-
-const TChessboard& CurrentPosition(const ChessProblem& problem) {
-    return problem.playedPositions.empty() ? *problem.originalPosition : *problem.playedPositions.back();
+    problem.currentPosition = problem.originalPosition.get();
 }
 
 int StipulationMoves(const ChessProblem& problem) {

@@ -61,6 +61,7 @@ struct ChessProblem {
     // A problem without a stipulation may have moves played from there: the position after each of them, each linked to
     // the one before it, the first to originalPosition. Other problems have none.
     std::vector<std::unique_ptr<TChessboard>> playedPositions;
+    TChessboard* currentPosition = nullptr; // the last of them, originalPosition where there are none
 
     std::vector<TMove> answer;             // expected keys; meaningful with kFlagAnswer
     std::vector<TMove> expectedWhiteMoves; // expected best white moves, move by move
@@ -100,9 +101,6 @@ void SetStipulation(ChessProblem& problem, std::uint16_t kind, int nMoves);
 /// Makes a board (of which only m_board counts) the starting position, with the plies of the problem.
 ///   Errors  ChessException: those of RecountFigures, "Black is in check with White to move.".
 void SetOriginalPosition(ChessProblem& problem, const TChessboard& board);
-
-/// The last position that was played, the original one where there are no moves. For a problem that has a position.
-[[nodiscard]] const TChessboard& CurrentPosition(const ChessProblem& problem);
 
 /// N of "#N" and "s#N"; 0 for a problem without a stipulation.
 [[nodiscard]] int StipulationMoves(const ChessProblem& problem);

@@ -165,8 +165,8 @@ bool IsSkipped(std::string_view line) {
     return line.empty() || line.starts_with('#') || line.starts_with("//");
 }
 
-/// Reads one line of the file, as the problem of that number.
-void ReadLine(std::string_view line, int nLine, std::int32_t id, const TOnProblem& onProblem, const TOnError& onError) {
+/// Reads one line of the file, as the problem of that number; false if it cannot be read.
+bool ReadLine(std::string_view line, int nLine, std::int32_t id, const TOnProblem& onProblem, const TOnError& onError) {
     auto problem = std::make_unique<ChessProblem>();
     problem->id = id;
     problem->line = nLine;
@@ -175,9 +175,10 @@ void ReadLine(std::string_view line, int nLine, std::int32_t id, const TOnProble
     } catch (ProblemFileError& error) {
         error.SetProblemId(id);
         onError(error);
-        return;
+        return false;
     }
     onProblem(std::move(problem));
+    return true;
 }
 
 } // namespace
@@ -187,11 +188,14 @@ void ReadEpdProblems(std::string_view text, const TOnProblem& onProblem, const T
     if (text.starts_with(kByteOrderMark))
         text.remove_prefix(kByteOrderMark.size());
     std::int32_t id = 0;
+    int nFailures = 0;
     for (int nLine = 1; !text.empty(); ++nLine) {
         const std::string_view line = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(line.size() + 1, text.size()));
-        if (!IsSkipped(line))
-            ReadLine(line, nLine, ++id, onProblem, onError);
+        if (IsSkipped(line) || ReadLine(line, nLine, ++id, onProblem, onError))
+            continue;
+        if (++nFailures > kMostFailures)
+            return onError(TooManyFailures({nLine + 1, 1}));
     }
 }
 

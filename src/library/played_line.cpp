@@ -74,7 +74,7 @@ bool CPlayedLine::IsInCheck() const {
 }
 
 bool PlayOn(ChessProblem& problem, CPlayedLine& line, TMove move) {
-    TChessboard& before = problem.playedPositions.empty() ? *problem.originalPosition : *problem.playedPositions.back();
+    TChessboard& before = *problem.currentPosition;
     if (before.m_nMoves == 0 || !line.Play(move))
         return false;
     auto played = std::make_unique<TChessboard>(line.Position());
@@ -83,6 +83,7 @@ bool PlayOn(ChessProblem& problem, CPlayedLine& line, TMove move) {
     played->m_pAnalysis = nullptr;
     played->m_nMoves = static_cast<std::uint16_t>(before.m_nMoves - 1);
     played->m_nInitialMoves = before.m_nInitialMoves;
+    problem.currentPosition = played.get();
     problem.playedPositions.push_back(std::move(played));
     return true;
 }

@@ -106,6 +106,10 @@ CTextPosition ParseProblem(ChessProblem& problem, CTextPosition position, bool b
     return parser.m_position;
 }
 
+ProblemFileError TooManyFailures(TTextPlace place) {
+    return {"More than " + std::to_string(kMostFailures) + " failures: the rest is not read.", place};
+}
+
 ProblemFileError RedefinitionWarning(std::int32_t id, int line) {
     // The spelling is that of the log of old: people and scripts search for it.
     ProblemFileError warning("WARINING: Problem id=" + std::to_string(id) + " redefinition - overwriting.", {line, 1},
@@ -119,6 +123,7 @@ void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnE
     const bool bUtf8 = SkipUtf8Mark(position);
     const TDefaultClauses defaults = ReadDefaultClauses(position, onError);
     std::set<std::int32_t> ids;
+    int nFailures = 0;
     while (HasMoreProblems(position)) {
         auto problem = std::make_unique<ChessProblem>();
         TProblemParser parser{.m_problem = *problem, .m_position = position, .m_bUtf8 = bUtf8};
@@ -128,6 +133,8 @@ void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnE
         } catch (const ProblemFileError& error) {
             onError(error);
             position = FindNextProblem(position, parser.m_position, parser.m_bInBody);
+            if (++nFailures > kMostFailures)
+                return onError(TooManyFailures(position.Place()));
             continue;
         }
         position = parser.m_position;
@@ -163,8 +170,7 @@ void ReadProblemFile(const std::filesystem::path& path, TProblemMap& library, co
     const std::filesystem::path file = options.m_bCommentCompatibility ? PathWithComments(path) : path;
     std::string text;
     std::error_code failure = ReadFileText(file, text);
-    std::error_code ignored;
-    if (failure && options.m_bCreateIfMissing && !std::filesystem::exists(file, ignored)) {
+    if (failure && options.m_bCreateIfMissing && !ProblemFileExists(path, options)) {
         WriteDefaultProblemFile(path, options);
         failure = ReadFileText(file, text);
     }

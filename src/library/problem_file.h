@@ -26,6 +26,13 @@ using TOnProblem = std::function<void(std::unique_ptr<ChessProblem>)>;
 /// Takes a failure, which is the loss of one problem or line, or a warning (ProblemFileError::IsWarning).
 using TOnError = std::function<void(const ProblemFileError&)>;
 
+/// So many failures are told of one text. A text that has more is none of this format: what follows is not read, and
+/// the last failure says so.
+inline constexpr int kMostFailures = 100'000;
+
+/// That last failure.
+[[nodiscard]] ProblemFileError TooManyFailures(TTextPlace place);
+
 /// How problem files are read and written.
 struct TProblemFileOptions {
     ELanguage m_language = ELanguage::English; // that of the names of tags and variants in memory

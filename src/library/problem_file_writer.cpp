@@ -1,5 +1,6 @@
 #include "library/problem_file_writer.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -41,12 +42,15 @@ std::string DefaultText(ELanguage language) {
     return std::string("UTF-8\n1 #2\n{\n") + DescriptionLine(language) + "\tWhite: Ke1\n\tBlack: Ke8\n}\n";
 }
 
-bool Exists(const std::filesystem::path& path) {
-    std::error_code ignored;
-    return std::filesystem::exists(path, ignored);
-}
-
 } // namespace
+
+bool ProblemFileExists(const std::filesystem::path& path, const TProblemFileOptions& options) {
+    const std::vector<TLibraryFile> files = FilesOf(path, options);
+    return std::any_of(files.begin(), files.end(), [](const TLibraryFile& file) {
+        std::error_code ignored;
+        return std::filesystem::exists(file.m_path, ignored);
+    });
+}
 
 void SaveTextFile(const std::filesystem::path& path, std::string_view text) {
     const TSaveResult result = SaveFile(path, text, true);
@@ -70,7 +74,7 @@ void WriteDefaultProblemFile(const std::filesystem::path& path, const TProblemFi
 
 bool CreateNewProblemFile(const std::filesystem::path& path, INotifier& notifier, EExistingFile existing,
                           const TProblemFileOptions& options) {
-    if (Exists(path) &&
+    if (ProblemFileExists(path, options) &&
         (existing == EExistingFile::Keep ||
          !notifier.AskYesNo("File " + path.string() + " already exists.\nDo you want to replace it with a new file?",
                             kReplaceTitle)))

@@ -28,6 +28,9 @@ class CSaveError : public ChessException {
 void WriteProblemFile(const std::filesystem::path& path, const TProblemMap& library,
                       const TProblemFileOptions& options = {});
 
+/// Is there a file of the library, or one of its two?
+[[nodiscard]] bool ProblemFileExists(const std::filesystem::path& path, const TProblemFileOptions& options);
+
 /// What to do about a file that exists.
 enum class EExistingFile { Keep, Ask };
 

@@ -1,6 +1,7 @@
 #include "parallel/node_share.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 
 #include "search/analysis.h"
@@ -50,6 +51,7 @@ TShareVerdict SearchShare(TNodeShare& share, TNodeFunction node) {
 CNodeVerdict::CNodeVerdict(TChessboard& node) : m_node(node) { RepetitionMark(node, node.m_nMoves - 1) = 0; }
 
 void CNodeVerdict::Add(const TShareVerdict& verdict) {
+    assert(verdict.m_result != MR_MATE);
     RaiseRepetitionMark(m_node, m_node.m_nMoves, verdict.m_nMark);
     m_bRepetition = m_bRepetition || verdict.m_result <= MR_REPETITION;
     if (verdict.m_result != MR_DOUBTFUL)

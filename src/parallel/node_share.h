@@ -21,9 +21,9 @@ using TNodeFunction = TMateResult (*)(TChessboard*);
 
 /// What moves of a node have come to.
 struct TShareVerdict {
-    TMateResult m_result = MR_NOMATE;
-    std::uint16_t m_nMark = 0;       // of the node, raised by repetitions behind these moves
-    std::uint32_t m_nDoubtCause = 0; // with MR_DOUBTFUL
+    TMateResult m_result = MR_DOUBTFUL; // as long as nothing was found out
+    std::uint16_t m_nMark = 0;          // of the node, raised by repetitions behind these moves
+    std::uint32_t m_nDoubtCause = 0;    // with MR_DOUBTFUL
 };
 
 struct TNodeShare {

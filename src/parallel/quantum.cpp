@@ -81,7 +81,7 @@ int Quantum(const TSlotTimes& times, int slot) {
 int QuantumMs(int nQuantum, int nSecondMs) {
     if (nQuantum >= 1)
         return nQuantum * nSecondMs;
-    return (nQuantum == 0 ? 300 : 100) * nSecondMs / 1000;
+    return std::max((nQuantum == 0 ? 300 : 100) * nSecondMs / 1000, 1);
 }
 
 std::uint32_t QuantumUnits(int nQuantum) {

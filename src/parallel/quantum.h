@@ -1,8 +1,8 @@
 #pragma once
 // How the scheduler divides time: which slot runs for how long, and which comes next.
 //
-//   1 A slot is a move of a scheduled node, in the order of the node's list; it is open while its thread lives and has
-//     not ended.
+//   1 A slot is a move of a scheduled node, in the order of the node's list; it is open from its beginning to its
+//     end.
 //   2 High in the tree the first move gets much time, near the end little; later moves get short slices, on a Fibonacci
 //     row. Once all slots have had a share each may run to its end.
 
@@ -35,7 +35,7 @@ struct TSlotTimes {
 /// Seconds that `slot` may run before the next one gets its turn; 0 and below stand for less than one (QuantumMs).
 [[nodiscard]] int Quantum(const TSlotTimes& times, int slot);
 
-/// The length of a quantum, ms, where a second lasts `nSecondMs`.
+/// The length of a quantum, ms, at least 1, where a second lasts `nSecondMs`.
 [[nodiscard]] int QuantumMs(int nQuantum, int nSecondMs = 1000);
 
 /// What a slot that has used up a quantum is charged, in units of 100 ms.

@@ -14,7 +14,12 @@ int FindMateScheduled(TChessboard& p, int nMoves, TMove* list, int nBest, TNodeF
     if (parent != nullptr && parent->Nesting() >= kMostNestedSchedulers)
         return kContinueHere;
     TScheduler scheduler(p, parent, nBest);
-    return scheduler.Run(list, nMoves, pNode);
+    try {
+        scheduler.TakeMoves(list, nMoves);
+    } catch (const std::bad_alloc&) {
+        return kContinueHere;
+    }
+    return scheduler.Run(pNode);
 }
 
 } // namespace quillon

@@ -49,6 +49,20 @@ void KeepHints(const TSearchContext& from, TSearchContext& to) {
     to.m_refutations = from.m_refutations;
 }
 
+/// While it lives the line stands in this scheduler.
+class CInnermost {
+  public:
+    CInnermost(TSearchContext& context, const TScheduler& scheduler)
+        : m_context(context), m_pOuter(std::exchange(context.m_pScheduler, &scheduler)) {}
+    ~CInnermost() { m_context.m_pScheduler = m_pOuter; }
+    CInnermost(const CInnermost&) = delete;
+    CInnermost& operator=(const CInnermost&) = delete;
+
+  private:
+    TSearchContext& m_context;
+    const TScheduler* const m_pOuter;
+};
+
 } // namespace
 
 int SchedulerThreads() { return g_nSchedulerThreads.load(std::memory_order_relaxed); }
@@ -69,23 +83,30 @@ TScheduler::TScheduler(TChessboard& position, const TScheduler* pParent, int nCu
 
 TScheduler::~TScheduler() { StopWorkers(); }
 
-TMateResult TScheduler::Run(const TMove* list, int nMoves, TNodeFunction pNode) {
+void TScheduler::TakeMoves(const TMove* list, int nMoves) {
+    m_slots.resize(static_cast<std::size_t>(nMoves));
+    for (TSlot& slot : m_slots)
+        slot.m_move = *list++;
+}
+
+TMateResult TScheduler::Run(TNodeFunction pNode) {
     m_pNode = pNode;
-    for (int i = 0; i < nMoves; ++i)
-        m_slots.emplace_back().m_move = list[i];
-    while (!IsStopped() && GiveNextTurn())
+    while (MayGoOn() && GiveNextTurn())
         WatchTurn();
     StopWorkers();
     return Conclude();
 }
 
-/// Is the node to be left, or has it mated? Sleeps while the node is paused.
-bool TScheduler::IsStopped() {
-    if (IsControlPending(m_position) && PauseOrStop(m_position))
+/// Is the node to be left, or has it mated?
+bool TScheduler::IsEnded() const {
+    if (IsLeaving(m_position))
         return true;
     const std::lock_guard lock(m_mutex);
     return m_bMated;
 }
+
+/// Sleeps while the node is paused: true if a turn may begin.
+bool TScheduler::MayGoOn() const { return !(IsControlPending(m_position) && PauseOrStop(m_position)) && !IsEnded(); }
 
 /// Every move gets a first turn, then those that have not ended get theirs by what they have had. false: all have
 /// ended.
@@ -110,45 +131,55 @@ bool TScheduler::GiveNextTurn() {
 bool TScheduler::StartWorker() {
     if (m_workers.size() >= kMostWorkers)
         return false;
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    for (int attempt = 1;; ++attempt) {
         if (!TakeThread())
             return false;
-        if (TryStartWorker())
+        switch (TryStartWorker()) {
+        case EStart::Started:
             return true;
-        GiveThreadBack();
+        case EStart::NoThread:
+            GiveThreadBack();
+            if (attempt < kAttempts)
+                break;
+            SetMostSchedulerThreads(SchedulerThreads()); // the system's limit
+            return false;
+        case EStart::NoMemory:
+            GiveThreadBack();
+            if (attempt == kAttempts)
+                return false;
+            break;
+        }
         if (m_position.m_pAnalysis->m_pRegister != nullptr)
             m_position.m_pAnalysis->m_pRegister->FreeMemory();
         SleepMs(0);
     }
-    return false;
 }
 
-bool TScheduler::TryStartWorker() {
-    TWorker& worker = m_workers.emplace_back();
-    const std::size_t slot = m_nNext;
+TScheduler::EStart TScheduler::TryStartWorker() {
+    const std::size_t slot = m_nNext, workers = m_workers.size();
     try {
+        TWorker& worker = m_workers.emplace_back();
         PrepareShare(m_position, worker.m_share, m_context.m_nThreadNumber);
         worker.m_share.m_context->m_pScheduler = this;
         worker.m_share.m_context->m_bRequestsReach = true;
         (void)TakeSlot(worker);
         worker.m_thread = CThread(SearchStackBytes(m_position.m_nInitialMoves), [this, &worker] { Work(worker); });
+        m_pTurn = &worker;
     } catch (const std::bad_alloc&) {
-        Forget(slot);
-        return false;
+        return Forget(slot, workers), EStart::NoMemory;
     } catch (const std::system_error&) {
-        Forget(slot);
-        return false;
+        return Forget(slot, workers), EStart::NoThread;
     }
-    m_pTurn = &worker;
     m_passedOn = kRunRequest;
-    return true;
+    return EStart::Started;
 }
 
-/// The last worker has not come to life.
-void TScheduler::Forget(std::size_t slot) {
+/// Back to so many workers, the slot not begun.
+void TScheduler::Forget(std::size_t slot, std::size_t nWorkers) {
     m_slots[slot].m_pWorker = nullptr;
     m_nNext = slot;
-    m_workers.pop_back();
+    while (m_workers.size() > nWorkers)
+        m_workers.pop_back();
 }
 
 /// The first slot not begun, if there is one. Under the lock, or while no worker has the turn.
@@ -164,7 +195,9 @@ bool TScheduler::TakeSlot(TWorker& worker) {
 
 /// A worker's thread.
 void TScheduler::Work(TWorker& worker) {
-    worker.m_failure = RunSearchThread(*m_position.m_pAnalysis, *worker.m_share.m_context, [&] {
+    TAnalysis& analysis = *m_position.m_pAnalysis;
+    worker.m_failure = RunSearchThread(analysis, *worker.m_share.m_context, [&] {
+        const CCountedThread counted(analysis.m_nSchedulerThreads);
         while (EndSlot(worker, SearchShare(worker.m_share, m_pNode))) {
         }
     });
@@ -184,7 +217,8 @@ bool TScheduler::EndSlot(TWorker& worker, const TShareVerdict& verdict) {
         m_bMated = true;
         m_pMated = &worker;
     }
-    return !m_bMated && !m_bStopping && worker.m_bHasTurn && TakeSlot(worker);
+    return !m_bMated && !m_bStopping && worker.m_bHasTurn && !IsStopping(*worker.m_share.m_pPosition) &&
+           TakeSlot(worker);
 }
 
 /// The next move in the node's own thread, as without a scheduler.
@@ -193,12 +227,12 @@ void TScheduler::SearchHere() {
     m_context.m_byResumeList = 2;
     m_context.m_nResumeCount = 1;
     m_context.m_pResumeList = &slot.m_move;
-    const TScheduler* const outer = std::exchange(m_context.m_pScheduler, this);
+    const CInnermost innermost(m_context, *this);
     const TMateResult result = m_pNode(&m_position);
-    m_context.m_pScheduler = outer;
+    const std::lock_guard lock(m_mutex);                      // a worker that was paused may end a move yet
     slot.m_verdict = {result, 0, m_context.m_lastDoubtCause}; // the mark is the node's own already
     slot.m_bEnded = true;
-    m_bMated = result == MR_MATE;
+    m_bMated = m_bMated || result == MR_MATE;
 }
 
 // --- The worker that has the turn
@@ -212,7 +246,7 @@ void TScheduler::WatchTurn() {
         const TClock::time_point from = TClock::now();
         const bool bEnded = WaitForEnd(std::min(turn.m_left, kStep));
         const bool bRan = PassOnRequests();
-        if (bEnded || IsStopped())
+        if (bEnded || IsEnded())
             break;
         if (SlotInTurn() != turn.m_nSlot) {
             turn = Turn();
@@ -302,16 +336,18 @@ void TScheduler::Resume(TWorker& worker) {
 /// Lets go of the workers that have ended.
 void TScheduler::Reap() {
     for (TWorker& worker : m_workers) {
+        bool bMated = false;
         {
             const std::lock_guard lock(m_mutex);
             if (!worker.m_bEnded || !worker.m_thread.IsJoinable())
                 continue;
+            bMated = &worker == m_pMated;
         }
         worker.m_thread.Join();
         if (worker.m_failure)
             std::rethrow_exception(worker.m_failure);
         KeepHints(*worker.m_share.m_context, m_context);
-        if (&worker != m_pMated)
+        if (!bMated)
             worker.m_share.m_context.reset();
     }
 }

@@ -30,7 +30,7 @@
 
 namespace quillon {
 
-/// Workers of a scheduler; moves that find none are searched in the node's thread.
+/// Workers of a scheduler, those that have ended counted; moves that find none are searched in the node's thread.
 inline constexpr int kMostWorkers = 248;
 
 /// Schedulers that a line may stand in at a time.
@@ -55,11 +55,15 @@ class TScheduler {
     TScheduler& operator=(const TScheduler&) = delete;
     ~TScheduler();
 
+    /// The moves, once, before Run.
+    ///   Errors  std::bad_alloc.
+    void TakeMoves(const TMove* list, int nMoves);
+
     /// The verdict on the moves, each of them searched by pNode.
     ///   Returns  MR_MATE, or what the moves leave behind (CNodeVerdict). Nothing of it is one while the node is
     ///            being stopped.
     ///   Errors   what a worker threw, after the others have been stopped.
-    [[nodiscard]] TMateResult Run(const TMove* list, int nMoves, TNodeFunction pNode);
+    [[nodiscard]] TMateResult Run(TNodeFunction pNode);
 
     /// Levels of scheduling outside the range, down to this one.
     [[nodiscard]] int CustomDepth() const { return m_nDepth + (m_bInRange ? 0 : 1); }
@@ -95,12 +99,15 @@ class TScheduler {
         std::chrono::steady_clock::duration m_left{};
     };
 
-    [[nodiscard]] bool IsStopped();
+    enum class EStart { Started, NoThread, NoMemory };
+
+    [[nodiscard]] bool IsEnded() const;
+    [[nodiscard]] bool MayGoOn() const;
     [[nodiscard]] bool GiveNextTurn();
 
     [[nodiscard]] bool StartWorker();
-    [[nodiscard]] bool TryStartWorker();
-    void Forget(std::size_t slot);
+    [[nodiscard]] EStart TryStartWorker();
+    void Forget(std::size_t slot, std::size_t nWorkers);
     [[nodiscard]] bool TakeSlot(TWorker& worker);
     void Work(TWorker& worker);
     [[nodiscard]] bool EndSlot(TWorker& worker, const TShareVerdict& verdict);

@@ -2,6 +2,7 @@
 
 #include "parallel/group_shape.h"
 #include "platform/thread.h"
+#include "search/observed_lines.h"
 
 namespace quillon {
 
@@ -17,6 +18,7 @@ std::size_t SearchStackBytes(int nPlies) { return ThreadStackBytes(nPlies) * kSt
 
 std::exception_ptr RunSearchThread(TAnalysis& analysis, TSearchContext& context, const std::function<void()>& body) {
     SetThreadPriority(analysis.m_nThreadPriority);
+    const CObservedThread observed(analysis, context);
     std::exception_ptr failure;
     try {
         body();

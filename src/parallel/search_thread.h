@@ -14,7 +14,8 @@ namespace quillon {
 ///   nPlies  of the whole analysis.
 [[nodiscard]] std::size_t SearchStackBytes(int nPlies);
 
-/// The frame of a thread's work: its priority before, its counts brought to the analysis behind.
+/// The frame of a thread's work: its priority before, its line shown to observers meanwhile, its counts brought to the
+/// analysis behind. Who formed the thread waits.
 ///   Returns  what `body` threw, null for nothing.
 [[nodiscard]] std::exception_ptr RunSearchThread(TAnalysis& analysis, TSearchContext& context,
                                                  const std::function<void()>& body);

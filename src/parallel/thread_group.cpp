@@ -14,6 +14,7 @@ CThreadGroup::~CThreadGroup() {
     StopAll();
     Abandon();
     JoinAll();
+    CountOwnerAgain();
 }
 
 bool CThreadGroup::Add(TSearchContext& context, int nPlies, std::function<void()> body) {
@@ -35,6 +36,8 @@ void CThreadGroup::Run(TMember& member) {
     const bool bGoes = member.m_control.load(std::memory_order_acquire) == kMemberGoes;
     member.m_failure = RunSearchThread(
         m_analysis, *member.m_pContext, bGoes ? member.m_body : [] {});
+    if (bGoes)
+        m_analysis.m_nRunningThreads.fetch_sub(1, std::memory_order_relaxed);
     DropOwnPause(m_analysis, member.m_pContext->m_nThreadNumber);
     const std::lock_guard lock(m_mutex);
     member.m_bEnded = true;
@@ -49,7 +52,18 @@ void CThreadGroup::Control(std::uint8_t control) {
     }
 }
 
-void CThreadGroup::Go() { Control(kMemberGoes); }
+/// The owner waits from now on: the members are counted in its place.
+void CThreadGroup::Go() {
+    const auto count = static_cast<std::uint32_t>(m_members.size());
+    m_bOwnerWaits = true;
+    m_analysis.m_nRunningThreads.fetch_add(count - 1, std::memory_order_relaxed);
+    Control(kMemberGoes);
+}
+
+void CThreadGroup::CountOwnerAgain() {
+    if (std::exchange(m_bOwnerWaits, false))
+        m_analysis.m_nRunningThreads.fetch_add(1, std::memory_order_relaxed);
+}
 
 void CThreadGroup::Abandon() { Control(kMemberAbandoned); }
 
@@ -62,8 +76,10 @@ int CThreadGroup::WaitNext() {
         next = NextEnded();
     }
     lock.unlock();
-    if (next < 0)
+    if (next < 0) {
+        CountOwnerAgain();
         return -1;
+    }
     TMember& member = m_members[static_cast<std::size_t>(next)];
     member.m_bTold = true;
     member.m_thread.Join();

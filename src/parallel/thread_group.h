@@ -68,6 +68,7 @@ class CThreadGroup {
     };
 
     void Run(TMember& member);
+    void CountOwnerAgain();
     void Forward();
     [[nodiscard]] int NextEnded() const;
     void Control(std::uint8_t control);
@@ -78,6 +79,7 @@ class CThreadGroup {
     std::deque<TMember> m_members;
     std::uint8_t m_forwarded = kRunRequest;
     bool m_bStopping = false;
+    bool m_bOwnerWaits = false; // and is not counted as running
     std::mutex m_mutex;
     std::condition_variable m_ended;
 };

@@ -98,14 +98,19 @@ std::error_code WriteAll(int fd, std::string_view content) {
     return {};
 }
 
+/// Gives the new file owner and rights of the old one, as far as the user may.
+void TakeOver(int fd, const struct stat& old) {
+    [[maybe_unused]] const int nOwner = fchown(fd, old.st_uid, old.st_gid);
+    [[maybe_unused]] const int nRights = fchmod(fd, old.st_mode & 0777);
+}
+
 /// Fills a new file and waits until the disk has it.
-///   pOldMode  the rights of the file it is to replace; null: those of a new file.
-std::error_code WriteNew(CDescriptor& file, std::string_view content, const mode_t* pOldMode) {
+///   pOld  the file it is to replace; null: none.
+std::error_code WriteNew(CDescriptor& file, std::string_view content, const struct stat* pOld) {
     if (const std::error_code error = WriteAll(file.Get(), content))
         return error;
-    if (pOldMode != nullptr)
-        static_cast<void>(
-            fchmod(file.Get(), *pOldMode & 07777)); // of a file that was another user's it cannot keep all
+    if (pOld != nullptr)
+        TakeOver(file.Get(), *pOld);
     if (fsync(file.Get()) != 0)
         return LastError();
     return file.Close();
@@ -160,15 +165,15 @@ void SyncFolder(const fs::path& folder) {
         static_cast<void>(fsync(descriptor.Get()));
 }
 
-TSaveResult Replace(const fs::path& file, std::string_view content, const mode_t* pOldMode, bool bBackup) {
+TSaveResult Replace(const fs::path& file, std::string_view content, const struct stat* pOld, bool bBackup) {
     const CNeighbour fresh(file);
     CDescriptor descriptor(open(fresh.Path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (descriptor.Get() < 0)
         return {LastError(), ESaveStep::Open, {}};
     TSaveResult result;
-    if (const std::error_code error = WriteNew(descriptor, content, pOldMode))
+    if (const std::error_code error = WriteNew(descriptor, content, pOld))
         return {error, ESaveStep::Write, {}};
-    if (pOldMode != nullptr && bBackup)
+    if (pOld != nullptr && bBackup)
         if (const std::error_code error = KeepOldFile(file, result.m_oldFile))
             return {error, ESaveStep::Backup, {}};
     if (rename(fresh.Path().c_str(), file.c_str()) != 0)
@@ -194,7 +199,7 @@ TSaveResult SaveFile(const fs::path& path, std::string_view content, bool bBacku
         return WriteInPlace(file, content);
     if (access(file.c_str(), W_OK) != 0) // its folder would let it be replaced all the same
         return {LastError(), ESaveStep::Open, {}};
-    return Replace(file, content, &status.st_mode, bBackup);
+    return Replace(file, content, &status, bBackup);
 }
 
 } // namespace quillon

@@ -23,6 +23,8 @@ TChessboard* MakeRoot(TSearchContext& context, TAnalysis& analysis, const TChess
     context.m_pRoot = &root;
     context.m_nThreadPlies = root.m_nMoves;
     context.m_nCalledBackTo = 0;
+    context.m_pScheduler = nullptr;
+    context.m_byResumeList = 0;
     context.m_repetition[root.m_nMoves + 1u] = 0;
     analysis.m_nAnalysisStart = root.m_nMoves;
     return &root;

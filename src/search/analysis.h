@@ -18,8 +18,10 @@
 
 namespace quillon {
 
+class CObservedLines;
 class CProofGuide;
 class INodeLog;
+struct TShownPass;
 
 /// The most levels of White's moves that the scheduler may juggle.
 inline constexpr int kMostSchedulerLevels = 9;
@@ -103,7 +105,7 @@ struct TAnalysis : THeuristicAnalysisParameters {
     bool m_bTryRelaxSpecialHeuristicsLog = false; // write TryRelaxSpecialHeuristics.log
     const CProofGuide* m_pGuide = nullptr;        // not owned; null: no best-first proof was tried
 
-    // Time of each relaxation step, ms as TickCount64, under its number; 0: not reached. The first thread to reach a
+    // Time of each relaxation step, ms as AnalysisTicks, under its number; 0: not reached. The first thread to reach a
     // step writes the stamp and the later ones read it, so that all of them decide alike.
     std::array<std::atomic<std::uint64_t>, 256> m_relaxationTicks{};
     std::atomic<std::uint16_t> m_nRelaxationLock{0};
@@ -122,21 +124,46 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::atomic<std::uint64_t> m_nTrialPositions{0}; // the same inside the short-mate search
     std::atomic<std::uint64_t> m_nPassesPlanned{1};
     std::atomic<std::uint32_t> m_nPassIndex{0};       // the pass begun last, number and relaxations; 0: none yet
-    std::atomic<std::uint64_t> m_nStartTicks{0};      // ms
+    std::atomic<std::uint64_t> m_nStartTicks{0};      // ms as AnalysisTicks
     std::atomic<const char*> m_pStatusText{""};       // what the progress panel shows; static texts only
     std::atomic<std::uint64_t> m_nProgressTicks{0};   // ms, last sign of life
-    std::atomic<std::uint32_t> m_nFinishedThreads{0}; // threads of all groups that have ended
+    std::atomic<std::uint32_t> m_nFinishedThreads{0}; // threads of groups and schedulers that have ended
+
+    // --- For observers
+    // -----------------------------------------------------------------------------------------------------
+    std::atomic<std::uint32_t> m_nRunningThreads{0};   // that search; who waits for a group of threads does not count
+    std::atomic<std::uint32_t> m_nSchedulerThreads{0}; // made by the scheduler and not ended
+    std::atomic<std::uint32_t> m_nSleepingThreads{0};  // in a pause
+    std::atomic<const TShownPass*> m_pShownPass{nullptr}; // the pass begun last; lives as long as the solve
+    CObservedLines* m_pObservedLines = nullptr;           // not owned; set before the start; null: nobody looks
 
     // --- Control record
     // -------------------------------------------------------------------------------------------------
     std::atomic<std::uint8_t> m_nControlLock{0};
     std::atomic<std::uint8_t> m_nCommand{kNoCommand};
     std::atomic<std::uint16_t> m_nCommandThread{kAllThreads};
+    // The analysis' clock stands still while a pause of all threads is in force; both under the lock, ms.
+    std::uint64_t m_nPausedMs = 0;    // of the pauses that have ended
+    std::uint64_t m_nPausedSince = 0; // as TickCount64; 0: none is in force
     // Of a manual command, valid under the lock.
     std::atomic<std::uint16_t> m_nCommandPlies{0}; // m_nMoves of the node meant
     std::atomic<std::uint8_t> m_nMoveOrderAction{kKeepOrder};
     std::atomic<std::uint8_t> m_nSkipAction{kSkipToNext};
     std::atomic<std::uint32_t> m_skipTarget{0}; // the move to skip to: from, to, promotion, 8 bits each
+};
+
+/// Counts a thread for as long as it lives.
+class CCountedThread {
+  public:
+    explicit CCountedThread(std::atomic<std::uint32_t>& count) : m_count(count) {
+        m_count.fetch_add(1, std::memory_order_relaxed);
+    }
+    CCountedThread(const CCountedThread&) = delete;
+    CCountedThread& operator=(const CCountedThread&) = delete;
+    ~CCountedThread() { m_count.fetch_sub(1, std::memory_order_relaxed); }
+
+  private:
+    std::atomic<std::uint32_t>& m_count;
 };
 
 /// Positions are counted per thread and brought to the analysis' total in lots, so that threads do not fight for one

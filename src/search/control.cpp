@@ -1,7 +1,9 @@
 #include "search/control.h"
 
 #include <algorithm>
+#include <optional>
 
+#include "platform/clock.h"
 #include "platform/sleep.h"
 #include "search/analysis.h"
 
@@ -36,13 +38,6 @@ std::uint8_t CommandFor(const TChessboard& b) {
     return command != kNoCommand && IsAddressed(b) ? command : kNoCommand;
 }
 
-/// Looks aside reset m_nMoves: commands mean the plies of the line itself.
-bool IsInMainLine(const TChessboard& b) {
-    const TSearchContext& context = *b.m_pContext;
-    return context.m_nQuickerLevel == 0 && context.m_nSortNesting == 0 &&
-           context.m_nPositionsLeft == TSearchContext::kNoBound;
-}
-
 /// A manual command means a node above: this one is to be left. One above the node that the thread begins with cannot
 /// be met.
 void NoteCallBack(const TChessboard& b) {
@@ -64,11 +59,23 @@ bool TakeStopCommand(const TChessboard& b) {
 
 bool IsCalledBack(const TChessboard& b) { return b.m_nMoves < b.m_pContext->m_nCalledBackTo; }
 
+/// Stops the analysis' clock, or lets it go on. Under the lock.
+void SetClock(TAnalysis& analysis, bool bStands) {
+    const bool bStood = analysis.m_nPausedSince != 0;
+    if (bStands == bStood)
+        return;
+    const std::uint64_t now = TickCount64();
+    if (bStood)
+        analysis.m_nPausedMs += now - analysis.m_nPausedSince;
+    analysis.m_nPausedSince = bStands ? now : 0;
+}
+
 void Store(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {
     const bool bStopsAll = analysis.m_nCommand.load(std::memory_order_relaxed) == kStopCommand &&
                            analysis.m_nCommandThread.load(std::memory_order_relaxed) == kAllThreads;
     if (bStopsAll && command != kNoCommand)
         return;
+    SetClock(analysis, command == kPauseCommand && thread == kAllThreads);
     analysis.m_nCommandThread.store(thread, std::memory_order_relaxed);
     analysis.m_nCommand.store(command, std::memory_order_relaxed);
 }
@@ -112,6 +119,12 @@ void Rearrange(const TAnalysis& analysis, TMove* list, int nMoves, int& i, int& 
 
 } // namespace
 
+bool IsInMainLine(const TChessboard& b) {
+    const TSearchContext& context = *b.m_pContext;
+    return context.m_nQuickerLevel == 0 && context.m_nSortNesting == 0 &&
+           context.m_nPositionsLeft == TSearchContext::kNoBound;
+}
+
 bool IsControlPending(const TChessboard& b) {
     return b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed) != kRunRequest ||
            b.m_pAnalysis->m_nCommand.load(std::memory_order_relaxed) != kNoCommand ||
@@ -123,16 +136,26 @@ bool IsStopping(const TChessboard& b) {
            (CommandFor(b) == kStopCommand && TakeStopCommand(b));
 }
 
+bool IsLeaving(const TChessboard& b) {
+    if (!IsControlPending(b))
+        return false;
+    NoteCallBack(b);
+    return IsStopping(b);
+}
+
 bool PauseOrStop(const TChessboard& b) {
     NoteCallBack(b);
+    std::optional<CCountedThread> sleeping;
     while (!IsStopping(b)) {
         const std::uint8_t request = b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed);
+        if (request != kPauseRequest && CommandFor(b) != kPauseCommand)
+            return false;
+        if (!sleeping)
+            sleeping.emplace(b.m_pAnalysis->m_nSleepingThreads);
         if (request == kPauseRequest && b.m_pContext->m_bRequestsReach)
             b.m_pContext->m_nStopRequest.wait(kPauseRequest, std::memory_order_relaxed);
-        else if (request == kPauseRequest || CommandFor(b) == kPauseCommand)
-            SleepMs(kPauseStepMs);
         else
-            return false;
+            SleepMs(kPauseStepMs);
     }
     return true;
 }
@@ -148,6 +171,21 @@ void AskThread(TSearchContext& context, std::uint8_t request) {
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {
     const CControlLock lock(analysis);
     Store(analysis, command, thread);
+}
+
+std::uint64_t AnalysisTicks(TAnalysis& analysis) {
+    const CControlLock lock(analysis);
+    const std::uint64_t now = analysis.m_nPausedSince != 0 ? analysis.m_nPausedSince : TickCount64();
+    return now - analysis.m_nPausedMs;
+}
+
+void PauseAll(TAnalysis& analysis) { GiveCommand(analysis, kPauseCommand, kAllThreads); }
+
+void ResumeAll(TAnalysis& analysis) {
+    const CControlLock lock(analysis);
+    if (analysis.m_nCommand.load(std::memory_order_relaxed) == kPauseCommand &&
+        analysis.m_nCommandThread.load(std::memory_order_relaxed) == kAllThreads)
+        Store(analysis, kNoCommand, kAllThreads);
 }
 
 void ClearManualCommand(TAnalysis& analysis) {

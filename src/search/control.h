@@ -14,8 +14,14 @@ namespace quillon {
 /// steps of 10 ms, or until told where its requests reach it; true if the thread is to stop.
 [[nodiscard]] bool PauseOrStop(const TChessboard& b);
 
+/// As PauseOrStop, without a sleep: true if the thread is to stop.
+[[nodiscard]] bool IsLeaving(const TChessboard& b);
+
 /// Is this thread being stopped, or called back to a node above `b` by a manual command? A verdict found then is none.
 [[nodiscard]] bool IsStopping(const TChessboard& b);
+
+/// Is `b` in the line of the game itself? In looks aside m_nMoves is reset.
+[[nodiscard]] bool IsInMainLine(const TChessboard& b);
 
 /// Is anything but "run" asked for? Two relaxed reads.
 [[nodiscard]] bool IsControlPending(const TChessboard& b);
@@ -27,6 +33,17 @@ void AskThread(TSearchContext& context, std::uint8_t request);
 /// Takes the control record's spin lock, stores command and addressee, and releases it. A stop for all stays.
 ///   thread  number of a thread, or kAllThreads.
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread);
+
+/// Milliseconds of the analysis' clock, as TickCount64 but for the pauses of all threads (GiveCommand): it stands still
+/// in them. Only differences mean something.
+///   Threads any; takes the control record's lock.
+[[nodiscard]] std::uint64_t AnalysisTicks(TAnalysis& analysis);
+
+/// Pauses all threads, and the analysis' clock. A stop stays.
+void PauseAll(TAnalysis& analysis);
+
+/// Ends a pause of all threads, and nothing else.
+void ResumeAll(TAnalysis& analysis);
 
 /// Takes back a manual command, and nothing else.
 void ClearManualCommand(TAnalysis& analysis);

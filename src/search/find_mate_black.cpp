@@ -25,6 +25,7 @@
 #include "search/hints.h"
 #include "search/move_sort.h"
 #include "search/node_log.h"
+#include "search/observed_lines.h"
 #include "search/proof_guide.h"
 #include "search/quicker_mate.h"
 #include "search/register_use.h"
@@ -156,6 +157,8 @@ void Publish(const TChessboard& b, const TMove* list, int nCount) {
     TSearchContext& context = *b.m_pContext;
     context.m_moveCount[b.m_nMoves].store(static_cast<std::uint8_t>(nCount), std::memory_order_relaxed);
     context.m_moveList[b.m_nMoves].store(list, std::memory_order_relaxed);
+    if (b.m_nMoves >= context.m_nObservedPlies) [[unlikely]]
+        ShowObservedLine(b);
 }
 
 void PublishIndex(const TChessboard& b, int i) {

@@ -311,9 +311,13 @@ template <TNodeKind kKind> class CWhiteNode {
                 }
             }
             if (IsScheduled()) {
-                if (TakeOver(FindMateScheduled(*m_p, m_moves.m_nCount, m_moves.m_list, m_moves.m_nBest, &NodeOnItsOwn)))
-                    return m_result;
-                continue;
+                const int result =
+                    FindMateScheduled(*m_p, m_moves.m_nCount, m_moves.m_list, m_moves.m_nBest, &NodeOnItsOwn);
+                if (result != kContinueHere) {
+                    if (TakeOver(result))
+                        return m_result;
+                    continue;
+                }
             }
             if (TryStage())
                 return m_result;
@@ -361,7 +365,7 @@ template <TNodeKind kKind> class CWhiteNode {
     /// Below the multithreading levels, where time is well spent on a choice between moves.
     [[nodiscard]] bool IsScheduled() const {
         const TAnalysis& analysis = *m_p->m_pAnalysis;
-        if (analysis.m_nSchedulerLevels == 0) [[likely]]
+        if (kKind.m_bLog || analysis.m_nSchedulerLevels == 0) [[likely]] // a log is to follow the order of the list
             return false;
         const int level = PliesPlayed(*m_p) / 2 + 1 - analysis.m_nMultithreadingLevels;
         return level >= 1 && (level <= analysis.m_nSchedulerLevels || analysis.m_bCustomScheduler) &&
@@ -375,6 +379,7 @@ template <TNodeKind kKind> class CWhiteNode {
 
     /// What the threads made of the list, as if it had been tried here: true if that ends the node.
     bool TakeOver(int result) {
+        assert(result != kContinueHere);
         if (IsStopping(*m_p))
             return End(MR_NOMATE);
         if (result == MR_MATE) {

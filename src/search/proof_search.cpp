@@ -432,6 +432,7 @@ class CHelpers {
     }
 
     void Help(TChessboard& root) {
+        const CCountedThread running(root.m_pAnalysis->m_nRunningThreads);
         SetThreadPriority(root.m_pAnalysis->m_nThreadPriority);
         try {
             CProofSearch search(m_table, m_team);

@@ -29,6 +29,13 @@ void Redirect(const std::string& path, int flags, int descriptor) {
     close(opened);
 }
 
+void Join(EProcessGroup group) {
+    if (group == EProcessGroup::Own)
+        setpgid(0, 0);
+    else if (group == EProcessGroup::OwnSession)
+        setsid();
+}
+
 /// A pipe that no other program inherits.
 std::array<int, 2> OpenPipe() {
     std::array<int, 2> ends{};
@@ -73,6 +80,7 @@ CProgramRun::CProgramRun(const std::vector<std::string>& arguments, const TProgr
     if (m_pid < 0)
         throw std::runtime_error("cannot fork");
     if (m_pid == 0) {
+        Join(input.m_group);
         if (!input.m_bFed)
             Redirect(in, O_RDONLY, STDIN_FILENO);
         else if (dup2(pipe[0], STDIN_FILENO) < 0)
@@ -98,6 +106,16 @@ CProgramRun::~CProgramRun() {
 
 void CProgramRun::Signal(int signal) const { kill(m_pid, signal); }
 
+bool CProgramRun::WaitForStop() const {
+    using namespace std::chrono_literals;
+    for (int nSteps = 0; nSteps < 3000; ++nSteps, std::this_thread::sleep_for(20ms)) {
+        siginfo_t info{};
+        if (waitid(P_PID, static_cast<id_t>(m_pid), &info, WSTOPPED | WNOHANG | WNOWAIT) == 0 && info.si_pid == m_pid)
+            return true;
+    }
+    return false;
+}
+
 void CProgramRun::Feed(const std::string& text) const {
     const auto before = std::signal(SIGPIPE, SIG_IGN);
     for (std::size_t done = 0; done < text.size();) {
@@ -116,6 +134,8 @@ void CProgramRun::CloseInput() {
 }
 
 std::string CProgramRun::OutputSoFar() const { return ReadAll(m_folder.Path() / "out"); }
+
+std::string CProgramRun::ErrorSoFar() const { return ReadAll(m_folder.Path() / "err"); }
 
 bool CProgramRun::WaitForError(const std::string& text) const { return WaitForText(m_folder.Path() / "err", text); }
 bool CProgramRun::WaitForOutput(const std::string& text) const { return WaitForText(m_folder.Path() / "out", text); }

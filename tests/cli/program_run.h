@@ -19,10 +19,15 @@ struct TProgramResult {
     [[nodiscard]] std::vector<std::string> OutLines() const;
 };
 
+/// The process group of the program, which tells whether Ctrl+Z can stop it: one of its own is under job control, the
+/// group of a session of its own is not, for nobody outside it could continue it.
+enum class EProcessGroup { OfTheTest, Own, OwnSession };
+
 struct TProgramInput {
     std::string m_text;       // of standard input
     std::string m_outputPath; // where standard output goes; a file of its own if empty
     bool m_bFed = false;      // m_text is the beginning: Feed goes on, CloseInput ends it
+    EProcessGroup m_group = EProcessGroup::OfTheTest;
 };
 
 /// A run that has been started. The destructor ends it if it has not ended.
@@ -35,11 +40,15 @@ class CProgramRun {
 
     void Signal(int signal) const;
 
+    /// Waits, up to a minute, until a signal has stopped the process; false if none does.
+    [[nodiscard]] bool WaitForStop() const;
+
     /// More of standard input. A program that has ended hears nothing of it.
     void Feed(const std::string& text) const;
     void CloseInput();
 
     [[nodiscard]] std::string OutputSoFar() const;
+    [[nodiscard]] std::string ErrorSoFar() const;
 
     /// Waits, up to a minute, until standard error has the text; false if it does not come.
     [[nodiscard]] bool WaitForError(const std::string& text) const;

@@ -1,5 +1,6 @@
 // What is said of the register of solved positions.
 
+#include <csignal>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -7,6 +8,7 @@
 #include "cli/program_run.h"
 #include "cli/solve_report.h"
 #include "core/fen.h"
+#include "platform/sleep.h"
 
 namespace quillon {
 namespace {
@@ -98,9 +100,22 @@ TEST(RegisterOfTheProgram, IsTheLastLineForAPerson) {
 }
 
 TEST(RegisterOfTheProgram, IsShownWhileItGrows) {
-    const TProgramResult run = RunQuillon({"solve", "--fen", "8/5p2/4k1p1/3n4/8/2BNKN2/PP6/8", "--moves", "20",
-                                           "--brute-force", "--memory", "16", "--time-limit", "1.5", "--progress"});
-    EXPECT_TRUE(std::regex_search(run.m_err, std::regex("/s, register [0-9.]+k? [0-9]+ MB"))) << run.m_err;
+    CProgramRun run({"solve", "--fen", "8/5p2/4k1p1/3n4/8/2BNKN2/PP6/8", "--moves", "20", "--brute-force", "--memory",
+                     "16", "--progress"});
+    ASSERT_TRUE(run.WaitForError("Pass 2, 0."));
+    const std::regex state(R"(A Pass 2 Safe mode ON TR=[1-9][0-9]*MB GR=0MB Thrds=1 )");
+    const std::regex trace(R"(SH:0h,TR:[1-9][0-9]*\(0\) 1\.)");
+    const auto isTold = [&] {
+        const std::string told = run.ErrorSoFar();
+        return std::regex_search(told, state) && std::regex_search(told, trace);
+    };
+    for (int i = 0; i < 300 && !isTold(); ++i) {
+        run.Signal(SIGUSR1);
+        SleepMs(100);
+    }
+    EXPECT_TRUE(isTold()) << run.ErrorSoFar();
+    run.Signal(SIGINT);
+    EXPECT_EQ(run.Finish().m_nStatus, 1);
 }
 
 } // namespace

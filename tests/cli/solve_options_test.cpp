@@ -33,6 +33,35 @@ TEST(ProblemOptions, ItsSortIndicationsGoWithTheRequest) {
     EXPECT_NE(request.m_sortIndications[0].m_bWorst, request.m_sortIndications[1].m_bWorst);
 }
 
+TEST(ProblemOptions, ItsVariantsOrderMovesIfItSaysSo) {
+    ChessProblem problem;
+    SetStipulation(problem, kDirectMate, 3);
+    SetOriginalPosition(problem, ChessboardFromFEN("8/8/8/8/8/1K5Q/1p6/kn6"));
+    for (const char* line : {"{Main variant} Kb3-c2 Nb1-d2 Qh3-a3", "{other} Qh3-h8"}) {
+        Variant variant;
+        ParseVariantLine(variant, line);
+        problem.variants.emplace(variant.name, variant);
+    }
+    EXPECT_TRUE(MakeRequest(problem, {}).m_sortIndications.empty());
+    problem.useMainVariantAsSortIndications = 1;
+    EXPECT_EQ(MakeRequest(problem, {}).m_sortIndications.size(), 2u);
+    problem.useMainVariantAsSortIndications = 2;
+    EXPECT_EQ(MakeRequest(problem, {}).m_sortIndications.size(), 3u);
+}
+
+TEST(ProblemOptions, ItsHeuristicClausesHoldUnlessASetIsGiven) {
+    ChessProblem problem;
+    SetStipulation(problem, kDirectMate, 3);
+    SetOriginalPosition(problem, ChessboardFromFEN("8/8/8/8/8/1K5Q/1p6/kn6"));
+    problem.heuristicClauses = {{SH_SEASNAKE, "OFF"}};
+    problem.flags = kFlagUsePredefinedSettings;
+    EXPECT_EQ(MakeRequest(problem, {}).m_heuristicClauses, problem.heuristicClauses);
+    EXPECT_TRUE(MakeRequest(problem, {}).m_bUsePredefinedIndications);
+    TSolveOptions options;
+    options.m_heuristics = "none";
+    EXPECT_TRUE(MakeRequest(problem, options).m_heuristicClauses.empty());
+}
+
 TEST(MemoryOption, IsABudgetInMebibytes) {
     EXPECT_EQ(RequestOf({"--memory", "64"}).m_nMemoryBudgetMB, 64);
     EXPECT_EQ(RequestOf({"--memory", "0"}).m_nMemoryBudgetMB, 0);

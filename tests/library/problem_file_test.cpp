@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "library/epd_file.h"
 #include "library/problem_reading.h"
 
 namespace quillon {
@@ -319,6 +320,18 @@ TEST(HugeInput, IsReadInTimeThatGrowsWithItsSize) {
     };
     for (const std::string& text : texts)
         EXPECT_LT(SecondsToRead(text), 30.0) << text.substr(0, 40);
+}
+
+TEST(HugeInput, OfFailuresOnlySoManyAreTold) {
+    const std::string library = Repeated("1 #2 Foo\n", 1'000'000), epd = Repeated("8/8\n", 500'000);
+    TReading reading = Read(library);
+    ASSERT_EQ(reading.m_errors.size(), kMostFailures + 2u);
+    EXPECT_STREQ(reading.m_errors.back().what(), "More than 100000 failures: the rest is not read.");
+    EXPECT_EQ(reading.m_errors.back().Line(), kMostFailures + 2);
+    reading = {};
+    ReadEpdProblems(epd, Problems(reading), Errors(reading));
+    ASSERT_EQ(reading.m_errors.size(), kMostFailures + 2u);
+    EXPECT_EQ(reading.m_errors.back().Line(), kMostFailures + 2);
 }
 
 TEST(HugeInput, LinesOfTenMegabytes) {

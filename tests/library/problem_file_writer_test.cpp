@@ -176,6 +176,20 @@ TEST(NewProblemFile, IsMadeForAReaderThatFindsNone) {
         "Error opening file: " + folder.Path().string());
 }
 
+TEST(NewProblemFile, DoesNotReplaceATwinThatIsThere) {
+    const CTemporaryFolder folder;
+    const fs::path file = folder.Path() / "a.cp";
+    folder.Write("a.cp", "old");
+    TProblemFileOptions options = Twins();
+    options.m_bCreateIfMissing = true;
+    EXPECT_EQ(FailureOf([&] { static_cast<void>(LibraryOf(file, options)); }),
+              "Error opening file: " + file.string() + "x");
+    CAnswer no(false);
+    EXPECT_FALSE(CreateNewProblemFile(folder.Path() / "a.cpx", no, EExistingFile::Ask, options));
+    EXPECT_EQ(no.m_questions.size(), 1u);
+    EXPECT_EQ(ContentOf(file), "old");
+}
+
 TEST(ProblemFileLog, NamesEachProblemAndRedefinition) {
     const CTemporaryFolder folder;
     folder.Write("a.cp", "1 #2\n" + std::string(kPlainBody) + "1 #3\n" + std::string(kPlainBody));

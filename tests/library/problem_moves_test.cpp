@@ -20,7 +20,7 @@ std::string Text(const std::string& moves, const std::string& fen = kCastlings, 
 
 /// Placement after the moves.
 std::string After(const std::string& moves, const std::string& fen = kCastlings) {
-    return WriteFEN(CurrentPosition(*ReadOne(Text("Moves: " + moves, fen))), false);
+    return WriteFEN(*ReadOne(Text("Moves: " + moves, fen))->currentPosition, false);
 }
 
 std::string ErrorOf(const std::string& moves) { return StrictMessage(Text("Moves: " + moves)); }
@@ -31,15 +31,15 @@ TEST(PlayedMoves, AreMadeOnTheBoardWhiteFirst) {
     EXPECT_EQ(problem->playedPositions[0]->m_pPrevious, problem->originalPosition.get());
     EXPECT_EQ(problem->playedPositions[1]->m_pPrevious, problem->playedPositions[0].get());
     EXPECT_EQ(problem->originalPosition->m_nMoves, 255);
-    EXPECT_EQ(CurrentPosition(*problem).m_nMoves, 252);
-    EXPECT_EQ(WriteFEN(CurrentPosition(*problem), false), "4k2r/r7/8/3RP3/8/8/8/4K2R");
-    EXPECT_EQ(CurrentPosition(*problem).m_blackRooks, 2);
-    EXPECT_EQ(CurrentPosition(*problem).m_blackPawns, 0);
+    EXPECT_EQ(problem->currentPosition->m_nMoves, 252);
+    EXPECT_EQ(WriteFEN(*problem->currentPosition, false), "4k2r/r7/8/3RP3/8/8/8/4K2R");
+    EXPECT_EQ(problem->currentPosition->m_blackRooks, 2);
+    EXPECT_EQ(problem->currentPosition->m_blackPawns, 0);
 }
 
 TEST(PlayedMoves, WithoutThemTheCurrentPositionIsTheOriginalOne) {
     const auto problem = ReadOne(Text(""));
-    EXPECT_EQ(&CurrentPosition(*problem), problem->originalPosition.get());
+    EXPECT_EQ(problem->currentPosition, problem->originalPosition.get());
     EXPECT_TRUE(ReadOne(Text("moves:"))->playedPositions.empty());
 }
 
@@ -92,7 +92,7 @@ TEST(PlayedMoves, AreBoundByThePliesOfAPosition) {
     const std::string position = "4k3/8/8/8/8/8/8/4K3";
     EXPECT_EQ(StrictMessage(Text("Moves:" + moves, position)), "Illegal move: e7-e8"); // the 256th
     const std::string shorter = moves.substr(0, moves.rfind(' '));
-    EXPECT_EQ(CurrentPosition(*ReadOne(Text("Moves:" + shorter, position))).m_nMoves, 0);
+    EXPECT_EQ(ReadOne(Text("Moves:" + shorter, position))->currentPosition->m_nMoves, 0);
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include "parallel/threaded_solve.h"
 #include "platform/sleep.h"
 #include "search/control.h"
+#include "search/find_mate.h"
 #include "search/repetition.h"
 
 namespace quillon::test {
@@ -23,6 +24,7 @@ struct TActed {
     TMateResult m_result = MR_NOMATE;
     bool m_bThrows = false;
     int m_nMark = 0;
+    bool m_bDeaf = false; // asks for no pause: it is between two nodes
 };
 
 struct TScript {
@@ -51,7 +53,7 @@ TMateResult Act(TChessboard* p) {
     const std::size_t move = context.m_pResumeList[0].m_nTo;
     const TActed& acted = g_script->m_moves[move];
     for (int i = 0; i != acted.m_nSteps; ++i) {
-        if (PauseOrStop(*p))
+        if (!acted.m_bDeaf && PauseOrStop(*p))
             return MR_NOMATE;
         Step(move);
     }
@@ -78,7 +80,8 @@ class CScheduled {
 
     TMateResult Run() {
         TScheduler scheduler(*m_node, nullptr, 1);
-        return scheduler.Run(m_list.data(), static_cast<int>(m_list.size()), &Act);
+        scheduler.TakeMoves(m_list.data(), static_cast<int>(m_list.size()));
+        return scheduler.Run(&Act);
     }
 
     [[nodiscard]] std::uint32_t Threads() const { return m_analysis.m_nFinishedThreads; }
@@ -141,6 +144,38 @@ TEST(Scheduler, WithoutThreadsTheNodeGoesOnAlone) {
     SetMostSchedulerThreads(-1);
     EXPECT_EQ(SchedulerThreads(), 0);
     EXPECT_GT(MostSchedulerThreads(), 1);
+}
+
+TEST(Scheduler, AMateOfAWorkerThatWasPausedCounts) {
+    SetMostSchedulerThreads(1);
+    CScheduled node({{100, MR_MATE, false, 0, true}, {300}});
+    EXPECT_EQ(node.Run(), MR_MATE);
+    SetMostSchedulerThreads(-1);
+}
+
+TEST(Scheduler, AFailureInTheNodesOwnThreadLeavesNoTrace) {
+    SetMostSchedulerThreads(0);
+    CScheduled node({{5}, {5, MR_NOMATE, true}});
+    EXPECT_THROW((void)node.Run(), std::runtime_error);
+    EXPECT_EQ(node.m_context->m_pScheduler, nullptr);
+    SetMostSchedulerThreads(-1);
+}
+
+/// In too many schedulers a node goes on by itself, and its moves are searched all the same.
+TEST(Scheduler, ANodeThatStandsInTooManyIsSearchedWithoutOne) {
+    for (const int nesting : {0, kMostNestedSchedulers}) {
+        const CNothingLeft nothing;
+        TAnalysis analysis;
+        analysis.m_nSchedulerLevels = 6;
+        const auto context = NewSearchContext();
+        TChessboard& node = *MakeRoot(*context, analysis, ChessboardFromFEN("k7/8/2K5/8/8/8/8/7R"), 19, 2);
+        node.m_nInitialMoves = 23; // two moves of each side have been played
+        std::deque<TScheduler> schedulers;
+        for (int i = 0; i < nesting; ++i)
+            context->m_pScheduler = &schedulers.emplace_back(node, context->m_pScheduler, 1);
+        EXPECT_EQ(FindMateWhite<kPlainNode>(&node, false), MR_MATE) << nesting;
+        EXPECT_EQ(analysis.m_nFinishedThreads == 0, nesting != 0);
+    }
 }
 
 TEST(Scheduler, APausedNodeStandsStillAndGoesOn) {

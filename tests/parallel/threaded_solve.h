@@ -49,6 +49,19 @@ inline constexpr TTree kTrees[] = {{2, 1}, {4, 1}, {16, 1}, {2, 2}, {4, 2}, {3, 
     return request;
 }
 
+inline constexpr const char* kEndless = "r1bqkbnr/pppppppp/n7/8/8/N7/PPPPPPPP/R1BQKBNR";
+inline constexpr int kEndlessMoves = 12;
+
+/// No machine ends it soon. Its one pass begins at once, for no set is chosen and without memory there is no guide, and
+/// gets deep at once, without short-mate searches.
+[[nodiscard]] inline TSolveRequest Endless(TTree tree) {
+    TSolveRequest request = AllKeys(kEndless, kEndlessMoves, tree);
+    request.m_nMemoryBudgetMB = 1;
+    request.m_shLookForQuickerMateDepth = 0;
+    request.m_heuristics.emplace();
+    return request;
+}
+
 /// Nothing of a solve is left behind it.
 class CNothingLeft {
   public:

@@ -1,0 +1,292 @@
+#include "globalregister/position_indexing.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+#include <new>
+
+#include "core/chess_exception.h"
+#include "core/figure_masks.h"
+#include "core/printable.h"
+#include "globalregister/board_by_index.h"
+#include "globalregister/piece_letters.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::uint64_t kPawnSquares = 48;
+constexpr std::uint64_t kFirstPawnSquare = 8;
+constexpr std::uint64_t kSmallestCombinedMen = 6; // with the kings
+
+// Squares of a position are held as bytes of one word: those of the letters, of the kings, and lanes of no use, where
+// men go that are no letter of the type. What is done to one square is done to all at once.
+constexpr std::size_t kBlackKingLane = kMaxTypeLetters;
+constexpr std::size_t kUnusedLane = 8;
+constexpr std::size_t kLanes = 64;                       // more than there can be men
+constexpr std::uint64_t kEachLane = 0x0101010101010101u; // times a byte: that byte in each lane
+
+constexpr std::uint64_t MirrorFiles(std::uint64_t squares) { return squares ^ 7 * kEachLane; }
+constexpr std::uint64_t MirrorRanks(std::uint64_t squares) { return squares ^ 56 * kEachLane; }
+constexpr std::uint64_t SwapFilesAndRanks(std::uint64_t squares) {
+    return ((squares >> 3) & 7 * kEachLane) | ((squares & 7 * kEachLane) << 3);
+}
+
+// Of the ten figures of a type in their order, from 0; kOtherKind for kings and whatever else a board can hold.
+constexpr std::uint8_t kOtherKind = 10;
+constexpr auto kKindOfByte = [] {
+    std::array<std::uint8_t, 256> kinds{};
+    kinds.fill(kOtherKind);
+    for (std::uint8_t kind = 0; kind < kOtherKind; ++kind)
+        kinds[FigureOfLetter(kTypeLetters[kind])] = kind;
+    kinds[kBlackPawn | kPawnMayNotAdvance] = kinds[kBlackPawn];
+    return kinds;
+}();
+
+// The triangle a1-d1-d4.
+constexpr TSquare kTriangle[10] = {0, 1, 2, 3, 9, 10, 11, 18, 19, 27};
+constexpr auto kTriangleNumber = [] {
+    std::array<std::uint8_t, kSquares> numbers{};
+    std::uint8_t number = 0;
+    for (const TSquare square : kTriangle)
+        numbers[square] = number++;
+    return numbers;
+}();
+
+// The number of a type of one spelling: the figures in their order.
+TPositionType ParseType(std::string_view text) {
+    TPositionType type = 0;
+    std::size_t last = 0;
+    for (const char letter : text) {
+        const std::size_t place = kTypeLetters.find(letter);
+        const bool bSpecial = place != std::string_view::npos && FigureOfLetter(letter) == kNoFigure;
+        if (place == std::string_view::npos || (!bSpecial && place < last) || text.size() > kMaxTypeLetters)
+            throw ChessException("Error in position type: " + Printable(text));
+        if (!bSpecial)
+            last = place;
+        type = type << 4 | (place + 1);
+    }
+    return type << 1;
+}
+
+void SortGroup(std::uint8_t* squares, std::size_t nMen) {
+    for (std::size_t i = 1; i < nMen; ++i)
+        for (std::size_t j = i; j > 0 && squares[j] < squares[j - 1]; --j)
+            std::swap(squares[j], squares[j - 1]);
+}
+
+std::uint64_t Power(std::uint64_t base, std::size_t exponent) {
+    std::uint64_t result = 1;
+    for (; exponent > 0; --exponent)
+        result *= base;
+    return result;
+}
+
+// The value of the lowest field, which is taken off.
+std::uint64_t TakeField(std::uint64_t& fields, std::uint64_t nValues) {
+    const std::uint64_t value = fields % nValues;
+    fields /= nValues;
+    return value;
+}
+
+} // namespace
+
+TPositionIndexing::TPositionIndexing(std::string_view type) : typeName(type) {
+    if (IsCustomType(type)) {
+        custom.emplace(type);
+        bHasPawns = custom->bHasPawns;
+        return;
+    }
+    nPositionType = ParseType(type);
+    SetLetters();
+    bPawnRanks48 = bHasPawns;
+    ComputeStrides(strides);
+    for (std::size_t i = 0; i < typeName.size(); ++i)
+        m_nPawnOffset += bPawnSquares[i] ? strides[i] * kFirstPawnSquare : 0;
+}
+
+void TPositionIndexing::SetLetters() {
+    m_firstLetter.fill(kUnusedLane);
+    for (std::size_t i = typeName.size(); i-- > 0;) {
+        m_figures[i] = FigureOfLetter(typeName[i]);
+        bPawnSquares[i] = IsPawnLetter(typeName[i]);
+        bHasPawns = bHasPawns || bPawnSquares[i];
+        if (m_figures[i] == kNoFigure)
+            bHasSpecialPiece = true;
+        else
+            m_firstLetter[kKindOfByte[m_figures[i]]] = static_cast<std::uint8_t>(i);
+    }
+    mappings.assign(typeName.size(), nullptr);
+    groupSizes.assign(typeName.size(), 0);
+    groupCounts.assign(typeName.size(), 0);
+}
+
+std::size_t TPositionIndexing::MenWithKings() const { return custom ? custom->Men() : typeName.size() + 2; }
+
+// The number of equal letters from letter `i` on.
+std::size_t TPositionIndexing::RunFrom(std::size_t i) const {
+    return std::min(typeName.find_first_not_of(typeName[i], i), typeName.size()) - i;
+}
+
+bool TPositionIndexing::SetupCombinations() {
+    if (custom || MenWithKings() < kSmallestCombinedMen)
+        return false;
+    try {
+        for (std::size_t i = 0; i < typeName.size(); i += RunFrom(i))
+            if (RunFrom(i) >= kMinGroup && RunFrom(i) <= kMaxGroup)
+                mappings[i] = &CombinationMapping(bPawnSquares[i], RunFrom(i));
+    } catch (const std::bad_alloc&) {
+        std::ranges::fill(mappings, nullptr);
+        return false;
+    }
+    for (std::size_t i = 0; i < typeName.size(); ++i)
+        if (mappings[i] != nullptr) {
+            groupSizes[i] = static_cast<std::uint8_t>(RunFrom(i));
+            groupCounts[i] = mappings[i]->GetCount();
+        }
+    bUseCombinations = true;
+    ComputeStrides(strides);
+    return true;
+}
+
+void TPositionIndexing::ComputeStrides(std::array<std::uint64_t, kMaxTypeLetters>& factors) const {
+    factors.fill(0);
+    if (custom)
+        return;
+    std::uint64_t factor = WhiteKingSquares() * kSquares;
+    for (std::size_t end = typeName.size(); end > 0;) {
+        std::size_t i = end - 1;
+        std::uint64_t nValues = bPawnSquares[i] ? kPawnSquares : kSquares;
+        for (std::size_t head = 0; bUseCombinations && head < end; ++head)
+            if (groupSizes[head] != 0 && head + groupSizes[head] == end) {
+                i = head;
+                nValues = groupCounts[head];
+            }
+        factors[i] = factor;
+        factor *= nValues;
+        end = i;
+    }
+}
+
+// The squares of the letters and of the black king, each in its lane.
+std::uint64_t TPositionIndexing::CollectSquares(const TChessboard& b) const {
+    std::array<std::uint8_t, kUnusedLane + kLanes> lanes;
+    std::memset(lanes.data(), 0, kUnusedLane);
+    std::array<std::uint8_t, kKinds> next = m_firstLetter;
+    const CBoardPlanes planes(b.m_board.data());
+    for (TMask men = planes.Plane<6>() | planes.Plane<7>(); men != 0;) {
+        const auto square = static_cast<std::uint8_t>(TakeSquare(men));
+        lanes[next[kKindOfByte[b.m_board[square]]]++] = square;
+    }
+    lanes[kBlackKingLane] = BlackKingSquare(b);
+    std::uint64_t squares = 0;
+    std::memcpy(&squares, lanes.data(), sizeof squares);
+    return squares;
+}
+
+std::uint64_t TPositionIndexing::IndexWithPawns(const TChessboard& b) const {
+    std::uint64_t squares = CollectSquares(b);
+    std::uint64_t white = WhiteKingSquare(b);
+    if (white % 8 >= 4) {
+        squares = MirrorFiles(squares);
+        white ^= 7;
+    }
+    return IndexOf(squares, white / 8 * 4 + white % 8);
+}
+
+// The white king alone decides the folding: on the diagonal the two halves of the board stay apart.
+std::uint64_t TPositionIndexing::IndexWithoutPawns(const TChessboard& b) const {
+    std::uint64_t squares = CollectSquares(b);
+    int file = FileOf(WhiteKingSquare(b)), rank = RankOf(WhiteKingSquare(b));
+    if (file >= 4) {
+        squares = MirrorFiles(squares);
+        file = 7 - file;
+    }
+    if (rank >= 4) {
+        squares = MirrorRanks(squares);
+        rank = 7 - rank;
+    }
+    if (rank > file) {
+        squares = SwapFilesAndRanks(squares);
+        std::swap(file, rank);
+    }
+    return IndexOf(squares, kTriangleNumber[SquareAt(file, rank)]);
+}
+
+std::uint64_t TPositionIndexing::IndexOf(std::uint64_t squares, std::uint64_t slot) const {
+    assert(!bHasSpecialPiece);
+    std::array<std::uint8_t, kUnusedLane> lanes;
+    std::memcpy(lanes.data(), &squares, sizeof squares);
+    const std::uint64_t low = lanes[kBlackKingLane] * WhiteKingSquares() + slot;
+    if (bUseCombinations)
+        return GroupedFields(lanes.data()) + low;
+    std::uint64_t fields = 0;
+    for (std::size_t i = 0; i < typeName.size(); ++i)
+        fields += lanes[i] * strides[i];
+    return fields - m_nPawnOffset + low;
+}
+
+std::uint64_t TPositionIndexing::GroupedFields(std::uint8_t* squares) const {
+    std::uint64_t fields = 0;
+    for (std::size_t i = 0; i < typeName.size(); ++i) {
+        if (strides[i] == 0) // behind the head of its group
+            continue;
+        std::uint64_t value = squares[i] - (bPawnSquares[i] ? kFirstPawnSquare : 0);
+        if (mappings[i] != nullptr) {
+            SortGroup(squares + i, groupSizes[i]);
+            value = mappings[i]->GetIndex(squares + i);
+        }
+        fields += value * strides[i];
+    }
+    return fields;
+}
+
+bool TPositionIndexing::GetPositionByIndex(std::uint64_t index, TChessboard& b) const {
+    if (custom)
+        return custom->GetPositionByIndex(index, b);
+    const std::uint64_t slot = TakeField(index, WhiteKingSquares());
+    const auto white = static_cast<TSquare>(bHasPawns ? (slot & 28) * 2 + (slot & 3) : kTriangle[slot]);
+    const auto black = static_cast<TSquare>(TakeField(index, kSquares));
+    b.m_board.fill(kNoFigure);
+    if (KingSteps(white, black) <= 1)
+        return false;
+    return PlacePiece(b, white, kWhiteKing) && PlacePiece(b, black, kBlackKing) && PlaceLetters(index, b);
+}
+
+bool TPositionIndexing::PlaceLetters(std::uint64_t fields, TChessboard& b) const {
+    if (bHasSpecialPiece)
+        return false;
+    for (std::size_t i = typeName.size(); i-- > 0;) {
+        if (strides[i] == 0)
+            continue;
+        const std::uint64_t first = bPawnSquares[i] ? kFirstPawnSquare : 0;
+        if (mappings[i] == nullptr) {
+            const std::uint64_t value = bPawnSquares[i] ? TakeField(fields, kPawnSquares) : TakeField(fields, kSquares);
+            if (!PlacePiece(b, static_cast<TSquare>(value + first), m_figures[i]))
+                return false;
+            continue;
+        }
+        const unsigned char* set = mappings[i]->GetSet(TakeField(fields, groupCounts[i]));
+        for (std::size_t man = 0; man < groupSizes[i]; ++man)
+            if (!PlacePiece(b, static_cast<TSquare>(set[man] + first), m_figures[i]))
+                return false;
+    }
+    return fields == 0;
+}
+
+std::uint64_t TPositionIndexing::GetSize() const {
+    if (custom)
+        return custom->GetSize();
+    std::uint64_t size = (bHasPawns || bHasSpecialPiece ? 32 : 10) * Power(kSquares, MenWithKings() - 1);
+    for (std::size_t i = 0; bPawnRanks48 && i < typeName.size(); ++i)
+        if (bPawnSquares[i])
+            size = size * 3 / 4;
+    if (bHasSpecialPiece)
+        size >>= 3;
+    for (std::size_t i = 0; bUseCombinations && i < typeName.size(); ++i)
+        if (groupSizes[i] != 0)
+            size = size / Power(bPawnSquares[i] ? kPawnSquares : kSquares, groupSizes[i]) * groupCounts[i];
+    return size;
+}
+
+} // namespace quillon

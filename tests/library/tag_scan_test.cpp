@@ -1,0 +1,51 @@
+#include "library/tag_scan.h"
+
+#include <gtest/gtest.h>
+#include <set>
+#include <string>
+
+#include "core/chess_exception.h"
+#include "platform/temporary_folder.h"
+
+namespace quillon {
+namespace {
+
+std::set<std::string> TagsIn(const std::string& text) {
+    const CTemporaryFolder folder;
+    folder.Write("a.cp", text);
+    std::set<std::string> tags{"known"};
+    AppendTagsFromFile(folder.Path() / "a.cp", tags);
+    return tags;
+}
+
+using TTags = std::set<std::string>;
+
+TEST(TagScan, FindsTheTagsOfEveryProblem) {
+    EXPECT_EQ(TagsIn("UTF-8\n1 #2 whatever\n//#TAGS\r\n//#ideal mate\r\n//#TAGS\n//#\n{ broken\n//#no tag\n"
+                     "//#tags\n//#wie\xC5\xBC"
+                     "a\n//!VARIANTS\n//#neither\n"),
+              (TTags{"known", "ideal mate", "TAGS",
+                     "wie\xC5\xBC"
+                     "a"}));
+    EXPECT_EQ(TagsIn(""), (TTags{"known"}));
+}
+
+TEST(TagScan, DecodesALegacyFile) {
+    EXPECT_EQ(TagsIn("1 #2\n//#TAGS\n//#wie\xBF"
+                     "a\n"),
+              (TTags{"known", "wie\xC5\xBC"
+                              "a"}));
+}
+
+TEST(TagScan, AFileThatCannotBeReadIsTold) {
+    TTags tags;
+    try {
+        AppendTagsFromFile("/nowhere/at all.cp", tags);
+        FAIL();
+    } catch (const ChessException& failure) {
+        EXPECT_STREQ(failure.what(), "Error reading file.");
+    }
+}
+
+} // namespace
+} // namespace quillon
