@@ -5,7 +5,7 @@
 : "${root:?the folder of the checkout}"
 
 readonly packages=(g++ cmake ninja-build libgtest-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev libicu-dev
-    libboost-dev)
+    libboost-dev libsimpleini-dev)
 readonly system_failure=3
 
 say() { printf 'quillon: %s\n' "$*" >&2; }

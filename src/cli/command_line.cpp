@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <new>
 #include <string>
@@ -48,11 +49,24 @@ EExitStatus Explain(const CLI::App& app, const CLI::ParseError& error) {
     return FailUsage(error.what(), command);
 }
 
+/// False, and it is told why, if the folder cannot be entered.
+bool EnterFolder(const std::string& folder) {
+    std::error_code failure;
+    std::filesystem::current_path(folder, failure);
+    if (failure)
+        WriteDiagnostic("cannot work in " + folder + ": " + failure.message());
+    return !failure;
+}
+
 EExitStatus Run(int argc, const char* const* argv) {
     CLI::App app{"Quillon solves direct-mate chess problems.", "quillon"};
     app.set_version_flag("--version", "quillon " + std::string(kVersion), "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.formatter(std::make_shared<CHelpFormatter>());
+    std::string workDir;
+    app.add_option("--work-dir", workDir, "Work in this folder, as if the program had been started there")
+        ->type_name("DIR");
+    app.fallthrough();            // also behind a command
     app.require_subcommand(0, 1); // a missing one is told below, an unknown one by its name
     app.footer(kProgramExamples);
     TChosenCommand chosen;
@@ -69,6 +83,8 @@ EExitStatus Run(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         return Explain(app, error);
     }
+    if (!workDir.empty() && !EnterFolder(workDir))
+        return EExitStatus::BadInput;
     return chosen ? chosen() : FailUsage("a command is needed", "");
 }
 

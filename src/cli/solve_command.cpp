@@ -3,12 +3,14 @@
 #include <memory>
 #include <optional>
 
+#include "cli/console_notifier.h"
 #include "cli/explain_text.h"
 #include "cli/option_values.h"
 #include "cli/output.h"
 #include "cli/problem_source.h"
 #include "cli/solve_options.h"
 #include "cli/solve_report.h"
+#include "cli/solve_settings.h"
 #include "cli/watched_solve.h"
 #include "core/chess_exception.h"
 #include "platform/interrupt.h"
@@ -39,6 +41,9 @@ and of the precalculated data; the threads running, and those of the scheduler;
 how much of the pass is done; nodes. Behind it the threads that share the key
 moves, and the time: 4thrd(s)... 35 sec(s)...
 
+What neither options nor the problem say is taken from options.ini in the
+working folder, where there is one.
+
 Exit status: 0 every problem has a mate or is proved to have none, 1 some
 doubtful, stopped or differing from the expected answer, 2 bad input or usage,
 3 failure of the system (memory, disk).)";
@@ -62,6 +67,7 @@ class CSolveCommand {
             WriteDiagnostic(warning);
         for (const std::string& missing : source->m_missing)
             Fail(missing);
+        LoadRunSettings();
         InstallInterruptHandler(g_signals.m_nInterrupts);
         InstallJobSignals(g_signals.m_jobs);
         for (const TSourceItem& item : source->m_items)
@@ -82,6 +88,11 @@ class CSolveCommand {
             WriteDiagnostic(failure.what());
             return false;
         }
+    }
+
+    void LoadRunSettings() {
+        CConsoleNotifier notifier(m_line);
+        m_settings = LoadSettings(notifier, CommandLineDefaults());
     }
 
     std::optional<TProblemSource> ReadSource() {
@@ -116,7 +127,8 @@ class CSolveCommand {
         if (!m_options.m_bJson && !m_options.m_bQuiet)
             WriteOutput((m_totals.m_nProblems > 1 ? "\n" : "") + HeadText(problem, bFromFile));
         try {
-            const TSolveRequest request = MakeRequest(problem, m_options);
+            TSolveRequest request = MakeRequest(problem, m_options);
+            ApplySettings(m_settings, problem, m_options, request);
             const TWatchedResult watched = SolveWatched(request, m_line, m_options.m_secondsLimit, g_signals,
                                                         [this](const TPlanReport& plan) { TellPlan(plan); });
             TSolveReport report{problem, request, watched, m_options.m_bExplain, bFromFile, std::nullopt};
@@ -189,6 +201,7 @@ class CSolveCommand {
 
     const TSolveOptions& m_options;
     CProgressLine m_line;
+    TSettings m_settings = CommandLineDefaults();
     std::string m_fileName; // empty for --fen
     TSolveTotals m_totals;
     EExitStatus m_status = EExitStatus::Answered;

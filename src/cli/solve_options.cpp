@@ -184,22 +184,20 @@ void SetThreads(TSolveRequest& request, const ChessProblem& problem, const TSolv
         request.m_nMultithreadingLevels = problem.levels;
 }
 
-/// What the problem says of the order of White's moves, by itself and by its variants.
-SortIndications IndicationsOf(const ChessProblem& problem) {
-    SortIndications indications = problem.sortIndications;
-    const bool bOthersToo = problem.useMainVariantAsSortIndications > 1;
-    for (const auto& [name, variant] : problem.variants)
-        if (bOthersToo || (problem.useMainVariantAsSortIndications > 0 && IsMainVariantName(name)))
-            indications.merge(IndicationsOf(variant));
-    return indications;
-}
-
 void SetScheduler(TSolveRequest& request, const ChessProblem& problem, const TSolveOptions& options) {
     request.m_nSchedulerLevels = options.m_schedulerLevels.value_or(std::max<int>(problem.schedulerLevels, 0));
     request.m_bCustomScheduler = options.m_bCustomScheduler;
 }
 
 } // namespace
+
+std::vector<SortIndication> IndicationsOf(const ChessProblem& problem, int nUseMainVariant) {
+    SortIndications indications = problem.sortIndications;
+    for (const auto& [name, variant] : problem.variants)
+        if (nUseMainVariant > 1 || (nUseMainVariant > 0 && IsMainVariantName(name)))
+            indications.merge(IndicationsOf(variant));
+    return {indications.begin(), indications.end()};
+}
 
 TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& options) {
     TSolveRequest request;
@@ -214,8 +212,7 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_bHybrid = options.m_bHybrid || (!bWayChosen && (problem.flags & kFlagHybridBruteForce) != 0);
     request.m_bBruteForce = options.m_bBruteForce || (!bWayChosen && (problem.flags & kFlagBruteForce) != 0);
     request.m_bSafeMode = options.m_bSafe || (problem.flags & kFlagSafeMode) != 0;
-    const SortIndications indications = IndicationsOf(problem);
-    request.m_sortIndications.assign(indications.begin(), indications.end());
+    request.m_sortIndications = IndicationsOf(problem, problem.useMainVariantAsSortIndications);
     request.m_bLetRelaxHeuristics = !options.m_bNoRelax;
     request.m_bRunPass2 = !options.m_bNoPass2;
     if (options.m_heuristics)

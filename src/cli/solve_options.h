@@ -47,4 +47,8 @@ void AddSolveOptions(CLI::App& command, TSolveOptions& options);
 /// A problem's own options hold unless the command line says otherwise.
 [[nodiscard]] TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& options);
 
+/// What the problem says of the order of White's moves, by itself and by its variants.
+///   nUseMainVariant  0: not by variants, 1: by the main variant, 2: by all.
+[[nodiscard]] std::vector<SortIndication> IndicationsOf(const ChessProblem& problem, int nUseMainVariant);
+
 } // namespace quillon

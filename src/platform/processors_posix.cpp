@@ -3,8 +3,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <fstream>
 #include <sched.h>
+#include <set>
+#include <string>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include "platform/cgroup.h"
@@ -34,6 +38,32 @@ int UsableProcessors() {
     if (const auto quota = CgroupCpuQuota(); quota && *quota < processors)
         processors = static_cast<int>(std::ceil(*quota));
     return std::max(processors, 1);
+}
+
+namespace {
+
+int ReadNumber(const std::filesystem::path& path, int nDefault) {
+    int number = 0;
+    return std::ifstream(path) >> number ? number : nDefault;
+}
+
+bool IsProcessor(const std::string& name) {
+    return name.size() > 3 && name.starts_with("cpu") && name.find_first_not_of("0123456789", 3) == std::string::npos;
+}
+
+} // namespace
+
+int UsableCores(const std::filesystem::path& cpus) {
+    std::set<std::pair<int, int>> cores; // package, core within it
+    std::error_code missing;             // then nothing is known of them
+    for (const auto& entry : std::filesystem::directory_iterator(cpus, missing)) {
+        const std::filesystem::path topology = entry.path() / "topology";
+        const int core = ReadNumber(topology / "core_id", -1);
+        if (IsProcessor(entry.path().filename().string()) && core >= 0)
+            cores.emplace(ReadNumber(topology / "physical_package_id", 0), core);
+    }
+    const int processors = UsableProcessors();
+    return cores.empty() ? processors : std::min(static_cast<int>(cores.size()), processors);
 }
 
 } // namespace quillon

@@ -1,0 +1,41 @@
+#include "cli/solve_settings.h"
+
+#include <algorithm>
+
+namespace quillon {
+
+namespace {
+
+/// Who names a number of levels on the command line has said all about the scheduler.
+void ApplyScheduler(const TSettings& settings, const ChessProblem& problem, const TSolveOptions& options,
+                    TSolveRequest& request) {
+    if (options.m_schedulerLevels)
+        return;
+    request.m_bCustomScheduler = settings.m_bCustomScheduler;
+    if (problem.schedulerLevels == kUnset)
+        request.m_nSchedulerLevels = settings.m_nSchedulerLevels;
+}
+
+} // namespace
+
+TSettings CommandLineDefaults() {
+    TSettings settings;
+    settings.m_nSchedulerLevels = 0;
+    settings.m_bCustomScheduler = false;
+    return settings;
+}
+
+void ApplySettings(const TSettings& settings, const ChessProblem& problem, const TSolveOptions& options,
+                   TSolveRequest& request) {
+    request.m_bSafeMode |= !settings.m_bQuickMode;
+    request.m_bUsePredefinedIndications |= settings.m_nUsePredefinedIndications > 0;
+    request.m_bRelaxationLog |= settings.m_bTryRelaxSpecialHeuristicsLog;
+    request.m_nMemoryShare = settings.m_nMaxMemRatioForTempReg;
+    if (!options.m_threads && problem.levels == kUnsetCount)
+        request.m_nMultithreadingLevels = std::max(settings.m_nMultithreadingLevels, 1);
+    ApplyScheduler(settings, problem, options, request);
+    if (problem.useMainVariantAsSortIndications == 0)
+        request.m_sortIndications = IndicationsOf(problem, settings.m_nUseMainVariantAsSortIndications);
+}
+
+} // namespace quillon

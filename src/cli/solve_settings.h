@@ -1,0 +1,17 @@
+#pragma once
+// The settings in a solve of the command line: what neither its options nor the problem's own say, options.ini may.
+
+#include "app/settings.h"
+#include "cli/solve_options.h"
+
+namespace quillon {
+
+/// The settings without a file, or of keys that it has not. Scripts rely on them: other than in the window no key
+/// starts a scheduler that nobody has asked for.
+[[nodiscard]] TSettings CommandLineDefaults();
+
+/// Puts the settings into what the options and the problem have left open in their request.
+void ApplySettings(const TSettings& settings, const ChessProblem& problem, const TSolveOptions& options,
+                   TSolveRequest& request);
+
+} // namespace quillon
