@@ -28,7 +28,7 @@ using TOnError = std::function<void(const ProblemFileError&)>;
 
 /// So many failures are told of one text. A text that has more is none of this format: what follows is not read, and
 /// the last failure says so.
-inline constexpr int kMostFailures = 100'000;
+inline constexpr int kMostFailures = 20'000;
 
 /// That last failure.
 [[nodiscard]] ProblemFileError TooManyFailures(TTextPlace place);
