@@ -16,7 +16,7 @@ namespace {
 
 using namespace quillon::testing;
 using TWords = std::vector<std::string>;
-using TJson = nlohmann::json;
+using TJson = nlohmann::ordered_json;
 
 // ---- the request
 
