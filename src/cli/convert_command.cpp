@@ -53,7 +53,13 @@ void LeaveOut(TConverted& converted, const ChessProblem& problem, const std::str
     converted.m_leftOut.push_back("problem " + std::to_string(problem.id) + ": " + what);
 }
 
-TConverted ToLibrary(const TProblemMap& problems) { return {FormatProblems(problems, true), {}}; }
+TConverted ToLibrary(const TProblemMap& problems) {
+    TConverted converted{FormatProblems(problems, true), {}};
+    for (const auto& [id, problem] : problems)
+        for (const std::string& part : UnwrittenParts(*problem))
+            LeaveOut(converted, *problem, "left out: " + part);
+    return converted;
+}
 
 TConverted ToEpd(const TProblemMap& problems) {
     TConverted converted;
@@ -106,11 +112,14 @@ const TFormat& FormatOf(const TConvertOptions& options) {
                          (name.empty() ? options.m_out : name));
 }
 
-/// Problems that cannot be read would be lost with the only file that has them.
+/// Problems that cannot be read, or whose id another has, would be lost with the only file that has them.
 void RefuseToLose(const TConvertOptions& options, const TLibrarySource& source) {
     std::error_code ignored;
-    if (source.HasUnreadable() && std::filesystem::equivalent(options.m_in, options.m_out, ignored))
-        throw ChessException(options.m_out + " is not written: problems that cannot be read would be lost");
+    if (source.m_errors.empty() || !std::filesystem::equivalent(options.m_in, options.m_out, ignored))
+        return;
+    throw ChessException(options.m_out + " is not written: " +
+                         (source.HasUnreadable() ? "problems that cannot be read" : "problems with a repeated id") +
+                         " would be lost");
 }
 
 EExitStatus Convert(const TConvertOptions& options) {

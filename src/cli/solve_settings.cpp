@@ -11,7 +11,7 @@ void ApplyScheduler(const TSettings& settings, const ChessProblem& problem, cons
                     TSolveRequest& request) {
     if (options.m_schedulerLevels)
         return;
-    request.m_bCustomScheduler = settings.m_bCustomScheduler;
+    request.m_bCustomScheduler |= settings.m_bCustomScheduler;
     if (problem.schedulerLevels == kUnset)
         request.m_nSchedulerLevels = settings.m_nSchedulerLevels;
 }

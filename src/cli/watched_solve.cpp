@@ -40,6 +40,7 @@ class CWatchedSolve {
                   const std::function<void(const TPlanReport&)>& planSink)
         : m_solve(request), m_observer(m_solve, kObserverLevels), m_line(line), m_bLog(!IsTerminal(EStream::Error)),
           m_notifier(line), m_signals(signals) {
+        m_signals.m_jobs.m_bWatched.store(true);
         m_solve.SetPlanSink([this, planSink](const TPlanReport& plan) {
             m_plan = plan;
             if (planSink)
@@ -47,12 +48,22 @@ class CWatchedSolve {
         });
     }
 
+    ~CWatchedSolve() { m_signals.m_jobs.m_bWatched.store(false); }
+    CWatchedSolve(const CWatchedSolve&) = delete;
+    CWatchedSolve& operator=(const CWatchedSolve&) = delete;
+
     TWatchedResult Run(std::optional<double> secondsLimit) {
         m_nextProgress = TClock::now() + kProgressStep;
         m_secondsLimit = secondsLimit;
         {
             CThread thread(SearchStackBytes(kStackSlots), [this] { Solve(); });
-            Watch();
+            try {
+                Watch();
+            } catch (...) { // the thread is joined on the way
+                m_solve.RequestStop();
+                m_solve.Resume();
+                throw;
+            }
             thread.Join();
         }
         m_line.Erase();
@@ -118,14 +129,16 @@ class CWatchedSolve {
 
     /// The threads are put to sleep first, so that the clock of the solve knows of the time that passes.
     void Suspend() {
-        m_signals.m_jobs.m_nContinues.store(0);
+        const auto isContinued = [this] { return m_signals.m_jobs.m_nContinues.load() > 0; };
         m_solve.Pause();
         m_bPaused = true;
         m_line.WriteMessage(kPausedMessage);
-        WaitUpTo(kLongestFallingAsleepMs, [this] { return AllSleep(); });
-        StopProcess();
-        WaitUpTo(kLongestWakingMs, [this] { return m_signals.m_jobs.m_nContinues.load() > 0; });
-        if (m_signals.m_jobs.m_nContinues.load() > 0)
+        WaitUpTo(kLongestFallingAsleepMs, [&] { return AllSleep() || isContinued(); });
+        if (!isContinued())
+            StopProcess();
+        WaitUpTo(kLongestWakingMs, isContinued);
+        m_signals.m_jobs.m_nSuspends.store(0); // one more while it fell asleep has had its effect
+        if (isContinued())
             GoOn();
         else
             m_line.WriteMessage(kPausedHereMessage);

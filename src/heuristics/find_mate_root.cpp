@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <deque>
 #include <mutex>
+#include <utility>
 
 #include "core/generation.h"
 #include "core/makers.h"
@@ -317,9 +318,9 @@ class CRootRun final : public IRootMoves {
             m_bThreads && count > 1 && TryRootMovesInThreads(m_context, m_analysis, m_run, *this, count);
         // Left are moves that threads stopped alone have given back. Or all: then this is the first thread, and may
         // form groups for the levels below.
-        const std::uint32_t number = m_context.m_nThreadNumber;
-        if (!bShared)
-            m_context.m_nThreadNumber = 0;
+        if (bShared && m_open.empty())
+            return;
+        const std::uint32_t number = std::exchange(m_context.m_nThreadNumber, 0u);
         {
             const CObservedThread observed(m_analysis, m_context);
             while (TryNext(m_context)) {

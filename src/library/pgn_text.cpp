@@ -179,13 +179,14 @@ class CMoveText {
 
     void AddComment(std::string comment) {
         std::replace(comment.begin(), comment.end(), '}', ')');
-        std::string rest = "{" + OneLine(comment) + "}";
-        for (std::size_t end = rest.find(' '); end != std::string::npos; end = rest.find(' ')) {
+        const std::string whole = "{" + OneLine(comment) + "}";
+        std::string_view rest = whole;
+        for (std::size_t end = rest.find(' '); end != std::string_view::npos; end = rest.find(' ')) {
             if (end > 0)
-                Add(rest.substr(0, end));
-            rest.erase(0, end + 1);
+                Add(std::string(rest.substr(0, end)));
+            rest.remove_prefix(end + 1);
         }
-        Add(rest);
+        Add(std::string(rest));
     }
 
     [[nodiscard]] const std::string& Text() const { return m_text; }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 #include "core/fen.h"
 #include "core/notation.h"
@@ -163,6 +164,25 @@ std::string FormatProblems(const TProblemMap& library, bool bWithComments) {
     for (const auto& [id, problem] : library)
         AppendProblemText(text, *problem, bWithComments);
     return text;
+}
+
+std::vector<std::string> UnwrittenParts(const ChessProblem& problem) {
+    const std::pair<bool, const char*> parts[] = {
+        {!problem.heuristicClauses.empty(), "heuristic clauses"},
+        {problem.threads > 0 && problem.levels > 0, "the levels of THREADS"},
+        {problem.schedulerLevels != kUnset, "SCHEDULERLEVELS"},
+        {problem.lichessLevels != kUnset, "LICHESSLEVELS"},
+        {(problem.flags & kFlagNoGlobReg) != 0, "NOGLOBREG"},
+        {problem.globRegMB != kUnset, "GLOBREGMB"},
+        {!problem.allSolutionsRequiredMaterials.empty(), "ALLSOLUTIONSREQUIRES"},
+        {problem.stopRelaxHeuristicsOnFirstSolution, "STOPRELAXHEURISTICSONFIRSTSOLUTION"},
+        {!problem.expectedWhiteMoves.empty(), "the expected white moves"},
+    };
+    std::vector<std::string> unwritten;
+    for (const auto& [bSaid, name] : parts)
+        if (bSaid)
+            unwritten.emplace_back(name);
+    return unwritten;
 }
 
 } // namespace quillon

@@ -9,6 +9,7 @@
 // in an order in which it cannot be read back.
 
 #include <string>
+#include <vector>
 
 #include "library/chess_problem.h"
 
@@ -17,6 +18,9 @@ namespace quillon {
 /// A move of an answer as the reader takes it: in the notation of moves or, where that has no words for it, by its
 /// squares. They may be beyond the board.
 [[nodiscard]] std::string AnswerMoveText(const TMove& move, const TChessboard& board);
+
+/// What of a problem is not written, by keyword: "SCHEDULERLEVELS", "heuristic clauses", ...; empty for nothing.
+[[nodiscard]] std::vector<std::string> UnwrittenParts(const ChessProblem& problem);
 
 /// Appends a problem, which has a position.
 ///   bWithComments  the moves of variants keep their comments.

@@ -141,7 +141,7 @@ bool TScheduler::StartWorker() {
             GiveThreadBack();
             if (attempt < kAttempts)
                 break;
-            SetMostSchedulerThreads(SchedulerThreads()); // the system's limit
+            SetMostSchedulerThreads(std::max(SchedulerThreads(), 1)); // the system's limit
             return false;
         case EStart::NoMemory:
             GiveThreadBack();

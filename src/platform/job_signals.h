@@ -10,10 +10,11 @@ struct TJobSignals {
     std::atomic<int> m_nSuspends{0};
     std::atomic<int> m_nContinues{0};
     std::atomic<int> m_nReports{0};
+    std::atomic<bool> m_bWatched{false}; // somebody looks at the counts: while nobody does, Ctrl+Z stops as usual
 };
 
-/// From now on the three signals are counted, and do nothing else. A SIGTSTP that the program was started to ignore
-/// stays ignored: who started it has no way to continue it.
+/// From now on the three signals are counted and, while the counts are watched, do nothing else. A SIGTSTP that the
+/// program was started to ignore stays ignored: who started it has no way to continue it.
 ///   counts   must outlive the program's threads: the handlers keep a reference to it. A further call replaces it.
 ///   Threads  call it once, from main; the signals may arrive on any thread.
 void InstallJobSignals(TJobSignals& counts);

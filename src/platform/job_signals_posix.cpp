@@ -1,5 +1,6 @@
 #include "platform/job_signals.h"
 
+#include <cerrno>
 #include <csignal>
 
 namespace quillon {
@@ -13,6 +14,14 @@ std::atomic<TJobSignals*> g_pCounts = nullptr;
 
 extern "C" void CountJobSignal(int signal) {
     TJobSignals& counts = *g_pCounts.load();
+    if (signal == SIGTSTP && !counts.m_bWatched.load()) {
+        const int error = errno;
+        StopProcess();
+        errno = error;
+        return;
+    }
+    if (signal == SIGTSTP)
+        counts.m_nContinues.store(0); // as the system does: the later of the two holds
     std::atomic<int>& count = signal == SIGTSTP   ? counts.m_nSuspends
                               : signal == SIGCONT ? counts.m_nContinues
                                                   : counts.m_nReports;
@@ -48,8 +57,14 @@ void StopProcess() {
     sigemptyset(&usual.sa_mask);
     struct sigaction own {};
     sigaction(SIGTSTP, &usual, &own);
-    // To this thread: it is stopped, and all others with it, before it gets any further.
+    // To this thread: it is stopped, and all others with it, before it gets any further. (A handler runs with its own
+    // signal blocked.)
     std::raise(SIGTSTP);
+    sigset_t suspend, before;
+    sigemptyset(&suspend);
+    sigaddset(&suspend, SIGTSTP);
+    pthread_sigmask(SIG_UNBLOCK, &suspend, &before);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
     sigaction(SIGTSTP, &own, nullptr);
 }
 

@@ -167,7 +167,8 @@ void SyncFolder(const fs::path& folder) {
 
 TSaveResult Replace(const fs::path& file, std::string_view content, const struct stat* pOld, bool bBackup) {
     const CNeighbour fresh(file);
-    CDescriptor descriptor(open(fresh.Path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    const mode_t rights = pOld != nullptr ? 0600 : 0666; // until it has the old one's, nobody else is to read it
+    CDescriptor descriptor(open(fresh.Path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, rights));
     if (descriptor.Get() < 0)
         return {LastError(), ESaveStep::Open, {}};
     TSaveResult result;

@@ -162,7 +162,7 @@ bool PauseOrStop(const TChessboard& b) {
 
 void AskThread(TSearchContext& context, std::uint8_t request) {
     std::uint8_t seen = context.m_nStopRequest.load(std::memory_order_relaxed);
-    while ((seen < kStopRequest || (seen == kBoundRequest && request != kRunRequest)) &&
+    while ((seen < kStopRequest || (seen == kBoundRequest && request >= kStopRequest)) &&
            !context.m_nStopRequest.compare_exchange_weak(seen, request, std::memory_order_relaxed)) {
     }
     context.m_nStopRequest.notify_all();

@@ -3,7 +3,8 @@
 //
 // A request to one thread stands in its context (m_nStopRequest): from the program, a scheduler, the thread that formed
 // its group. Commands of the user stand in the analysis' control record. The record is read without its lock while it
-// is idle; under the lock a command is given, confirmed and cleared. Nothing overwrites a stop.
+// is idle; under the lock a command is given, confirmed and cleared. Nothing overwrites a stop of all threads; one for
+// a single thread gives way to the next command, if that comes before the thread has met a node.
 
 #include "core/chessboard.h"
 #include "core/move.h"

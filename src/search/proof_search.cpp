@@ -400,6 +400,8 @@ class CHelpers {
     CHelpers(CProofTable& table, CProofTeam& team) : m_table(table), m_team(team) {}
     ~CHelpers() {
         m_team.End();
+        for (const auto& context : m_contexts)
+            AskThread(*context, kStopRequest); // one may sleep in a pause
         m_threads.clear();
     }
     CHelpers(const CHelpers&) = delete;

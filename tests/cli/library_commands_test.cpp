@@ -124,6 +124,26 @@ TEST_F(LibraryCommands, ConvertDoesNotLoseWhatItCannotRead) {
     EXPECT_EQ(ContentOf("b.cp"), "UTF-8\n\n\n2 #2\n{\n\tFEN: 8/8/8/4k3/8/8/8/4K2Q\n}\n");
 }
 
+TEST_F(LibraryCommands, ConvertDoesNotLoseAProblemToOneOfItsId) {
+    const std::string twice = "1 #2\n{\nW: Ke1, Ra1 B: Ke5\n}\n1 #3\n{\nW: Ke1, Ra1 B: Ke5\n}\n";
+    const std::string in = Given("a.cp", twice);
+    const TProgramResult result = RunQuillon({"convert", in, in});
+    EXPECT_EQ(result.m_nStatus, 2);
+    EXPECT_NE(result.m_err.find("problems with a repeated id would be lost"), std::string::npos) << result.m_err;
+    EXPECT_EQ(ContentOf("a.cp"), twice);
+    EXPECT_EQ(RunQuillon({"convert", in, PathOf("b.cp")}).m_nStatus, 0);
+}
+
+TEST_F(LibraryCommands, ConvertTellsWhatALibraryDoesNotWrite) {
+    const std::string in =
+        Given("a.cp", "7 #9 THREADS 4^2 SCHEDULERLEVELS 3 SH_AREKINGSNEAR OFF\n{\nW: Ke1, Ra1 B: Ke5\n}\n");
+    const TProgramResult result = RunQuillon({"convert", in, PathOf("b.cp")});
+    EXPECT_EQ(result.m_nStatus, 1);
+    const std::string place = "quillon: " + in + ": problem 7: left out: ";
+    EXPECT_EQ(result.m_err,
+              place + "heuristic clauses\n" + place + "the levels of THREADS\n" + place + "SCHEDULERLEVELS\n");
+}
+
 TEST_F(LibraryCommands, ConvertTellsWhereItCannotWrite) {
     const std::string in = Given("a.cp", kLibrary);
     const TProgramResult full = RunQuillon({"convert", in, "/dev/full", "--to", "cp"});

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "cli/solve_settings.h"
 #include "core/fen.h"
 
 namespace quillon {
@@ -102,6 +103,26 @@ TEST(SolveOptions, OutOfRangeIsRefused) {
                                                {"--short-mate-depth"},
                                                {"--short-mate-depth", "3", "--brute-force"}})
         EXPECT_THROW((void)RequestOf(words), CLI::ParseError) << ::testing::PrintToString(words);
+}
+
+/// The number of levels may be the problem's or the settings' own.
+TEST(SchedulerOptions, TheCustomOneIsAskedForByItself) {
+    ChessProblem problem;
+    SetStipulation(problem, kDirectMate, 3);
+    SetOriginalPosition(problem, ChessboardFromFEN("8/8/8/8/8/1K5Q/1p6/kn6"));
+    problem.schedulerLevels = 3;
+    TSolveOptions options;
+    options.m_bCustomScheduler = true;
+    TSolveRequest request = MakeRequest(problem, options);
+    ApplySettings(CommandLineDefaults(), problem, options, request);
+    EXPECT_EQ(request.m_nSchedulerLevels, 3);
+    EXPECT_TRUE(request.m_bCustomScheduler);
+    options.m_bCustomScheduler = false;
+    request = MakeRequest(problem, options);
+    ApplySettings(CommandLineDefaults(), problem, options, request);
+    EXPECT_FALSE(request.m_bCustomScheduler);
+    options.m_schedulerLevels = 0;
+    EXPECT_EQ(MakeRequest(problem, options).m_nSchedulerLevels, 0) << "the command line is stronger";
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/answering_notifier.h"
 #include "core/chess_exception.h"
 #include "heuristics/result_texts.h"
 #include "platform/memory_info.h"
@@ -22,19 +23,7 @@ constexpr const char* kNoMate = "8/8/8/8/8/2k5/7R/K7";
 constexpr const char* kMateInThree = "8/8/8/8/7Q/n1K5/8/k7";
 constexpr const char* kEndless = "r1bqkbnr/pppppppp/n7/8/8/N7/PPPPPPPP/R1BQKBNR";
 
-class CAnswers : public INotifier {
-  public:
-    explicit CAnswers(bool bYes = true) : m_bYes(bYes) {}
-    void Inform(std::string_view, std::string_view) override {}
-    bool AskYesNo(std::string_view text, std::string_view) override {
-        m_questions.emplace_back(text);
-        return m_bYes;
-    }
-    std::vector<std::string> m_questions;
-
-  private:
-    bool m_bYes;
-};
+using CAnswers = CAnsweringNotifier;
 
 TSolveRequest Request(std::string_view placement, int nStipulation, ESolveMode mode = ESolveMode::FirstSolution) {
     TSolveRequest request;

@@ -1,5 +1,6 @@
 #include "library/pgn_text.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -102,6 +103,15 @@ TEST(Pgn, LinesAreShort) {
 TEST(Pgn, CommentsStayComments) {
     EXPECT_EQ(MovesOf(Problem("4k3/8/8/8/8/8/8/4K3", "//!{v} Ke1-e2[a } b  {c] Ke8-e7\n")),
               "1. Ke2 {a ) b {c} 1... Ke7 *");
+}
+
+/// Two million words take a moment, not their square.
+TEST(Pgn, ALongCommentIsWrittenInLinearTime) {
+    std::string words = "x";
+    for (int n = 0; n < 21; ++n)
+        words += " " + words;
+    const std::string text = MovesOf(Problem("8/8/8/4k3/8/8/8/R3K3 w", "//!{v} Ra1-a5[" + words + "]\n"));
+    EXPECT_EQ(std::count(text.begin(), text.end(), 'x'), 1 << 21);
 }
 
 TEST(Pgn, AVariantStopsWhereItIsIllegal) {

@@ -8,6 +8,7 @@
 #include <sys/resource.h>
 #include <vector>
 
+#include "core/answering_notifier.h"
 #include "library/problem_reading.h"
 #include "library/problem_writer.h"
 #include "platform/temporary_folder.h"
@@ -49,19 +50,7 @@ template <class TRun> std::string FailureOf(TRun run) {
     return {};
 }
 
-class CAnswer : public INotifier {
-  public:
-    explicit CAnswer(bool bYes) : m_bYes(bYes) {}
-    void Inform(std::string_view, std::string_view) override {}
-    bool AskYesNo(std::string_view text, std::string_view) override {
-        m_questions.emplace_back(text);
-        return m_bYes;
-    }
-    std::vector<std::string> m_questions;
-
-  private:
-    bool m_bYes;
-};
+using CAnswer = test::CAnsweringNotifier;
 
 TProblemFileOptions Twins() { return {.m_bCommentCompatibility = true, .m_log = {}}; }
 

@@ -7,9 +7,8 @@
 #include <thread>
 
 #include "heuristics/heuristic_set.h"
+#include "parallel/observed_solve.h"
 #include "parallel/status_texts.h"
-#include "parallel/threaded_solve.h"
-#include "platform/sleep.h"
 #include "search/control.h"
 #include "support/reference_chess.h"
 
@@ -22,37 +21,6 @@ constexpr int kLevels = 4;
 int LegalMoves(const char* placement) {
     return static_cast<int>(reference::LegalMoves(reference::ProblemFromFen(placement)).size());
 }
-
-/// A solve on a thread of its own, under observation; stopped at the end.
-class CRunning {
-  public:
-    explicit CRunning(const TSolveRequest& request, int nLevels = kLevels)
-        : m_solve(request), m_observer(m_solve, nLevels) {
-        m_thread = CThread(std::size_t{64} << 20, [this] {
-            m_result = m_solve.StartSolving(m_notifier);
-            m_bDone = true;
-        });
-    }
-    ~CRunning() { m_solve.RequestStop(); }
-    CRunning(const CRunning&) = delete;
-    CRunning& operator=(const CRunning&) = delete;
-
-    /// Up to a minute.
-    template <class TCondition> bool WaitUntil(TCondition condition) {
-        for (int n = 0; n < 12000; ++n, SleepMs(5))
-            if (condition(m_observer.Read()))
-                return true;
-        return false;
-    }
-
-    const CNothingLeft m_nothing;
-    CAgreeing m_notifier;
-    CSolve m_solve;
-    CObserver m_observer;
-    TSolvingResult m_result;
-    std::atomic<bool> m_bDone{false};
-    CThread m_thread; // joined first
-};
 
 /// Every level has legal moves of the position that the moves in analysis above it lead to.
 void ExpectLegal(const std::vector<TObservedLevel>& levels, const char* placement, int nRootPlies) {
@@ -140,23 +108,23 @@ TEST(Observer, CountsOnlyWhatThePassHasToDo) {
 }
 
 TEST(Observer, ShowsTheLineOfTheOneThread) {
-    CRunning run(Endless({}));
-    ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_levels.size() == kLevels; }));
+    CObservedSolve run(Endless({}), kLevels);
+    ASSERT_TRUE(run.WaitForState([](const TProgressState& state) { return state.m_levels.size() == kLevels; }));
     for (int i = 0; i < 50; ++i, SleepMs(2)) {
         const TProgressState state = run.m_observer.Read();
         ExpectLegal(state.m_levels, kEndless, PliesOf(kEndlessMoves));
         EXPECT_EQ(state.m_nRunningThreads, 1u);
     }
     EXPECT_EQ(run.m_observer.Threads(), std::vector<std::uint32_t>{0});
-    const TProgressState state = run.m_observer.Read(0);
-    ASSERT_FALSE(state.m_levels.empty());
+    TProgressState state;
+    ASSERT_TRUE(run.WaitUntil([&] { return !(state = run.m_observer.Read(0)).m_levels.empty(); }));
     EXPECT_EQ(state.m_levels[0].m_moves.size(), static_cast<std::size_t>(LegalMoves(kEndless)));
 }
 
 /// For a second, at any moment: whatever is shown is sound, whichever threads come and go.
 TEST(Observer, ReadsATreeOfThreads) {
-    CRunning run(Endless({4, 2}));
-    ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nRunningThreads > 4; }));
+    CObservedSolve run(Endless({4, 2}), kLevels);
+    ASSERT_TRUE(run.WaitForState([](const TProgressState& state) { return state.m_nRunningThreads > 4; }));
     std::mt19937_64 rng(5201);
     std::uint64_t positions = 0;
     std::size_t lines = 0;
@@ -192,8 +160,8 @@ TEST(Observer, FollowsTheTurnsOfAScheduler) {
     TSolveRequest request = Endless({2, 1});
     request.m_nSchedulerLevels = 6;
     request.m_nQuantumSecondMs = 5;
-    CRunning run(request);
-    ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nAwaitedThreads == 2; }));
+    CObservedSolve run(request, kLevels);
+    ASSERT_TRUE(run.WaitForState([](const TProgressState& state) { return state.m_nAwaitedThreads == 2; }));
     std::size_t whole = 0;
     for (int i = 0; i < 6000 && (i < 100 || whole == 0); ++i, SleepMs(5)) {
         const TProgressState state = run.m_observer.Read(static_cast<std::uint32_t>(i) % 2);
@@ -206,30 +174,30 @@ TEST(Observer, FollowsTheTurnsOfAScheduler) {
 }
 
 TEST(Observer, AChosenThreadThatHasEndedShowsNothing) {
-    CRunning run(Endless({4, 1}));
-    ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nAwaitedThreads == 4; }));
+    CObservedSolve run(Endless({4, 1}), kLevels);
+    ASSERT_TRUE(run.WaitForState([](const TProgressState& state) { return state.m_nAwaitedThreads == 4; }));
     EXPECT_FALSE(run.m_observer.Read(2).m_bThreadStopped);
     EXPECT_TRUE(run.m_observer.Read(4).m_bThreadStopped);
     GiveCommand(run.m_solve.Analysis(), kStopCommand, 2);
-    ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nAwaitedThreads == 3; }));
+    ASSERT_TRUE(run.WaitForState(
+        [](const TProgressState& state) { return state.m_nAwaitedThreads == 3 && state.m_nRunningThreads == 3; }));
     const TProgressState state = run.m_observer.Read(2);
     EXPECT_TRUE(state.m_bThreadStopped);
     EXPECT_TRUE(state.m_levels.empty());
     EXPECT_EQ(StatusLine(state), "2 Thread stopped");
     EXPECT_EQ(run.m_observer.Threads(), (std::vector<std::uint32_t>{0, 1, 3}));
-    EXPECT_EQ(state.m_nRunningThreads, 3u);
 }
 
 TEST(Observer, WithoutLevelsItShowsNoMoves) {
-    CRunning run(Endless({}), 0);
-    ASSERT_TRUE(run.WaitUntil([](const TProgressState& state) { return state.m_nAwaitedThreads == 1; }));
+    CObservedSolve run(Endless({}), 0);
+    ASSERT_TRUE(run.WaitForState([](const TProgressState& state) { return state.m_nAwaitedThreads == 1; }));
     EXPECT_TRUE(run.m_observer.Read().m_levels.empty());
     EXPECT_EQ(run.m_observer.Threads(), std::vector<std::uint32_t>{0});
 }
 
 /// However many threads begin and end moves of the root: what is done of a pass stays done.
 TEST(Observer, ThePartGoesBackWithANewPassOnly) {
-    CRunning run(AllKeys("7k/5p2/5P1p/2K4P/8/8/8/8", 11, {4, 1}));
+    CObservedSolve run(AllKeys("7k/5p2/5P1p/2K4P/8/8/8/8", 11, {4, 1}), kLevels);
     double part = 0, most = 0;
     std::size_t back = 0;
     while (!run.m_bDone) {

@@ -4,10 +4,8 @@
 #include <thread>
 
 #include "heuristics/relaxation_clock.h"
-#include "parallel/observer.h"
-#include "parallel/threaded_solve.h"
+#include "parallel/observed_solve.h"
 #include "platform/clock.h"
-#include "platform/sleep.h"
 #include "search/control.h"
 
 namespace quillon::test {
@@ -15,7 +13,7 @@ namespace {
 
 TEST(AnalysisClock, StandsStillInAPauseOfAllThreads) {
     TAnalysis analysis;
-    const std::uint64_t start = AnalysisTicks(analysis), wall = TickCount64();
+    const std::uint64_t wall = TickCount64(), start = AnalysisTicks(analysis);
     PauseAll(analysis);
     const std::uint64_t stood = AnalysisTicks(analysis);
     SleepMs(40);
@@ -66,33 +64,7 @@ TEST(AnalysisClock, StampsOfRelaxationLeaveThePauseOut) {
     EXPECT_LE(ms + 60, static_cast<std::int64_t>(TickCount64() - wall));
 }
 
-/// A solve on a thread of its own.
-class CRunning {
-  public:
-    explicit CRunning(const TSolveRequest& request) : m_solve(request), m_observer(m_solve, 2) {
-        m_thread = CThread(std::size_t{64} << 20, [this] {
-            m_result = m_solve.StartSolving(m_notifier);
-            m_bDone = true;
-        });
-    }
-    CRunning(const CRunning&) = delete;
-    CRunning& operator=(const CRunning&) = delete;
-
-    template <class TCondition> bool WaitUntil(TCondition condition) {
-        for (int n = 0; n < 12000 && !m_bDone; ++n, SleepMs(5))
-            if (condition())
-                return true;
-        return false;
-    }
-
-    const CNothingLeft m_nothing;
-    CAgreeing m_notifier;
-    CSolve m_solve;
-    CObserver m_observer;
-    TSolvingResult m_result;
-    std::atomic<bool> m_bDone{false};
-    CThread m_thread;
-};
+constexpr int kObservedLevels = 2;
 
 TEST(Pause, AllThreadsSleepAndTheClockStands) {
     const struct {
@@ -104,7 +76,7 @@ TEST(Pause, AllThreadsSleepAndTheClockStands) {
         TSolveRequest request = Endless(row.m_tree);
         request.m_nSchedulerLevels = row.m_nSchedulerLevels;
         request.m_nQuantumSecondMs = 10;
-        CRunning run(request);
+        CObservedSolve run(request, kObservedLevels);
         TAnalysis& analysis = run.m_solve.Analysis();
         const std::uint32_t threads = row.m_nThreads;
         ASSERT_TRUE(run.WaitUntil([&] {
@@ -112,9 +84,9 @@ TEST(Pause, AllThreadsSleepAndTheClockStands) {
         }));
         const std::uint64_t start = TickCount64();
         run.m_solve.Pause();
-        ASSERT_TRUE(run.WaitUntil([&] { return analysis.m_nSleepingThreads >= analysis.m_nRunningThreads; }));
-        EXPECT_LT(TickCount64() - start, 3000u);        // a tenth of a second on an idle machine
-        SleepMs(row.m_nSchedulerLevels == 0 ? 0 : 200); // workers that wait for their turn sleep anyhow
+        ASSERT_TRUE(run.WaitUntil(
+            [&] { return analysis.m_nSleepingThreads >= analysis.m_nRunningThreads + analysis.m_nSchedulerThreads; }));
+        EXPECT_LT(TickCount64() - start, 3000u); // a tenth of a second on an idle machine
         const TProgressState before = run.m_observer.Read();
         EXPECT_TRUE(before.m_bPaused);
         SleepMs(150);
@@ -131,7 +103,7 @@ TEST(Pause, AllThreadsSleepAndTheClockStands) {
 }
 
 TEST(Pause, AStopEndsIt) {
-    CRunning run(Endless({4, 2}));
+    CObservedSolve run(Endless({4, 2}), kObservedLevels);
     ASSERT_TRUE(run.WaitUntil([&] { return run.m_observer.Read().m_pass.m_nPass != 0; }));
     run.m_solve.Pause();
     SleepMs(50);
@@ -146,7 +118,7 @@ TEST(Pause, LeavesVerdictAndTimeAsTheyAre) {
     std::mt19937_64 rng(5301);
     for (const TTree tree : {TTree{1, 1}, TTree{4, 1}, TTree{4, 2}}) {
         const std::uint64_t start = TickCount64();
-        CRunning run(AllKeys("7k/5p2/5P1p/2K4P/8/8/8/8", 11, tree));
+        CObservedSolve run(AllKeys("7k/5p2/5P1p/2K4P/8/8/8/8", 11, tree), kObservedLevels);
         std::uint64_t paused = 0;
         for (int i = 0; i < 4 && !run.m_bDone; ++i) {
             SleepMs(static_cast<std::uint32_t>(reference::DrawInt(rng, 30)));
@@ -162,6 +134,23 @@ TEST(Pause, LeavesVerdictAndTimeAsTheyAre) {
         const double wall = static_cast<double>(TickCount64() - start) / 1000.0;
         EXPECT_LE(run.m_result.m_seconds, wall - static_cast<double>(paused) / 1000.0 + 0.02);
     }
+}
+
+/// The threads that help the guide wake up for it.
+TEST(Pause, AStopEndsItInALookOfTheGuide) {
+    TSolveRequest request = Endless({4, 1});
+    request.m_mode = ESolveMode::FirstSolution;
+    request.m_nMemoryBudgetMB = 64; // for the table of the guide
+    CObservedSolve run(request, kObservedLevels);
+    const TAnalysis& analysis = run.m_solve.Analysis();
+    ASSERT_TRUE(run.WaitUntil([&] {
+        return std::string_view(analysis.m_pStatusText.load()) == kGuideLooking && analysis.m_nRunningThreads >= 4;
+    }));
+    run.m_solve.Pause();
+    ASSERT_TRUE(run.WaitUntil([&] { return analysis.m_nSleepingThreads >= 4; }));
+    run.m_solve.RequestStop();
+    run.m_thread.Join(); // or the test does not end
+    EXPECT_EQ(run.m_result.m_verdict, EVerdict::Stopped);
 }
 
 } // namespace

@@ -103,6 +103,7 @@ TEST(Scheduler, MovesThatEndWithinTheirQuantumShareAThread) {
 
 TEST(Scheduler, ALongFirstMoveDoesNotStarveTheThirdThatMates) {
     CScheduled node({{-1}, {-1}, {3, MR_MATE}});
+    node.m_analysis.m_nQuantumSecondMs = 10; // turns of 250 ms and less
     EXPECT_EQ(node.Run(), MR_MATE);
     EXPECT_EQ(node.Threads(), 3u);
     EXPECT_GT(node.m_script.m_steps[0], 0);

@@ -35,6 +35,7 @@ TEST(JobSignals, AreCountedAndDoNothingElse) {
     EXPECT_EQ(StatusOf([] { InstallJobSignals(g_counts); }), 0);
     EXPECT_EQ(StatusOf([] {
                   InstallJobSignals(g_counts);
+                  g_counts.m_bWatched = true;
                   std::raise(SIGTSTP);
                   std::raise(SIGTSTP);
                   std::raise(SIGCONT);
@@ -43,6 +44,26 @@ TEST(JobSignals, AreCountedAndDoNothingElse) {
                   std::raise(SIGUSR1);
               }),
               2 + 4 + 16 * 3);
+}
+
+TEST(JobSignals, TheLaterOfSuspendAndContinueHolds) {
+    EXPECT_EQ(StatusOf([] {
+                  InstallJobSignals(g_counts);
+                  g_counts.m_bWatched = true;
+                  std::raise(SIGCONT);
+                  std::raise(SIGTSTP);
+              }),
+              1);
+}
+
+/// Alone in its session the process is let run on; that the signal was not counted shows what became of it.
+TEST(JobSignals, WhileNobodyWatchesASuspendIsTheSystems) {
+    EXPECT_EQ(StatusOf([] {
+                  setsid();
+                  InstallJobSignals(g_counts);
+                  std::raise(SIGTSTP);
+              }),
+              0);
 }
 
 TEST(JobSignals, ASuspendThatIsIgnoredStaysSo) {
@@ -59,6 +80,7 @@ TEST(StopProcess, ReturnsAtOnceWhereNobodyCouldContinueIt) {
     EXPECT_EQ(StatusOf([] {
                   setsid(); // alone in its session
                   InstallJobSignals(g_counts);
+                  g_counts.m_bWatched = true;
                   StopProcess();
                   std::raise(SIGTSTP); // is counted again
               }),
