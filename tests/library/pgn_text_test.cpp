@@ -110,7 +110,7 @@ TEST(Pgn, ALongCommentIsWrittenInLinearTime) {
     std::string words = "x";
     for (int n = 0; n < 21; ++n)
         words += " " + words;
-    const std::string text = MovesOf(Problem("8/8/8/4k3/8/8/8/R3K3 w", "//!{v} Ra1-a5[" + words + "]\n"));
+    const std::string text = MovesOf(Problem("8/8/8/4k3/8/8/8/R3K3", "//!{v} Ra1-a5[" + words + "]\n"));
     EXPECT_EQ(std::count(text.begin(), text.end(), 'x'), 1 << 21);
 }
 
