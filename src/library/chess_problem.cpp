@@ -37,4 +37,22 @@ int StipulationMoves(const ChessProblem& problem) {
     }
 }
 
+std::string StipulationText(const ChessProblem& problem) {
+    const int nMoves = StipulationMoves(problem);
+    return nMoves == 0 ? "-" : (problem.kind == kSelfmate ? "s#" : "#") + std::to_string(nMoves);
+}
+
+const char* KindName(const ChessProblem& problem) {
+    switch (problem.kind) {
+    case kDirectMate:
+        return "direct mate";
+    case kSelfmate:
+        return "selfmate";
+    case kHelpmate:
+        return "helpmate";
+    default:
+        return "position";
+    }
+}
+
 } // namespace quillon

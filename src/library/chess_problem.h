@@ -105,4 +105,10 @@ void SetOriginalPosition(ChessProblem& problem, const TChessboard& board);
 /// N of "#N" and "s#N"; 0 for a problem without a stipulation.
 [[nodiscard]] int StipulationMoves(const ChessProblem& problem);
 
+/// "#5", "s#3"; "-" for a problem without a stipulation.
+[[nodiscard]] std::string StipulationText(const ChessProblem& problem);
+
+/// "direct mate", "selfmate", "helpmate", "position".
+[[nodiscard]] const char* KindName(const ChessProblem& problem);
+
 } // namespace quillon

@@ -233,12 +233,6 @@ std::string TagPair(const char* name, std::string_view value) {
     return text + "\"]\n";
 }
 
-std::string StipulationText(const ChessProblem& problem) {
-    if (StipulationMoves(problem) == 0)
-        return {};
-    return (problem.kind == kSelfmate ? "s#" : "#") + std::to_string(StipulationMoves(problem));
-}
-
 bool EndsInMate(const TNode& root) {
     const TNode* node = &root;
     while (!node->m_next.empty())
@@ -260,7 +254,7 @@ std::string TagsText(const ChessProblem& problem, const std::string& result) {
     text += TagPair("Site", "?") + TagPair("Date", "????.??.??") + TagPair("Round", std::to_string(problem.id)) +
             TagPair("White", "?") + TagPair("Black", "?") + TagPair("Result", result) + TagPair("SetUp", "1") +
             TagPair("FEN", WriteFEN(*problem.originalPosition, true));
-    if (!StipulationText(problem).empty())
+    if (StipulationMoves(problem) != 0)
         text += TagPair("Stipulation", StipulationText(problem));
     return themes.empty() ? text : text + TagPair("Themes", themes);
 }

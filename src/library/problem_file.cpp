@@ -175,7 +175,7 @@ void ReadProblemFile(const std::filesystem::path& path, TProblemMap& library, co
         failure = ReadFileText(file, text);
     }
     if (failure)
-        throw ChessException("Error opening file: " + file.string());
+        throw CFileError("Error opening file: " + file.string());
     ReadProblemText(text, library, onWarning, options);
 }
 
@@ -187,6 +187,13 @@ std::filesystem::path PathWithoutComments(const std::filesystem::path& path) {
     if (!path.native().ends_with('x'))
         return path;
     return path.native().substr(0, path.native().size() - 1);
+}
+
+std::vector<std::filesystem::path> FilesOfLibrary(const std::filesystem::path& path,
+                                                  const TProblemFileOptions& options) {
+    if (!options.m_bCommentCompatibility)
+        return {path};
+    return {PathWithComments(path), PathWithoutComments(path)};
 }
 
 } // namespace quillon
