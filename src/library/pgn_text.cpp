@@ -18,10 +18,6 @@ constexpr std::size_t kWidth = 79; // of a line of moves
 
 // --- short notation
 
-std::string SquareText(TSquare square) {
-    return {static_cast<char>('a' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
-}
-
 /// What has to stand before the target, so that no other figure of the kind could be meant.
 std::string Origin(const CPlayedLine& line, const std::vector<TMove>& legal, const TMove& move) {
     const auto& board = line.Position().m_board;
