@@ -18,6 +18,9 @@ struct TLibrarySource {
 
     /// Problems (or lines) that cannot be read.
     [[nodiscard]] bool HasUnreadable() const;
+
+    /// Problems that have the id of an earlier one.
+    [[nodiscard]] bool HasRepeatedIds() const;
 };
 
 /// Reads a library or an EPD file; "-" is standard input.

@@ -16,6 +16,7 @@ struct TSourceItem {
     std::optional<int> m_id;                 // as far as it is known
     int m_nLine = 0;                         // 0: from no file
     std::string m_error;                     // why it cannot be read
+    int m_nColumn = 0;                       // of what cannot be read; 0: of nothing
 };
 
 struct TProblemSource {
@@ -36,5 +37,8 @@ struct TProblemSource {
 
 /// "FILE:LINE: " as far as they are known.
 [[nodiscard]] std::string PlaceText(const std::string& name, int nLine);
+
+/// "FILE:LINE:COLUMN: problem ID: " as far as they are known.
+[[nodiscard]] std::string PlaceText(const std::string& name, const TSourceItem& item);
 
 } // namespace quillon

@@ -208,15 +208,18 @@ std::string JsonText(const TSolveReport& report) {
     return Dumped(object);
 }
 
-std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file, int nLine) {
+std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file,
+                          TTextPlace place) {
     TJson object;
     object["id"] = id ? TJson(*id) : TJson(nullptr);
     object["result"] = "error";
     object["message"] = message;
     if (!file.empty())
         object["file"] = file;
-    if (nLine > 0)
-        object["line"] = nLine;
+    if (place.m_nLine > 0)
+        object["line"] = place.m_nLine;
+    if (place.m_nColumn > 0)
+        object["column"] = place.m_nColumn;
     return Dumped(object);
 }
 

@@ -8,6 +8,7 @@
 #include "cli/answer_check.h"
 #include "cli/watched_solve.h"
 #include "library/chess_problem.h"
+#include "library/problem_file_error.h"
 
 namespace quillon {
 
@@ -30,9 +31,9 @@ struct TSolveReport {
 [[nodiscard]] std::string JsonText(const TSolveReport& report);
 
 /// The same for a problem that is not solved.
-///   file, nLine  empty and 0 where there are none; then they are left out.
+///   file, place  empty and 0 where there are none; then they are left out.
 [[nodiscard]] std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file,
-                                        int nLine);
+                                        TTextPlace place);
 
 /// For a person, several lines. The head is printed before the solve begins.
 [[nodiscard]] std::string HeadText(const ChessProblem& problem, bool bFromFile);

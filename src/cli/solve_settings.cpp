@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tempregister/register_log.h"
+
 namespace quillon {
 
 namespace {
@@ -22,7 +24,13 @@ TSettings CommandLineDefaults() {
     TSettings settings;
     settings.m_nSchedulerLevels = 0;
     settings.m_bCustomScheduler = false;
+    settings.m_nLichessLevels = 0;
     return settings;
+}
+
+void ApplyRegisterSettings(const TSettings& settings) {
+    RegisterOptions().m_bCheckTempRegCoherency = settings.m_bCheckTempRegCoherency;
+    RegisterOptions().m_bRegisterInfoLog = settings.m_bRegisterInfoLog;
 }
 
 void ApplySettings(const TSettings& settings, const ChessProblem& problem, const TSolveOptions& options,
@@ -34,6 +42,8 @@ void ApplySettings(const TSettings& settings, const ChessProblem& problem, const
     if (!options.m_threads && problem.levels == kUnsetCount)
         request.m_nMultithreadingLevels = std::max(settings.m_nMultithreadingLevels, 1);
     ApplyScheduler(settings, problem, options, request);
+    if (problem.lichessLevels == kUnset)
+        request.m_nLichessLevels = std::max(settings.m_nLichessLevels, 0);
     if (problem.useMainVariantAsSortIndications == 0)
         request.m_sortIndications = IndicationsOf(problem, settings.m_nUseMainVariantAsSortIndications);
 }

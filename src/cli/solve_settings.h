@@ -7,8 +7,11 @@
 namespace quillon {
 
 /// The settings without a file, or of keys that it has not. Scripts rely on them: other than in the window no key
-/// starts a scheduler that nobody has asked for.
+/// starts a scheduler, or asks the network, if nobody has said so.
 [[nodiscard]] TSettings CommandLineDefaults();
+
+/// What the settings say of the registers of all solves that follow. None may be under way.
+void ApplyRegisterSettings(const TSettings& settings);
 
 /// Puts the settings into what the options and the problem have left open in their request.
 void ApplySettings(const TSettings& settings, const ChessProblem& problem, const TSolveOptions& options,

@@ -1,9 +1,16 @@
 #include "library/chess_problem.h"
 
+#include <utility>
+
 #include "core/chess_exception.h"
 #include "core/search_context.h"
 
 namespace quillon {
+
+void PutById(TProblemMap& problems, std::unique_ptr<ChessProblem> problem) {
+    const std::int32_t id = problem->id;
+    problems.insert_or_assign(id, std::move(problem));
+}
 
 void SetStipulation(ChessProblem& problem, std::uint16_t kind, int nMoves) {
     if (nMoves < 1 || nMoves > kMaxStipulation)

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 
 #include "core/castling.h"
 #include "library/pgn_text.h"
 #include "library/played_line.h"
+#include "library/problem_file.h"
 #include "library/problem_writer.h"
 
 namespace quillon {
@@ -52,12 +54,23 @@ bool HasCastling(const ChessProblem& problem) {
 class CLibraryCheck {
   public:
     std::vector<TFinding> Run(const std::vector<std::unique_ptr<ChessProblem>>& problems) {
-        for (const auto& problem : problems)
+        for (const auto& problem : problems) {
             Check(*problem);
+            if (m_findings.size() < kMostFindings)
+                continue;
+            m_findings.resize(kMostFindings);
+            Add(EFinding::TooMany, *problem,
+                "More than " + std::to_string(kMostFindings) + " findings: the rest is not told.");
+            break;
+        }
         return std::move(m_findings);
     }
 
   private:
+    static constexpr std::size_t kMostFindings = kMostFailures;
+
+    using TProblems = std::vector<const ChessProblem*>;
+
     void Add(EFinding finding, const ChessProblem& problem, std::string text) {
         m_findings.push_back({finding, problem.id, problem.line, std::move(text)});
     }
@@ -73,19 +86,32 @@ class CLibraryCheck {
     void CheckAgainstOthers(const ChessProblem& problem) {
         const TSquares& board = problem.originalPosition->m_board;
         const TSquares mirrored = Mirrored(board);
-        if (const auto same = m_seen.find(board); same != m_seen.end())
-            AddSame(problem, *same->second);
-        else if (const auto twin = m_seen.find(mirrored);
-                 twin != m_seen.end() && !HasCastling(problem) && !HasCastling(*twin->second))
-            Add(EFinding::MirrorTwin, problem, "mirrored position of problem " + std::to_string(twin->second->id));
-        m_seen.emplace(board, &problem);
+        TProblems duplicates, samePosition, twins;
+        for (const ChessProblem* other : m_seen[board]) {
+            const bool bSame = problem.kind == other->kind && problem.plies == other->plies;
+            (bSame ? duplicates : samePosition).push_back(other);
+        }
+        if (const auto seen = m_seen.find(mirrored); seen != m_seen.end() && mirrored != board && !HasCastling(problem))
+            std::ranges::copy_if(seen->second, std::back_inserter(twins),
+                                 [](const ChessProblem* other) { return !HasCastling(*other); });
+        m_seen[board].push_back(&problem);
+        if (!duplicates.empty())
+            Add(EFinding::Duplicate, problem, "same position as " + NamesOf(duplicates));
+        if (!samePosition.empty())
+            Add(EFinding::SamePosition, problem,
+                "same position as " + NamesOf(samePosition) + ", which " + (samePosition.size() > 1 ? "have" : "has") +
+                    " another stipulation");
+        if (!twins.empty())
+            Add(EFinding::MirrorTwin, problem, "mirrored position of " + NamesOf(twins));
     }
 
-    void AddSame(const ChessProblem& problem, const ChessProblem& earlier) {
-        const bool bSame = problem.kind == earlier.kind && problem.plies == earlier.plies;
-        const std::string text = "same position as problem " + std::to_string(earlier.id);
-        Add(bSame ? EFinding::Duplicate : EFinding::SamePosition, problem,
-            bSame ? text : text + ", which has another stipulation");
+    /// "problem 1", "problems 1, 5", "problems 1, 5, ... (70)".
+    static std::string NamesOf(const TProblems& problems) {
+        constexpr std::size_t kMostNamed = 10;
+        std::string text = problems.size() > 1 ? "problems " : "problem ";
+        for (std::size_t i = 0; i < std::min(problems.size(), kMostNamed); ++i)
+            text += (i > 0 ? ", " : "") + std::to_string(problems[i]->id);
+        return problems.size() <= kMostNamed ? text : text + ", ... (" + std::to_string(problems.size()) + ")";
     }
 
     void CheckPosition(const ChessProblem& problem) {
@@ -119,7 +145,7 @@ class CLibraryCheck {
                     variant.name + "\"");
     }
 
-    std::map<TSquares, const ChessProblem*> m_seen; // the first problem of each position
+    std::map<TSquares, TProblems> m_seen; // the problems of each position so far, in their order
     CPlayedLine m_line;
     std::vector<TFinding> m_findings;
 };
@@ -127,9 +153,9 @@ class CLibraryCheck {
 } // namespace
 
 std::string_view FindingName(EFinding finding) {
-    constexpr std::array<std::string_view, 10> kNames{
-        "unreadable",       "repeated-id", "duplicate",      "same-position",   "mirror-twin",
-        "illegal-position", "no-move",     "illegal-answer", "illegal-variant", "variant-too-long"};
+    constexpr std::array<std::string_view, 12> kNames{
+        "unreadable", "repeated-id",    "duplicate",       "same-position",    "mirror-twin", "illegal-position",
+        "no-move",    "illegal-answer", "illegal-variant", "variant-too-long", "odd",         "too-many"};
     return kNames[static_cast<std::size_t>(finding)];
 }
 

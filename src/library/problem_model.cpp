@@ -276,7 +276,8 @@ bool CProblemModel::MaySavePosition() {
 /// What others have written there since it was read would be in the backup only.
 bool CProblemModel::MayOverwrite(const std::filesystem::path& path) {
     std::error_code ignored;
-    const bool bOpenFile = path == m_path || std::filesystem::equivalent(path, m_path, ignored);
+    const bool bOpenFile = FilesOfLibrary(path, m_options) == FilesOfLibrary(m_path, m_options) ||
+                           std::filesystem::equivalent(path, m_path, ignored);
     return m_path.empty() || !bOpenFile || !IsChangedSince(m_lastWrites) ||
            m_host.AskYesNo(std::string(kChanged) + "Do you want to overwrite it?", kProduct);
 }
