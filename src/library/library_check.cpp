@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
+#include <cstddef>
 #include <map>
+#include <utility>
 
 #include "core/castling.h"
 #include "library/pgn_text.h"
@@ -51,12 +52,47 @@ bool HasCastling(const ChessProblem& problem) {
            BlackCastlingsOnBoard(*problem.originalPosition) != 0;
 }
 
+using TStipulation = std::pair<std::uint16_t, std::uint16_t>; // kind and plies
+
+struct TSeenProblem {
+    std::size_t m_nPlace; // among all problems
+    const ChessProblem* m_pProblem;
+};
+using TSeenProblems = std::vector<TSeenProblem>; // in their order
+
+/// Earlier problems, put together from several lists. Only the first are named, and only those are looked at.
+class CEarlierProblems {
+  public:
+    void Take(const TSeenProblems& seen) {
+        m_nCount += seen.size();
+        m_first.insert(m_first.end(), seen.begin(),
+                       seen.begin() + static_cast<std::ptrdiff_t>(std::min(seen.size(), kMostNamed)));
+    }
+
+    [[nodiscard]] std::size_t Count() const { return m_nCount; }
+
+    /// "problem 1", "problems 1, 5", "problems 1, 5, ... (70)".
+    [[nodiscard]] std::string Names() {
+        std::ranges::sort(m_first, {}, &TSeenProblem::m_nPlace);
+        std::string text = m_nCount > 1 ? "problems " : "problem ";
+        for (std::size_t i = 0; i < std::min(m_first.size(), kMostNamed); ++i)
+            text += (i > 0 ? ", " : "") + std::to_string(m_first[i].m_pProblem->id);
+        return m_nCount <= kMostNamed ? text : text + ", ... (" + std::to_string(m_nCount) + ")";
+    }
+
+  private:
+    static constexpr std::size_t kMostNamed = 10;
+
+    TSeenProblems m_first;
+    std::size_t m_nCount = 0;
+};
+
 class CLibraryCheck {
   public:
     std::vector<TFinding> Run(const std::vector<std::unique_ptr<ChessProblem>>& problems) {
         for (const auto& problem : problems) {
             Check(*problem);
-            if (m_findings.size() < kMostFindings)
+            if (m_findings.size() <= kMostFindings)
                 continue;
             m_findings.resize(kMostFindings);
             Add(EFinding::TooMany, *problem,
@@ -68,8 +104,6 @@ class CLibraryCheck {
 
   private:
     static constexpr std::size_t kMostFindings = kMostFailures;
-
-    using TProblems = std::vector<const ChessProblem*>;
 
     void Add(EFinding finding, const ChessProblem& problem, std::string text) {
         m_findings.push_back({finding, problem.id, problem.line, std::move(text)});
@@ -86,32 +120,25 @@ class CLibraryCheck {
     void CheckAgainstOthers(const ChessProblem& problem) {
         const TSquares& board = problem.originalPosition->m_board;
         const TSquares mirrored = Mirrored(board);
-        TProblems duplicates, samePosition, twins;
-        for (const ChessProblem* other : m_seen[board]) {
-            const bool bSame = problem.kind == other->kind && problem.plies == other->plies;
-            (bSame ? duplicates : samePosition).push_back(other);
-        }
-        if (const auto seen = m_seen.find(mirrored); seen != m_seen.end() && mirrored != board && !HasCastling(problem))
-            std::ranges::copy_if(seen->second, std::back_inserter(twins),
-                                 [](const ChessProblem* other) { return !HasCastling(*other); });
-        m_seen[board].push_back(&problem);
-        if (!duplicates.empty())
-            Add(EFinding::Duplicate, problem, "same position as " + NamesOf(duplicates));
-        if (!samePosition.empty())
+        CEarlierProblems duplicates, samePosition, twins;
+        const TStipulation own{problem.kind, problem.plies};
+        for (const auto& [stipulation, seen] : m_seen[board])
+            (stipulation == own ? duplicates : samePosition).Take(seen);
+        // Whether there are castlings the board tells, which is that of all twins.
+        if (const auto seen = m_seen.find(mirrored); seen != m_seen.end() && mirrored != board &&
+                                                     !HasCastling(problem) &&
+                                                     !HasCastling(*seen->second.begin()->second.front().m_pProblem))
+            for (const auto& [stipulation, twinsOfIt] : seen->second)
+                twins.Take(twinsOfIt);
+        m_seen[board][own].push_back({m_nProblems++, &problem});
+        if (duplicates.Count() > 0)
+            Add(EFinding::Duplicate, problem, "same position as " + duplicates.Names());
+        if (samePosition.Count() > 0)
             Add(EFinding::SamePosition, problem,
-                "same position as " + NamesOf(samePosition) + ", which " + (samePosition.size() > 1 ? "have" : "has") +
+                "same position as " + samePosition.Names() + ", which " + (samePosition.Count() > 1 ? "have" : "has") +
                     " another stipulation");
-        if (!twins.empty())
-            Add(EFinding::MirrorTwin, problem, "mirrored position of " + NamesOf(twins));
-    }
-
-    /// "problem 1", "problems 1, 5", "problems 1, 5, ... (70)".
-    static std::string NamesOf(const TProblems& problems) {
-        constexpr std::size_t kMostNamed = 10;
-        std::string text = problems.size() > 1 ? "problems " : "problem ";
-        for (std::size_t i = 0; i < std::min(problems.size(), kMostNamed); ++i)
-            text += (i > 0 ? ", " : "") + std::to_string(problems[i]->id);
-        return problems.size() <= kMostNamed ? text : text + ", ... (" + std::to_string(problems.size()) + ")";
+        if (twins.Count() > 0)
+            Add(EFinding::MirrorTwin, problem, "mirrored position of " + twins.Names());
     }
 
     void CheckPosition(const ChessProblem& problem) {
@@ -145,7 +172,8 @@ class CLibraryCheck {
                     variant.name + "\"");
     }
 
-    std::map<TSquares, TProblems> m_seen; // the problems of each position so far, in their order
+    std::map<TSquares, std::map<TStipulation, TSeenProblems>> m_seen; // the problems so far
+    std::size_t m_nProblems = 0;
     CPlayedLine m_line;
     std::vector<TFinding> m_findings;
 };
