@@ -24,9 +24,9 @@ Examples:
   quillon check problems.cp
   quillon check problems.cp --json
 
-Tells what cannot be read, numbers and positions that are there twice (also
-mirrored), positions that no game can have, and stored variants and answers
-with moves that are not legal.
+Tells what cannot be read or is read in spite of a fault, numbers and positions
+that are there twice (also mirrored), positions that no game can have, and
+stored variants and answers with moves that are not legal.
 
 Exit status: 0 nothing to tell, 1 something, 2 some problems cannot be read, or
 bad usage.)";

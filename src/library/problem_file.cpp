@@ -174,6 +174,19 @@ void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnE
     }
 }
 
+namespace {
+
+/// A repeated number is told as it always was; it names the problem itself.
+std::string LogLine(const ProblemFileError& warning) {
+    const bool bNamesProblem = warning.Severity() == ProblemFileError::ESeverity::RepeatedId;
+    const std::string place = bNamesProblem ? ""
+                                            : "Problem " + std::to_string(warning.ProblemId().value_or(0)) + ", line " +
+                                                  std::to_string(warning.Line()) + ": ";
+    return place + warning.what() + "\n";
+}
+
+} // namespace
+
 void ReadProblemText(std::string_view text, TProblemMap& library, const TOnError& onWarning,
                      const TProblemFileOptions& options) {
     const auto log = [&](const std::string& line) {
@@ -188,7 +201,7 @@ void ReadProblemText(std::string_view text, TProblemMap& library, const TOnError
     const auto failOrWarn = [&](const ProblemFileError& error) {
         if (!error.IsWarning())
             throw error;
-        log(std::string(error.what()) + "\n");
+        log(LogLine(error));
         onWarning(error);
     };
     ReadProblems(text, store, failOrWarn, options.m_language);

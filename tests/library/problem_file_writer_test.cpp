@@ -259,13 +259,13 @@ TEST(NewProblemFile, DoesNotReplaceATwinThatIsThere) {
 
 TEST(ProblemFileLog, NamesEachProblemAndRedefinition) {
     const CTemporaryFolder folder;
-    folder.Write("a.cp", "1 #2\n" + std::string(kPlainBody) + "1 #3\n" + std::string(kPlainBody));
+    folder.Write("a.cp", "1 #2\n" + std::string(kPlainBody) + "1 #3 THREADS x\n" + std::string(kPlainBody));
     std::vector<std::string> lines;
     static_cast<void>(
         LibraryOf(folder.Path() / "a.cp", {.m_log = [&](const std::string& line) { lines.push_back(line); }}));
-    EXPECT_EQ(lines, (std::vector<std::string>{"Problem 1 read from file.\n",
-                                               "WARINING: Problem id=1 redefinition - overwriting.\n",
-                                               "Problem 1 read from file.\n"}));
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "Problem 1 read from file.\n", "Problem 1, line 5: Number expected after THREADS. Found: x\n",
+                         "WARINING: Problem id=1 redefinition - overwriting.\n", "Problem 1 read from file.\n"}));
 }
 
 TEST(FailureText, TellsAllThatIsKnownOfThePlace) {
