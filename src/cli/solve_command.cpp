@@ -13,6 +13,7 @@
 #include "cli/solve_settings.h"
 #include "cli/watched_solve.h"
 #include "core/chess_exception.h"
+#include "library/problem_file_error.h"
 #include "platform/interrupt.h"
 #include "platform/terminal.h"
 
@@ -190,7 +191,7 @@ class CSolveCommand {
     void ReportError(const TSourceItem& item, const std::string& message) {
         ++m_totals.m_nErrors;
         if (m_options.m_bJson)
-            WriteOutput(JsonErrorText(item.m_id, message, m_fileName, {item.m_nLine, item.m_nColumn}) + "\n");
+            WriteOutput(JsonErrorText(item.m_id, message, m_fileName, item.m_nLine, item.m_nColumn) + "\n");
         Fail(PlaceText(m_fileName, item) + message);
     }
 

@@ -208,18 +208,18 @@ std::string JsonText(const TSolveReport& report) {
     return Dumped(object);
 }
 
-std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file,
-                          TTextPlace place) {
+std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file, int nLine,
+                          int nColumn) {
     TJson object;
     object["id"] = id ? TJson(*id) : TJson(nullptr);
     object["result"] = "error";
     object["message"] = message;
     if (!file.empty())
         object["file"] = file;
-    if (place.m_nLine > 0)
-        object["line"] = place.m_nLine;
-    if (place.m_nColumn > 0)
-        object["column"] = place.m_nColumn;
+    if (nLine > 0)
+        object["line"] = nLine;
+    if (nColumn > 0)
+        object["column"] = nColumn;
     return Dumped(object);
 }
 

@@ -8,7 +8,6 @@
 #include "cli/answer_check.h"
 #include "cli/watched_solve.h"
 #include "library/chess_problem.h"
-#include "library/problem_file_error.h"
 
 namespace quillon {
 
@@ -31,9 +30,9 @@ struct TSolveReport {
 [[nodiscard]] std::string JsonText(const TSolveReport& report);
 
 /// The same for a problem that is not solved.
-///   file, place  empty and 0 where there are none; then they are left out.
+///   file, nLine, nColumn  empty and 0 where there are none; then they are left out.
 [[nodiscard]] std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file,
-                                        TTextPlace place);
+                                        int nLine, int nColumn = 0);
 
 /// For a person, several lines. The head is printed before the solve begins.
 [[nodiscard]] std::string HeadText(const ChessProblem& problem, bool bFromFile);
