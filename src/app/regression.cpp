@@ -100,8 +100,7 @@ class CRegression::CReport {
     std::map<std::size_t, TProblemRuns> m_waiting;
 };
 
-CRegression::CRegression(IRegressionHost& host, IPrecalcData& data, TRegressionSetup setup)
-    : m_host(host), m_data(data), m_setup(std::move(setup)) {}
+CRegression::CRegression(IRegressionHost& host, TRegressionSetup setup) : m_host(host), m_setup(std::move(setup)) {}
 
 CRegression::~CRegression() {
     Stop();
@@ -211,7 +210,7 @@ bool CRegression::IsToRun(const ChessProblem& problem, std::size_t nPlace, CRepo
     leftOut.m_nId = problem.id;
     {
         const std::lock_guard lock(m_hostMutex);
-        leftOut.m_lines = UnmetRequirement(problem, m_data, m_setup.m_nLichessLevels);
+        leftOut.m_lines = UnmetRequirement(problem, m_setup.m_isTypeAvailable, m_setup.m_nLichessLevels);
         if (leftOut.m_lines.empty() && !RunsOf(problem, SolveMirrors()).empty()) {
             m_host.ShowProblem(problem.id);
             return true;

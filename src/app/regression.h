@@ -4,7 +4,7 @@
 //
 // Invariants
 //   1 Lines stand in the log in the order of the problems' numbers, however many are solved at a time.
-//   2 Nothing stays behind: behind a run no data are in use, the time limit is what it was, no thread lives.
+//   2 Nothing stays behind: behind a run the time limit is what it was, no thread lives.
 //
 // Threads: one thread starts a run and waits for it. Stop, and the reading functions, from any thread.
 
@@ -17,6 +17,7 @@
 #include "app/regression_host.h"
 #include "app/regression_log.h"
 #include "app/required_materials.h"
+#include "core/queries.h"
 #include "platform/thread.h"
 
 namespace quillon {
@@ -36,13 +37,14 @@ inline constexpr std::string_view kLanguageDuringRegression = "Language cannot b
 struct TRegressionSetup {
     int m_nLichessLevels = 1; // the setting of this name
     int m_nJobs = 1;          // problems solved at a time, >= 1
+    TIsTypeAvailable m_isTypeAvailable = IsPrecalcDataAvailable;
     std::filesystem::path m_logPath = RegressionLogPath();
 };
 
 class CRegression {
   public:
-    ///   Both must outlive it.
-    CRegression(IRegressionHost& host, IPrecalcData& data, TRegressionSetup setup);
+    ///   host  must outlive it.
+    CRegression(IRegressionHost& host, TRegressionSetup setup);
     CRegression(const CRegression&) = delete;
     CRegression& operator=(const CRegression&) = delete;
     ~CRegression();
@@ -81,7 +83,6 @@ class CRegression {
     void Fail(std::exception_ptr failure);
 
     IRegressionHost& m_host;
-    IPrecalcData& m_data;
     const TRegressionSetup m_setup;
 
     std::atomic<bool> m_bMayRun{false}; // the stop flag; cleared, the run ends
@@ -89,7 +90,7 @@ class CRegression {
     std::atomic<bool> m_bSolveMirrors{false};
     CThread m_thread;
 
-    std::mutex m_hostMutex;              // calls of the host and of the data come one at a time
+    std::mutex m_hostMutex;              // the host and the question for data are called one at a time
     std::atomic<std::size_t> m_nNext{0}; // problems begun
     std::mutex m_failureMutex;
     std::exception_ptr m_failure; // the first one; guarded by m_failureMutex

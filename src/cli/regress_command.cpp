@@ -170,8 +170,7 @@ class CRegressCommand {
         TRegressionSetup setup;
         setup.m_nLichessLevels = host.Settings().m_nLichessLevels;
         setup.m_nJobs = m_options.m_nJobs;
-        CPrecalcDataAtHand data;
-        CRegression regression(host, data, setup);
+        CRegression regression(host, setup);
         regression.TimeLimitSeconds.store(m_options.m_limitSeconds.value_or(0));
         if (!regression.Start(m_options.m_bQuick))
             return;

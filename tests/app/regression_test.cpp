@@ -111,12 +111,11 @@ class Regression : public ::testing::Test {
     /// The log of a run over these problems.
     std::string Run(const std::string& text, bool bMirrors = false, int nJobs = 1) {
         CNotingHost host(text);
-        CRegression(host, m_data, Setup(nJobs)).RunRegression(bMirrors, false);
+        CRegression(host, Setup(nJobs)).RunRegression(bMirrors, false);
         return Log();
     }
 
     CTemporaryFolder m_folder;
-    CPrecalcDataAtHand m_data;
 };
 
 // ---- the lines of a run
@@ -149,7 +148,7 @@ TEST_F(Regression, EveryCopyOfABoardWithoutPawnsIsSolved) {
 
 TEST_F(Regression, AProblemForItsCopiesOnlyIsLeftOutWithoutThem) {
     CNotingHost host(std::string("1 #2 MirrorOnly ") + kMate + "}");
-    CRegression(host, m_data, Setup()).RunRegression(false, false);
+    CRegression(host, Setup()).RunRegression(false, false);
     EXPECT_EQ(Log(), "");
     ASSERT_EQ(host.m_runs.size(), 1u);
     EXPECT_EQ(host.m_runs[0].m_outcome, ERegressionOutcome::Skipped);
@@ -158,7 +157,7 @@ TEST_F(Regression, AProblemForItsCopiesOnlyIsLeftOutWithoutThem) {
 
 TEST_F(Regression, AnUnmetRequirementSkipsTheProblemAndNothingElse) {
     CNotingHost host(std::string("1 #2 Requires QR ") + kMate + "}\n2 #2 " + kMate + "Answer: Ra1-a6 }");
-    CRegression(host, m_data, Setup()).RunRegression(true, false);
+    CRegression(host, Setup()).RunRegression(true, false);
     EXPECT_EQ(Log(), "Requires clause not satisfied\n[Threads = 1, Quick mode] Test #2 ok (T msec).\n"
                      "[Threads = 1, Quick mode] Test #2 M1 ok (T msec).\n");
     EXPECT_EQ(host.m_shown, std::vector<std::int32_t>{2});
@@ -172,7 +171,7 @@ TEST_F(Regression, AnErrorOfASolveEndsThatSolve) {
 
 TEST_F(Regression, BruteForceNeedsNobodysConsent) {
     CNotingHost host(std::string("1 #2 BruteForce ") + kMate + "Answer: Ra1-a6 }");
-    CRegression(host, m_data, Setup()).RunRegression(false, false);
+    CRegression(host, Setup()).RunRegression(false, false);
     EXPECT_EQ(Log(), "[Brute force] Test #1 ok (T msec).\n");
     EXPECT_TRUE(host.m_asked.empty());
 }
@@ -229,7 +228,7 @@ TEST_F(Regression, TheOrderAloneIsComparedWithoutSolving) {
 
 TEST_F(Regression, TheTimeLimitEndsASolveAndIsTold) {
     CNotingHost host(std::string("1 #20 ") + kHopeless + "2 #2 " + kMate + "Answer: Ra1-a6 }");
-    CRegression regression(host, m_data, Setup());
+    CRegression regression(host, Setup());
     regression.TimeLimitSeconds.store(1);
     regression.RunRegression(false, false);
     EXPECT_EQ(Log(), "Solving time limit hit: 1 seconds\n[Threads = 1, Quick mode] Test #2 ok (T msec).\n");
@@ -238,7 +237,7 @@ TEST_F(Regression, TheTimeLimitEndsASolveAndIsTold) {
 
 TEST_F(Regression, AQuickRunHasItsLimitAndPutsTheOldOneBack) {
     CNotingHost host(std::string("1 #2 ") + kMate + "}");
-    CRegression regression(host, m_data, Setup());
+    CRegression regression(host, Setup());
     regression.TimeLimitSeconds.store(7);
     int nLimit = 0;
     bool bRunning = false;
@@ -259,7 +258,7 @@ TEST_F(Regression, AQuickRunHasItsLimitAndPutsTheOldOneBack) {
 
 TEST_F(Regression, AStopEndsTheRunAndTheLogKeepsWhatWasDone) {
     CNotingHost host(std::string("1 #2 ") + kMate + "}\n2 #20 " + kHopeless + "3 #2 " + kMate + "}");
-    CRegression regression(host, m_data, Setup());
+    CRegression regression(host, Setup());
     regression.TimeLimitSeconds.store(9);
     ASSERT_TRUE(regression.Start(true));
     host.WaitForShown(2);
@@ -275,7 +274,7 @@ TEST_F(Regression, AStopEndsTheRunAndTheLogKeepsWhatWasDone) {
 TEST_F(Regression, AFailureOfTheHostEndsTheRunAndReachesWhoWaits) {
     CNotingHost host(std::string("1 #2 ") + kMate + "}\n2 #2 " + kMate + "}");
     host.m_onRun = [] { throw std::runtime_error("no output"); };
-    CRegression regression(host, m_data, Setup());
+    CRegression regression(host, Setup());
     EXPECT_THROW(regression.RunRegression(false, true), std::runtime_error);
     EXPECT_EQ(host.m_runs.size(), 1u);
     EXPECT_EQ(regression.TimeLimitSeconds.load(), 0);
@@ -288,7 +287,7 @@ TEST_F(Regression, ALogThatCannotBeWrittenEndsNothing) {
     CNotingHost host(std::string("1 #2 ") + kMate + "}");
     TRegressionSetup setup = Setup();
     setup.m_logPath = m_folder.Path() / "none" / "there.log";
-    CRegression(host, m_data, setup).RunRegression(false, false);
+    CRegression(host, setup).RunRegression(false, false);
     ASSERT_EQ(host.m_runs.size(), 1u);
     EXPECT_FALSE(host.m_runs[0].m_bLogged);
     EXPECT_EQ(host.m_runs[0].m_keys, std::vector<std::string>{"Ra1-a6"});
@@ -314,7 +313,7 @@ TEST_F(Regression, WithJobsTheLogHasTheSameOrder) {
 
 TEST_F(Regression, AStopEndsAllJobs) {
     CNotingHost host("1 #20 " + std::string(kHopeless) + "2 #20 " + kHopeless + "3 #20 " + kHopeless);
-    CRegression regression(host, m_data, Setup(2));
+    CRegression regression(host, Setup(2));
     ASSERT_TRUE(regression.Start(true));
     host.WaitForShown(2);
     regression.Stop();
@@ -328,7 +327,7 @@ TEST_F(Regression, AStopEndsAllJobs) {
 TEST_F(Regression, TheFullRunAsksAboutMirrors) {
     CNotingHost host(std::string("1 #2 ") + kMate + "}");
     host.m_answer = EAnswer::Yes;
-    CRegression regression(host, m_data, Setup());
+    CRegression regression(host, Setup());
     ASSERT_TRUE(regression.Start(false));
     regression.Join();
     EXPECT_EQ(
@@ -345,7 +344,7 @@ TEST_F(Regression, CancelStartsNothingAndLeavesTheLog) {
     AppendRegressionLog("old\n", LogPath());
     CNotingHost host(std::string("1 #2 ") + kMate + "}");
     host.m_answer = EAnswer::Cancel;
-    CRegression regression(host, m_data, Setup());
+    CRegression regression(host, Setup());
     EXPECT_FALSE(regression.Start(false));
     EXPECT_FALSE(regression.RegressionRunning());
     EXPECT_EQ(Log(), "old\n");
@@ -355,7 +354,7 @@ TEST_F(Regression, APendingSearchStartsNothing) {
     AppendRegressionLog("old\n", LogPath());
     CNotingHost host(std::string("1 #2 ") + kMate + "}");
     host.m_bSolving = true;
-    CRegression regression(host, m_data, Setup());
+    CRegression regression(host, Setup());
     EXPECT_FALSE(regression.Start(true));
     EXPECT_EQ(host.m_informed, std::vector<std::string>{"Solving is pending."});
     EXPECT_EQ(Log(), "old\n");
@@ -363,7 +362,7 @@ TEST_F(Regression, APendingSearchStartsNothing) {
 
 TEST_F(Regression, ARunThatLastsIsAPendingSearch) {
     CNotingHost host("1 #20 " + std::string(kHopeless));
-    CRegression regression(host, m_data, Setup());
+    CRegression regression(host, Setup());
     ASSERT_TRUE(regression.Start(true));
     host.WaitForShown(1);
     EXPECT_FALSE(regression.Start(true));
@@ -376,7 +375,7 @@ TEST_F(Regression, TheLogBeforeStaysAsABackup) {
     m_folder.Write("RegressionTest.log.BAK", "older\n");
     AppendRegressionLog("old\n", LogPath());
     CNotingHost host(std::string("1 #2 ") + kMate + "}");
-    CRegression regression(host, m_data, Setup());
+    CRegression regression(host, Setup());
     ASSERT_TRUE(regression.Start(true));
     regression.Join();
     EXPECT_EQ(Log("RegressionTest.log.BAK"), "old\n");
