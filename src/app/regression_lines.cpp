@@ -52,9 +52,11 @@ std::string DifferenceLines(const TRunName& name, const ChessProblem& problem, c
 }
 
 TRunVerdict JudgeAnswer(const TRunName& name, const ChessProblem& problem, const TSolvingResult& result) {
-    if (AreKeysAsExpected(result.m_solutions, problem.answer))
-        return {ERegressionOutcome::Passed, OkText(name, result) + ".\n"};
-    return {ERegressionOutcome::Failed, DifferenceLines(name, problem, result)};
+    if (!AreKeysAsExpected(result.m_solutions, problem.answer))
+        return {ERegressionOutcome::Failed, DifferenceLines(name, problem, result)};
+    const bool bDoubtful =
+        result.m_verdict == EVerdict::Doubtful; // no key was to be found, and none is proved not to be
+    return {bDoubtful ? ERegressionOutcome::Doubtful : ERegressionOutcome::Passed, OkText(name, result) + ".\n"};
 }
 
 TRunVerdict JudgeStopped(ESolveEnd end, int nLimitSeconds) {

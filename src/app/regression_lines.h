@@ -16,7 +16,7 @@ enum class ERegressionOutcome {
     Passed,    // as the problem expects
     Failed,    // otherwise, or an error ended the solve
     Solved,    // the problem expects nothing
-    Doubtful,  // it expects nothing, and the passes ended without a proof
+    Doubtful,  // nothing was found, as far as expected, and the passes ended without a proof
     TimeLimit, // stopped at the limit
     Stopped,   // stopped by the user; nothing is logged
     Skipped,   // not run: what the problem requires is not there

@@ -1,11 +1,12 @@
 #include "cli/regress_command.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/regression.h"
@@ -15,6 +16,7 @@
 #include "cli/problem_source.h"
 #include "cli/regress_report.h"
 #include "cli/solve_options.h"
+#include "cli/solve_report.h"
 #include "cli/solve_settings.h"
 #include "core/chess_exception.h"
 #include "platform/interrupt.h"
@@ -70,7 +72,7 @@ class CRegressHost : public IRegressionHost {
     CRegressHost(const TRegressOptions& options, TProblemMap library, CProgressLine& line)
         : m_options(options), m_library(std::move(library)), m_line(line) {
         m_solveOptions.m_threads = options.m_threads;
-        m_totals.m_nProblems = static_cast<int>(m_library.size());
+        m_totals.m_nProblems = m_totals.m_nNotRun = static_cast<int>(m_library.size());
         CConsoleNotifier notifier(line);
         m_settings = LoadSettings(notifier, CommandLineDefaults());
     }
@@ -110,6 +112,8 @@ class CRegressHost : public IRegressionHost {
 
     void RunEnded(const TRegressionRun& run) override {
         CountRun(m_totals, run);
+        if (std::exchange(m_lastId, run.m_nId) != run.m_nId) // the runs of a problem come together
+            --m_totals.m_nNotRun;
         m_line.Erase();
         if (!run.m_bLogged && !std::exchange(m_bLogLost, true))
             WriteDiagnostic(RegressionLogPath().string() + " cannot be written; the run goes on without it");
@@ -125,6 +129,7 @@ class CRegressHost : public IRegressionHost {
     TSolveOptions m_solveOptions;
     TSettings m_settings;
     TRegressTotals m_totals;
+    std::optional<std::int32_t> m_lastId; // of the run told of last
     bool m_bLogLost = false;
     std::atomic<int> m_nShown{0};
 };
@@ -159,11 +164,17 @@ class CRegressCommand {
         TProblemMap library;
         for (TSourceItem& item : source.m_items) {
             if (item.m_problem == nullptr)
-                Fail(PlaceText(source.m_name, item.m_nLine) + item.m_error);
+                TellUnreadable(source, item);
             else
                 library.insert_or_assign(item.m_problem->id, std::move(item.m_problem));
         }
         return library;
+    }
+
+    void TellUnreadable(const TProblemSource& source, const TSourceItem& item) {
+        if (m_options.m_bJson)
+            WriteOutput(JsonErrorText(item.m_id, item.m_error, source.m_name, item.m_nLine) + "\n");
+        Fail(PlaceText(source.m_name, item.m_nLine) + item.m_error);
     }
 
     void RunAll(CRegressHost& host) {
@@ -188,8 +199,8 @@ class CRegressCommand {
         const TRegressTotals& totals = host.Totals();
         if (host.IsLogLost())
             return EExitStatus::SystemFailure;
-        const bool bAllAsExpected = totals.m_nFailed + totals.m_nDoubtful + totals.m_nTimeLimit == 0 &&
-                                    g_nRegressInterrupts.load(std::memory_order_relaxed) == 0;
+        const bool bAllAsExpected =
+            totals.m_nFailed + totals.m_nDoubtful + totals.m_nTimeLimit + totals.m_nStopped + totals.m_nNotRun == 0;
         return bAllAsExpected ? EExitStatus::Answered : EExitStatus::Unanswered;
     }
 

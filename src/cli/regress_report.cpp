@@ -95,6 +95,7 @@ std::string RegressTotalsText(const TRegressTotals& totals) {
     add(totals.m_nTimeLimit, " at the time limit");
     add(totals.m_nStopped, " stopped");
     add(totals.m_nSkipped, " skipped");
+    add(totals.m_nNotRun, " not run");
     return text + time;
 }
 
@@ -120,6 +121,7 @@ std::string RegressTotalsJson(const TRegressTotals& totals) {
     object["timeLimit"] = totals.m_nTimeLimit;
     object["stopped"] = totals.m_nStopped;
     object["skipped"] = totals.m_nSkipped;
+    object["notRun"] = totals.m_nNotRun;
     object["seconds"] = totals.m_seconds;
     return RegressJsonLine(object);
 }

@@ -14,6 +14,7 @@ struct TRegressTotals {
     int m_nPassed = 0, m_nFailed = 0, m_nSolved = 0, m_nDoubtful = 0, m_nTimeLimit = 0;
     int m_nSkipped = 0; // problems
     int m_nStopped = 0; // runs that the user has stopped
+    int m_nNotRun = 0;  // problems that the run had not come to by then
     double m_seconds = 0;
 };
 

@@ -54,6 +54,7 @@ TEST(RegressionLines, DoubtIsNoProof) {
     TSolvingResult result = Found({});
     result.m_verdict = EVerdict::Doubtful;
     EXPECT_EQ(Judge(Problem(0), result).m_outcome, ERegressionOutcome::Doubtful);
+    EXPECT_EQ(Judge(Problem(kFlagAnswer), result).m_outcome, ERegressionOutcome::Doubtful);
 }
 
 TEST(RegressionLines, AMirroredCopyHasItsNumberBehindTheProblems) {
