@@ -217,6 +217,13 @@ TEST_F(Regression, AnOrderThatHoldsLetsTheSolveGoOn) {
               "[Threads = 1, Quick mode] Test #2 failed: ExpectedSortWhiteMoves failed: move 1\n");
 }
 
+TEST_F(Regression, TheSecondMoveOfTheLineIsComparedBehindTheFirst) {
+    constexpr const char* kPlacement = "n1rb4/1p3p1p/1p6/1R5K/8/p3p1PN/1PP1R3/N6k";
+    EXPECT_EQ(Run(std::string("1 #7 { FEN: ") + kPlacement +
+                  "\nExpectedSortWhiteMovesOnly: " + SortedMoves(kPlacement, 13)[0] + ", a8-a8 }"),
+              "[Threads = 1, Quick mode] Test #1 failed: ExpectedSortWhiteMoves failed: move 2\n");
+}
+
 TEST_F(Regression, TheOrderAloneIsComparedWithoutSolving) {
     constexpr const char* kStart = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR";
     EXPECT_EQ(Run(std::string("1 #20 { FEN: ") + kStart +
