@@ -1,5 +1,6 @@
 #include "app/required_materials.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace quillon {
