@@ -15,6 +15,7 @@
 #include "cli/list_command.h"
 #include "cli/output.h"
 #include "cli/perft_command.h"
+#include "cli/regress_command.h"
 #include "cli/show_command.h"
 #include "cli/solve_command.h"
 #include "cli/uci_command.h"
@@ -29,6 +30,7 @@ Examples:
   quillon solve                                  solve the sample library
   quillon solve problems.cp --all                every key of every problem
   quillon solve --fen "8/8/8/8/8/1K5Q/1p6/kn6" --moves 3
+  quillon regress problems.cp --quick            hold the engine against a file
 
 "quillon COMMAND --help" tells the options of a command.)";
 
@@ -82,6 +84,7 @@ EExitStatus Run(int argc, const char* const* argv) {
     AddListCommand(app, chosen);
     AddConvertCommand(app, chosen);
     AddCheckCommand(app, chosen);
+    AddRegressCommand(app, chosen);
     AddBenchCommand(app, chosen);
     AddUciCommand(app, chosen);
     try {
