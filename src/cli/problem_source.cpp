@@ -89,8 +89,6 @@ std::unique_ptr<ChessProblem> ReadFenProblem(const std::string& fen, int nMoves,
 
 } // namespace
 
-std::string PlaceText(const std::string& name, int nLine) { return PlaceText(name, {nLine, 0}, std::nullopt); }
-
 std::string PlaceText(const std::string& name, const TSourceItem& item) {
     return PlaceText(name, {item.m_nLine, item.m_nColumn}, item.m_id);
 }

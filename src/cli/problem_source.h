@@ -35,9 +35,6 @@ struct TProblemSource {
 /// The one problem of --fen and --moves; a position that cannot be used is an item without a problem.
 [[nodiscard]] TProblemSource MakeFenSource(const std::string& fen, int nMoves);
 
-/// "FILE:LINE: " as far as they are known.
-[[nodiscard]] std::string PlaceText(const std::string& name, int nLine);
-
 /// "FILE:LINE:COLUMN: problem ID: " as far as they are known.
 [[nodiscard]] std::string PlaceText(const std::string& name, const TSourceItem& item);
 

@@ -32,7 +32,7 @@ struct TSolveReport {
 /// The same for a problem that is not solved.
 ///   file, nLine, nColumn  empty and 0 where there are none; then they are left out.
 [[nodiscard]] std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file,
-                                        int nLine, int nColumn = 0);
+                                        int nLine, int nColumn);
 
 /// For a person, several lines. The head is printed before the solve begins.
 [[nodiscard]] std::string HeadText(const ChessProblem& problem, bool bFromFile);
