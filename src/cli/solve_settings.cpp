@@ -24,7 +24,6 @@ TSettings CommandLineDefaults() {
     TSettings settings;
     settings.m_nSchedulerLevels = 0;
     settings.m_bCustomScheduler = false;
-    settings.m_nLichessLevels = 0;
     return settings;
 }
 

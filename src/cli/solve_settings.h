@@ -7,7 +7,7 @@
 namespace quillon {
 
 /// The settings without a file, or of keys that it has not. Scripts rely on them: other than in the window no key
-/// starts a scheduler, or asks the network, if nobody has said so.
+/// starts a scheduler that nobody has asked for.
 [[nodiscard]] TSettings CommandLineDefaults();
 
 /// What the settings say of the registers of all solves that follow. None may be under way.

@@ -51,7 +51,7 @@ TEST_F(SolveSettings, WithoutAFileLeaveTheRequestAsItIs) {
     EXPECT_EQ(request.m_nMemoryShare, 20);
     EXPECT_LT(request.m_nMemoryBudgetMB, 0);
     EXPECT_TRUE(request.m_sortIndications.empty());
-    EXPECT_EQ(request.m_nLichessLevels, 0) << "nobody has said that the network may be asked";
+    EXPECT_EQ(request.m_nLichessLevels, 1);
     EXPECT_TRUE(request.m_bUsePrecalculatedData);
     EXPECT_LT(request.m_nPrecalculatedBudgetMB, 0);
     EXPECT_FALSE(request.m_bStopRelaxingOnSolution);
