@@ -18,6 +18,7 @@
 #include "platform/processors.h"
 #include "search/control.h"
 #include "search/find_mate.h"
+#include "search/helper_threads.h"
 #include "search/move_sort.h"
 #include "search/observed_lines.h"
 #include "search/proof_guide.h"
@@ -64,6 +65,8 @@ class CDoubtOfPass {
 // What the best-first proof of the guide may cost, in positions expanded (some 200,000 take a second). A short problem
 // is solved by the passes before a long look would pay. Before the pass without heuristics, which may take days, there
 // is a second look, as long again. A run that wants all keys gains little from the first: it only gets the brief look.
+// Threads that share a look expand some positions that one of them alone would have found needless (a tenth to a half
+// more with two): they may have half as many again for each thread more, and it is over sooner all the same.
 constexpr int kShortestLongLook = 13;
 constexpr std::uint64_t kBriefLook = 100, kLongLook = 1500; // times the square of the plies
 constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 3'000'000;
@@ -195,7 +198,9 @@ class CRootRun final : public IRootMoves {
         m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
         SetPassNumber();
         m_analysis.m_pStatusText.store(kGuideLooking, std::memory_order_relaxed);
-        const EProofResult result = m_run.m_pGuide->Search(m_root, nMostNodes, m_analysis.m_nThreads);
+        const int threads = ThreadsForLook(m_analysis);
+        const std::uint64_t parts = static_cast<std::uint64_t>(threads) + 1;
+        const EProofResult result = m_run.m_pGuide->Search(m_root, nMostNodes * parts / 2, threads);
         m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
         if (result != EProofResult::Proved)
             return;

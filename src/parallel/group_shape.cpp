@@ -13,7 +13,7 @@ constexpr std::size_t kStackOfPly = 2048;
 
 int GroupSize(int nMoves, int nWanted, int nLimit) {
     const int n = std::min(nMoves, nWanted);
-    return std::min(nLimit > 1 && nLimit < n ? nLimit : n, kMostThreadsOfGroup);
+    return std::min(nLimit > 0 && nLimit < n ? nLimit : n, kMostThreadsOfGroup);
 }
 
 std::uint64_t FirstThreadNumber(int nLevel, std::uint32_t nParent, int nWanted, int nSize) {

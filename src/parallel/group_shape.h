@@ -17,7 +17,7 @@ inline constexpr std::uint32_t kLastThreadNumber = 0x7FFFF;
 
 /// Threads of the group for a node with `nMoves` moves.
 ///   nWanted  threads that a group is to have, >= 1.
-///   nLimit   of the analysis; counts when it lies between 1 and the result.
+///   nLimit   of the analysis, 1: a group is none; 0: there is no limit.
 [[nodiscard]] int GroupSize(int nMoves, int nWanted, int nLimit);
 
 /// Number of the first thread of a group; thread i of it has i more. Each level of the tree has a range of its own.

@@ -144,6 +144,9 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::atomic<std::uint8_t> m_nControlLock{0};
     std::atomic<std::uint8_t> m_nCommand{kNoCommand};
     std::atomic<std::uint16_t> m_nCommandThread{kAllThreads};
+    // A bit for each thread that is to stop alone, whatever command has come since. While there is one, a command is in
+    // force.
+    std::array<std::atomic<std::uint64_t>, (kAllThreads + 1u) / 64> m_stoppedThreads{};
     // The analysis' clock stands still while a pause of all threads is in force; both under the lock, ms.
     std::uint64_t m_nPausedMs = 0;    // of the pauses that have ended
     std::uint64_t m_nPausedSince = 0; // as TickCount64; 0: none is in force

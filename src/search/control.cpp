@@ -1,6 +1,7 @@
 #include "search/control.h"
 
 #include <algorithm>
+#include <bit>
 #include <optional>
 
 #include "platform/clock.h"
@@ -28,6 +29,25 @@ class CControlLock {
     std::atomic<std::uint8_t>& m_lock;
 };
 
+// A thread that is to stop alone has its bit in a row of words.
+constexpr std::uint64_t BitOf(std::uint32_t thread) { return std::uint64_t{1} << thread % 64; }
+
+bool IsToStopAlone(const TAnalysis& analysis, std::uint32_t thread) {
+    return thread < kAllThreads &&
+           (analysis.m_stoppedThreads[thread / 64].load(std::memory_order_relaxed) & BitOf(thread)) != 0;
+}
+
+/// The lowest number of those that are to stop alone, kAllThreads for none.
+std::uint16_t FirstStoppedThread(const TAnalysis& analysis) {
+    std::uint32_t first = 0;
+    for (const auto& word : analysis.m_stoppedThreads) {
+        if (const std::uint64_t bits = word.load(std::memory_order_relaxed); bits != 0)
+            return static_cast<std::uint16_t>(first + static_cast<std::uint32_t>(std::countr_zero(bits)));
+        first += 64;
+    }
+    return kAllThreads;
+}
+
 bool IsAddressed(const TChessboard& b) {
     const std::uint16_t thread = b.m_pAnalysis->m_nCommandThread.load(std::memory_order_relaxed);
     return thread == kAllThreads || thread == b.m_pContext->m_nThreadNumber;
@@ -47,11 +67,17 @@ void NoteCallBack(const TChessboard& b) {
         b.m_pContext->m_nCalledBackTo = plies;
 }
 
+bool IsStoppedByCommand(const TChessboard& b) {
+    const TAnalysis& analysis = *b.m_pAnalysis;
+    return analysis.m_nCommand.load(std::memory_order_relaxed) != kNoCommand &&
+           (CommandFor(b) == kStopCommand || IsToStopAlone(analysis, b.m_pContext->m_nThreadNumber));
+}
+
 /// A stop by command is confirmed under the lock, for command and addressee are two fields, and then stands in the
 /// context: what the thread returns from now on is no verdict, whatever command comes next.
 bool TakeStopCommand(const TChessboard& b) {
     const CControlLock lock(*b.m_pAnalysis);
-    if (CommandFor(b) != kStopCommand)
+    if (!IsStoppedByCommand(b))
         return false;
     AskThread(*b.m_pContext, kStopRequest);
     return true;
@@ -70,14 +96,54 @@ void SetClock(TAnalysis& analysis, bool bStands) {
     analysis.m_nPausedSince = bStands ? now : 0;
 }
 
-void Store(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {
-    const bool bStopsAll = analysis.m_nCommand.load(std::memory_order_relaxed) == kStopCommand &&
-                           analysis.m_nCommandThread.load(std::memory_order_relaxed) == kAllThreads;
-    if (bStopsAll && command != kNoCommand)
-        return;
+// All that follows under the lock.
+
+bool AreAllStopped(const TAnalysis& analysis) {
+    return analysis.m_nCommand.load(std::memory_order_relaxed) == kStopCommand &&
+           analysis.m_nCommandThread.load(std::memory_order_relaxed) == kAllThreads;
+}
+
+void Put(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {
     SetClock(analysis, command == kPauseCommand && thread == kAllThreads);
     analysis.m_nCommandThread.store(thread, std::memory_order_relaxed);
     analysis.m_nCommand.store(command, std::memory_order_relaxed);
+}
+
+bool IsInForceFor(const TAnalysis& analysis, std::uint16_t thread) {
+    return analysis.m_nCommand.load(std::memory_order_relaxed) != kNoCommand &&
+           analysis.m_nCommandThread.load(std::memory_order_relaxed) == thread;
+}
+
+/// The command has been obeyed or is over. Threads that are to stop alone are still to.
+void EndCommand(TAnalysis& analysis) {
+    const std::uint16_t stopped = FirstStoppedThread(analysis);
+    if (stopped != kAllThreads)
+        Put(analysis, kStopCommand, stopped);
+    else
+        Put(analysis, kNoCommand, analysis.m_nCommandThread.load(std::memory_order_relaxed));
+}
+
+/// Takes back what was asked of one thread, or all that was asked: stops, too.
+void TakeBack(TAnalysis& analysis, std::uint16_t thread) {
+    if (thread != kAllThreads)
+        analysis.m_stoppedThreads[thread / 64].fetch_and(~BitOf(thread), std::memory_order_relaxed);
+    else
+        for (auto& word : analysis.m_stoppedThreads)
+            word.store(0, std::memory_order_relaxed);
+    if (thread == kAllThreads || IsInForceFor(analysis, thread))
+        EndCommand(analysis);
+}
+
+void Store(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread) {
+    if (command == kNoCommand) {
+        TakeBack(analysis, thread);
+        return;
+    }
+    if (AreAllStopped(analysis))
+        return;
+    if (command == kStopCommand && thread != kAllThreads)
+        analysis.m_stoppedThreads[thread / 64].fetch_or(BitOf(thread), std::memory_order_relaxed);
+    Put(analysis, command, thread);
 }
 
 std::uint32_t Packed(const TMove& move) {
@@ -133,7 +199,7 @@ bool IsControlPending(const TChessboard& b) {
 
 bool IsStopping(const TChessboard& b) {
     return b.m_pContext->m_nStopRequest.load(std::memory_order_relaxed) >= kStopRequest || IsCalledBack(b) ||
-           (CommandFor(b) == kStopCommand && TakeStopCommand(b));
+           (IsStoppedByCommand(b) && TakeStopCommand(b));
 }
 
 bool IsLeaving(const TChessboard& b) {
@@ -183,15 +249,14 @@ void PauseAll(TAnalysis& analysis) { GiveCommand(analysis, kPauseCommand, kAllTh
 
 void ResumeAll(TAnalysis& analysis) {
     const CControlLock lock(analysis);
-    if (analysis.m_nCommand.load(std::memory_order_relaxed) == kPauseCommand &&
-        analysis.m_nCommandThread.load(std::memory_order_relaxed) == kAllThreads)
-        Store(analysis, kNoCommand, kAllThreads);
+    if (analysis.m_nCommand.load(std::memory_order_relaxed) == kPauseCommand && IsInForceFor(analysis, kAllThreads))
+        EndCommand(analysis);
 }
 
 void ClearManualCommand(TAnalysis& analysis) {
     const CControlLock lock(analysis);
     if (analysis.m_nCommand.load(std::memory_order_relaxed) == kManualCommand)
-        analysis.m_nCommand.store(kNoCommand, std::memory_order_relaxed);
+        EndCommand(analysis);
 }
 
 std::uint8_t RequestFor(TAnalysis& analysis, const TSearchContext& context) {
@@ -199,6 +264,8 @@ std::uint8_t RequestFor(TAnalysis& analysis, const TSearchContext& context) {
     if (asked >= kStopRequest || analysis.m_nCommand.load(std::memory_order_relaxed) == kNoCommand)
         return std::min(asked, kStopRequest);
     const CControlLock lock(analysis);
+    if (IsToStopAlone(analysis, context.m_nThreadNumber))
+        return kStopRequest;
     const std::uint16_t thread = analysis.m_nCommandThread.load(std::memory_order_relaxed);
     if (thread != kAllThreads && thread != context.m_nThreadNumber)
         return asked;
@@ -229,7 +296,7 @@ bool ObeyManualCommand(const TChessboard& b, TMove* list, int nMoves, int& i, in
     if (isMeant()) {
         const CControlLock lock(analysis);
         if (isMeant()) {
-            analysis.m_nCommand.store(kNoCommand, std::memory_order_relaxed);
+            EndCommand(analysis);
             if (!bCalledBack || i == 0)
                 return false; // nothing of this list has been left for it: the answers stand
             Rearrange(analysis, list, nMoves, i, nSkipped);
@@ -246,7 +313,7 @@ void DropOwnPause(TAnalysis& analysis, std::uint32_t thread) {
     const CControlLock lock(analysis);
     if (analysis.m_nCommand.load(std::memory_order_relaxed) == kPauseCommand && thread < kAllThreads &&
         analysis.m_nCommandThread.load(std::memory_order_relaxed) == thread)
-        analysis.m_nCommand.store(kNoCommand, std::memory_order_relaxed);
+        EndCommand(analysis);
 }
 
 } // namespace quillon

@@ -3,8 +3,8 @@
 //
 // A request to one thread stands in its context (m_nStopRequest): from the program, a scheduler, the thread that formed
 // its group. Commands of the user stand in the analysis' control record. The record is read without its lock while it
-// is idle; under the lock a command is given, confirmed and cleared. Nothing overwrites a stop of all threads; one for
-// a single thread gives way to the next command, if that comes before the thread has met a node.
+// is idle; under the lock a command is given, confirmed and cleared. No command takes back a stop: nothing overwrites
+// one of all threads, and one for a single thread is noted beside the record.
 
 #include "core/chessboard.h"
 #include "core/move.h"
@@ -31,7 +31,8 @@ namespace quillon {
 ///   Threads any.
 void AskThread(TSearchContext& context, std::uint8_t request);
 
-/// Takes the control record's spin lock, stores command and addressee, and releases it. A stop for all stays.
+/// Takes the control record's spin lock, stores command and addressee, and releases it. Stops stay: only kNoCommand
+/// takes them back, of one thread or of all.
 ///   thread  number of a thread, or kAllThreads.
 void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread);
 

@@ -1,6 +1,7 @@
 #include "search/main_variant.h"
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -10,6 +11,7 @@
 #include "search/bounded_look.h"
 #include "search/control.h"
 #include "search/find_mate.h"
+#include "search/helper_threads.h"
 #include "search/hints.h"
 #include "search/proof_guide.h"
 
@@ -48,22 +50,110 @@ struct TKnownReply {
     std::unique_ptr<CProofGuide> m_guide;
 };
 
+/// Trials of fewer plies end before a thread has started.
+constexpr int kShortestSharedTrial = 7;
+
+/// Which replies survive a trial of White's: he does not mate within so many plies. The replies are shared with helper
+/// threads, and so is what the look may still cost.
+class CTrial {
+  public:
+    CTrial(TChessboard& b, const std::vector<TReply>& replies, int nPlies)
+        : m_b(b), m_replies(replies), m_nPlies(nPlies), m_bFirstDecides(nPlies == b.m_nMoves - 3),
+          m_survives(replies.size()) {}
+
+    /// The survivors in their order. Where the trial is only two plies shorter than what is left, each of them holds
+    /// out longest, and one stands for all: the first, unless threads found another sooner.
+    ///   Without meaning once IsCutShort.
+    std::vector<TReply> Survivors() {
+        const int threads = Threads();
+        if (threads > 1)
+            TryWithHelpers(threads);
+        else
+            TryReplies(m_b);
+        std::vector<TReply> survivors;
+        for (std::size_t i = 0; i < m_replies.size(); ++i)
+            if (m_survives[i] != 0)
+                survivors.push_back(m_replies[i]);
+        return survivors;
+    }
+
+    /// A thread was stopped, or has used up its part of the look.
+    [[nodiscard]] bool IsCutShort() const { return m_bCutShort.load(std::memory_order_relaxed) && !IsDecided(); }
+
+  private:
+    [[nodiscard]] bool IsDecided() const { return m_bFirstDecides && m_bAnySurvives.load(std::memory_order_relaxed); }
+
+    [[nodiscard]] int Threads() const {
+        if (m_nPlies < kShortestSharedTrial || !IsInMainStack(m_b))
+            return 1;
+        return std::min(ThreadsForLook(*m_b.m_pAnalysis), static_cast<int>(m_replies.size()));
+    }
+
+    /// Each thread gets a part of the bound; what is left of the parts goes back.
+    void TryWithHelpers(int nThreads) {
+        TSearchContext& context = *m_b.m_pContext;
+        FlushPositions(context, *m_b.m_pAnalysis);
+        const std::uint64_t part = context.m_nPositionsLeft / static_cast<std::uint64_t>(nThreads);
+        context.m_nPositionsLeft -= part * static_cast<std::uint64_t>(nThreads - 1);
+        CHelperThreads helpers;
+        helpers.Start(m_b, nThreads - 1, [&](TChessboard& b) {
+            const CBoundedLook look(*b.m_pContext, *b.m_pAnalysis, part);
+            TryReplies(b);
+            FlushPositions(*b.m_pContext, *b.m_pAnalysis);
+            m_nGivenBack.fetch_add(b.m_pContext->m_nPositionsLeft, std::memory_order_relaxed);
+        });
+        TryReplies(m_b);
+        if (IsDecided())
+            helpers.Stop();
+        else
+            helpers.Join();
+        FlushPositions(context, *m_b.m_pAnalysis);
+        context.m_nPositionsLeft += m_nGivenBack.load(std::memory_order_relaxed);
+    }
+
+    /// One thread's work.
+    void TryReplies(TChessboard& b) {
+        const auto next = [this] { return m_nNext.fetch_add(1, std::memory_order_relaxed); };
+        for (std::size_t i = next(); i < m_replies.size(); i = next()) {
+            if (IsDecided())
+                return;
+            TMove move = m_replies[i].m_move;
+            const bool bMated = FindMateWhite(MakeReply(b, move, m_nPlies), true) == MR_MATE;
+            if (IsStopping(b)) { // then it is no verdict
+                m_bCutShort.store(true, std::memory_order_relaxed);
+                return;
+            }
+            if (!bMated) {
+                m_survives[i] = 1;
+                m_bAnySurvives.store(true, std::memory_order_relaxed);
+            }
+        }
+    }
+
+    TChessboard& m_b;
+    const std::vector<TReply>& m_replies;
+    const int m_nPlies;
+    const bool m_bFirstDecides;
+    std::vector<std::uint8_t> m_survives; // each written by one thread
+    std::atomic<std::size_t> m_nNext{0};
+    std::atomic<bool> m_bAnySurvives{false}, m_bCutShort{false};
+    std::atomic<std::uint64_t> m_nGivenBack{0};
+};
+
 /// Of replies that all lose within m_nMoves - 1 plies, the first that holds out longest: rising trial lengths sieve out
 /// those that are mated sooner. A stop, the bound of a look among them, leaves those that were not told apart.
-std::vector<TReply> LongestReplies(TChessboard& b, std::vector<TReply> replies) {
-    for (int plies = 1; plies < b.m_nMoves - 1 && !IsStopping(b); plies += 2) {
-        std::vector<TReply> surviving;
-        for (TReply& reply : replies) {
-            TChessboard* const child = MakeReply(b, reply.m_move, plies);
-            if (FindMateWhite(child, true) != MR_MATE)
-                surviving.push_back(reply);
-            if (!surviving.empty() && plies == b.m_nMoves - 3)
-                break; // it needs the full length: none is longer
-        }
-        if (surviving.empty())
+///   bCutShort  receives whether that has come to pass.
+std::vector<TReply> LongestReplies(TChessboard& b, std::vector<TReply> replies, bool& bCutShort) {
+    bCutShort = IsStopping(b);
+    for (int plies = 1; plies < b.m_nMoves - 1 && !bCutShort; plies += 2) {
+        CTrial trial(b, replies, plies);
+        std::vector<TReply> survivors = trial.Survivors();
+        bCutShort = trial.IsCutShort();
+        if (bCutShort)
+            break;
+        if (survivors.empty())
             return {{replies.front().m_move, plies}};
-        if (!IsStopping(b))
-            replies = std::move(surviving);
+        replies = std::move(survivors);
     }
     return replies;
 }
@@ -120,15 +210,14 @@ class CVariant {
 
     /// The best reply of `b`, in the plies that White needs behind it.
     TReply LongestReply(TChessboard& b, std::vector<TReply> replies) {
-        bool bUsedUp = false;
+        bool bCutShort = false;
         {
             const CBoundedLook look(m_context, m_analysis, std::max(m_nLeft, kFewestPositions));
-            replies = LongestReplies(b, std::move(replies));
+            replies = LongestReplies(b, std::move(replies), bCutShort);
             FlushPositions(m_context, m_analysis);
             m_nLeft = m_context.m_nPositionsLeft;
-            bUsedUp = look.IsUsedUp();
         }
-        return bUsedUp ? LongestAsKnown(b, std::move(replies)) : replies.front();
+        return bCutShort ? LongestAsKnown(b, std::move(replies)) : replies.front();
     }
 
     TChessboard* MatingMove(TChessboard& b, TMove& mating) {
@@ -152,7 +241,7 @@ class CVariant {
         while (known.m_reply.m_nPlies > kShorterThanGuided && m_nProofNodes < kAllProofNodes && !IsStopping(b)) {
             TChessboard* const child = MakeReply(b, reply.m_move, known.m_reply.m_nPlies - 2);
             auto guide = std::make_unique<CProofGuide>(kProofTable);
-            const EProofResult result = guide->Search(*child, kProofNodes);
+            const EProofResult result = guide->Search(*child, kProofNodes, ThreadsForLook(m_analysis));
             m_nProofNodes += guide->Nodes();
             if (result != EProofResult::Proved || guide->KnownPlies(*child) == 0)
                 break;

@@ -13,7 +13,7 @@ namespace quillon {
 inline constexpr std::uint64_t kVariantPositions = 1'000'000;
 
 /// The line after `key`, key first, to the mate: at each turn the black reply that takes White longest (the first such
-/// in the order of generation), answered by a white move that mates in the fewest moves.
+/// in the order of generation, unless threads share the work), answered by a white move that mates in the fewest moves.
 ///   root            the root of a run, in its slot; `key` mates within its m_nMoves.
 ///   nMostPositions  what may be spent on telling the lengths of the replies apart, and as much again on White's moves.
 ///                   With less than it takes, a reply that holds out longest as far as is known stands for the best.

@@ -99,7 +99,8 @@ bool CProofGuide::FindMove(TChessboard& p, std::uint64_t hash, TMove& move) {
         found = m_table->Find(hash, p.m_nMoves);
     }
     move = found.m_move;
-    return found.m_bKnown && found.m_numbers.m_phi == 0 && move.m_nFrom != move.m_nTo;
+    // The entry may be another position's of the same hash, or of the same board with other rights.
+    return found.m_bKnown && found.m_numbers.m_phi == 0 && move.m_nFrom != move.m_nTo && CanMake(p, move);
 }
 
 const CProofGuide::TKnown* CProofGuide::Find(const TChessboard& b) const {

@@ -1,10 +1,8 @@
 #include "search/proof_search.h"
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <new>
-#include <system_error>
 #include <vector>
 
 #include "core/attacks.h"
@@ -12,10 +10,10 @@
 #include "core/makers.h"
 #include "core/queries.h"
 #include "core/search_context.h"
-#include "platform/thread.h"
 #include "search/analysis.h"
 #include "search/control.h"
 #include "search/find_mate.h"
+#include "search/helper_threads.h"
 #include "search/proof_team.h"
 
 namespace quillon {
@@ -391,70 +389,24 @@ class CLookAsideOfProof {
 /// To start a thread pays only for a search of some length.
 constexpr std::uint64_t kFewestNodesForThreads = 2000;
 
-/// A position and its recursion take some hundred bytes of stack a ply, several times that with sanitizers.
-constexpr std::size_t kHelperStack = std::size_t{8} << 20;
-
-/// The threads that help the calling one; its end waits for theirs.
-class CHelpers {
+/// Ends the search of all threads where the calling one leaves it, however that comes about.
+class CEndOfTeam {
   public:
-    CHelpers(CProofTable& table, CProofTeam& team) : m_table(table), m_team(team) {}
-    ~CHelpers() {
-        m_team.End();
-        for (const auto& context : m_contexts)
-            AskThread(*context, kStopRequest); // one may sleep in a pause
-        m_threads.clear();
-    }
-    CHelpers(const CHelpers&) = delete;
-    CHelpers& operator=(const CHelpers&) = delete;
-
-    /// All clones are made before a thread starts: none may read the caller's context while he searches.
-    void Start(const TChessboard& root) {
-        const TSearchContext& caller = *root.m_pContext;
-        const auto slot = static_cast<std::size_t>(&root - caller.m_stack.data());
-        try {
-            m_contexts.reserve(static_cast<std::size_t>(m_team.Threads()));
-            m_threads.reserve(static_cast<std::size_t>(m_team.Threads()));
-            for (int i = 1; i < m_team.Threads(); ++i)
-                m_contexts.push_back(CloneOf(caller));
-            for (const auto& context : m_contexts)
-                m_threads.emplace_back(kHelperStack, [this, &clone = context->m_stack[slot]] { Help(clone); });
-        } catch (const std::bad_alloc&) { // fewer will do
-        } catch (const std::system_error&) {
-        }
-    }
+    explicit CEndOfTeam(CProofTeam& team) : m_team(team) {}
+    ~CEndOfTeam() { m_team.End(); }
+    CEndOfTeam(const CEndOfTeam&) = delete;
+    CEndOfTeam& operator=(const CEndOfTeam&) = delete;
 
   private:
-    static std::unique_ptr<TSearchContext> CloneOf(const TSearchContext& caller) {
-        auto clone = NewSearchContext();
-        CloneSearchContext(caller, *clone);
-        clone->m_nTrialPositions = 0;                       // the caller reports what he has counted
-        clone->m_nPositionsLeft = TSearchContext::kNoBound; // and watches over his bound
-        clone->m_nStopRequest.store(kRunRequest, std::memory_order_relaxed);
-        return clone;
-    }
-
-    void Help(TChessboard& root) {
-        const CCountedThread running(root.m_pAnalysis->m_nRunningThreads);
-        SetThreadPriority(root.m_pAnalysis->m_nThreadPriority);
-        try {
-            CProofSearch search(m_table, m_team);
-            search.Run(root);
-        } catch (const std::bad_alloc&) { // the others go on
-        }
-        FlushPositions(*root.m_pContext, *root.m_pAnalysis);
-    }
-
-    CProofTable& m_table;
     CProofTeam& m_team;
-    std::vector<std::unique_ptr<TSearchContext>> m_contexts;
-    std::vector<CThread> m_threads; // end before their contexts
 };
 
-/// Only a root in the main stack has its like in a clone.
-bool IsInMainStack(const TChessboard& root) {
-    const auto& stack = root.m_pContext->m_stack;
-    return !std::less<const TChessboard*>()(&root, stack.data()) &&
-           std::less<const TChessboard*>()(&root, stack.data() + stack.size());
+/// What a helping thread does. Without memory it leaves the work to the others.
+void Help(TChessboard& root, CProofTable& table, CProofTeam& team) {
+    try {
+        CProofSearch(table, team).Run(root);
+    } catch (const std::bad_alloc&) {
+    }
 }
 
 int UsefulThreads(const TChessboard& root, std::uint64_t nMostNodes, int nThreads) {
@@ -469,9 +421,9 @@ EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nM
     const CLookAsideOfProof aside(*root.m_pContext);
     const auto team = std::make_unique<CProofTeam>(root, UsefulThreads(root, nMostNodes, nThreads), nMostNodes);
     {
-        CHelpers helpers(table, *team);
-        if (!team->IsAlone())
-            helpers.Start(root);
+        CHelperThreads helpers;
+        helpers.Start(root, team->Threads() - 1, [&](TChessboard& b) { Help(b, table, *team); });
+        const CEndOfTeam end(*team); // before that of the helpers
         CProofSearch(table, *team).Run(root);
     }
     nNodes += team->Nodes();

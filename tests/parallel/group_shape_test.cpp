@@ -36,9 +36,9 @@ TEST(GroupShape, SixtyFourAtMost) {
         EXPECT_EQ(hands[i].size(), 1u);
 }
 
-TEST(GroupShape, ALimitCountsBetweenOneAndTheSize) {
+TEST(GroupShape, ALimitCountsFromOneToTheSize) {
     EXPECT_EQ(GroupSize(20, 8, 4), 4);
-    EXPECT_EQ(GroupSize(20, 8, 1), 8);
+    EXPECT_EQ(GroupSize(20, 8, 1), 1);
     EXPECT_EQ(GroupSize(20, 8, 0), 8);
     EXPECT_EQ(GroupSize(20, 8, 8), 8);
     EXPECT_EQ(GroupSize(20, 8, 12), 8);

@@ -7,6 +7,7 @@
 #include "parallel/observed_solve.h"
 #include "platform/clock.h"
 #include "search/control.h"
+#include "search/helper_threads.h"
 
 namespace quillon::test {
 namespace {
@@ -144,10 +145,12 @@ TEST(Pause, AStopEndsItInALookOfTheGuide) {
     CObservedSolve run(request, kObservedLevels);
     const TAnalysis& analysis = run.m_solve.Analysis();
     ASSERT_TRUE(run.WaitUntil([&] {
-        return std::string_view(analysis.m_pStatusText.load()) == kGuideLooking && analysis.m_nRunningThreads >= 4;
+        return std::string_view(analysis.m_pStatusText.load()) == kGuideLooking &&
+               static_cast<int>(analysis.m_nRunningThreads) >= ThreadsForLook(analysis);
     }));
     run.m_solve.Pause();
-    ASSERT_TRUE(run.WaitUntil([&] { return analysis.m_nSleepingThreads >= 4; }));
+    ASSERT_TRUE(
+        run.WaitUntil([&] { return static_cast<int>(analysis.m_nSleepingThreads) >= ThreadsForLook(analysis); }));
     run.m_solve.RequestStop();
     run.m_thread.Join(); // or the test does not end
     EXPECT_EQ(run.m_result.m_verdict, EVerdict::Stopped);

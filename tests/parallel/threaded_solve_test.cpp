@@ -168,6 +168,7 @@ TEST(ScheduledSolve, WithoutLevelsThereIsNoScheduler) {
 /// Stops, pauses and manual commands at random moments cost keys at most; they never make one, nor a refutation.
 TEST(ThreadedSolve, CommandsAtRandomMomentsLeaveNoFalseVerdict) {
     const CNothingLeft nothing;
+    constexpr int kMostNumbers = 24; // threads of the root and of the levels below it
     std::mt19937_64 rng(5103);
     int commands = 0, proofs = 0;
     for (int i = 0; i < Few(40); ++i) {
@@ -188,7 +189,7 @@ TEST(ThreadedSolve, CommandsAtRandomMomentsLeaveNoFalseVerdict) {
         for (int n = 0; n < 100 && !bDone; ++n) {
             std::this_thread::sleep_for(std::chrono::microseconds(reference::DrawInt(rng, 3000)));
             ++commands;
-            switch (reference::DrawInt(rng, bPausesOnly ? 2 : 6)) {
+            switch (reference::DrawInt(rng, bPausesOnly ? 2 : 7)) {
             case 0:
                 solve.Pause();
                 break;
@@ -201,12 +202,20 @@ TEST(ThreadedSolve, CommandsAtRandomMomentsLeaveNoFalseVerdict) {
                 if (bStop && reference::Chance(rng, 20))
                     solve.RequestStop();
                 break;
+            case 3: // of one thread, and the next command comes at once
+                if (i % 5 == 2 && reference::Chance(rng, 20))
+                    GiveCommand(solve.Analysis(), kStopCommand,
+                                static_cast<std::uint16_t>(reference::DrawInt(rng, kMostNumbers)));
+                [[fallthrough]];
             default: {
                 TManualCommand command;
                 command.m_nThread = reference::Chance(rng, 50)
                                         ? kAllThreads
-                                        : static_cast<std::uint16_t>(reference::DrawInt(rng, tree.m_nThreads));
-                command.m_nPlies = static_cast<std::uint16_t>(2 * moves - 1 - reference::DrawInt(rng, 8));
+                                        : static_cast<std::uint16_t>(reference::DrawInt(rng, kMostNumbers));
+                const int deepest = reference::Chance(rng, 50) ? 4 : 2 * moves - 2;
+                command.m_nPlies = static_cast<std::uint16_t>(2 * moves - 1 - reference::DrawInt(rng, deepest));
+                command.m_skipTarget = {static_cast<std::uint8_t>(reference::DrawInt(rng, kSquares)),
+                                        static_cast<std::uint8_t>(reference::DrawInt(rng, kSquares)), 0, 0};
                 command.m_nMoveOrderAction = static_cast<std::uint8_t>(reference::DrawInt(rng, 3));
                 command.m_nSkipAction = static_cast<std::uint8_t>(reference::DrawInt(rng, 4));
                 GiveManualCommand(solve.Analysis(), command);
@@ -215,7 +224,7 @@ TEST(ThreadedSolve, CommandsAtRandomMomentsLeaveNoFalseVerdict) {
             std::this_thread::sleep_for(std::chrono::microseconds(reference::DrawInt(rng, 500)));
             solve.Resume();
             if (solve.Analysis().m_nCommand == kPauseCommand)
-                GiveCommand(solve.Analysis(), kNoCommand, kAllThreads);
+                GiveCommand(solve.Analysis(), kNoCommand, solve.Analysis().m_nCommandThread);
         }
         thread.Join();
         const std::vector<std::string> keys = SortedKeys(result);

@@ -87,6 +87,20 @@ TEST(MainVariant, IsEmptyWhenTheSearchIsStopped) {
     EXPECT_TRUE(BuildMainVariant(line.Root(), ParseMove("Qh4-b4", true)).empty());
 }
 
+/// The line of a solved position, its work shared by so many threads.
+std::vector<TMove> LineOfThreads(const char* placement, int nMoves, const char* key, int nThreads,
+                                 std::uint64_t nMostPositions) {
+    CSearchedPosition line(placement, 2 * nMoves - 1);
+    line.Analysis().m_nThreads = static_cast<std::uint8_t>(nThreads);
+    return BuildMainVariant(line.Root(), ParseMove(key, true), nMostPositions);
+}
+
+/// Whichever of several best replies they find first, Black holds out as long.
+TEST(MainVariant, IsAsLongWhenThreadsShareTheWork) {
+    for (const int threads : {1, 2, 3})
+        EXPECT_EQ(LineOfThreads("7k/5p2/3K1P1p/7P/1p6/1P6/8/8", 10, "Kd6-e7", threads, 100'000'000).size(), 19u);
+}
+
 /// Black's only reply takes the pawn that has just passed e4, and the queen mates on the square it stood on.
 TEST(MainVariant, MarksBlacksEnPassantCapture) {
     CSearchedPosition line("7k/4N2p/7P/6P1/4p2Q/4K3/3P4/8", 3);

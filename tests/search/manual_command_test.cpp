@@ -112,6 +112,44 @@ TEST(ManualCommand, TakesBackNoStop) {
     EXPECT_TRUE(IsStopping(node.m_line.Root()));
 }
 
+/// A stop for one thread outlives the commands that come before its thread has met a node.
+TEST(ManualCommand, NoCommandTakesBackAStopOfOneThread) {
+    CSearchedPosition stopped("8/8/8/8/7Q/n1K5/8/k7", 15);
+    TAnalysis& analysis = stopped.Analysis();
+    CSearchedPosition other("8/8/8/8/7Q/n1K5/8/k7", 15);
+    other.Now().m_pAnalysis = &analysis;
+    stopped.Context().m_nThreadNumber = 70;
+    other.Context().m_nThreadNumber = 6; // the same place in another word
+    GiveCommand(analysis, kStopCommand, 70);
+    GiveManualCommand(analysis, Skip(kSkipToNext));
+    ClearManualCommand(analysis);
+    EXPECT_TRUE(IsControlPending(stopped.Root()));
+    GiveCommand(analysis, kStopCommand, 5);
+    PauseAll(analysis);
+    ResumeAll(analysis);
+    GiveCommand(analysis, kPauseCommand, 9);
+    DropOwnPause(analysis, 9);
+    EXPECT_TRUE(IsControlPending(stopped.Root()));
+    EXPECT_FALSE(PauseOrStop(other.Root()));
+    EXPECT_EQ(RequestFor(analysis, other.Context()), kRunRequest);
+    EXPECT_EQ(RequestFor(analysis, stopped.Context()), kStopRequest);
+    EXPECT_TRUE(IsLeaving(stopped.Root()));
+}
+
+/// Whoever asked for it may.
+TEST(ManualCommand, AStopOfOneThreadIsTakenBackByItsNumberOrWithAll) {
+    CSearchedPosition line("8/8/8/8/7Q/n1K5/8/k7", 15);
+    TAnalysis& analysis = line.Analysis();
+    for (const std::uint16_t number : {std::uint16_t{64}, kAllThreads}) {
+        line.Context().m_nThreadNumber = 64;
+        GiveCommand(analysis, kStopCommand, 64);
+        GiveCommand(analysis, kNoCommand, 65); // another's
+        EXPECT_EQ(RequestFor(analysis, line.Context()), kStopRequest);
+        GiveCommand(analysis, kNoCommand, number);
+        EXPECT_FALSE(IsControlPending(line.Root()));
+    }
+}
+
 /// A stop for one thread that gives way to another command has been obeyed all the same.
 TEST(ManualCommand, AStopThatWasSeenStays) {
     CCalledBack node(4, 1);

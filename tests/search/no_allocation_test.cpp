@@ -18,6 +18,9 @@ void* Allocate(std::size_t bytes) {
     throw std::bad_alloc();
 }
 
+// Not to be seen through: a compiler that sees malloc behind new and free behind delete takes them for a mismatch.
+[[gnu::noinline]] void Release(void* memory) { std::free(memory); }
+
 } // namespace
 
 void* operator new(std::size_t bytes) { return Allocate(bytes); }
@@ -27,12 +30,12 @@ void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
     return std::malloc(bytes != 0 ? bytes : 1);
 }
 void* operator new[](std::size_t bytes, const std::nothrow_t& tag) noexcept { return operator new(bytes, tag); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { Release(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { Release(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { Release(memory); }
+void operator delete[](void* memory) noexcept { Release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { Release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { Release(memory); }
 
 namespace quillon::test {
 namespace {
