@@ -1120,3 +1120,31 @@ UTF-8
 	FEN: 8/1p2p2p/1Pp5/k1P5/2P1p1p1/p1P1P1P1/P5PK/8
 	Answer:  Kh2-g1,  Kh2-h1
 }
+
+161 #29
+{
+	Description: Composed for this library, the caged king runs out of pawn moves: 8 pawns against 7 pawns, the key in a second, that 28 moves do not do in half a minute
+	FEN: 8/p2p3p/6pP/5pPk/1p1p1P2/1P1P1P1p/KP5P/8
+	Answer:  Ka2-b1
+}
+
+162 #30
+{
+	Description: Composed for this library, first the cage has to be shut: 8 pawns against 7 pawns, the key in two seconds; whether 29 moves would do is open after five minutes
+	FEN: 8/p2p3p/6pP/5pP1/1p1p1P1k/1P1P3p/KP3P1P/8
+	Answer:  f2-f3
+}
+
+163 #30
+{
+	Description: Composed for this library, the cage is shut by a capture: the key in a few seconds; whether 29 moves would do is not known
+	FEN: 8/p2p3p/6pP/5pP1/1p1p1P1k/1P1P1n1p/KP2P2P/8
+	Answer:  e2:f3
+}
+
+164 #30
+{
+	Description: Composed for this library, the knight must not get out: the key in two seconds; whether 29 moves would do is open after six minutes
+	FEN: 8/p2p3p/6pP/5pP1/1p1p1P1k/1P1P1P1p/nP5P/1K6
+	Answer:  Kb1:a2
+}

@@ -22,6 +22,7 @@ struct TSample {
     TChessboard m_board = EmptyChessboard();
     std::string m_fen;
     std::vector<std::string> m_keys; // sorted
+    bool m_bAllSolutions = false;    // the answer is every key, otherwise the one that is found first
 };
 
 inline std::vector<TSample> Samples() {
@@ -32,6 +33,7 @@ inline std::vector<TSample> Samples() {
         TSample sample;
         sample.m_nId = id;
         sample.m_nStipulation = StipulationMoves(*problem);
+        sample.m_bAllSolutions = (problem->flags & kFlagAllSolutions) != 0;
         sample.m_board = *problem->originalPosition;
         sample.m_fen = WriteFEN(sample.m_board, false);
         for (const TMove& move : problem->answer)
@@ -48,17 +50,17 @@ class CSilentNotifier final : public INotifier {
     [[nodiscard]] bool AskYesNo(std::string_view, std::string_view) override { return false; }
 };
 
-/// All keys that the solver finds, sorted; complete or an empty list.
+/// The keys that the solver finds as the problem asks for them, sorted; where it asks for all, all or an empty list.
 inline std::vector<std::string> KeysBySolver(const TSample& sample) {
     TSolveRequest request;
     request.m_board = sample.m_board;
     request.m_nStipulation = sample.m_nStipulation;
-    request.m_mode = ESolveMode::AllSolutions;
+    request.m_mode = sample.m_bAllSolutions ? ESolveMode::AllSolutions : ESolveMode::FirstSolution;
     CSolve solve(request);
     CSilentNotifier notifier;
     const TSolvingResult result = solve.StartSolving(notifier);
     std::vector<std::string> keys;
-    if (result.m_bComplete)
+    if (result.m_bComplete || !sample.m_bAllSolutions)
         for (const TSolution& solution : result.m_solutions)
             keys.push_back(solution.m_text);
     std::sort(keys.begin(), keys.end());

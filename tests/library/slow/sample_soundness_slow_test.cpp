@@ -94,7 +94,7 @@ TEST(SampleSoundness, LongAnswersStandAgainstEveryDefence) {
     }
     EXPECT_GT(guided, 60);
     EXPECT_GT(suggested, 1000);
-    EXPECT_GE(longest, 24);
+    EXPECT_GE(longest, 30);
 }
 
 } // namespace
