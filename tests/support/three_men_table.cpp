@@ -38,7 +38,7 @@ void ThreeMenTable::AddMated(std::vector<TSquares>& lost) {
     for (int w = 0; w < kSquares; ++w)
         for (int p = 0; p < kSquares; ++p)
             for (int b = 0; b < kSquares; ++b)
-                if (BlackIsLost(w, p, b, 0)) {
+                if (PieceAttacks(p, b, w, -1) && BlackIsLost(w, p, b, 0)) {
                     m_blackLost[Number(w, p, b)] = true;
                     lost.push_back({w, p, b});
                 }
