@@ -227,6 +227,20 @@ void CGlobalRegisters::Unload(TPositionType type) {
     delete slot->TakeOut();
 }
 
+void CGlobalRegisters::Discard(TPositionType type, std::string_view reason) {
+    TRegisterSlot* const slot = FindSlot(type);
+    if (slot == nullptr)
+        return;
+    {
+        const std::lock_guard lock(m_registersLock);
+        slot->SetState(EDataState::Unavailable);
+        const std::unique_ptr<TGlobalRegister> data(slot->TakeOut());
+        if (!data) // another thread has met the damage, too
+            return;
+    }
+    m_notifier.Inform(PositionTypeToString(type) + ": " + std::string(reason), "Error");
+}
+
 bool CGlobalRegisters::UnloadAll() {
     {
         const std::lock_guard registers(m_registersLock);

@@ -101,6 +101,9 @@ class CGlobalRegisters final : private IPrecalcRoom {
     /// Deletes the data of a type once nobody uses them.
     void Unload(TPositionType type);
 
+    /// The same for data that turned out to be damaged: the user is told, and they are not loaded again.
+    void Discard(TPositionType type, std::string_view reason);
+
     /// Deletes all data, forgets what could not be had, and reads the folders again.
     ///   Result  false: a load is in progress, and nothing was done.
     bool UnloadAll();

@@ -11,7 +11,7 @@
 #include "platform/sleep.h"
 #include "platform/temporary_folder.h"
 #include "support/random_positions.h"
-#include "table_files.h"
+#include "globalregister/table_files.h"
 
 namespace quillon {
 namespace {

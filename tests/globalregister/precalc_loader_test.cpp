@@ -2,7 +2,7 @@
 
 #include "core/chess_exception.h"
 #include "platform/temporary_folder.h"
-#include "table_files.h"
+#include "globalregister/table_files.h"
 
 namespace quillon {
 namespace {

@@ -11,10 +11,20 @@ constexpr int kDirections = 8, kStraightDirections = 4;
 
 bool AreNeighbours(int a, int b) { return a != b && std::abs(a % 8 - b % 8) <= 1 && std::abs(a / 8 - b / 8) <= 1; }
 
-// The square one step on; -1 over the edge.
-int Step(int square, const int* step) {
-    const int file = square % 8 + step[0], rank = square / 8 + step[1];
-    return file < 0 || file > 7 || rank < 0 || rank > 7 ? -1 : rank * 8 + file;
+// The square one step on, by direction; -1 over the edge.
+constexpr auto kNext = [] {
+    std::array<std::array<int, kDirections>, 64> next{};
+    for (int square = 0; square < 64; ++square)
+        for (int d = 0; d < kDirections; ++d) {
+            const int file = square % 8 + kAllSteps[2 * d], rank = square / 8 + kAllSteps[2 * d + 1];
+            next[static_cast<std::size_t>(square)][static_cast<std::size_t>(d)] =
+                file < 0 || file > 7 || rank < 0 || rank > 7 ? -1 : rank * 8 + file;
+        }
+    return next;
+}();
+
+int Step(int square, int direction) {
+    return kNext[static_cast<std::size_t>(square)][static_cast<std::size_t>(direction)];
 }
 
 } // namespace
@@ -46,11 +56,11 @@ void ThreeMenTable::AddMated(std::vector<TSquares>& lost) {
 
 void ThreeMenTable::TakeMatingMovesBack(const TSquares& lost, int moves, std::vector<TSquares>& mates) {
     for (int d = 0; d < kDirections; ++d)
-        if (const int from = Step(lost.whiteKing, kAllSteps + 2 * d); from != -1)
+        if (const int from = Step(lost.whiteKing, d); from != -1)
             AddMate({from, lost.piece, lost.blackKing}, moves, mates);
     for (int d = 0; d < Directions(); ++d)
-        for (int from = Step(lost.piece, kAllSteps + 2 * d);
-             from != -1 && from != lost.whiteKing && from != lost.blackKing; from = Step(from, kAllSteps + 2 * d))
+        for (int from = Step(lost.piece, d); from != -1 && from != lost.whiteKing && from != lost.blackKing;
+             from = Step(from, d))
             AddMate({lost.whiteKing, from, lost.blackKing}, moves, mates);
 }
 
@@ -64,7 +74,7 @@ void ThreeMenTable::AddMate(const TSquares& squares, int moves, std::vector<TSqu
 
 void ThreeMenTable::TakeBlackMovesBack(const TSquares& mate, int moves, std::vector<TSquares>& lost) {
     for (int d = 0; d < kDirections; ++d) {
-        const int from = Step(mate.blackKing, kAllSteps + 2 * d);
+        const int from = Step(mate.blackKing, d);
         if (from == -1 || m_blackLost[Number(mate.whiteKing, mate.piece, from)] ||
             !BlackIsLost(mate.whiteKing, mate.piece, from, moves))
             continue;
@@ -79,7 +89,7 @@ int ThreeMenTable::Directions() const { return m_bQueen ? kDirections : kStraigh
 // The white king blocks, and so does the black one where it is not on its way: -1 then.
 bool ThreeMenTable::PieceAttacks(int from, int target, int whiteKing, int blackKing) const {
     for (int d = 0; d < Directions(); ++d)
-        for (int s = Step(from, kAllSteps + 2 * d); s != -1; s = Step(s, kAllSteps + 2 * d)) {
+        for (int s = Step(from, d); s != -1; s = Step(s, d)) {
             if (s == target)
                 return true;
             if (s == whiteKing || s == blackKing)
@@ -98,7 +108,7 @@ bool ThreeMenTable::BlackIsLost(int whiteKing, int piece, int blackKing, int mov
         return false;
     bool hasMove = false;
     for (int d = 0; d < kDirections; ++d) {
-        const int to = Step(blackKing, kAllSteps + 2 * d);
+        const int to = Step(blackKing, d);
         if (to == -1 || to == whiteKing || AreNeighbours(to, whiteKing))
             continue;
         if (to == piece)
