@@ -8,10 +8,10 @@
 #include "core/queries.h"
 #include "globalregister/active_registers.h"
 #include "globalregister/precalc_files.h"
+#include "globalregister/table_files.h"
 #include "platform/sleep.h"
 #include "platform/temporary_folder.h"
 #include "support/random_positions.h"
-#include "globalregister/table_files.h"
 
 namespace quillon {
 namespace {

@@ -1,8 +1,8 @@
 #include "globalregister/precalc_loader.h"
 
 #include "core/chess_exception.h"
-#include "platform/temporary_folder.h"
 #include "globalregister/table_files.h"
+#include "platform/temporary_folder.h"
 
 namespace quillon {
 namespace {
