@@ -17,6 +17,7 @@
 #include "globalregister/packed/packed_block.h"
 #include "globalregister/packed/random_access_packed_buffer.h"
 #include "globalregister/position_indexing.h"
+#include "platform/large_pages.h"
 
 namespace quillon {
 namespace {
@@ -154,6 +155,8 @@ BENCHMARK(BM_PackForElements);
 TGlobalRegister PlainTable(const char* type) {
     TGlobalRegister data(type);
     std::mt19937_64 rng(8);
+    data.data.reserve(data.GetSize());
+    PreferLargePages(data.data.data(), data.GetSize()); // as a load does
     data.data.resize(data.GetSize());
     for (std::uint8_t& element : data.data)
         element = static_cast<std::uint8_t>(rng() % 40);

@@ -5,6 +5,7 @@
 
 #include "globalregister/packed/byte_streams.h"
 #include "globalregister/packed/simple_packing.h"
+#include "platform/large_pages.h"
 #include "platform/save_file.h"
 
 namespace quillon {
@@ -15,7 +16,10 @@ std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::filesystem::pa
     std::ifstream file(path, std::ios::binary);
     if (error || !file)
         return std::nullopt;
-    std::vector<std::uint8_t> content(size);
+    std::vector<std::uint8_t> content;
+    content.reserve(size);
+    PreferLargePages(content.data(), size); // before a page is touched: tables are read at random
+    content.resize(size);
     if (!ReadBytes(file, content.data(), size))
         return std::nullopt;
     return content;
