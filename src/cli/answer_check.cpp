@@ -2,15 +2,9 @@
 
 #include <algorithm>
 
-#include "core/notation.h"
+#include "app/expected_answer.h"
 
 namespace quillon {
-
-bool IsMoveMeant(const TMove& expected, const TMove& found) {
-    const bool bFigure = PromotionKind(expected) == PromotionKind(found) ||
-                         (PromotionKind(expected) == 0 && PromotionKind(found) == kQueen);
-    return expected.m_nFrom == found.m_nFrom && expected.m_nTo == found.m_nTo && bFigure;
-}
 
 EAnswerCheck CheckAnswer(const TSolvingResult& result, const std::vector<TMove>& expected, int nLimit) {
     const auto& found = result.m_solutions;
@@ -34,10 +28,8 @@ EAnswerCheck CheckAnswer(const TSolvingResult& result, const std::vector<TMove>&
 
 std::string AnswerText(const std::vector<TMove>& expected, const TChessboard& board) {
     std::string text;
-    for (const TMove& move : expected) {
-        const bool bOnBoard = move.m_nFrom < kSquares && move.m_nTo < kSquares;
-        text += (text.empty() ? "" : ", ") + (bOnBoard ? WriteMove(move, board) : "a move beyond the board");
-    }
+    for (const TMove& move : expected)
+        text += (text.empty() ? "" : ", ") + ExpectedMoveText(move, board);
     return text.empty() ? "no solution" : text;
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "core/expected_move.h"
 #include "heuristics/solving_driver.h"
 
 namespace quillon {
@@ -13,9 +14,6 @@ enum class EAnswerCheck {
     AsExpected,    // also: the run ended at its limit of keys, all of which are expected ones
     Differs,       // a key that is not expected, or the proof that an expected one is none
 };
-
-/// Is it the move that the answer means? A promotion without a figure is to a queen.
-[[nodiscard]] bool IsMoveMeant(const TMove& expected, const TMove& found);
 
 /// nLimit: the number of keys at which the run was to end, 0 for none.
 [[nodiscard]] EAnswerCheck CheckAnswer(const TSolvingResult& result, const std::vector<TMove>& expected, int nLimit);

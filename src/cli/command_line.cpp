@@ -17,6 +17,7 @@
 #include "cli/perft_command.h"
 #include "cli/precalc_command.h"
 #include "cli/probe_command.h"
+#include "cli/regress_command.h"
 #include "cli/show_command.h"
 #include "cli/solve_command.h"
 #include "cli/uci_command.h"
@@ -30,6 +31,7 @@ Examples:
   quillon solve                                  solve the sample library
   quillon solve problems.cp --all                every key of every problem
   quillon solve --fen "8/8/8/8/8/1K5Q/1p6/kn6" --moves 3
+  quillon regress problems.cp --quick            hold the engine against a file
 
 "quillon COMMAND --help" tells the options of a command.)";
 
@@ -80,6 +82,7 @@ EExitStatus Run(int argc, const char* const* argv) {
     AddCheckCommand(app, chosen);
     AddProbeCommand(app, chosen);
     AddPrecalcCommand(app, chosen);
+    AddRegressCommand(app, chosen);
     AddBenchCommand(app, chosen);
     AddUciCommand(app, chosen);
     try {

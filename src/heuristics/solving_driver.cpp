@@ -8,6 +8,7 @@
 #include "heuristics/result_texts.h"
 #include "platform/clock.h"
 #include "platform/memory_info.h"
+#include "search/expected_white_moves.h"
 #include "search/main_variant.h"
 #include "search/proof_guide.h"
 #include "tempregister/bucket_count.h"
@@ -173,19 +174,28 @@ bool CSolve::IsRegisterWorthwhile() const {
 }
 
 /// The best-first proof of the first key. Its table is taken out of the register's memory, unless that is hardly enough
-/// for the register alone. Brute force has none: it is there to exclude solutions.
+/// for the register alone. Brute force has none: it is there to exclude solutions. Nor has a test of the sort: it would
+/// put its moves before those that are sorted.
 void CSolve::PrepareGuide() {
     m_analysis.m_pGuide = m_run.m_pGuide = nullptr;
     m_guide.reset();
     std::int64_t& budget = m_analysis.m_nRegisterBudget;
-    if (m_request.m_bBruteForce || PliesOf(m_request.m_nStipulation) < kShortestGuidedRun ||
-        (budget > 0 && budget < kFewestSharedBytes))
+    if (m_request.m_bBruteForce || m_request.m_bExpectedWhiteMovesOnly ||
+        PliesOf(m_request.m_nStipulation) < kShortestGuidedRun || (budget > 0 && budget < kFewestSharedBytes))
         return;
     const std::int64_t share = budget > 0 ? std::min(budget / 4, kMostGuideBytes) : kGuideBytesAlone;
     m_guide = std::make_unique<CProofGuide>(static_cast<std::size_t>(share));
     m_run.m_pGuide = m_guide.get();
     if (budget > 0)
         budget -= share;
+}
+
+void CSolve::PrepareExpectedWhiteMoves() {
+    m_expectedWhiteMoves.reset();
+    if (!m_request.m_expectedWhiteMoves.empty())
+        m_expectedWhiteMoves = std::make_unique<CExpectedWhiteMoves>(
+            m_request.m_expectedWhiteMoves, m_request.m_bExpectedWhiteMovesOnly, [this] { RequestStop(); });
+    m_analysis.m_pExpectedWhiteMoves = m_expectedWhiteMoves.get();
 }
 
 /// Made once, empty at the start of a solve, kept across the restarts within it.
@@ -229,6 +239,7 @@ void CSolve::Prepare(INotifier& notifier) {
     m_run.m_pNotifier = &notifier;
     SetRegisterMemory();
     PrepareGuide();
+    PrepareExpectedWhiteMoves();
     PrepareRegister(notifier);
 }
 
@@ -310,6 +321,10 @@ TSolvingResult CSolve::Collect(double seconds) {
     result.m_nTrialPositions = m_analysis.m_nTrialPositions.load(std::memory_order_relaxed);
     result.m_seconds = seconds;
     result.m_register = RegisterFigures();
+    if (m_expectedWhiteMoves != nullptr) {
+        result.m_expectedWhiteMoves = m_expectedWhiteMoves->Moves();
+        result.m_bStoppedByExpectation = m_expectedWhiteMoves->HasStopped();
+    }
     FillTexts(result);
     return result;
 }

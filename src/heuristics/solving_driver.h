@@ -18,6 +18,7 @@
 
 namespace quillon {
 
+class CExpectedWhiteMoves;
 class CProofGuide;
 class CSearchRegister;
 class TAggregatedTemporaryChessboardRegister;
@@ -54,6 +55,11 @@ struct TSolveRequest {
     bool m_bLog = false;
     std::vector<SortIndication> m_sortIndications; // the user's word on the order of White's moves
     std::vector<TVariantMove> m_mainVariant;       // White's moves of a known variant, tried first; empty for none
+
+    // A regression's test of the sort (search/expected_white_moves.h): White's moves of a line that are to be sorted
+    // first; empty for no such test. A run for the test alone ends with it.
+    std::vector<TMove> m_expectedWhiteMoves;
+    bool m_bExpectedWhiteMovesOnly = false;
 };
 
 /// What the register of solved positions holds and has done. All zero without a register.
@@ -87,6 +93,10 @@ struct TSolvingResult {
     std::uint64_t m_nTrialPositions = 0;    // and inside it
     double m_seconds = 0;                   // wall clock, without pauses
     TRegisterFigures m_register;
+
+    std::vector<TMove> m_expectedWhiteMoves; // of the request; what was not sorted first is marked
+    bool m_bStoppedByExpectation = false;    // the test of the sort has ended the run, not the user or a limit
+
     std::string m_text;  // the result text for the user
     std::string m_title; // and the title it goes under
     std::string m_logLine;
@@ -133,6 +143,7 @@ class CSolve {
     void SetRegisterMemory();
     void PrepareRegister(INotifier& notifier);
     void PrepareGuide();
+    void PrepareExpectedWhiteMoves();
     [[nodiscard]] bool IsRegisterWorthwhile() const;
     [[nodiscard]] int RunRoot(INotifier& notifier);
     [[nodiscard]] int RunOnce(bool bFirstTime, bool bAllowDemand);
@@ -149,6 +160,7 @@ class CSolve {
     TRootRun m_run;
 
     std::unique_ptr<CProofGuide> m_guide;
+    std::unique_ptr<CExpectedWhiteMoves> m_expectedWhiteMoves; // null: no order of White's moves is expected
 
     // Both live as long as the solve: the progress display may look at them at any time.
     std::unique_ptr<TAggregatedTemporaryChessboardRegister> m_register;

@@ -18,6 +18,7 @@
 
 namespace quillon {
 
+class CExpectedWhiteMoves;
 class CObservedLines;
 class CProofGuide;
 class INodeLog;
@@ -95,9 +96,10 @@ struct TAnalysis : THeuristicAnalysisParameters {
     // --- What is known of the order of White's moves (move_sort.h)
     // ----------------------------------------------------------------------
     std::vector<SortIndication> m_sortIndications;
-    std::uint8_t m_nSortIndicationLevels = 255; // the first moves of a line that they are asked at
-    std::vector<TVariantMove> m_mainVariant;    // White's moves of a known variant, the key first
-    std::uint8_t m_nStoredTreeLevels = 1;       // White's first moves that precalculated data order
+    std::uint8_t m_nSortIndicationLevels = 255;           // the first moves of a line that they are asked at
+    std::vector<TVariantMove> m_mainVariant;              // White's moves of a known variant, the key first
+    CExpectedWhiteMoves* m_pExpectedWhiteMoves = nullptr; // not owned; null: no order is expected
+    std::uint8_t m_nStoredTreeLevels = 1;                 // White's first moves that precalculated data order
 
     // --- How the passes are planned
     // -------------------------------------------------------------------------------------------------

@@ -2,7 +2,7 @@
 //
 //   1 nesting               4 pawn about to promote    7 register        10 the root's list
 //   2 single queen          5 sort indications         8 score
-//   3 stored tree           6 main variant             9 sort, worst moves cut
+//   3 stored tree           6 main variant             9 sort, worst moves cut   11 the order that is expected
 
 #include "search/move_sort.h"
 
@@ -17,6 +17,7 @@
 #include "core/search_context.h"
 #include "heuristics/search_hooks.h"
 #include "search/analysis.h"
+#include "search/expected_white_moves.h"
 #include "search/hints.h"
 #include "search/move_score.h"
 #include "search/precalc_use.h"
@@ -299,14 +300,24 @@ class CWhiteSort {
 
 } // namespace
 
-TWhiteSort SortWhiteMoves(TChessboard& p, int nMoves, TMove* list, bool bShort) {
+namespace {
+
+TWhiteSort SortAs(ESortKind kind, TChessboard& p, int nMoves, TMove* list) {
     const CSortMark mark(p.m_pContext->m_nSortNesting); // 1
-    return CWhiteSort(p, nMoves, list, bShort ? ESortKind::Short : ESortKind::Full).Run();
+    const TWhiteSort sorted = CWhiteSort(p, nMoves, list, kind).Run();
+    if (p.m_pAnalysis->m_pExpectedWhiteMoves != nullptr) [[unlikely]]
+        p.m_pAnalysis->m_pExpectedWhiteMoves->Compare(p, sorted, list); // 11
+    return sorted;
+}
+
+} // namespace
+
+TWhiteSort SortWhiteMoves(TChessboard& p, int nMoves, TMove* list, bool bShort) {
+    return SortAs(bShort ? ESortKind::Short : ESortKind::Full, p, nMoves, list);
 }
 
 TWhiteSort SortWhiteMovesSimple(TChessboard& p, int nMoves, TMove* list) {
-    const CSortMark mark(p.m_pContext->m_nSortNesting);
-    return CWhiteSort(p, nMoves, list, ESortKind::Simple).Run();
+    return SortAs(ESortKind::Simple, p, nMoves, list);
 }
 
 } // namespace quillon
