@@ -57,9 +57,6 @@ struct TGlobalRegister : TPositionIndexing {
     /// Bytes that count against the quota: 0 for a table on disk.
     [[nodiscard]] std::uint64_t GetMemoryInUse() const;
 
-    /// True if every answer is a length: no bit data without details.
-    [[nodiscard]] bool HasDistances() const { return !bBitData || detailStream.is_open(); }
-
     std::filesystem::path path; // a file chosen by name; empty for those of the folders
     bool bFullyLoaded = false;
     bool bBitData = false;

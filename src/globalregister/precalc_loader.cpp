@@ -12,6 +12,7 @@
 #include "globalregister/packed/packed_table_header.h"
 #include "globalregister/precalc_read.h"
 #include "globalregister/recompression.h"
+#include "globalregister/table_conversion.h"
 #include "platform/memory_info.h"
 
 namespace quillon {
@@ -330,14 +331,12 @@ class CPrecalcLoad {
     }
 
     bool ReadSimple(const fs::path& file) {
-        if (m_data.custom || UsesBitData(m_data) || !CanHold(TableBytes()))
+        if (FormOf(file) != ETableForm::Simple || m_data.custom || UsesBitData(m_data) || !CanHold(TableBytes()))
             return false;
         const std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
-        if (!content || !IsPackedBlock(*content))
-            return false;
         std::vector<std::uint8_t> simple;
-        if (!UnpackBlock(*content, simple) || !TakeSimple(std::move(simple))) {
-            WarnAboutSize(file, content->size(), TableBytes());
+        if (!content || !UnpackBlock(*content, simple) || !TakeSimple(std::move(simple))) {
+            WarnAboutSize(file, FileSize(file), TableBytes());
             return false;
         }
         return true;

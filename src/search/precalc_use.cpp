@@ -1,6 +1,7 @@
 #include "search/precalc_use.h"
 
 #include <algorithm>
+#include <new>
 
 #include "core/attacks.h"
 #include "core/castling.h"
@@ -53,11 +54,6 @@ bool IsLengthWorthReading(const TChessboard& b) {
     return context.m_nAdditionalMoves > kFewAdditional && WhiteMen(b) + BlackMen(b) <= 1 && WasMaterialChanged(b);
 }
 
-/// Damaged data are told of and given up: the search goes on without them.
-void GiveUp(const TChessboard& b, CGlobalRegisters& registers, const char* reason) {
-    registers.Discard(GetPositionType(b), reason);
-}
-
 } // namespace
 
 std::uint16_t HalfMovesByData(const TChessboard& b) {
@@ -70,9 +66,10 @@ std::uint16_t HalfMovesByData(const TChessboard& b) {
             return kUnknownHalfMoves;
         return data->ProvedHalfMoves(b);
     } catch (const ChessException& failure) {
-        GiveUp(b, *registers, failure.what());
-        return kUnknownHalfMoves;
+        registers->Discard(GetPositionType(b), failure.what()); // the search goes on without them
+    } catch (const std::bad_alloc&) {                           // of a decoder
     }
+    return kUnknownHalfMoves;
 }
 
 TMateResult AskPrecalcDataAnyhow(const TChessboard& b) {

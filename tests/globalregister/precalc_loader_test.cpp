@@ -345,7 +345,7 @@ TEST_F(BitData, LengthsComeFromTheDetails) {
     Set(".details", a, 17);
     Set("", d / 4, static_cast<char>(3 << (2 * (d % 4))));
     ASSERT_TRUE(LoadPawns());
-    EXPECT_TRUE(m_data->bBitData && m_data->HasDistances());
+    EXPECT_TRUE(m_data->bBitData);
     EXPECT_EQ(m_data->GetMemoryInUse(), kSize / 4);
     EXPECT_EQ(m_data->IsMateByIndex(a), 1);
     EXPECT_EQ(m_data->IsMateByIndex(c), 0);
