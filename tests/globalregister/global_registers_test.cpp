@@ -357,5 +357,42 @@ TEST_F(GlobalRegisters, AnswersAreRightWhileDataComeAndGo) {
         EXPECT_EQ(status.m_nRefCount, 0) << status.m_typeName;
 }
 
+// Tables larger than a quarter of the quota are read from disk, plain and packed.
+TEST_F(GlobalRegisters, ManyThreadsReadFromDisk) {
+    for (const bool bPacked : {false, true}) {
+        const fs::path table = m_home.Path() / "Precalc/R.precalc";
+        fs::remove(table);
+        if (bPacked)
+            WriteLzw(table.string() + ".packed.lzw", ThreeMenElements("R"));
+        else
+            WriteElements(table, ThreeMenElements("R"));
+        CGlobalRegisters& registers = Open(kTable + 1000);
+        std::atomic<int> nWrong{0}, nAnswers{0};
+        const auto lookUp = [&](unsigned seed) {
+            std::mt19937_64 rng(seed);
+            for (int i = 0; i < 60; ++i) {
+                const int w = reference::DrawInt(rng, 64), p = reference::DrawInt(rng, 64),
+                          k = reference::DrawInt(rng, 64);
+                if (w == p || p == k || w == k)
+                    continue;
+                const TChessboard b = WithMoves(ThreeMenBoard("R", w, p, k), 31);
+                const CRegisterUse data(registers.GetRegister(b, {}));
+                if (!data)
+                    continue;
+                const int length = ReferenceTable("R").Length(w, p, k);
+                nWrong += data->ProvedHalfMoves(b) != (length == 0 ? 0 : 2 * length - 1);
+                nAnswers += data->diskStream.is_open() || (data->packed && data->packed->IsStreaming());
+            }
+        };
+        std::vector<std::thread> threads;
+        for (unsigned i = 0; i < 8; ++i)
+            threads.emplace_back(lookUp, i);
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(nWrong, 0);
+        EXPECT_GT(nAnswers, 300);
+    }
+}
+
 } // namespace
 } // namespace quillon
