@@ -17,10 +17,8 @@ struct TMemoryLimits {
 /// At the start, and again when a ratio has been changed.
 ///   Unit  nPhysicalMemory: bytes.
 [[nodiscard]] constexpr TMemoryLimits ComputeMemoryLimits(const TSettings& settings, std::uint64_t nPhysicalMemory) {
-    constexpr std::uint64_t kSecondRegisterRatio = 20;
-    const std::uint64_t megabytes = nPhysicalMemory >> 20;
-    return {megabytes * static_cast<std::uint64_t>(settings.m_nMaxMemRatioForTempReg) / 100,
-            megabytes * kSecondRegisterRatio / 100,
+    constexpr int kSecondRegisterRatio = 20;
+    return {ShareMB(nPhysicalMemory, settings.m_nMaxMemRatioForTempReg), ShareMB(nPhysicalMemory, kSecondRegisterRatio),
             nPhysicalMemory * static_cast<std::uint64_t>(settings.m_nMaxMemRatioForPrecalculatedData) / 100};
 }
 

@@ -24,9 +24,9 @@ Examples:
   quillon check problems.cp
   quillon check problems.cp --json
 
-Tells what cannot be read, numbers and positions that are there twice (also
-mirrored), positions that no game can have, and stored variants and answers
-with moves that are not legal.
+Tells what cannot be read or is read in spite of a fault, numbers and positions
+that are there twice (also mirrored), positions that no game can have, and
+stored variants and answers with moves that are not legal.
 
 Exit status: 0 nothing to tell, 1 something, 2 some problems cannot be read, or
 bad usage.)";
@@ -44,11 +44,22 @@ struct TRemark {
     std::string m_text;
 };
 
+EFinding FindingOf(const ProblemFileError& error) {
+    switch (error.Severity()) {
+    case ProblemFileError::ESeverity::Error:
+        return EFinding::Unreadable;
+    case ProblemFileError::ESeverity::RepeatedId:
+        return EFinding::RepeatedId;
+    case ProblemFileError::ESeverity::Warning:
+        break;
+    }
+    return EFinding::Odd;
+}
+
 std::vector<TRemark> RemarksOn(const TLibrarySource& source) {
     std::vector<TRemark> remarks;
     for (const ProblemFileError& error : source.m_errors)
-        remarks.push_back({error.Place(), error.ProblemId(),
-                           error.IsWarning() ? EFinding::RepeatedId : EFinding::Unreadable, error.what()});
+        remarks.push_back({error.Place(), error.ProblemId(), FindingOf(error), error.what()});
     for (TFinding& finding : CheckProblems(source.m_problems))
         remarks.push_back({{finding.m_nLine, 1}, finding.m_id, finding.m_finding, std::move(finding.m_text)});
     std::stable_sort(remarks.begin(), remarks.end(),
@@ -57,10 +68,7 @@ std::vector<TRemark> RemarksOn(const TLibrarySource& source) {
 }
 
 std::string Line(const std::string& name, const TRemark& remark) {
-    ProblemFileError error(remark.m_text, remark.m_place);
-    if (remark.m_id)
-        error.SetProblemId(*remark.m_id);
-    return WithoutControls(FailureText(name, error)) + "\n";
+    return WithoutControls(PlaceText(name, remark.m_place, remark.m_id) + remark.m_text) + "\n";
 }
 
 std::string PersonText(const TLibrarySource& source, const std::vector<TRemark>& remarks) {

@@ -21,6 +21,7 @@
 #include "cli/show_command.h"
 #include "cli/solve_command.h"
 #include "cli/uci_command.h"
+#include "library/text_decoding.h"
 
 namespace quillon {
 
@@ -70,6 +71,11 @@ EExitStatus Run(int argc, const char* const* argv) {
     std::string workDir;
     app.add_option("--work-dir", workDir, "Work in this folder, as if the program had been started there")
         ->type_name("DIR");
+    std::string codePage;
+    app.add_option("--code-page", codePage,
+                   "Character set of problem files that do not name theirs, such as windows-1251. Without the option "
+                   "that of the locale")
+        ->type_name("NAME");
     app.fallthrough();            // also behind a command
     app.require_subcommand(0, 1); // a missing one is told below, an unknown one by its name
     app.footer(kProgramExamples);
@@ -92,6 +98,8 @@ EExitStatus Run(int argc, const char* const* argv) {
     }
     if (!workDir.empty() && !EnterFolder(workDir))
         return EExitStatus::BadInput;
+    if (!SetLegacyCodePage(codePage))
+        return FailUsage("there is no character set " + codePage, "");
     return chosen ? chosen() : FailUsage("a command is needed", "");
 }
 

@@ -1,6 +1,7 @@
 #include "cli/convert_command.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <memory>
@@ -9,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/file_settings.h"
 #include "cli/library_source.h"
 #include "cli/output.h"
 #include "cli/problem_json.h"
@@ -17,6 +19,7 @@
 #include "library/epd_file.h"
 #include "library/pgn_text.h"
 #include "library/problem_file_writer.h"
+#include "library/problem_input.h"
 #include "library/problem_writer.h"
 
 namespace quillon {
@@ -113,9 +116,15 @@ const TFormat& FormatOf(const TConvertOptions& options) {
 }
 
 /// Problems that cannot be read, or whose id another has, would be lost with the only file that has them.
-void RefuseToLose(const TConvertOptions& options, const TLibrarySource& source) {
-    std::error_code ignored;
-    if (source.m_errors.empty() || !std::filesystem::equivalent(options.m_in, options.m_out, ignored))
+void RefuseToLose(const TConvertOptions& options, const TLibrarySource& source, const TProblemFileOptions& files) {
+    if (!source.HasUnreadable() && !source.HasRepeatedIds())
+        return;
+    const std::vector<std::filesystem::path> written = FilesOfLibrary(options.m_out, files);
+    const bool bReplaced = std::ranges::any_of(written, [&](const std::filesystem::path& file) {
+        std::error_code ignored;
+        return std::filesystem::equivalent(source.m_name, file, ignored);
+    });
+    if (!bReplaced)
         return;
     throw ChessException(options.m_out + " is not written: " +
                          (source.HasUnreadable() ? "problems that cannot be read" : "problems with a repeated id") +
@@ -126,10 +135,15 @@ EExitStatus Convert(const TConvertOptions& options) {
     const TFormat& format = FormatOf(options);
     TLibrarySource source = ReadLibrarySource(options.m_in);
     TellErrors(source);
-    RefuseToLose(options, source);
-    const TConverted converted = format.m_convert(ById(source));
+    TProblemFileOptions files = SetFileOptions();
+    files.m_bCommentCompatibility &= format.m_convert == ToLibrary && IsLibraryName(options.m_out);
+    RefuseToLose(options, source, files);
+    const TProblemMap problems = ById(source);
+    const TConverted converted = format.m_convert(problems);
     if (options.m_out == "-")
         WriteOutput(converted.m_text);
+    else if (files.m_bCommentCompatibility)
+        WriteProblemFile(options.m_out, problems, files);
     else
         SaveTextFile(options.m_out, converted.m_text);
     for (const std::string& line : converted.m_leftOut)

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "cli/file_settings.h"
 #include "cli/output.h"
 #include "library/problem_input.h"
 
@@ -13,8 +14,14 @@ bool TLibrarySource::HasUnreadable() const {
                        [](const ProblemFileError& error) { return !error.IsWarning(); });
 }
 
+bool TLibrarySource::HasRepeatedIds() const {
+    return std::ranges::any_of(m_errors, [](const ProblemFileError& error) {
+        return error.Severity() == ProblemFileError::ESeverity::RepeatedId;
+    });
+}
+
 TLibrarySource ReadLibrarySource(const std::string& path) {
-    const TProblemInput input = ReadProblemInput(path, std::cin);
+    const TProblemInput input = ReadProblemInput(path, std::cin, SetFileOptions());
     TLibrarySource source;
     source.m_name = input.m_name;
     ReadProblems(
@@ -30,30 +37,10 @@ void TellErrors(const TLibrarySource& source) {
 
 TProblemMap ById(TLibrarySource& source) {
     TProblemMap problems;
-    for (auto& problem : source.m_problems) {
-        const std::int32_t id = problem->id;
-        problems.insert_or_assign(id, std::move(problem));
-    }
+    for (auto& problem : source.m_problems)
+        PutById(problems, std::move(problem));
     source.m_problems.clear();
     return problems;
-}
-
-std::string StipulationText(const ChessProblem& problem) {
-    const int nMoves = StipulationMoves(problem);
-    return nMoves == 0 ? "-" : (problem.kind == kSelfmate ? "s#" : "#") + std::to_string(nMoves);
-}
-
-const char* KindName(const ChessProblem& problem) {
-    switch (problem.kind) {
-    case kDirectMate:
-        return "direct mate";
-    case kSelfmate:
-        return "selfmate";
-    case kHelpmate:
-        return "helpmate";
-    default:
-        return "position";
-    }
 }
 
 } // namespace quillon

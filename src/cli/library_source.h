@@ -18,6 +18,9 @@ struct TLibrarySource {
 
     /// Problems (or lines) that cannot be read.
     [[nodiscard]] bool HasUnreadable() const;
+
+    /// Problems that have the id of an earlier one.
+    [[nodiscard]] bool HasRepeatedIds() const;
 };
 
 /// Reads a library or an EPD file; "-" is standard input.
@@ -29,11 +32,5 @@ void TellErrors(const TLibrarySource& source);
 
 /// The problems by id: a later one replaces an earlier one of its id. The source has none left.
 [[nodiscard]] TProblemMap ById(TLibrarySource& source);
-
-/// "#5", "s#3"; "-" for a problem without a stipulation.
-[[nodiscard]] std::string StipulationText(const ChessProblem& problem);
-
-/// "direct mate", "selfmate", "helpmate", "position".
-[[nodiscard]] const char* KindName(const ChessProblem& problem);
 
 } // namespace quillon

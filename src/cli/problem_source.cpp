@@ -4,10 +4,12 @@
 #include <iostream>
 #include <map>
 
+#include "cli/file_settings.h"
 #include "cli/given_position.h"
 #include "cli/option_values.h"
 #include "core/chess_exception.h"
 #include "library/embedded_sample_library.h"
+#include "library/problem_file_error.h"
 #include "library/problem_input.h"
 
 namespace quillon {
@@ -54,9 +56,10 @@ class CIdChoice {
 };
 
 TProblemInput ReadInput(const std::optional<std::string>& file) {
+    const TProblemFileOptions options = SetFileOptions();
     if (file)
-        return ReadProblemInput(*file, std::cin);
-    return {kSampleLibrary, std::string(EmbeddedSampleLibrary()), EProblemFormat::Library};
+        return ReadProblemInput(*file, std::cin, options);
+    return {kSampleLibrary, std::string(EmbeddedSampleLibrary()), EProblemFormat::Library, options.m_language};
 }
 
 /// A later problem replaces an earlier one of its id.
@@ -86,10 +89,8 @@ std::unique_ptr<ChessProblem> ReadFenProblem(const std::string& fen, int nMoves,
 
 } // namespace
 
-std::string PlaceText(const std::string& name, int nLine) {
-    if (name.empty())
-        return {};
-    return nLine > 0 ? name + ":" + std::to_string(nLine) + ": " : name + ": ";
+std::string PlaceText(const std::string& name, const TSourceItem& item) {
+    return PlaceText(name, {item.m_nLine, item.m_nColumn}, item.m_id);
 }
 
 TProblemSource ReadProblemSource(const std::optional<std::string>& file, const std::vector<std::string>& ids) {
@@ -100,16 +101,16 @@ TProblemSource ReadProblemSource(const std::optional<std::string>& file, const s
     const auto addProblem = [&](std::unique_ptr<ChessProblem> problem) {
         if (choice.IsChosen(problem->id)) {
             const int id = problem->id, line = problem->line;
-            source.m_items.push_back({std::move(problem), id, line, {}});
+            source.m_items.push_back({std::move(problem), id, line, {}, 0});
         }
     };
     const auto addError = [&](const ProblemFileError& error) {
         if (!choice.IsChosen(error.ProblemId()))
             return;
         if (error.IsWarning())
-            source.m_warnings.push_back(PlaceText(input.m_name, error.Line()) + "warning: " + error.what());
+            source.m_warnings.push_back(FailureText(input.m_name, error));
         else
-            source.m_items.push_back({nullptr, error.ProblemId(), error.Line(), error.what()});
+            source.m_items.push_back({nullptr, error.ProblemId(), error.Line(), error.what(), error.Column()});
     };
     ReadProblems(input, addProblem, addError);
     RemoveReplaced(source.m_items);

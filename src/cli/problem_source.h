@@ -16,6 +16,7 @@ struct TSourceItem {
     std::optional<int> m_id;                 // as far as it is known
     int m_nLine = 0;                         // 0: from no file
     std::string m_error;                     // why it cannot be read
+    int m_nColumn = 0;                       // of what cannot be read; 0: of nothing
 };
 
 struct TProblemSource {
@@ -34,7 +35,7 @@ struct TProblemSource {
 /// The one problem of --fen and --moves; a position that cannot be used is an item without a problem.
 [[nodiscard]] TProblemSource MakeFenSource(const std::string& fen, int nMoves);
 
-/// "FILE:LINE: " as far as they are known.
-[[nodiscard]] std::string PlaceText(const std::string& name, int nLine);
+/// "FILE:LINE:COLUMN: problem ID: " as far as they are known.
+[[nodiscard]] std::string PlaceText(const std::string& name, const TSourceItem& item);
 
 } // namespace quillon

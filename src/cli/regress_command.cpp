@@ -173,8 +173,8 @@ class CRegressCommand {
 
     void TellUnreadable(const TProblemSource& source, const TSourceItem& item) {
         if (m_options.m_bJson)
-            WriteOutput(JsonErrorText(item.m_id, item.m_error, source.m_name, item.m_nLine) + "\n");
-        Fail(PlaceText(source.m_name, item.m_nLine) + item.m_error);
+            WriteOutput(JsonErrorText(item.m_id, item.m_error, source.m_name, item.m_nLine, item.m_nColumn) + "\n");
+        Fail(PlaceText(source.m_name, item) + item.m_error);
     }
 
     void RunAll(CRegressHost& host) {

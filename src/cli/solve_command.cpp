@@ -14,6 +14,7 @@
 #include "cli/watched_solve.h"
 #include "core/chess_exception.h"
 #include "globalregister/active_registers.h"
+#include "library/problem_file_error.h"
 #include "platform/interrupt.h"
 #include "platform/terminal.h"
 
@@ -96,6 +97,7 @@ class CSolveCommand {
     void LoadRunSettings() {
         CConsoleNotifier notifier(m_line);
         m_settings = LoadSettings(notifier, CommandLineDefaults());
+        ApplyRegisterSettings(m_settings);
     }
 
     bool OpenPrecalcData() {
@@ -169,7 +171,8 @@ class CSolveCommand {
         else
             WriteOutput(m_options.m_bQuiet ? QuietText(report) : ResultText(report));
         if (m_options.m_bJson && report.m_answerCheck == EAnswerCheck::Differs)
-            WriteDiagnostic(PlaceText(m_fileName, report.m_problem.line) + DifferenceText(report.m_problem));
+            WriteDiagnostic(PlaceText(m_fileName, {report.m_problem.line, 0}, report.m_problem.id) +
+                            DifferenceText(report.m_problem));
     }
 
     void Count(const TSolveReport& report) {
@@ -203,8 +206,8 @@ class CSolveCommand {
     void ReportError(const TSourceItem& item, const std::string& message) {
         ++m_totals.m_nErrors;
         if (m_options.m_bJson)
-            WriteOutput(JsonErrorText(item.m_id, message, m_fileName, item.m_nLine) + "\n");
-        Fail(PlaceText(m_fileName, item.m_nLine) + message);
+            WriteOutput(JsonErrorText(item.m_id, message, m_fileName, item.m_nLine, item.m_nColumn) + "\n");
+        Fail(PlaceText(m_fileName, item) + message);
     }
 
     void Fail(const std::string& message) {

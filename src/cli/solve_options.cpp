@@ -215,7 +215,11 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_bSafeMode = options.m_bSafe || (problem.flags & kFlagSafeMode) != 0;
     request.m_sortIndications = IndicationsOf(problem, problem.useMainVariantAsSortIndications);
     request.m_bLetRelaxHeuristics = !options.m_bNoRelax;
+    request.m_bStopRelaxingOnSolution = problem.stopRelaxHeuristicsOnFirstSolution;
     request.m_bRunPass2 = !options.m_bNoPass2;
+    request.m_bUsePrecalculatedData = (problem.flags & kFlagNoGlobReg) == 0;
+    request.m_nPrecalculatedBudgetMB = problem.globRegMB;
+    request.m_nLichessLevels = std::max(problem.lichessLevels, 0);
     if (options.m_heuristics)
         request.m_heuristics = ReadHeuristicsText(*options.m_heuristics);
     else

@@ -208,7 +208,8 @@ std::string JsonText(const TSolveReport& report) {
     return Dumped(object);
 }
 
-std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file, int nLine) {
+std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file, int nLine,
+                          int nColumn) {
     TJson object;
     object["id"] = id ? TJson(*id) : TJson(nullptr);
     object["result"] = "error";
@@ -217,6 +218,8 @@ std::string JsonErrorText(std::optional<int> id, const std::string& message, con
         object["file"] = file;
     if (nLine > 0)
         object["line"] = nLine;
+    if (nColumn > 0)
+        object["column"] = nColumn;
     return Dumped(object);
 }
 

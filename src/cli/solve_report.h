@@ -30,9 +30,9 @@ struct TSolveReport {
 [[nodiscard]] std::string JsonText(const TSolveReport& report);
 
 /// The same for a problem that is not solved.
-///   file, nLine  empty and 0 where there are none; then they are left out.
+///   file, nLine, nColumn  empty and 0 where there are none; then they are left out.
 [[nodiscard]] std::string JsonErrorText(std::optional<int> id, const std::string& message, const std::string& file,
-                                        int nLine);
+                                        int nLine, int nColumn);
 
 /// For a person, several lines. The head is printed before the solve begins.
 [[nodiscard]] std::string HeadText(const ChessProblem& problem, bool bFromFile);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tempregister/register_log.h"
+
 namespace quillon {
 
 namespace {
@@ -25,6 +27,11 @@ TSettings CommandLineDefaults() {
     return settings;
 }
 
+void ApplyRegisterSettings(const TSettings& settings) {
+    RegisterOptions().m_bCheckTempRegCoherency = settings.m_bCheckTempRegCoherency;
+    RegisterOptions().m_bRegisterInfoLog = settings.m_bRegisterInfoLog;
+}
+
 void ApplySettings(const TSettings& settings, const ChessProblem& problem, const TSolveOptions& options,
                    TSolveRequest& request) {
     request.m_bSafeMode |= !settings.m_bQuickMode;
@@ -34,6 +41,8 @@ void ApplySettings(const TSettings& settings, const ChessProblem& problem, const
     if (!options.m_threads && problem.levels == kUnsetCount)
         request.m_nMultithreadingLevels = std::max(settings.m_nMultithreadingLevels, 1);
     ApplyScheduler(settings, problem, options, request);
+    if (problem.lichessLevels == kUnset)
+        request.m_nLichessLevels = std::max(settings.m_nLichessLevels, 0);
     if (problem.useMainVariantAsSortIndications == 0)
         request.m_sortIndications = IndicationsOf(problem, settings.m_nUseMainVariantAsSortIndications);
 }

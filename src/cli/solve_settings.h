@@ -10,6 +10,9 @@ namespace quillon {
 /// starts a scheduler that nobody has asked for.
 [[nodiscard]] TSettings CommandLineDefaults();
 
+/// What the settings say of the registers of all solves that follow. None may be under way.
+void ApplyRegisterSettings(const TSettings& settings);
+
 /// Puts the settings into what the options and the problem have left open in their request.
 void ApplySettings(const TSettings& settings, const ChessProblem& problem, const TSolveOptions& options,
                    TSolveRequest& request);

@@ -17,7 +17,9 @@ constexpr std::int64_t kMostUciThreads = 255;
 std::int64_t PhysicalMegabytes() { return static_cast<std::int64_t>(PhysicalMemory() >> 20); }
 
 /// What the solver takes without the option.
-std::int64_t UsualMegabytes() { return PhysicalMegabytes() / 100 * TSolveRequest().m_nMemoryShare; }
+std::int64_t UsualMegabytes() {
+    return static_cast<std::int64_t>(ShareMB(PhysicalMemory(), TSolveRequest().m_nMemoryShare));
+}
 
 struct TNumberOption {
     const char* m_name;

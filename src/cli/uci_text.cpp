@@ -6,6 +6,7 @@
 
 #include "cli/output.h"
 #include "core/figures.h"
+#include "core/notation.h"
 
 namespace quillon {
 
@@ -21,10 +22,6 @@ struct TPromotionLetter {
     char m_cLetter;
 };
 constexpr TPromotionLetter kPromotionLetters[] = {{kQueen, 'q'}, {kRook, 'r'}, {kBishop, 'b'}, {kKnight, 'n'}};
-
-std::string SquareText(int square) {
-    return {static_cast<char>('a' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
-}
 
 TSquare ReadSquare(std::string_view text) {
     const int file = text[0] - 'a', rank = text[1] - '1';

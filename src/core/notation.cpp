@@ -34,10 +34,6 @@ constexpr char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>
 
 constexpr bool IsLetter(char c) { return ToUpper(c) >= 'A' && ToUpper(c) <= 'Z'; }
 
-std::string SquareText(TSquare square) {
-    return static_cast<char>('a' + FileOf(square)) + std::to_string(RankOf(square) + 1);
-}
-
 std::string_view TrimBlanks(std::string_view text) {
     const std::size_t first = text.find_first_not_of(kBlanks);
     if (first == std::string_view::npos)
@@ -154,6 +150,10 @@ std::string WriteMove(const TMove& move, const TChessboard& before) {
     const TFigure figure = before.m_board[move.m_nFrom];
     const bool bEnPassant = KindOf(figure) == kPawn && FileOf(move.m_nFrom) != FileOf(move.m_nTo);
     return WriteMove(move, figure, bEnPassant || before.m_board[move.m_nTo] != kNoFigure);
+}
+
+std::string SquareText(TSquare square) {
+    return {static_cast<char>('a' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
 }
 
 std::string WriteTerseMove(const TMove& move) { return SquareText(move.m_nFrom) + '-' + SquareText(move.m_nTo); }

@@ -24,6 +24,9 @@ namespace quillon {
 /// dropped unread, whatever the language.
 [[nodiscard]] TMove ParseMove(std::string_view text, bool bWhite);
 
+/// "e4".
+[[nodiscard]] std::string SquareText(TSquare square);
+
 /// Square of a file letter (either case) and a rank digit: "e4".
 [[nodiscard]] TSquare String2Square(std::string_view text);
 

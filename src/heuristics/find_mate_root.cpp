@@ -470,9 +470,10 @@ class CRootRun final : public IRootMoves {
     }
 
     int Relax() {
-        // A run that looks for duals and has a key goes straight to the proof.
-        const bool bOnlyDualsWanted = !m_run.m_solutions.empty() && (m_analysis.m_nSolveMode & kAllSolutions) == 0;
-        if (m_root.m_nMoves >= kShortestRelaxedPlies && !bOnlyDualsWanted) {
+        // A run that looks for duals and has a key goes straight to the proof, and so does one that was told to.
+        const bool bProofIsNext = !m_run.m_solutions.empty() &&
+                                  ((m_analysis.m_nSolveMode & kAllSolutions) == 0 || m_run.m_bStopRelaxingOnSolution);
+        if (m_root.m_nMoves >= kShortestRelaxedPlies && !bProofIsNext) {
             const bool bWasSafe = m_analysis.m_bSafeMode;
             const int result = TryRelaxSpecialHeuristics(m_root);
             m_run.m_bSafeModeForced = m_run.m_bSafeModeForced || (m_analysis.m_bSafeMode && !bWasSafe);

@@ -85,12 +85,13 @@ struct TRootRun : TRootFindings {
     long m_nProblemId = 0;
     bool m_bChosenHeuristics = false; // m_nChosenHeuristics replaces the initial analysis' choice
     std::uint32_t m_nChosenHeuristics = 0;
-    THeuristicClauses m_clauses;      // what the problem says about the choice
-    bool m_bAnalysisOnly = false;     // stop behind the initial analysis
-    bool m_bLog = false;              // run the logging nodes
-    bool m_bNoAids = false;           // threads were refused: relax without the aids that count on them
-    INotifier* m_pNotifier = nullptr; // not owned; hears of faults in stored settings; may be null
-    CProofGuide* m_pGuide = nullptr;  // not owned; null: no best-first proof is tried
+    THeuristicClauses m_clauses;            // what the problem says about the choice
+    bool m_bAnalysisOnly = false;           // stop behind the initial analysis
+    bool m_bLog = false;                    // run the logging nodes
+    bool m_bStopRelaxingOnSolution = false; // once there is a key, go on without heuristics
+    bool m_bNoAids = false;                 // threads were refused: relax without the aids that count on them
+    INotifier* m_pNotifier = nullptr;       // not owned; hears of faults in stored settings; may be null
+    CProofGuide* m_pGuide = nullptr;        // not owned; null: no best-first proof is tried
     std::function<void(const TMove&, std::string_view text, long problemId, std::string_view comment)> m_sink;
     std::function<void(const TPlanReport&)> m_planSink; // hears of the plan before the first pass; may be empty
 

@@ -29,7 +29,7 @@ constexpr int kShortestRegisterPlies = 10;        // in shorter problems the sea
 std::int64_t BudgetBytes(const TSolveRequest& request) {
     if (request.m_nMemoryBudgetMB >= 0)
         return request.m_nMemoryBudgetMB * kMegabyte;
-    return static_cast<std::int64_t>(PhysicalMemory() / 100) * request.m_nMemoryShare;
+    return static_cast<std::int64_t>(ShareMB(PhysicalMemory(), request.m_nMemoryShare)) * kMegabyte;
 }
 
 std::vector<std::string> LineTexts(TChessboard position, const std::vector<TMove>& line) {
@@ -73,6 +73,7 @@ bool HadPassWithHeuristics(const TSolvingResult& result) {
 CSolve::CSolve(TSolveRequest request) : m_request(std::move(request)), m_context(NewSearchContext()) {
     m_run.m_nProblemId = m_request.m_nProblemId;
     m_run.m_bLog = m_request.m_bLog;
+    m_run.m_bStopRelaxingOnSolution = m_request.m_bStopRelaxingOnSolution;
     m_analysis.m_bTryRelaxSpecialHeuristicsLog = m_request.m_bRelaxationLog;
     TakeRequest();
 }

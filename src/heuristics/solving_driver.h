@@ -37,6 +37,7 @@ struct TSolveRequest {
     bool m_bBruteForce = false; // no heuristics at all
     bool m_bSafeMode = false;
     bool m_bLetRelaxHeuristics = true;
+    bool m_bStopRelaxingOnSolution = false; // behind a pass with a key comes the one without heuristics
     bool m_bRunPass2 = true;
     std::optional<TReadHeuristics> m_heuristics; // this set instead of the engine's choice
     THeuristicClauses m_heuristicClauses;        // changes to the engine's choice that the problem asks for
@@ -53,6 +54,12 @@ struct TSolveRequest {
     std::int64_t m_nMemoryBudgetMB = -1; // of the register; 0: none; negative: a share of the physical memory
     int m_nMemoryShare = 20;             // that share, in percent
     bool m_bLog = false;
+
+    // Data from outside the search: who provides it asks here how far this solve may use it.
+    bool m_bUsePrecalculatedData = true;
+    std::int64_t m_nPrecalculatedBudgetMB = -1; // negative: that of the process
+    int m_nLichessLevels = 0;                   // White's first moves that may be asked of the online tablebase
+
     std::vector<SortIndication> m_sortIndications; // the user's word on the order of White's moves
     std::vector<TVariantMove> m_mainVariant;       // White's moves of a known variant, tried first; empty for none
 

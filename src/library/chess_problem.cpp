@@ -1,9 +1,16 @@
 #include "library/chess_problem.h"
 
+#include <utility>
+
 #include "core/chess_exception.h"
 #include "core/search_context.h"
 
 namespace quillon {
+
+void PutById(TProblemMap& problems, std::unique_ptr<ChessProblem> problem) {
+    const std::int32_t id = problem->id;
+    problems.insert_or_assign(id, std::move(problem));
+}
 
 void SetStipulation(ChessProblem& problem, std::uint16_t kind, int nMoves) {
     if (nMoves < 1 || nMoves > kMaxStipulation)
@@ -34,6 +41,24 @@ int StipulationMoves(const ChessProblem& problem) {
         return problem.plies / 2;
     default:
         return 0;
+    }
+}
+
+std::string StipulationText(const ChessProblem& problem) {
+    const int nMoves = StipulationMoves(problem);
+    return nMoves == 0 ? "-" : (problem.kind == kSelfmate ? "s#" : "#") + std::to_string(nMoves);
+}
+
+const char* KindName(const ChessProblem& problem) {
+    switch (problem.kind) {
+    case kDirectMate:
+        return "direct mate";
+    case kSelfmate:
+        return "selfmate";
+    case kHelpmate:
+        return "helpmate";
+    default:
+        return "position";
     }
 }
 

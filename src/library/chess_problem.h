@@ -93,6 +93,9 @@ struct ChessProblem {
 /// Problems by id. The map owns them.
 using TProblemMap = std::map<std::int32_t, std::unique_ptr<ChessProblem>>;
 
+/// Enters a problem under its id, in the place of an earlier one of that id.
+void PutById(TProblemMap& problems, std::unique_ptr<ChessProblem> problem);
+
 /// Sets kind and plies.
 ///   Unit    nMoves: full moves.
 ///   Errors  ChessException if nMoves is below 1 or above kMaxStipulation.
@@ -104,5 +107,11 @@ void SetOriginalPosition(ChessProblem& problem, const TChessboard& board);
 
 /// N of "#N" and "s#N"; 0 for a problem without a stipulation.
 [[nodiscard]] int StipulationMoves(const ChessProblem& problem);
+
+/// "#5", "s#3"; "-" for a problem without a stipulation.
+[[nodiscard]] std::string StipulationText(const ChessProblem& problem);
+
+/// "direct mate", "selfmate", "helpmate", "position".
+[[nodiscard]] const char* KindName(const ChessProblem& problem);
 
 } // namespace quillon

@@ -65,13 +65,13 @@ CTextPosition CTextPosition::LexemeStart() const {
     return start;
 }
 
-void CTextPosition::Fail(const std::string& message) const {
+std::string CTextPosition::Shown(const std::string& message) {
     constexpr std::size_t kLongest = 300;
-    std::string text = Printable(std::string_view(message).substr(0, kLongest));
-    if (message.size() > kLongest)
-        text += "...";
-    throw ProblemFileError(text, LexemePlace());
+    const std::string text = Printable(std::string_view(message).substr(0, kLongest));
+    return message.size() > kLongest ? text + "..." : text;
 }
+
+void CTextPosition::Fail(const std::string& message) const { throw ProblemFileError(Shown(message), LexemePlace()); }
 
 std::string_view NextLexeme(CTextPosition& position, bool bRequired, bool bKeepSpecialComments) {
     for (;;) {

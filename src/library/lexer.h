@@ -51,6 +51,9 @@ class CTextPosition {
     /// that cannot be printed are written as \xNN, and a message without end is cut.
     [[noreturn]] void Fail(const std::string& message) const;
 
+    /// The message as Fail throws it.
+    [[nodiscard]] static std::string Shown(const std::string& message);
+
   private:
     struct TMark {
         std::size_t m_nOffset;

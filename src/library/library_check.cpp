@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <map>
+#include <utility>
 
 #include "core/castling.h"
 #include "library/pgn_text.h"
 #include "library/played_line.h"
+#include "library/problem_file.h"
 #include "library/problem_writer.h"
 
 namespace quillon {
@@ -49,15 +52,59 @@ bool HasCastling(const ChessProblem& problem) {
            BlackCastlingsOnBoard(*problem.originalPosition) != 0;
 }
 
+using TStipulation = std::pair<std::uint16_t, std::uint16_t>; // kind and plies
+
+struct TSeenProblem {
+    std::size_t m_nPlace; // among all problems
+    const ChessProblem* m_pProblem;
+};
+using TSeenProblems = std::vector<TSeenProblem>; // in their order
+
+/// Earlier problems, put together from several lists. Only the first are named, and only those are looked at.
+class CEarlierProblems {
+  public:
+    void Take(const TSeenProblems& seen) {
+        m_nCount += seen.size();
+        m_first.insert(m_first.end(), seen.begin(),
+                       seen.begin() + static_cast<std::ptrdiff_t>(std::min(seen.size(), kMostNamed)));
+    }
+
+    [[nodiscard]] std::size_t Count() const { return m_nCount; }
+
+    /// "problem 1", "problems 1, 5", "problems 1, 5, ... (70)".
+    [[nodiscard]] std::string Names() {
+        std::ranges::sort(m_first, {}, &TSeenProblem::m_nPlace);
+        std::string text = m_nCount > 1 ? "problems " : "problem ";
+        for (std::size_t i = 0; i < std::min(m_first.size(), kMostNamed); ++i)
+            text += (i > 0 ? ", " : "") + std::to_string(m_first[i].m_pProblem->id);
+        return m_nCount <= kMostNamed ? text : text + ", ... (" + std::to_string(m_nCount) + ")";
+    }
+
+  private:
+    static constexpr std::size_t kMostNamed = 10;
+
+    TSeenProblems m_first;
+    std::size_t m_nCount = 0;
+};
+
 class CLibraryCheck {
   public:
     std::vector<TFinding> Run(const std::vector<std::unique_ptr<ChessProblem>>& problems) {
-        for (const auto& problem : problems)
+        for (const auto& problem : problems) {
             Check(*problem);
+            if (m_findings.size() <= kMostFindings)
+                continue;
+            m_findings.resize(kMostFindings);
+            Add(EFinding::TooMany, *problem,
+                "More than " + std::to_string(kMostFindings) + " findings: the rest is not told.");
+            break;
+        }
         return std::move(m_findings);
     }
 
   private:
+    static constexpr std::size_t kMostFindings = kMostFailures;
+
     void Add(EFinding finding, const ChessProblem& problem, std::string text) {
         m_findings.push_back({finding, problem.id, problem.line, std::move(text)});
     }
@@ -73,19 +120,25 @@ class CLibraryCheck {
     void CheckAgainstOthers(const ChessProblem& problem) {
         const TSquares& board = problem.originalPosition->m_board;
         const TSquares mirrored = Mirrored(board);
-        if (const auto same = m_seen.find(board); same != m_seen.end())
-            AddSame(problem, *same->second);
-        else if (const auto twin = m_seen.find(mirrored);
-                 twin != m_seen.end() && !HasCastling(problem) && !HasCastling(*twin->second))
-            Add(EFinding::MirrorTwin, problem, "mirrored position of problem " + std::to_string(twin->second->id));
-        m_seen.emplace(board, &problem);
-    }
-
-    void AddSame(const ChessProblem& problem, const ChessProblem& earlier) {
-        const bool bSame = problem.kind == earlier.kind && problem.plies == earlier.plies;
-        const std::string text = "same position as problem " + std::to_string(earlier.id);
-        Add(bSame ? EFinding::Duplicate : EFinding::SamePosition, problem,
-            bSame ? text : text + ", which has another stipulation");
+        CEarlierProblems duplicates, samePosition, twins;
+        const TStipulation own{problem.kind, problem.plies};
+        for (const auto& [stipulation, seen] : m_seen[board])
+            (stipulation == own ? duplicates : samePosition).Take(seen);
+        // Whether there are castlings the board tells, which is that of all twins.
+        if (const auto seen = m_seen.find(mirrored); seen != m_seen.end() && mirrored != board &&
+                                                     !HasCastling(problem) &&
+                                                     !HasCastling(*seen->second.begin()->second.front().m_pProblem))
+            for (const auto& [stipulation, twinsOfIt] : seen->second)
+                twins.Take(twinsOfIt);
+        m_seen[board][own].push_back({m_nProblems++, &problem});
+        if (duplicates.Count() > 0)
+            Add(EFinding::Duplicate, problem, "same position as " + duplicates.Names());
+        if (samePosition.Count() > 0)
+            Add(EFinding::SamePosition, problem,
+                "same position as " + samePosition.Names() + ", which " + (samePosition.Count() > 1 ? "have" : "has") +
+                    " another stipulation");
+        if (twins.Count() > 0)
+            Add(EFinding::MirrorTwin, problem, "mirrored position of " + twins.Names());
     }
 
     void CheckPosition(const ChessProblem& problem) {
@@ -119,7 +172,8 @@ class CLibraryCheck {
                     variant.name + "\"");
     }
 
-    std::map<TSquares, const ChessProblem*> m_seen; // the first problem of each position
+    std::map<TSquares, std::map<TStipulation, TSeenProblems>> m_seen; // the problems so far
+    std::size_t m_nProblems = 0;
     CPlayedLine m_line;
     std::vector<TFinding> m_findings;
 };
@@ -127,9 +181,9 @@ class CLibraryCheck {
 } // namespace
 
 std::string_view FindingName(EFinding finding) {
-    constexpr std::array<std::string_view, 10> kNames{
-        "unreadable",       "repeated-id", "duplicate",      "same-position",   "mirror-twin",
-        "illegal-position", "no-move",     "illegal-answer", "illegal-variant", "variant-too-long"};
+    constexpr std::array<std::string_view, 12> kNames{
+        "unreadable", "repeated-id",    "duplicate",       "same-position",    "mirror-twin", "illegal-position",
+        "no-move",    "illegal-answer", "illegal-variant", "variant-too-long", "odd",         "too-many"};
     return kNames[static_cast<std::size_t>(finding)];
 }
 

@@ -18,10 +18,6 @@ constexpr std::size_t kWidth = 79; // of a line of moves
 
 // --- short notation
 
-std::string SquareText(TSquare square) {
-    return {static_cast<char>('a' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
-}
-
 /// What has to stand before the target, so that no other figure of the kind could be meant.
 std::string Origin(const CPlayedLine& line, const std::vector<TMove>& legal, const TMove& move) {
     const auto& board = line.Position().m_board;
@@ -233,12 +229,6 @@ std::string TagPair(const char* name, std::string_view value) {
     return text + "\"]\n";
 }
 
-std::string StipulationText(const ChessProblem& problem) {
-    if (StipulationMoves(problem) == 0)
-        return {};
-    return (problem.kind == kSelfmate ? "s#" : "#") + std::to_string(StipulationMoves(problem));
-}
-
 bool EndsInMate(const TNode& root) {
     const TNode* node = &root;
     while (!node->m_next.empty())
@@ -260,7 +250,7 @@ std::string TagsText(const ChessProblem& problem, const std::string& result) {
     text += TagPair("Site", "?") + TagPair("Date", "????.??.??") + TagPair("Round", std::to_string(problem.id)) +
             TagPair("White", "?") + TagPair("Black", "?") + TagPair("Result", result) + TagPair("SetUp", "1") +
             TagPair("FEN", WriteFEN(*problem.originalPosition, true));
-    if (!StipulationText(problem).empty())
+    if (StipulationMoves(problem) != 0)
         text += TagPair("Stipulation", StipulationText(problem));
     return themes.empty() ? text : text + TagPair("Themes", themes);
 }

@@ -75,16 +75,36 @@ bool HasMoreProblems(CTextPosition position) {
     }
 }
 
-TDefaultClauses ReadDefaultClauses(CTextPosition& position, const TOnError& onError) {
-    TDefaultClauses defaults;
+/// Hands failures and warnings on, up to the most that are told.
+class CTold {
+  public:
+    explicit CTold(const TOnError& onError) : m_onError(onError) {}
+
+    /// False: it was the last, and nothing that stands behind `place` is to be read.
+    bool Tell(const ProblemFileError& error, TTextPlace place) {
+        m_onError(error);
+        if (++m_nTold <= kMostFailures)
+            return true;
+        m_onError(TooManyFailures(place));
+        return false;
+    }
+
+  private:
+    const TOnError& m_onError;
+    int m_nTold = 0;
+};
+
+/// False if there was too much to tell.
+bool ReadDefaultClauses(CTextPosition& position, CTold& told, TDefaultClauses& defaults) {
     while (PeekWhatFollows(position).starts_with(kDefaultClause)) {
         try {
             ReadDefaultClause(position, defaults);
         } catch (const ProblemFileError& error) {
-            onError(error);
+            if (!told.Tell(error, position.Place()))
+                return false;
         }
     }
-    return defaults;
+    return true;
 }
 
 /// Runs the parser; a failure gets the id of the problem.
@@ -113,7 +133,7 @@ ProblemFileError TooManyFailures(TTextPlace place) {
 ProblemFileError RedefinitionWarning(std::int32_t id, int line) {
     // The spelling is that of the log of old: people and scripts search for it.
     ProblemFileError warning("WARINING: Problem id=" + std::to_string(id) + " redefinition - overwriting.", {line, 1},
-                             ProblemFileError::ESeverity::Warning);
+                             ProblemFileError::ESeverity::RepeatedId);
     warning.SetProblemId(id);
     return warning;
 }
@@ -121,9 +141,11 @@ ProblemFileError RedefinitionWarning(std::int32_t id, int line) {
 void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnError& onError, ELanguage language) {
     CTextPosition position(text);
     const bool bUtf8 = SkipUtf8Mark(position);
-    const TDefaultClauses defaults = ReadDefaultClauses(position, onError);
+    CTold told(onError);
+    TDefaultClauses defaults;
+    if (!ReadDefaultClauses(position, told, defaults))
+        return;
     std::set<std::int32_t> ids;
-    int nFailures = 0;
     while (HasMoreProblems(position)) {
         auto problem = std::make_unique<ChessProblem>();
         TProblemParser parser{.m_problem = *problem, .m_position = position, .m_bUtf8 = bUtf8};
@@ -131,19 +153,39 @@ void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnE
         try {
             Parse(parser, defaults);
         } catch (const ProblemFileError& error) {
-            onError(error);
             position = FindNextProblem(position, parser.m_position, parser.m_bInBody);
-            if (++nFailures > kMostFailures)
-                return onError(TooManyFailures(position.Place()));
+            if (!told.Tell(error, position.Place()))
+                return;
             continue;
         }
         position = parser.m_position;
+        if (!BringToLanguage(*problem, language))
+            parser.Warn("Two main variants: only one is kept.", {problem->line, 1});
         if (!ids.insert(problem->id).second)
-            onError(RedefinitionWarning(problem->id, problem->line));
-        BringToLanguage(*problem, language);
+            parser.m_warnings.push_back(RedefinitionWarning(problem->id, problem->line));
+        bool bGoOn = true;
+        for (ProblemFileError& warning : parser.m_warnings) {
+            warning.SetProblemId(problem->id);
+            bGoOn = bGoOn && told.Tell(warning, position.Place());
+        }
         onProblem(std::move(problem));
+        if (!bGoOn)
+            return;
     }
 }
+
+namespace {
+
+/// A repeated number is told as it always was; it names the problem itself.
+std::string LogLine(const ProblemFileError& warning) {
+    const bool bNamesProblem = warning.Severity() == ProblemFileError::ESeverity::RepeatedId;
+    const std::string place = bNamesProblem ? ""
+                                            : "Problem " + std::to_string(warning.ProblemId().value_or(0)) + ", line " +
+                                                  std::to_string(warning.Line()) + ": ";
+    return place + warning.what() + "\n";
+}
+
+} // namespace
 
 void ReadProblemText(std::string_view text, TProblemMap& library, const TOnError& onWarning,
                      const TProblemFileOptions& options) {
@@ -153,13 +195,13 @@ void ReadProblemText(std::string_view text, TProblemMap& library, const TOnError
     };
     const auto store = [&](std::unique_ptr<ChessProblem> problem) {
         const std::int32_t id = problem->id;
-        library.insert_or_assign(id, std::move(problem));
+        PutById(library, std::move(problem));
         log("Problem " + std::to_string(id) + " read from file.\n");
     };
     const auto failOrWarn = [&](const ProblemFileError& error) {
         if (!error.IsWarning())
             throw error;
-        log(std::string(error.what()) + "\n");
+        log(LogLine(error));
         onWarning(error);
     };
     ReadProblems(text, store, failOrWarn, options.m_language);
@@ -175,7 +217,7 @@ void ReadProblemFile(const std::filesystem::path& path, TProblemMap& library, co
         failure = ReadFileText(file, text);
     }
     if (failure)
-        throw ChessException("Error opening file: " + file.string());
+        throw CFileError("Error opening file: " + file.string());
     ReadProblemText(text, library, onWarning, options);
 }
 
@@ -187,6 +229,13 @@ std::filesystem::path PathWithoutComments(const std::filesystem::path& path) {
     if (!path.native().ends_with('x'))
         return path;
     return path.native().substr(0, path.native().size() - 1);
+}
+
+std::vector<std::filesystem::path> FilesOfLibrary(const std::filesystem::path& path,
+                                                  const TProblemFileOptions& options) {
+    if (!options.m_bCommentCompatibility)
+        return {path};
+    return {PathWithComments(path), PathWithoutComments(path)};
 }
 
 } // namespace quillon

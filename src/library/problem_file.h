@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "library/chess_problem.h"
 #include "library/lexer.h"
@@ -26,12 +27,18 @@ using TOnProblem = std::function<void(std::unique_ptr<ChessProblem>)>;
 /// Takes a failure, which is the loss of one problem or line, or a warning (ProblemFileError::IsWarning).
 using TOnError = std::function<void(const ProblemFileError&)>;
 
-/// So many failures are told of one text. A text that has more is none of this format: what follows is not read, and
-/// the last failure says so.
+/// So many failures and warnings are told of one text. A text that has more is none of this format: what follows is not
+/// read, and the last failure says so.
 inline constexpr int kMostFailures = 20'000;
 
 /// That last failure.
 [[nodiscard]] ProblemFileError TooManyFailures(TTextPlace place);
+
+/// A file that cannot be opened at all: "Error opening file: " and the path, perhaps with the reason.
+class CFileError : public ChessException {
+  public:
+    using ChessException::ChessException;
+};
 
 /// How problem files are read and written.
 struct TProblemFileOptions {
@@ -61,13 +68,17 @@ void ReadProblemText(std::string_view text, TProblemMap& library, const TOnError
                      const TProblemFileOptions& options = {});
 
 /// The same for a file.
-///   Errors  also ChessException "Error opening file: " and the path.
+///   Errors  also CFileError, and what a file that is made may fail with (problem_file_writer.h).
 void ReadProblemFile(const std::filesystem::path& path, TProblemMap& library, const TOnError& onWarning,
                      const TProblemFileOptions& options = {});
 
 /// The two files of a library whose comments are kept apart: an "x" at the end of the name makes the difference.
 [[nodiscard]] std::filesystem::path PathWithComments(const std::filesystem::path& path);
 [[nodiscard]] std::filesystem::path PathWithoutComments(const std::filesystem::path& path);
+
+/// The files that a library consists of, the one that alone has everything first.
+[[nodiscard]] std::vector<std::filesystem::path> FilesOfLibrary(const std::filesystem::path& path,
+                                                                const TProblemFileOptions& options);
 
 /// The warning that the problem of `id`, which begins at `line`, replaces an earlier one.
 [[nodiscard]] ProblemFileError RedefinitionWarning(std::int32_t id, int line);

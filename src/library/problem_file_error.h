@@ -20,7 +20,11 @@ struct TTextPlace {
 /// what() is the message alone: the caller knows the name of the file and puts message and place together.
 class ProblemFileError : public ChessException {
   public:
-    enum class ESeverity { Error, Warning };
+    enum class ESeverity {
+        Error,
+        RepeatedId, // a warning: an earlier problem has the same number and is replaced
+        Warning,
+    };
 
     ProblemFileError(const std::string& message, TTextPlace place, ESeverity severity = ESeverity::Error)
         : ChessException(message), m_place(place), m_severity(severity) {}
@@ -33,8 +37,9 @@ class ProblemFileError : public ChessException {
     [[nodiscard]] std::optional<std::int32_t> ProblemId() const { return m_problemId; }
     void SetProblemId(std::int32_t id) { m_problemId = id; }
 
-    /// A warning does not end the reading, and no problem is lost by what it tells.
-    [[nodiscard]] bool IsWarning() const { return m_severity == ESeverity::Warning; }
+    /// A warning does not end the reading, and what it is about can be read.
+    [[nodiscard]] bool IsWarning() const { return m_severity != ESeverity::Error; }
+    [[nodiscard]] ESeverity Severity() const { return m_severity; }
 
   private:
     TTextPlace m_place;
@@ -42,10 +47,22 @@ class ProblemFileError : public ChessException {
     ESeverity m_severity;
 };
 
-/// The message with all that is known of its place: "FILE:LINE:COLUMN: problem ID: MESSAGE".
+/// Where a message belongs, as far as it is known: "FILE:LINE:COLUMN: problem ID: ".
+///   place  a line or column of 0 is unknown, and so is what stands behind it; fileName may be empty.
+[[nodiscard]] inline std::string PlaceText(const std::string& fileName, TTextPlace place,
+                                           std::optional<std::int32_t> problemId) {
+    if (fileName.empty())
+        return {};
+    std::string text = fileName + ":";
+    for (const int number : {place.m_nLine, place.m_nLine > 0 ? place.m_nColumn : 0})
+        if (number > 0)
+            text += std::to_string(number) + ":";
+    return text + (problemId ? " problem " + std::to_string(*problemId) + ": " : " ");
+}
+
+/// The message with its place.
 [[nodiscard]] inline std::string FailureText(const std::string& fileName, const ProblemFileError& error) {
-    const std::string problem = error.ProblemId() ? "problem " + std::to_string(*error.ProblemId()) + ": " : "";
-    return fileName + ":" + std::to_string(error.Line()) + ":" + std::to_string(error.Column()) + ": " + problem +
+    return PlaceText(fileName, error.Place(), error.ProblemId()) + (error.IsWarning() ? "warning: " : "") +
            error.what();
 }
 

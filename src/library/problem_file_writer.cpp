@@ -14,16 +14,14 @@ namespace {
 
 constexpr const char* kReplaceTitle = "New file";
 
-/// One of the files that a library consists of.
-struct TLibraryFile {
-    std::filesystem::path m_path;
-    bool m_bWithComments;
-};
-
-std::vector<TLibraryFile> FilesOf(const std::filesystem::path& path, const TProblemFileOptions& options) {
-    if (!options.m_bCommentCompatibility)
-        return {{path, true}};
-    return {{PathWithComments(path), true}, {PathWithoutComments(path), false}};
+/// Errors  as WriteProblemFile.
+void Save(const std::vector<TFileToSave>& files) {
+    const TSaveResult result = SaveFiles(files, /*bBackup=*/true);
+    if (!result.m_error)
+        return;
+    const bool bOpened = result.m_step != ESaveStep::Open;
+    const char* const what = bOpened ? "Error saving to file: " : "Error opening file: ";
+    throw CSaveError(what + files[result.m_nFile].m_path.string() + " (" + result.m_error.message() + ")", bOpened);
 }
 
 /// The Ukrainian text has no line end: the line of the white figures is part of it, and readers refuse the file.
@@ -45,31 +43,30 @@ std::string DefaultText(ELanguage language) {
 } // namespace
 
 bool ProblemFileExists(const std::filesystem::path& path, const TProblemFileOptions& options) {
-    const std::vector<TLibraryFile> files = FilesOf(path, options);
-    return std::any_of(files.begin(), files.end(), [](const TLibraryFile& file) {
+    const std::vector<std::filesystem::path> files = FilesOfLibrary(path, options);
+    return std::any_of(files.begin(), files.end(), [](const std::filesystem::path& file) {
         std::error_code ignored;
-        return std::filesystem::exists(file.m_path, ignored);
+        return std::filesystem::exists(file, ignored);
     });
 }
 
-void SaveTextFile(const std::filesystem::path& path, std::string_view text) {
-    const TSaveResult result = SaveFile(path, text, true);
-    if (!result.m_error)
-        return;
-    const bool bOpened = result.m_step != ESaveStep::Open;
-    const char* const what = bOpened ? "Error saving to file: " : "Error opening file: ";
-    throw CSaveError(what + path.string() + " (" + result.m_error.message() + ")", bOpened);
-}
+void SaveTextFile(const std::filesystem::path& path, std::string_view text) { Save({{path, text}}); }
 
 void WriteProblemFile(const std::filesystem::path& path, const TProblemMap& library,
                       const TProblemFileOptions& options) {
-    for (const TLibraryFile& file : FilesOf(path, options))
-        SaveTextFile(file.m_path, FormatProblems(library, file.m_bWithComments));
+    const std::string whole = FormatProblems(library, true);
+    if (!options.m_bCommentCompatibility)
+        return SaveTextFile(path, whole);
+    const std::string withoutComments = FormatProblems(library, false);
+    Save({{PathWithComments(path), whole}, {PathWithoutComments(path), withoutComments}});
 }
 
 void WriteDefaultProblemFile(const std::filesystem::path& path, const TProblemFileOptions& options) {
-    for (const TLibraryFile& file : FilesOf(path, options))
-        SaveTextFile(file.m_path, DefaultText(options.m_language));
+    const std::string text = DefaultText(options.m_language);
+    std::vector<TFileToSave> files;
+    for (const std::filesystem::path& file : FilesOfLibrary(path, options))
+        files.push_back({file, text});
+    Save(files);
 }
 
 bool CreateNewProblemFile(const std::filesystem::path& path, INotifier& notifier, EExistingFile existing,

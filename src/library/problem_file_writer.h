@@ -10,9 +10,9 @@
 namespace quillon {
 
 /// A file that could not be written. What there was before is still there.
-class CSaveError : public ChessException {
+class CSaveError : public CFileError {
   public:
-    CSaveError(const std::string& message, bool bOpened) : ChessException(message), m_bOpened(bOpened) {}
+    CSaveError(const std::string& message, bool bOpened) : CFileError(message), m_bOpened(bOpened) {}
 
     /// False: it may not be written at that place; true: writing began and failed, as on a full disk.
     [[nodiscard]] bool IsOpened() const { return m_bOpened; }
@@ -21,8 +21,9 @@ class CSaveError : public ChessException {
     bool m_bOpened;
 };
 
-/// Writes the library in ascending order of id. With comments kept apart two files are written, the one with comments
-/// first; each is whole in itself whatever becomes of the other.
+/// Writes the library in ascending order of id. With comments kept apart two files are written. Both are on the disk
+/// before the first takes its name, so that a full disk changes neither. The one with comments, which alone has all
+/// that the library holds, comes first: a kill between the two leaves it new, and the other as it was.
 ///   Errors  CSaveError: "Error opening file: ", path and reason, if the file cannot be written to; "Error saving
 ///           to file: ", path and reason, if it could not be written whole or the old one not be kept.
 void WriteProblemFile(const std::filesystem::path& path, const TProblemMap& library,

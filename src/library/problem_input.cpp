@@ -38,23 +38,35 @@ void CheckText(const TProblemInput& input) {
         throw ChessException("Not a text file: " + input.m_name);
 }
 
-} // namespace
-
-EProblemFormat ProblemFormat(const std::string& path, std::string_view text) {
-    const std::string extension = ToUpperAscii(std::filesystem::path(path).extension().string());
-    if (extension == ".EPD")
-        return EProblemFormat::Epd;
-    if (extension == ".CP" || extension == ".CPX")
-        return EProblemFormat::Library;
-    return FormatOfText(text);
+std::string FileToRead(const std::string& path, const TProblemFileOptions& options) {
+    if (!options.m_bCommentCompatibility || !IsLibraryName(path))
+        return path;
+    const std::filesystem::path twin = PathWithComments(path);
+    std::error_code ignored;
+    return std::filesystem::exists(twin, ignored) ? twin.string() : path;
 }
 
-TProblemInput ReadProblemInput(const std::string& path, std::istream& standardInput) {
+} // namespace
+
+bool IsLibraryName(const std::filesystem::path& path) {
+    const std::string extension = ToUpperAscii(path.extension().string());
+    return extension == ".CP" || extension == ".CPX";
+}
+
+EProblemFormat ProblemFormat(const std::string& path, std::string_view text) {
+    if (ToUpperAscii(std::filesystem::path(path).extension().string()) == ".EPD")
+        return EProblemFormat::Epd;
+    return IsLibraryName(path) ? EProblemFormat::Library : FormatOfText(text);
+}
+
+TProblemInput ReadProblemInput(const std::string& path, std::istream& standardInput,
+                               const TProblemFileOptions& options) {
     const bool bStandardInput = path == "-";
     TProblemInput input;
-    input.m_name = bStandardInput ? kStandardInput : path;
+    input.m_language = options.m_language;
+    input.m_name = bStandardInput ? kStandardInput : FileToRead(path, options);
     const std::error_code failure =
-        bStandardInput ? ReadStreamText(standardInput, input.m_text) : ReadFileText(path, input.m_text);
+        bStandardInput ? ReadStreamText(standardInput, input.m_text) : ReadFileText(input.m_name, input.m_text);
     if (failure)
         throw ChessException("Error opening file: " + input.m_name + " (" + failure.message() + ")");
     CheckText(input);
@@ -75,18 +87,15 @@ void ReadProblems(const TProblemInput& input, const TOnProblem& onProblem, const
     if (input.m_format == EProblemFormat::Epd)
         ReadEpdProblems(input.m_text, countProblem, countError);
     else
-        ReadProblems(input.m_text, countProblem, countError);
+        ReadProblems(input.m_text, countProblem, countError, input.m_language);
     if (!bAny)
         FailEmpty(input.m_name);
 }
 
 TProblemMap CollectProblems(const TProblemInput& input, const TOnError& onError) {
     TProblemMap problems;
-    const auto store = [&](std::unique_ptr<ChessProblem> problem) {
-        const std::int32_t id = problem->id;
-        problems.insert_or_assign(id, std::move(problem));
-    };
-    ReadProblems(input, store, onError);
+    ReadProblems(
+        input, [&](std::unique_ptr<ChessProblem> problem) { PutById(problems, std::move(problem)); }, onError);
     return problems;
 }
 

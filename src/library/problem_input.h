@@ -1,6 +1,7 @@
 #pragma once
 // Problems from where the user names them: a library, an EPD file or standard input.
 
+#include <filesystem>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -17,13 +18,19 @@ struct TProblemInput {
     std::string m_name; // for messages: the path as given, or "standard input"
     std::string m_text;
     EProblemFormat m_format = EProblemFormat::Library;
+    ELanguage m_language = ELanguage::English; // that names of tags and variants are brought to
 };
 
-/// Reads the file whole and tells its format; "-" is standard input, which is handed in.
+/// Reads the file whole and tells its format; "-" is standard input, which is handed in. Where comments are kept apart
+/// a library "NAME.cp" is read from its twin "NAME.cpx", if there is one, and goes by the name of that.
 ///   Errors  ChessException, which names the file: it cannot be opened or read ("Error opening file: ", path and
 ///   reason),
 ///           is empty ("File cannot be empty."), is no text.
-[[nodiscard]] TProblemInput ReadProblemInput(const std::string& path, std::istream& standardInput);
+[[nodiscard]] TProblemInput ReadProblemInput(const std::string& path, std::istream& standardInput,
+                                             const TProblemFileOptions& options = {});
+
+/// Is the file a library by its name, that may have a twin?
+[[nodiscard]] bool IsLibraryName(const std::filesystem::path& path);
 
 /// The format by the extension (.cp, .cpx, .epd), and else by what the text looks like.
 [[nodiscard]] EProblemFormat ProblemFormat(const std::string& path, std::string_view text);

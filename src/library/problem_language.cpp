@@ -87,8 +87,9 @@ const std::map<std::string_view, const TNames*>& RowsByName() {
     return rows;
 }
 
-void RenameMainVariant(ChessProblem& problem, ELanguage language) {
+bool RenameMainVariant(ChessProblem& problem, ELanguage language) {
     const std::string own(MainVariantName(language));
+    bool bOnlyOne = true;
     for (const std::string_view name : kMainVariantNames) {
         const auto found = name == own ? problem.variants.end() : problem.variants.find(std::string(name));
         if (found == problem.variants.end())
@@ -96,8 +97,10 @@ void RenameMainVariant(ChessProblem& problem, ELanguage language) {
         Variant variant = std::move(found->second);
         problem.variants.erase(found);
         variant.name = own;
-        problem.variants.emplace(own, std::move(variant)); // one of that name is kept
+        // One of that name is kept.
+        bOnlyOne = problem.variants.emplace(own, std::move(variant)).second && bOnlyOne;
     }
+    return bOnlyOne;
 }
 
 } // namespace
@@ -122,12 +125,13 @@ std::set<std::string> KnownTags() {
     return tags;
 }
 
-void BringToLanguage(ChessProblem& problem, ELanguage language) {
-    RenameMainVariant(problem, language);
+bool BringToLanguage(ChessProblem& problem, ELanguage language) {
+    const bool bOnlyOne = RenameMainVariant(problem, language);
     std::set<std::string> tags;
     for (const std::string& tag : problem.tags)
         tags.emplace(TagName(tag, language));
     problem.tags = std::move(tags);
+    return bOnlyOne;
 }
 
 } // namespace quillon

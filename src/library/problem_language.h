@@ -26,6 +26,7 @@ enum class ELanguage : std::uint8_t { Polish, English, Ukrainian };
 
 /// Renames the main variant and the known tags of a problem. Where the main variant has names in several languages, the
 /// one named in `language` is kept, and without it the first in the order of the languages.
-void BringToLanguage(ChessProblem& problem, ELanguage language);
+///   Returns  false if there were several, and all but one are gone.
+bool BringToLanguage(ChessProblem& problem, ELanguage language);
 
 } // namespace quillon

@@ -16,6 +16,7 @@ constexpr const char* kErrorTitle = "Error";
 constexpr const char* kNavigationTitle = "Navigation between problems";
 constexpr const char* kEmptyFile = "File cannot be empty.";
 constexpr const char* kUntitled = "New Problem";
+constexpr const char* kChanged = "The opened file has been changed by an external application.\n\n";
 constexpr std::size_t kFewProblems = 10;
 
 using TBoard = std::array<TFigure, kSquares>;
@@ -93,12 +94,18 @@ class CStored {
     bool m_bKept = false;
 };
 
-/// Plies of the problems of each position.
-std::multimap<TBoard, std::uint16_t> PliesByPosition(const TProblemMap& problems) {
-    std::multimap<TBoard, std::uint16_t> plies;
+/// The problems of each position, in ascending order of id.
+std::multimap<TBoard, const ChessProblem*> ByPosition(const TProblemMap& problems) {
+    std::multimap<TBoard, const ChessProblem*> byPosition;
     for (const auto& [id, problem] : problems)
-        plies.emplace(problem->originalPosition->m_board, problem->plies);
-    return plies;
+        byPosition.emplace(problem->originalPosition->m_board, problem.get());
+    return byPosition;
+}
+
+/// A failure of reading, with its place where it has one.
+std::string TextOf(const ChessException& failure, const std::filesystem::path& path) {
+    const auto* const error = dynamic_cast<const ProblemFileError*>(&failure);
+    return error != nullptr ? FailureText(path.string(), *error) : failure.what();
 }
 
 std::string OpenedText(std::size_t nProblems) {
@@ -139,7 +146,6 @@ bool CProblemModel::AskToSaveChanges() {
     case EAnswer::Yes:
         return SaveProblemFile();
     case EAnswer::No:
-        m_edited = CopyOf(Current());
         return true;
     default:
         return false;
@@ -157,45 +163,48 @@ bool CProblemModel::MayReplaceLibrary() {
     return AskToSaveChanges();
 }
 
-bool CProblemModel::OpenProblemFile(const std::filesystem::path& path) {
-    if (!MayReplaceLibrary())
-        return false;
-    m_host.ShowStatus("Opening file...");
-    TProblemMap library;
-    try {
-        ReadProblemFile(
-            path, library, [](const ProblemFileError&) {}, m_options);
-        if (library.empty())
-            throw ChessException(kEmptyFile);
-    } catch (const ProblemFileError& error) {
-        MakeLibraryOfOneProblem();
-        m_host.Inform(FailureText(path.string(), error), kErrorTitle);
-        return false;
-    } catch (const ChessException& failure) {
-        m_host.Inform(failure.what(), kErrorTitle); // nothing has been read: the library stays
-        return false;
-    }
-    TakeLibrary(std::move(library), path);
-    return true;
-}
+bool CProblemModel::OpenProblemFile(const std::filesystem::path& path) { return MayReplaceLibrary() && Open(path); }
 
 bool CProblemModel::NewProblemFile(const std::filesystem::path& path) {
+    if (!MayReplaceLibrary())
+        return false;
     try {
-        return CreateNewProblemFile(path, m_host, EExistingFile::Ask, m_options) && OpenProblemFile(path);
+        return CreateNewProblemFile(path, m_host, EExistingFile::Ask, m_options) && Open(path);
     } catch (const ChessException& failure) {
         m_host.Inform(failure.what(), kErrorTitle);
         return false;
     }
 }
 
-void CProblemModel::TakeLibrary(TProblemMap library, const std::filesystem::path& path) {
+/// What had to be asked before has been asked.
+bool CProblemModel::Open(const std::filesystem::path& path) {
+    m_host.ShowStatus("Opening file...");
+    const TFileTimes times = LastWritesOf(path); // before the reading: what changes meanwhile is noticed later
+    TProblemMap library;
+    try {
+        ReadProblemFile(
+            path, library, [](const ProblemFileError&) {}, m_options);
+        if (library.empty())
+            throw ChessException(kEmptyFile);
+    } catch (const CFileError& failure) {
+        m_host.Inform(failure.what(), kErrorTitle); // nothing has been read: the library stays
+        return false;
+    } catch (const ChessException& failure) {
+        MakeLibraryOfOneProblem();
+        m_host.Inform(TextOf(failure, path), kErrorTitle);
+        return false;
+    }
+    TakeLibrary(std::move(library), path, times);
+    return true;
+}
+
+void CProblemModel::TakeLibrary(TProblemMap library, const std::filesystem::path& path, const TFileTimes& times) {
     m_library = std::move(library);
     m_path = path;
+    m_lastWrites = m_toldWrites = times;
     m_history.clear();
     m_tagsOfFile.clear();
-    for (const auto& [id, problem] : m_library)
-        m_tagsOfFile.insert(problem->tags.begin(), problem->tags.end());
-    Arm();
+    TakeTags();
     Show(m_library.begin()->first);
     m_host.FileChanged();
     m_host.ShowStatus(OpenedText(m_library.size()));
@@ -204,30 +213,50 @@ void CProblemModel::TakeLibrary(TProblemMap library, const std::filesystem::path
 void CProblemModel::MakeLibraryOfOneProblem() {
     m_library.clear();
     m_path.clear();
+    m_lastWrites.clear();
+    m_toldWrites.clear();
     m_history.clear();
     m_tagsOfFile.clear();
     Show(AddNewProblem().id);
     m_host.FileChanged();
 }
 
-void CProblemModel::Arm() {
-    std::error_code ignored;
-    m_lastWrite = std::filesystem::last_write_time(m_path, ignored);
+void CProblemModel::TakeTags() {
+    for (const auto& [id, problem] : m_library)
+        m_tagsOfFile.insert(problem->tags.begin(), problem->tags.end());
+}
+
+CProblemModel::TFileTimes CProblemModel::LastWritesOf(const std::filesystem::path& path) const {
+    TFileTimes times;
+    for (const std::filesystem::path& file : FilesOfLibrary(path, m_options)) {
+        std::error_code missing;
+        const auto lastWrite = std::filesystem::last_write_time(file, missing);
+        if (!missing)
+            times.emplace(file, lastWrite);
+    }
+    return times;
+}
+
+/// Are there files other than those? One that is gone has nothing that could be read, or lost.
+bool CProblemModel::IsChangedSince(const TFileTimes& times) const {
+    const TFileTimes now = LastWritesOf(m_path);
+    return std::any_of(now.begin(), now.end(), [&](const auto& file) {
+        const auto known = times.find(file.first);
+        return known == times.end() || known->second != file.second;
+    });
 }
 
 void CProblemModel::FolderChanged() {
-    constexpr const char* kChanged = "The opened file has been changed by an external application.\n\nIt is strongly "
-                                     "recommended to reopen it (close and open it again)\n\n";
-    std::error_code missing;
-    const auto lastWrite = std::filesystem::last_write_time(m_path, missing);
-    if (m_path.empty() || missing || lastWrite == m_lastWrite)
+    constexpr const char* kRecommendation = "It is strongly recommended to reopen it (close and open it again)\n\n";
+    if (m_path.empty() || !IsChangedSince(m_toldWrites))
         return;
-    m_lastWrite = lastWrite; // told once
+    m_toldWrites = LastWritesOf(m_path);
     if (IsProblemChanged())
-        m_host.Inform(std::string(kChanged) + "Any unsaved changes will be lost.\nIf you want to save them, it is "
-                                              "recommended to save to another file (File... Save As).",
+        m_host.Inform(std::string(kChanged) + kRecommendation +
+                          "Any unsaved changes will be lost.\nIf you want to save them, it is recommended to save to "
+                          "another file (File... Save As).",
                       kProduct);
-    else if (m_host.AskYesNo(std::string(kChanged) + "Do you want to reload the file?", kProduct))
+    else if (m_host.AskYesNo(std::string(kChanged) + kRecommendation + "Do you want to reload the file?", kProduct))
         static_cast<void>(OpenProblemFile(std::filesystem::path(m_path)));
 }
 
@@ -244,36 +273,60 @@ bool CProblemModel::MaySavePosition() {
     return true;
 }
 
-bool CProblemModel::Write(const std::filesystem::path& path) {
-    ChessProblem& current = *m_library.at(m_currentId);
+/// What others have written there since it was read would be in the backup only.
+bool CProblemModel::MayOverwrite(const std::filesystem::path& path) {
+    std::error_code ignored;
+    const bool bOpenFile = FilesOfLibrary(path, m_options) == FilesOfLibrary(m_path, m_options) ||
+                           std::filesystem::equivalent(path, m_path, ignored);
+    return m_path.empty() || !bOpenFile || !IsChangedSince(m_lastWrites) ||
+           m_host.AskYesNo(std::string(kChanged) + "Do you want to overwrite it?", kProduct);
+}
+
+bool CProblemModel::WriteLibrary(const std::filesystem::path& path) {
     try {
-        CStored stored(m_edited, current); // undone if the file cannot be written: the changes stay changes
         WriteProblemFile(path, m_library, m_options);
+    } catch (const ChessException& failure) {
+        if (path == m_path) // of two files one may have been written
+            m_lastWrites = m_toldWrites = LastWritesOf(m_path);
+        m_host.Inform(std::string("Error saving to file\n") + failure.what(), kErrorTitle);
+        return false;
+    }
+    m_path = path;
+    m_lastWrites = m_toldWrites = LastWritesOf(m_path);
+    TakeTags();
+    return true;
+}
+
+bool CProblemModel::WriteEdited(const std::filesystem::path& path) {
+    if (!MaySavePosition() || !MayOverwrite(path))
+        return false;
+    try {
+        // Undone if the file cannot be written: the changes stay changes.
+        CStored stored(m_edited, *m_library.at(m_currentId));
+        if (!WriteLibrary(path))
+            return false;
         stored.Keep();
     } catch (const ChessException& failure) {
         m_host.Inform(std::string("Error saving to file\n") + failure.what(), kErrorTitle);
         return false;
     }
-    m_tagsOfFile.insert(current.tags.begin(), current.tags.end());
-    m_path = path;
-    Arm();
     m_host.FileChanged();
     return true;
 }
 
-bool CProblemModel::SaveProblemFile() {
-    if (m_path.empty()) {
+bool CProblemModel::HasFile() {
+    if (m_path.empty())
         m_host.Inform("Error saving to file\nNo file is open.", kErrorTitle);
-        return false;
-    }
-    return MaySavePosition() && Write(std::filesystem::path(m_path));
+    return !m_path.empty();
 }
+
+bool CProblemModel::SaveProblemFile() { return HasFile() && WriteEdited(std::filesystem::path(m_path)); }
 
 bool CProblemModel::SaveProblemFileAs(const std::filesystem::path& path) {
     std::filesystem::path file = path;
     if (!file.has_extension())
         file += ".cp";
-    return MaySavePosition() && Write(file);
+    return WriteEdited(file);
 }
 
 bool CProblemModel::ReadOther(const std::filesystem::path& path, TProblemMap& problems) {
@@ -283,38 +336,41 @@ bool CProblemModel::ReadOther(const std::filesystem::path& path, TProblemMap& pr
         ReadProblemFile(
             path, problems, [](const ProblemFileError&) {}, m_options);
         return true;
-    } catch (const ProblemFileError& error) {
-        m_host.Inform(FailureText(path.string(), error), kErrorTitle);
     } catch (const ChessException& failure) {
-        m_host.Inform(failure.what(), kErrorTitle);
+        m_host.Inform(TextOf(failure, path), kErrorTitle);
+        return false;
     }
-    return false;
 }
 
+/// Changes of the current problem that the user has not wanted to save are not saved here either.
 bool CProblemModel::AskToKeep(const std::string& what) {
-    return m_host.AskYesNo(what + "\n\nDo you want to save changes? (select 'No' to reject them)", kProduct) &&
-           SaveProblemFile();
+    if (!m_host.AskYesNo(what + "\n\nDo you want to save changes? (select 'No' to reject them)", kProduct) ||
+        !HasFile() || !MayOverwrite(m_path) || !WriteLibrary(std::filesystem::path(m_path)))
+        return false;
+    m_host.FileChanged();
+    return true;
 }
 
 bool CProblemModel::AppendProblems(const std::filesystem::path& otherPath) {
     TProblemMap others;
     if (!ReadOther(otherPath, others))
         return false;
-    auto known = PliesByPosition(m_library);
+    auto known = ByPosition(m_library);
     std::vector<std::int32_t> added;
     std::string differing;
     for (auto& [id, problem] : others) {
         const auto [first, last] = known.equal_range(problem->originalPosition->m_board);
-        const bool bSame = std::any_of(first, last, [&](const auto& row) { return row.second == problem->plies; });
+        const bool bSame =
+            std::any_of(first, last, [&](const auto& row) { return row.second->plies == problem->plies; });
         if (bSame)
             continue;
         if (first != last) {
-            differing += std::to_string(id) + " vs. #" + std::to_string((first->second + 1) / 2) + " #" +
-                         std::to_string(StipulationMoves(*problem)) + "\n";
+            differing +=
+                std::to_string(id) + " vs. " + StipulationText(*first->second) + " " + StipulationText(*problem) + "\n";
             continue;
         }
         problem->id = NextFreeId();
-        known.emplace(problem->originalPosition->m_board, problem->plies);
+        known.emplace(problem->originalPosition->m_board, problem.get());
         added.push_back(problem->id);
         m_library.emplace(problem->id, std::move(problem));
     }
@@ -332,7 +388,7 @@ bool CProblemModel::RemoveProblems(const std::filesystem::path& otherPath) {
     TProblemMap others;
     if (!ReadOther(otherPath, others))
         return false;
-    const auto unwanted = PliesByPosition(others);
+    const auto unwanted = ByPosition(others);
     TProblemMap removed;
     bool bCurrent = false;
     for (auto at = m_library.begin(); at != m_library.end();) {

@@ -81,8 +81,9 @@ class CProblemModel {
     [[nodiscard]] TWorkingCopy& Edited() { return m_edited; }
     [[nodiscard]] bool IsProblemChanged() const;
 
-    /// Asks whether changes are to be saved, if there are any, and saves them on Yes. False: whatever was to follow is
-    /// not to be done (Cancel, or they could not be saved).
+    /// Asks whether changes are to be saved, if there are any, and saves them on Yes. On No they stay what they are:
+    /// they go when another problem is shown. False: whatever was to follow is not to be done (Cancel, or they could
+    /// not be saved).
     [[nodiscard]] bool AskToSaveChanges();
 
     // --- Files. False if nothing was done, or it failed, which has been told.
@@ -91,6 +92,8 @@ class CProblemModel {
     bool NewProblemFile(const std::filesystem::path& path);
     bool SaveProblemFile();
     bool SaveProblemFileAs(const std::filesystem::path& path);
+
+    // A file that others have changed since it was read is only written over if the user says so.
 
     /// Adds the problems of another file whose positions are not there, or removes those whose positions are; what came
     /// of it is told, and saved or taken back as the user answers.
@@ -114,14 +117,22 @@ class CProblemModel {
     bool NewProblem();
 
   private:
+    using TFileTimes = std::map<std::filesystem::path, std::filesystem::file_time_type>; // of the files that there are
+
     [[nodiscard]] bool MayReplaceLibrary();
     [[nodiscard]] bool MayLeaveProblem();
     [[nodiscard]] bool ReadOther(const std::filesystem::path& path, TProblemMap& problems);
-    [[nodiscard]] bool Write(const std::filesystem::path& path);
+    [[nodiscard]] bool Open(const std::filesystem::path& path);
+    [[nodiscard]] bool HasFile();
+    [[nodiscard]] bool WriteEdited(const std::filesystem::path& path);
+    [[nodiscard]] bool WriteLibrary(const std::filesystem::path& path);
     [[nodiscard]] bool MaySavePosition();
-    void TakeLibrary(TProblemMap library, const std::filesystem::path& path);
+    [[nodiscard]] bool MayOverwrite(const std::filesystem::path& path);
+    void TakeLibrary(TProblemMap library, const std::filesystem::path& path, const TFileTimes& times);
     void MakeLibraryOfOneProblem();
-    void Arm();
+    void TakeTags();
+    [[nodiscard]] TFileTimes LastWritesOf(const std::filesystem::path& path) const;
+    [[nodiscard]] bool IsChangedSince(const TFileTimes& times) const;
     void Show(std::int32_t id);
     void ShowFromHistory(std::size_t index);
     ChessProblem& AddNewProblem();
@@ -134,7 +145,8 @@ class CProblemModel {
     std::int32_t m_currentId = 0;
     TWorkingCopy m_edited;
     std::filesystem::path m_path;
-    std::filesystem::file_time_type m_lastWrite{};
+    TFileTimes m_lastWrites; // of what was read or written
+    TFileTimes m_toldWrites; // of what the user knows
     std::set<std::string> m_tagsOfFile;
     std::vector<std::int32_t> m_history; // ids in the order in which they were viewed
     std::size_t m_nHistoryIndex = 0;     // of the one that is shown

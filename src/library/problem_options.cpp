@@ -16,59 +16,90 @@ namespace {
 /// The token that follows an option. Special comments are kept: they end the options and are no argument.
 std::string_view NextArgument(TProblemParser& parser) { return NextToken(parser.m_position, true, true); }
 
-/// The number that the lexeme read last begins with, 0 if it begins with none; fails if it is above nMost.
-int ToNumber(const TProblemParser& parser, std::string_view text, int nMost, std::string_view option) {
+/// Does the token, in capitals, stand behind the options?
+bool EndsOptions(const std::string& token) {
+    const std::string_view line = Trimmed(token);
+    return token == "{" || line == "//#TAGS" || line == "//!VARIANTS" || token.starts_with("//@");
+}
+
+void WarnMissing(TProblemParser& parser, const char* what, std::string_view option, std::string_view found) {
+    parser.Warn(std::string(what) + " expected after " + std::string(option) + ". Found: " + std::string(found));
+}
+
+/// What stands behind an option that cannot do without. Where the options end instead, that is warned of and left to be
+/// read again.
+std::optional<std::string_view> ReadArgument(TProblemParser& parser, const char* what, std::string_view option) {
+    const CTextPosition before = parser.m_position;
+    const std::string_view argument = NextArgument(parser);
+    if (!EndsOptions(ToUpperAscii(argument)))
+        return argument;
+    WarnMissing(parser, what, option, argument);
+    parser.m_position = before;
+    return std::nullopt;
+}
+
+constexpr const char* kNumber = "Number";
+
+/// The number that a text begins with, 0 if it begins with none; the nearest that the option can have.
+int ToNumber(TProblemParser& parser, std::string_view text, int nMost, std::string_view option) {
+    if (text.empty() || !IsAsciiDigit(text.front()))
+        WarnMissing(parser, kNumber, option, text);
     const int number = LeadingNumber(text);
     if (number > nMost)
-        parser.m_position.Fail("Number out of range after " + std::string(option) + ": " + std::string(text));
-    return number;
+        parser.Warn("Number out of range after " + std::string(option) + ": " + std::string(text));
+    return std::min(number, nMost);
 }
 
-int ReadNumber(TProblemParser& parser, int nMost, std::string_view option) {
-    const std::string_view argument = NextArgument(parser);
-    return ToNumber(parser, argument, nMost, option);
+/// The number behind an option; without one the field keeps its value.
+template <class TNumber> void ReadNumber(TProblemParser& parser, int nMost, std::string_view option, TNumber& number) {
+    if (const auto argument = ReadArgument(parser, kNumber, option))
+        number = static_cast<TNumber>(ToNumber(parser, *argument, nMost, option));
 }
 
-/// A count of eight bits, where 255 stands for "not set".
-std::int8_t ToCount(const TProblemParser& parser, std::string_view text) {
-    constexpr int kUnsetInFile = 255;
-    if (!AreAllDigits(text))
-        parser.m_position.Fail("Number expected after THREADS. Found: " + std::string(text));
-    const int number = ToNumber(parser, text, kUnsetInFile, "THREADS");
-    if (number == kUnsetInFile)
+/// A count of eight bits, where 255 stands for "not set"; so does what is no number.
+std::int8_t ToCount(TProblemParser& parser, std::string_view text) {
+    constexpr int kUnsetInFile = 255, kMost = std::numeric_limits<std::int8_t>::max();
+    if (AreAllDigits(text) && LeadingNumber(text) == kUnsetInFile)
         return kUnsetCount;
-    return static_cast<std::int8_t>(ToNumber(parser, text, std::numeric_limits<std::int8_t>::max(), "THREADS"));
+    const int number = ToNumber(parser, text, kMost, "THREADS");
+    return text.empty() || !IsAsciiDigit(text.front()) ? kUnsetCount : static_cast<std::int8_t>(number);
 }
 
 /// "n" or "n^m": n threads, on m levels of the search.
 void ReadThreads(TProblemParser& parser) {
-    const std::string_view argument = NextArgument(parser);
-    const auto hat = argument.find('^');
-    parser.m_problem.threads = ToCount(parser, argument.substr(0, hat));
+    const auto argument = ReadArgument(parser, kNumber, "THREADS");
+    if (!argument)
+        return;
+    const auto hat = argument->find('^');
+    parser.m_problem.threads = ToCount(parser, argument->substr(0, hat));
     if (hat != std::string_view::npos)
-        parser.m_problem.levels = ToCount(parser, argument.substr(hat + 1));
+        parser.m_problem.levels = ToCount(parser, argument->substr(hat + 1));
 }
 
 void ReadSchedulerLevels(TProblemParser& parser) {
     constexpr int kMost = std::numeric_limits<std::int16_t>::max();
-    parser.m_problem.schedulerLevels = static_cast<std::int16_t>(ReadNumber(parser, kMost, "SCHEDULERLEVELS"));
+    ReadNumber(parser, kMost, "SCHEDULERLEVELS", parser.m_problem.schedulerLevels);
 }
 
 void ReadLichessLevels(TProblemParser& parser) {
-    parser.m_problem.lichessLevels = ReadNumber(parser, std::numeric_limits<std::int16_t>::max(), "LICHESSLEVELS");
+    constexpr int kMost = std::numeric_limits<std::int16_t>::max();
+    ReadNumber(parser, kMost, "LICHESSLEVELS", parser.m_problem.lichessLevels);
 }
 
 void ReadGlobRegMB(TProblemParser& parser) {
     constexpr int kMost = 1'000'000'000;
-    parser.m_problem.globRegMB = ReadNumber(parser, kMost, "GLOBREGMB");
+    ReadNumber(parser, kMost, "GLOBREGMB", parser.m_problem.globRegMB);
 }
 
-void ReadRequires(TProblemParser& parser) {
-    parser.m_problem.requiredMaterials.emplace(NextIdentifier(parser.m_position));
+void ReadMaterial(TProblemParser& parser, std::string_view option, std::set<std::string>& materials) {
+    if (const auto argument = ReadArgument(parser, "Material", option))
+        materials.emplace(*argument);
 }
+
+void ReadRequires(TProblemParser& parser) { ReadMaterial(parser, "REQUIRES", parser.m_problem.requiredMaterials); }
 
 void ReadAllSolutionsRequires(TProblemParser& parser) {
-    parser.m_problem.allSolutionsRequiredMaterials.emplace(NextIdentifier(parser.m_position));
+    ReadMaterial(parser, "ALLSOLUTIONSREQUIRES", parser.m_problem.allSolutionsRequiredMaterials);
 }
 
 /// The count is optional: what is no number above 0 is put back, to be read as the next option.
@@ -118,12 +149,6 @@ constexpr std::array kOptions{
     TOption{"BRUTEFORCE", kFlagBruteForce, nullptr},
     TOption{"STOPRELAXHEURISTICSONFIRSTSOLUTION", 0, StopRelaxing},
 };
-
-/// Does the token, in capitals, stand behind the options?
-bool EndsOptions(const std::string& token) {
-    const std::string_view line = Trimmed(token);
-    return token == "{" || line == "//#TAGS" || line == "//!VARIANTS" || token.starts_with("//@");
-}
 
 /// "(argument)" or "OFF" behind the name of a heuristic. Lexemes of the argument are put together without blanks.
 void ReadHeuristicClause(TProblemParser& parser, std::uint32_t bit, const std::string& name) {

@@ -32,8 +32,11 @@ std::int32_t ReadId(TProblemParser& parser) {
 /// The number of moves behind "#" or "s#".
 int ReadMoves(TProblemParser& parser) {
     const std::string_view lexeme = NextIdentifier(parser.m_position);
+    const std::string invalid = "Invalid stipulation: " + std::string(lexeme);
+    if (!IsAsciiDigit(lexeme.front()))
+        parser.m_position.Fail(invalid);
     if (!AreAllDigits(lexeme))
-        parser.m_position.Fail("Invalid stipulation: " + std::string(lexeme));
+        parser.Warn(invalid);
     return LeadingNumber(lexeme);
 }
 
@@ -79,6 +82,8 @@ void ReadVariants(TProblemParser& parser) {
         Variant variant;
         AtLexeme(parser, [&] { ParseVariantLine(variant, parser.Decode(token.substr(kVariants.size()))); });
         std::string name = variant.name;
+        if (parser.m_problem.variants.contains(name))
+            parser.Warn("Variant \"" + name + "\" redefinition - overwriting.");
         parser.m_problem.variants.insert_or_assign(std::move(name), std::move(variant));
     }
 }
@@ -96,6 +101,8 @@ bool OpensSection(TProblemParser& parser, std::string_view line) {
 std::string TProblemParser::Decode(std::string_view bytes) const {
     return m_bUtf8 ? DecodeUtf8(bytes) : DecodeLegacyText(bytes);
 }
+
+void TProblemParser::Warn(const std::string& message) { Warn(CTextPosition::Shown(message), m_position.LexemePlace()); }
 
 void ParseHeader(TProblemParser& parser, const TDefaultClauses& defaults) {
     ChessProblem& problem = parser.m_problem;

@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/chess_exception.h"
 #include "library/chess_problem.h"
@@ -30,7 +31,16 @@ struct TProblemParser {
     bool m_bIdRead = false; // m_problem.id is that of the text
     bool m_bInBody = false; // the opening bracket has been read, the closing one not
 
+    std::vector<ProblemFileError> m_warnings{}; // what is odd and loses no problem
+
     [[nodiscard]] std::string Decode(std::string_view bytes) const;
+
+    void Warn(const std::string& message, TTextPlace place) {
+        m_warnings.emplace_back(message, place, ProblemFileError::ESeverity::Warning);
+    }
+
+    /// About the lexeme read last.
+    void Warn(const std::string& message);
 };
 
 /// All of it; the position ends up behind the closing bracket. After a failure m_position is near the lexeme that

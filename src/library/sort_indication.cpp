@@ -120,10 +120,6 @@ class CIndicationReader {
     SortIndication m_indication;
 };
 
-std::string SquareText(TSquare square) {
-    return {static_cast<char>('a' + FileOf(square)), static_cast<char>('1' + RankOf(square))};
-}
-
 /// Unlike in the notation of moves, a pawn has a letter here: a letter says that the kind matters.
 char FigureLetter(TFigure kind) { return kind == kPawn ? 'P' : KindToLetter(kind); }
 

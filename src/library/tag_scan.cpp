@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::string_view kTag = "//#";
 constexpr std::string_view kFirstLine = "//#TAGS";
+constexpr std::string_view kBlanks = " \t\xA0";
 
 std::string_view TakeLine(std::string_view& text) {
     const std::string_view line = text.substr(0, text.find('\n'));
@@ -31,9 +32,13 @@ void AppendTagsFromFile(const std::filesystem::path& path, std::set<std::string>
     const bool bUtf8 = Trimmed(text.substr(0, text.find('\n')), " \t\xEF\xBB\xBF").starts_with("UTF-8");
     bool bTags = false;
     while (!text.empty()) {
-        const std::string_view line = TakeLine(text);
+        // Like the reader of problems: blanks in front of a line mean nothing, and neither do empty lines.
+        std::string_view line = TakeLine(text);
+        line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
         if (ToUpperAscii(Trimmed(line)) == kFirstLine && !bTags) {
             bTags = true;
+        } else if (line.empty()) {
+            continue;
         } else if (bTags && line.starts_with(kTag)) {
             const std::string_view tag = line.substr(kTag.size());
             if (!tag.empty())

@@ -14,4 +14,10 @@ namespace quillon {
 /// The most it has occupied so far.
 [[nodiscard]] std::uint64_t PeakResidentMemory();
 
+/// A share of so many bytes of memory.
+///   Unit  nPercent: 0..100; the result in whole MiB.
+[[nodiscard]] constexpr std::uint64_t ShareMB(std::uint64_t nBytes, int nPercent) {
+    return (nBytes >> 20) * static_cast<std::uint64_t>(nPercent) / 100;
+}
+
 } // namespace quillon

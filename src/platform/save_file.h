@@ -5,7 +5,9 @@
 // of the file system. Until that step the name stands for the old file. A kill may leave the new file behind under its
 // own name (".quillon-...").
 
+#include <cstddef>
 #include <filesystem>
+#include <span>
 #include <string_view>
 #include <system_error>
 
@@ -22,13 +24,25 @@ enum class ESaveStep {
 struct TSaveResult {
     std::error_code m_error;            // none: saved
     ESaveStep m_step = ESaveStep::Open; // that failed
-    std::filesystem::path m_oldFile;    // the backup that was made, empty for none
+    std::filesystem::path m_oldFile;    // the backup that was made, empty for none; of several files the last one
+    std::size_t m_nFile = 0;            // of several files the one that failed
 };
 
 /// Writes a file with this content.
 ///   bBackup  an old file stays as "NAME.BAK", instead of an earlier one of that name; where that cannot be replaced as
 ///            the first of "NAME.BAK1", "NAME.BAK2", ... that is free.
-/// A link is followed to the file that it names. A device or pipe cannot be replaced: it is written to as it is.
+/// A link is followed to the file that it names, also to one that is yet to be made. A device or pipe cannot be
+/// replaced: it is written to as it is.
 [[nodiscard]] TSaveResult SaveFile(const std::filesystem::path& path, std::string_view content, bool bBackup);
+
+struct TFileToSave {
+    std::filesystem::path m_path;
+    std::string_view m_content;
+};
+
+/// The same for files that belong together. The contents of all are on the disk before the first gets its name: a full
+/// disk leaves all of them as they were. Then they get their names in this order, so that a kill at the worst moment
+/// leaves new files before old ones.
+[[nodiscard]] TSaveResult SaveFiles(std::span<const TFileToSave> files, bool bBackup);
 
 } // namespace quillon

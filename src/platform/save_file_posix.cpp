@@ -5,9 +5,12 @@
 #include <csignal>
 #include <ctime>
 #include <fcntl.h>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace quillon {
 
@@ -126,13 +129,21 @@ TSaveResult WriteInPlace(const fs::path& path, std::string_view content) {
     return {error, ESaveStep::Write, {}};
 }
 
+/// Waits until the disk has the file.
+std::error_code SyncFile(const fs::path& path) {
+    CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.Get() < 0 || fsync(file.Get()) != 0)
+        return LastError();
+    return file.Close();
+}
+
 /// A second name for the file or, where the file system knows no such thing, a copy.
 std::error_code LinkOrCopy(const fs::path& from, const fs::path& to) {
     if (link(from.c_str(), to.c_str()) == 0)
         return {};
     std::error_code error;
     fs::copy_file(from, to, error);
-    return error;
+    return error ? error : SyncFile(to);
 }
 
 bool IsFree(const fs::path& path) {
@@ -165,42 +176,124 @@ void SyncFolder(const fs::path& folder) {
         static_cast<void>(fsync(descriptor.Get()));
 }
 
-TSaveResult Replace(const fs::path& file, std::string_view content, const struct stat* pOld, bool bBackup) {
-    const CNeighbour fresh(file);
-    const mode_t rights = pOld != nullptr ? 0600 : 0666; // until it has the old one's, nobody else is to read it
-    CDescriptor descriptor(open(fresh.Path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, rights));
-    if (descriptor.Get() < 0)
-        return {LastError(), ESaveStep::Open, {}};
-    TSaveResult result;
-    if (const std::error_code error = WriteNew(descriptor, content, pOld))
-        return {error, ESaveStep::Write, {}};
-    if (pOld != nullptr && bBackup)
-        if (const std::error_code error = KeepOldFile(file, result.m_oldFile))
-            return {error, ESaveStep::Backup, {}};
-    if (rename(fresh.Path().c_str(), file.c_str()) != 0)
-        return {LastError(), ESaveStep::Rename, result.m_oldFile};
-    SyncFolder(file.parent_path());
-    return result;
+/// Where a file is to be written to.
+struct TTarget {
+    fs::path m_file;
+    bool m_bExists = false;
+    struct stat m_old {}; // if it exists
+};
+
+/// Follows a link to a file that does not exist yet; what exists has been followed.
+std::error_code FollowLinks(fs::path& file) {
+    constexpr int kMostLinks = 40;
+    std::error_code error;
+    for (int n = 0; n < kMostLinks; ++n) {
+        if (!fs::is_symlink(fs::symlink_status(file, error)))
+            return {};
+        const fs::path named = fs::read_symlink(file, error);
+        if (error)
+            return error;
+        file = file.parent_path() / named; // which is `named` where that is absolute
+    }
+    return std::make_error_code(std::errc::too_many_symbolic_link_levels);
 }
+
+std::error_code FindTarget(const fs::path& path, TTarget& target) {
+    std::error_code notThere;
+    target.m_file = fs::canonical(path, notThere);
+    if (notThere) {
+        target.m_file = path;
+        if (const std::error_code error = FollowLinks(target.m_file))
+            return error;
+    }
+    target.m_bExists = stat(target.m_file.c_str(), &target.m_old) == 0;
+    if (!target.m_bExists)
+        return errno == ENOENT ? std::error_code() : LastError();
+    if (S_ISDIR(target.m_old.st_mode))
+        return std::make_error_code(std::errc::is_a_directory);
+    if (S_ISREG(target.m_old.st_mode) && access(target.m_file.c_str(), W_OK) != 0)
+        return LastError(); // its folder would let it be replaced all the same
+    return {};
+}
+
+/// A save in its three steps. Until the last one the file is what it was.
+class CSave {
+  public:
+    CSave(TTarget target, std::string_view content)
+        : m_target(std::move(target)), m_content(content), m_fresh(m_target.m_file) {}
+
+    /// Brings the content to the disk.
+    [[nodiscard]] TSaveResult Write() const {
+        if (IsInPlace())
+            return {};
+        const struct stat* const pOld = m_target.m_bExists ? &m_target.m_old : nullptr;
+        const mode_t rights = pOld != nullptr ? 0600 : 0666; // until it has the old one's, nobody else is to read it
+        CDescriptor descriptor(open(m_fresh.Path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, rights));
+        if (descriptor.Get() < 0)
+            return {LastError(), ESaveStep::Open, {}};
+        return {WriteNew(descriptor, m_content, pOld), ESaveStep::Write, {}};
+    }
+
+    [[nodiscard]] TSaveResult KeepOld() const {
+        TSaveResult result;
+        if (m_target.m_bExists && !IsInPlace())
+            if (const std::error_code error = KeepOldFile(m_target.m_file, result.m_oldFile))
+                return {error, ESaveStep::Backup, {}};
+        return result;
+    }
+
+    [[nodiscard]] TSaveResult Name() const {
+        if (IsInPlace())
+            return WriteInPlace(m_target.m_file, m_content);
+        if (rename(m_fresh.Path().c_str(), m_target.m_file.c_str()) != 0)
+            return {LastError(), ESaveStep::Rename, {}};
+        SyncFolder(m_target.m_file.parent_path());
+        return {};
+    }
+
+  private:
+    /// A device or pipe.
+    [[nodiscard]] bool IsInPlace() const { return m_target.m_bExists && !S_ISREG(m_target.m_old.st_mode); }
+
+    const TTarget m_target;
+    const std::string_view m_content;
+    const CNeighbour m_fresh;
+};
 
 } // namespace
 
 TSaveResult SaveFile(const fs::path& path, std::string_view content, bool bBackup) {
+    const TFileToSave file{path, content};
+    return SaveFiles({&file, 1}, bBackup);
+}
+
+TSaveResult SaveFiles(std::span<const TFileToSave> files, bool bBackup) {
     const CFileSizeSignalHeld held;
-    std::error_code notThere;
-    const fs::path target = fs::canonical(path, notThere);
-    const fs::path& file = notThere ? path : target;
-    struct stat status {};
-    if (stat(file.c_str(), &status) != 0)
-        return errno == ENOENT ? Replace(file, content, nullptr, bBackup)
-                               : TSaveResult{LastError(), ESaveStep::Open, {}};
-    if (S_ISDIR(status.st_mode))
-        return {std::make_error_code(std::errc::is_a_directory), ESaveStep::Open, {}};
-    if (!S_ISREG(status.st_mode))
-        return WriteInPlace(file, content);
-    if (access(file.c_str(), W_OK) != 0) // its folder would let it be replaced all the same
-        return {LastError(), ESaveStep::Open, {}};
-    return Replace(file, content, &status, bBackup);
+    std::vector<std::unique_ptr<CSave>> saves;
+    TSaveResult result;
+    const auto failed = [&](std::size_t i, const TSaveResult& step) {
+        result.m_error = step.m_error;
+        result.m_step = step.m_step;
+        result.m_nFile = i;
+        if (!step.m_oldFile.empty())
+            result.m_oldFile = step.m_oldFile;
+        return static_cast<bool>(step.m_error);
+    };
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        TTarget target;
+        if (failed(i, {FindTarget(files[i].m_path, target), ESaveStep::Open, {}}))
+            return result;
+        saves.push_back(std::make_unique<CSave>(std::move(target), files[i].m_content));
+        if (failed(i, saves[i]->Write()))
+            return result;
+    }
+    for (std::size_t i = 0; bBackup && i < files.size(); ++i)
+        if (failed(i, saves[i]->KeepOld()))
+            return result;
+    for (std::size_t i = 0; i < files.size(); ++i)
+        if (failed(i, saves[i]->Name()))
+            return result;
+    return result;
 }
 
 } // namespace quillon

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "cli/program_run.h"
 
@@ -180,6 +181,91 @@ TEST_F(LibraryCommands, CheckForPrograms) {
     EXPECT_EQ(object["findings"][0]["id"], 1);
     EXPECT_EQ(object["findings"][0]["line"], 1);
     EXPECT_EQ(object["findings"][0]["column"], 6);
+}
+
+TEST_F(LibraryCommands, WhatIsOddIsToldAndLosesNothing) {
+    const std::string text = "7 #9 THREADS many\n{\nW: Ke1, Ra1 B: Ke5\n}\n";
+    const std::string path = Given("a.cp", text);
+    const std::string told = path + ":1:14: problem 7: ", message = "Number expected after THREADS. Found: many";
+    EXPECT_EQ(RunQuillon({"list", path}).m_err, "quillon: " + told + "warning: " + message + "\n");
+    const TProgramResult check = RunQuillon({"check", path});
+    EXPECT_EQ(check.m_nStatus, 1);
+    EXPECT_EQ(check.OutLines(), (TLines{told + message, "1 problems read, 1 remark"}));
+    EXPECT_EQ(TJson::parse(RunQuillon({"check", path, "--json"}).m_out)["findings"][0]["finding"], "odd");
+    EXPECT_EQ(RunQuillon({"convert", path, path}).m_nStatus, 0);
+    EXPECT_EQ(ContentOf("a.cp"), "UTF-8\n\n\n7 #9\n{\n\tFEN: 8/8/8/4k3/8/8/8/R3K3\n}\n");
+}
+
+// ---- what options.ini and the options of the program say about files
+
+class SetLibraryCommands : public LibraryCommands {
+  protected:
+    void Settings(const std::string& lines) const { m_folder.Write("options.ini", "[chess]\n" + lines); }
+
+    [[nodiscard]] TProgramResult RunThere(std::vector<std::string> words) const {
+        words.insert(words.begin(), {"--work-dir", m_folder.Path().string()});
+        return RunQuillon(words);
+    }
+
+    static std::string WithVariant(const std::string& comment) {
+        return "UTF-8\n\n\n7 #2\n//!VARIANTS\n//!{Main variant} Ra1-a5" + comment +
+               "\n//!ENDVARIANTS\n{\n\tFEN: 8/8/8/4k3/8/8/8/R3K3\n}\n";
+    }
+};
+
+TEST_F(SetLibraryCommands, CommentsKeptApartAreReadAndWritten) {
+    Given("a.cp", WithVariant(""));
+    Given("a.cpx", WithVariant("[why]"));
+    EXPECT_EQ(RunThere({"convert", "a.cp", "-", "--to", "cp"}).m_out, WithVariant(""));
+    Settings("CommentCompatibilityMode=1\n");
+    EXPECT_EQ(RunThere({"convert", "a.cp", "-", "--to", "cp"}).m_out, WithVariant("[why]"));
+    EXPECT_EQ(RunThere({"convert", "a.cp", "b.cp"}).m_nStatus, 0);
+    EXPECT_EQ(ContentOf("b.cp"), WithVariant(""));
+    EXPECT_EQ(ContentOf("b.cpx"), WithVariant("[why]"));
+    EXPECT_EQ(RunThere({"convert", "a.cp", "c.json"}).m_nStatus, 0);
+    EXPECT_EQ(TJson::parse(ContentOf("c.json"))[0]["variants"][0]["moves"][0]["comment"], "why");
+    EXPECT_NE(ContentOf("c.json"), "");
+    EXPECT_EQ(ContentOf("c.jsonx"), "");
+}
+
+TEST_F(SetLibraryCommands, ALibraryWithoutATwinIsReadItself) {
+    Settings("CommentCompatibilityMode=1\n");
+    Given("a.cp", WithVariant("[why]"));
+    EXPECT_EQ(RunThere({"convert", "a.cp", "a.cp"}).m_nStatus, 0);
+    EXPECT_EQ(ContentOf("a.cp"), WithVariant(""));
+    EXPECT_EQ(ContentOf("a.cpx"), WithVariant("[why]"));
+}
+
+TEST_F(SetLibraryCommands, ATwinWithWhatCannotBeReadIsNotReplaced) {
+    Settings("CommentCompatibilityMode=1\n");
+    Given("a.cp", kLibrary);
+    Given("a.cpx", kBroken);
+    const TProgramResult result = RunThere({"convert", "a.cp", "a.cp"});
+    EXPECT_EQ(result.m_nStatus, 2);
+    EXPECT_NE(result.m_err.find("quillon: a.cpx" + std::string(kBrokenText)), std::string::npos) << result.m_err;
+    EXPECT_EQ(ContentOf("a.cpx"), kBroken);
+    EXPECT_EQ(ContentOf("a.cp"), kLibrary);
+}
+
+TEST_F(SetLibraryCommands, KnownTagsHaveTheLanguageOfTheSettings) {
+    Given("a.cp", kLibrary);
+    EXPECT_EQ(TJson::parse(RunThere({"list", "a.cp", "--json"}).OutLines().at(1))["tags"],
+              TJson({"ideal mate", "own"}));
+    Settings("LanguageId=0\n");
+    EXPECT_EQ(TJson::parse(RunThere({"list", "a.cp", "--json"}).OutLines().at(1))["tags"],
+              TJson({"mat idealny", "own"}));
+}
+
+TEST_F(SetLibraryCommands, TextWithoutAMarkIsInTheCharacterSetOfTheOption) {
+    Given("a.cp", "1 #2\n{\nDesc: \xB3\nFEN: 8/8/8/4k3/8/8/8/R3K3\n}\n");
+    const auto description = [&](const std::string& codePage) {
+        return TJson::parse(RunThere({"--code-page", codePage, "list", "a.cp", "--json"}).m_out)["description"];
+    };
+    EXPECT_EQ(description("windows-1250"), "\xC5\x82");
+    EXPECT_EQ(description("windows-1251"), "\xD1\x96");
+    const TProgramResult unknown = RunThere({"list", "a.cp", "--code-page", "nonesuch"});
+    EXPECT_EQ(unknown.m_nStatus, 2);
+    EXPECT_EQ(unknown.m_err.find("quillon: there is no character set nonesuch\n"), 0u) << unknown.m_err;
 }
 
 TEST_F(LibraryCommands, HelpNamesTheFiles) {

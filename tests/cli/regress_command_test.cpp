@@ -153,7 +153,9 @@ TEST_F(RegressCommand, ALogThatCannotBeWrittenIsToldOnce) {
 TEST_F(RegressCommand, BadInputIsStatusTwo) {
     const TProgramResult result = Run("1 #2 Foo { }\n2" + std::string(kGoodProblem));
     EXPECT_EQ(result.m_nStatus, 2);
-    EXPECT_NE(result.m_err.find("unrecognized option encountered: FOO"), std::string::npos) << result.m_err;
+    EXPECT_NE(result.m_err.find(":1:6: problem 1: Opening bracket expected { or unrecognized option encountered: FOO"),
+              std::string::npos)
+        << result.m_err;
     EXPECT_EQ(Log(), "[Threads = 1, Quick mode] Test #2 ok (T msec).\n") << "the others are run";
     const TProgramResult json = RunQuillon(Arguments({"--json"}));
     ASSERT_EQ(json.OutLines().size(), 3u);

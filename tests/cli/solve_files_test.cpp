@@ -117,7 +117,7 @@ TEST_F(SolveFiles, DifferentAnswer) {
     EXPECT_NE(result.m_out.find("2 differing"), std::string::npos);
     const TProgramResult json = Solve({"--json"});
     EXPECT_EQ(json.m_nStatus, 1);
-    EXPECT_NE(json.m_err.find("quillon: " + m_path + ":2: DIFFERS from the expected answer: Re1-e8\n"),
+    EXPECT_NE(json.m_err.find("quillon: " + m_path + ":2: problem 1: DIFFERS from the expected answer: Re1-e8\n"),
               std::string::npos)
         << json.m_err;
 }
@@ -147,17 +147,18 @@ TEST_F(SolveFiles, BadProblemsAreReportedAndTheOthersSolved) {
     EXPECT_EQ(bad["result"], "error");
     EXPECT_EQ(bad["file"], m_path);
     EXPECT_EQ(bad["line"], 8);
+    EXPECT_EQ(bad["column"], 6);
     EXPECT_FALSE(bad["message"].get<std::string>().empty());
     EXPECT_EQ(TJson::parse(lines[2])["id"], 3);
-    EXPECT_EQ(result.m_err, "quillon: " + m_path + ":8: " + bad["message"].get<std::string>() + "\n");
+    EXPECT_EQ(result.m_err, "quillon: " + m_path + ":8:6: problem 2: " + bad["message"].get<std::string>() + "\n");
 }
 
 TEST_F(SolveFiles, OnlyDirectMatesAreSolved) {
     Given("a.cp", "UTF-8\n" + Problem("1 s#3", kMateInThreeText) + Problem("2", kMateInThreeText));
     const TProgramResult result = Solve();
     EXPECT_EQ(result.m_nStatus, 2);
-    EXPECT_EQ(result.m_err, "quillon: " + m_path + ":2: only direct mates are solved\nquillon: " + m_path +
-                                ":6: only direct mates are solved\n");
+    EXPECT_EQ(result.m_err, "quillon: " + m_path + ":2: problem 1: only direct mates are solved\nquillon: " + m_path +
+                                ":6: problem 2: only direct mates are solved\n");
 }
 
 TEST_F(SolveFiles, LaterProblemReplacesAnEarlierOneOfItsId) {
@@ -166,7 +167,8 @@ TEST_F(SolveFiles, LaterProblemReplacesAnEarlierOneOfItsId) {
     EXPECT_EQ(result.m_nStatus, 0);
     ASSERT_EQ(result.OutLines().size(), 1u);
     EXPECT_EQ(TJson::parse(result.m_out)["stipulation"], 1);
-    EXPECT_EQ(result.m_err.substr(0, m_path.size() + 20), "quillon: " + m_path + ":6: warning");
+    EXPECT_EQ(result.m_err, "quillon: " + m_path + ":6:1: problem 1: warning: WARINING: Problem id=1 redefinition - " +
+                                "overwriting.\n");
 }
 
 TEST_F(SolveFiles, ControlCharactersDoNotReachTheTerminal) {

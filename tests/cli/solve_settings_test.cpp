@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include <nlohmann/json.hpp>
@@ -50,6 +51,27 @@ TEST_F(SolveSettings, WithoutAFileLeaveTheRequestAsItIs) {
     EXPECT_EQ(request.m_nMemoryShare, 20);
     EXPECT_LT(request.m_nMemoryBudgetMB, 0);
     EXPECT_TRUE(request.m_sortIndications.empty());
+    EXPECT_EQ(request.m_nLichessLevels, 1);
+    EXPECT_TRUE(request.m_bUsePrecalculatedData);
+    EXPECT_LT(request.m_nPrecalculatedBudgetMB, 0);
+    EXPECT_FALSE(request.m_bStopRelaxingOnSolution);
+}
+
+TEST_F(SolveSettings, WhatTheProblemSaysOfDataAndPassesIsInTheRequest) {
+    m_settings.m_nLichessLevels = 3;
+    EXPECT_EQ(Request().m_nLichessLevels, 3);
+    m_problem.lichessLevels = 0;
+    m_problem.flags = kFlagNoGlobReg;
+    m_problem.globRegMB = 512;
+    m_problem.stopRelaxHeuristicsOnFirstSolution = true;
+    const TSolveRequest request = Request();
+    EXPECT_EQ(request.m_nLichessLevels, 0);
+    EXPECT_FALSE(request.m_bUsePrecalculatedData);
+    EXPECT_EQ(request.m_nPrecalculatedBudgetMB, 512);
+    EXPECT_TRUE(request.m_bStopRelaxingOnSolution);
+    m_problem.lichessLevels = kUnset;
+    m_settings.m_nLichessLevels = -1;
+    EXPECT_EQ(Request().m_nLichessLevels, 0);
 }
 
 TEST_F(SolveSettings, HoldForWhatNobodyElseSays) {
@@ -186,6 +208,20 @@ TEST_F(SettingsFile, SwitchesTheLogOfThePlanOn) {
     Settings("TryRelaxSpecialHeuristicsLog=1\n");
     EXPECT_EQ(Solve(kQueen, 4, set).m_nStatus, 0);
     EXPECT_EQ(LinesOfLog(), 4) << "two steps, a line before and behind each";
+}
+
+TEST_F(SettingsFile, SwitchesTheLogOfTheRegisterOn) {
+    const auto solve = [&] { // so long that the register is full
+        return Solve("8/5p2/4k1p1/3n4/8/2BNKN2/PP6/8", 9,
+                     {"--all", "--brute-force", "--memory", "1", "--time-limit", "1", "--quiet"});
+    };
+    const std::filesystem::path log = m_folder.Path() / "registerInfo.log";
+    Settings("RegisterInfoLog=0\n");
+    EXPECT_EQ(solve().m_nStatus, 1);
+    EXPECT_FALSE(std::filesystem::exists(log));
+    Settings("RegisterInfoLog=1\n");
+    EXPECT_EQ(solve().m_nStatus, 1);
+    EXPECT_TRUE(std::filesystem::exists(log));
 }
 
 TEST_F(SettingsFile, GrantsMemory) {

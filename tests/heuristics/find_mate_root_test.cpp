@@ -291,6 +291,19 @@ TEST(FindMateRoot, WithAKeyARunForDualsGoesToTheProof) {
     }
 }
 
+TEST(FindMateRoot, WithAKeyARunMayBeToldToGoToTheProof) {
+    for (const bool bKey : {false, true}) {
+        CRun run;
+        run.m_analysis.m_nSolveMode = kAllSolutions;
+        run.m_run.m_bStopRelaxingOnSolution = true;
+        run.Choose(SH_DONTRECEDEBLACKKING | SH_SAVEQUEENROOK | SH_AREKINGSNEAR);
+        if (bKey)
+            run.m_run.m_solutions.push_back({ParseMove("Ka1-a2", true), "Ka1-a2", ""}); // found before this run
+        (void)run.Go(kNoMate, 7);
+        EXPECT_EQ(PassesAndKeys(run.m_run), bKey ? "1:0 2:0" : "1:0 1b:0 1c:0 2:0");
+    }
+}
+
 TEST(FindMateRoot, PassesThatTheClockGaveAreCountedWhenTheyCome) {
     CRun run;
     run.m_analysis.m_nStartTicks = TickCount64();

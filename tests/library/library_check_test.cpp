@@ -38,13 +38,48 @@ TEST(LibraryCheck, PositionsThatAreThereTwice) {
     EXPECT_EQ(FindingsOn(Problem("1 #2", kQueen) + Problem("5 #2", kQueen) + Problem("6 s#2", kQueen) +
                          Problem("7 #3", kQueen)),
               (TLines{"5 duplicate: same position as problem 1",
-                      "6 same-position: same position as problem 1, which has another stipulation",
-                      "7 same-position: same position as problem 1, which has another stipulation"}));
+                      "6 same-position: same position as problems 1, 5, which have another stipulation",
+                      "7 same-position: same position as problems 1, 5, 6, which have another stipulation"}));
+    EXPECT_EQ(FindingsOn(Problem("1 #2", kQueen) + Problem("2 #3", kQueen) + Problem("3 #3", kQueen)),
+              (TLines{"2 same-position: same position as problem 1, which has another stipulation",
+                      "3 duplicate: same position as problem 2",
+                      "3 same-position: same position as problem 1, which has another stipulation"}));
+}
+
+TEST(LibraryCheck, ManyThatAreEqualAreNotAllNamed) {
+    std::string text;
+    for (int id = 1; id <= 12; ++id)
+        text += Problem(std::to_string(id) + " #2", kQueen);
+    const TLines lines = FindingsOn(text);
+    ASSERT_EQ(lines.size(), 11u);
+    EXPECT_EQ(lines[9], "11 duplicate: same position as problems 1, 2, 3, 4, 5, 6, 7, 8, 9, 10");
+    EXPECT_EQ(lines[10], "12 duplicate: same position as problems 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, ... (11)");
+}
+
+TEST(LibraryCheck, TooManyFindingsAreNotAllTold) {
+    const auto stalemate = ReadOne(Problem("1 #2", "8/8/8/8/8/1q6/8/K1k5"));
+    std::vector<std::unique_ptr<ChessProblem>> problems;
+    for (int id = 0; id <= kMostFailures; ++id) {
+        problems.push_back(std::make_unique<ChessProblem>());
+        problems.back()->id = id;
+        problems.back()->originalPosition = std::make_unique<TChessboard>(*stalemate->originalPosition);
+    }
+    const std::vector<TFinding> findings = CheckProblems(problems);
+    ASSERT_EQ(findings.size(), kMostFailures + 1u);
+    EXPECT_EQ(FindingName(findings.back().m_finding), "too-many");
+    EXPECT_EQ(findings.back().m_text, "More than 20000 findings: the rest is not told.");
 }
 
 TEST(LibraryCheck, MirrorTwins) {
     EXPECT_EQ(FindingsOn(Problem("1 #2", kQueen) + Problem("2 #3", "8/8/8/3k4/8/8/8/3KQ3")),
               (TLines{"2 mirror-twin: mirrored position of problem 1"}));
+    EXPECT_EQ(FindingsOn(Problem("1 #2", kQueen) + Problem("2 #3", "8/8/8/3k4/8/8/8/3KQ3") +
+                         Problem("3 #2", "8/8/8/3k4/8/8/8/3KQ3") + Problem("4 #3", kQueen)),
+              (TLines{"2 mirror-twin: mirrored position of problem 1",
+                      "3 same-position: same position as problem 2, which has another stipulation",
+                      "3 mirror-twin: mirrored position of problem 1",
+                      "4 same-position: same position as problem 1, which has another stipulation",
+                      "4 mirror-twin: mirrored position of problems 2, 3"}));
     // Castling has no mirror image.
     EXPECT_EQ(FindingsOn(Problem("1 #2", "8/8/8/4k3/8/8/8/4K2R") + Problem("2 #2", "8/8/8/3k4/8/8/8/R2K4")), TLines());
     // A symmetrical position is no twin of itself.

@@ -328,6 +328,12 @@ TEST(HugeInput, OfFailuresOnlySoManyAreTold) {
     ASSERT_EQ(reading.m_errors.size(), kMostFailures + 2u);
     EXPECT_STREQ(reading.m_errors.back().what(), "More than 20000 failures: the rest is not read.");
     EXPECT_EQ(reading.m_errors.back().Line(), kMostFailures + 2);
+    reading = Read(Repeated("//!default\n", 300'000) + Problem("1 #2"));
+    EXPECT_EQ(reading.m_errors.size(), kMostFailures + 2u);
+    EXPECT_TRUE(reading.m_problems.empty());
+    reading = Read(Repeated("1 #2 THREADS x\n" + std::string(kPlainBody), 1'500'000));
+    EXPECT_EQ(reading.m_errors.size(), kMostFailures + 2u);
+    EXPECT_FALSE(reading.m_errors.back().IsWarning());
     reading = {};
     ReadEpdProblems(epd, Problems(reading), Errors(reading));
     ASSERT_EQ(reading.m_errors.size(), kMostFailures + 2u);

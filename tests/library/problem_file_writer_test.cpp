@@ -11,6 +11,7 @@
 #include "core/answering_notifier.h"
 #include "library/problem_reading.h"
 #include "library/problem_writer.h"
+#include "platform/killed_saves.h"
 #include "platform/temporary_folder.h"
 
 namespace quillon {
@@ -108,6 +109,83 @@ TEST(ProblemFileWriter, WhatCannotBeWrittenIsToldAndTheOldFileStays) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()), 1);
 }
 
+TEST(ProblemFileWriter, AFullDiskChangesNeitherTwin) {
+    const CTemporaryFolder folder;
+    folder.Write("a.cp", "old");
+    folder.Write("a.cpx", "old");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    // Enough for the file without comments only.
+    const rlimit small{kWithComment.size() - 1, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const std::string failure = FailureOf([&] { WriteProblemFile(folder.Path() / "a.cp", Library(), Twins()); });
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_EQ(failure, "Error saving to file: " + (folder.Path() / "a.cpx").string() + " (File too large)");
+    fs::remove(folder.Path() / "a.cp");
+    folder.Write("a.cp/in the way", ""); // now the other one cannot be written
+    EXPECT_EQ(FailureOf([&] { WriteProblemFile(folder.Path() / "a.cp", Library(), Twins()); }),
+              "Error opening file: " + (folder.Path() / "a.cp").string() + " (Is a directory)");
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cpx"), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()), 2);
+}
+
+// ---- kills
+
+/// Libraries of different length, each problem of which tells the number of its library in a comment and by its length.
+TProblemMap NumberedLibrary(int n) {
+    std::string text = "UTF-8\n";
+    for (int id = 1; id <= 150 + 60 * n; ++id)
+        text += std::to_string(id) + " #" + std::to_string(n + 1) + "\n//!VARIANTS\n//!{v} Qd1-d8[" +
+                std::to_string(n) + "]\n//!ENDVARIANTS\n" + std::string(kPlainBody);
+    TProblemMap library;
+    ReadProblemText(text, library, [](const ProblemFileError&) {});
+    return library;
+}
+
+/// Which of the texts it is; -1 for none.
+int IndexOf(const std::vector<std::string>& texts, const fs::path& file) {
+    const auto found = std::find(texts.begin(), texts.end(), ContentOf(file));
+    return found == texts.end() ? -1 : static_cast<int>(found - texts.begin());
+}
+
+TEST(ProblemFileWriter, KilledAtAnyMomentItLeavesWholeTwinsTheFullOneFirst) {
+    constexpr int kLibraries = 4;
+    const CTemporaryFolder folder;
+    const fs::path file = folder.Path() / "a.cp";
+    std::vector<TProblemMap> libraries;
+    std::vector<std::string> with, without;
+    for (int n = 0; n < kLibraries; ++n) {
+        libraries.push_back(NumberedLibrary(n));
+        with.push_back(FormatProblems(libraries.back(), true));
+        without.push_back(FormatProblems(libraries.back(), false));
+    }
+    int nChanged = 0, nStrays = 0, fullBefore = -1, bareBefore = -1;
+    KillSaves(
+        [&](int n) {
+            WriteProblemFile(file, libraries[static_cast<std::size_t>(n % kLibraries)], Twins());
+            return true;
+        },
+        [&](int first) {
+            const int full = IndexOf(with, PathWithComments(file)), bare = IndexOf(without, file);
+            EXPECT_GE(full, 0);
+            EXPECT_GE(bare, 0);
+            EXPECT_GE(IndexOf(with, folder.Path() / "a.cpx.BAK"), 0);
+            EXPECT_GE(IndexOf(without, folder.Path() / "a.cp.BAK"), 0);
+            // Where they differ the one with comments is of the save that was killed, the other of the one before.
+            const bool bUntouched = full == fullBefore && bare == bareBefore;
+            const bool bInFirstSave = full == first % kLibraries && bare == bareBefore;
+            EXPECT_TRUE(full == bare || full == (bare + 1) % kLibraries || bInFirstSave || bUntouched)
+                << "kill " << first << ": " << full << " and " << bare;
+            nChanged += full != fullBefore ? 1 : 0;
+            nStrays += RemoveStrays(folder.Path());
+            fullBefore = full;
+            bareBefore = bare;
+        });
+    // The kills fell between saves and within them.
+    EXPECT_GT(nChanged, 0);
+    EXPECT_GT(nStrays, 0);
+}
+
 TEST(NewProblemFile, HasOneProblemToChange) {
     const CTemporaryFolder folder;
     CAnswer nobody(false);
@@ -181,13 +259,13 @@ TEST(NewProblemFile, DoesNotReplaceATwinThatIsThere) {
 
 TEST(ProblemFileLog, NamesEachProblemAndRedefinition) {
     const CTemporaryFolder folder;
-    folder.Write("a.cp", "1 #2\n" + std::string(kPlainBody) + "1 #3\n" + std::string(kPlainBody));
+    folder.Write("a.cp", "1 #2\n" + std::string(kPlainBody) + "1 #3 THREADS x\n" + std::string(kPlainBody));
     std::vector<std::string> lines;
     static_cast<void>(
         LibraryOf(folder.Path() / "a.cp", {.m_log = [&](const std::string& line) { lines.push_back(line); }}));
-    EXPECT_EQ(lines, (std::vector<std::string>{"Problem 1 read from file.\n",
-                                               "WARINING: Problem id=1 redefinition - overwriting.\n",
-                                               "Problem 1 read from file.\n"}));
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "Problem 1 read from file.\n", "Problem 1, line 5: Number expected after THREADS. Found: x\n",
+                         "WARINING: Problem id=1 redefinition - overwriting.\n", "Problem 1 read from file.\n"}));
 }
 
 TEST(FailureText, TellsAllThatIsKnownOfThePlace) {

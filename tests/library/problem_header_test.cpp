@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "library/problem_reading.h"
 
@@ -17,6 +18,22 @@ std::unique_ptr<ChessProblem> ReadHeader(std::string_view header) {
 
 std::string HeaderError(std::string_view header) {
     return StrictError(std::string(header) + "\n" + std::string(kPlainBody));
+}
+
+/// The problem of a header that is read with warnings, and "line:column message" of each.
+struct TOddHeader {
+    std::unique_ptr<ChessProblem> m_problem;
+    std::vector<std::string> m_warnings;
+};
+
+TOddHeader ReadOdd(std::string_view header) {
+    TReading reading = Read(std::string(header) + "\n" + std::string(kPlainBody));
+    EXPECT_EQ(reading.m_problems.size(), 1u) << header;
+    for (const ProblemFileError& error : reading.m_errors) {
+        EXPECT_TRUE(error.IsWarning());
+        EXPECT_EQ(error.ProblemId(), 1);
+    }
+    return {std::move(reading.m_problems.at(0)), reading.Errors()};
 }
 
 ProblemFlags FlagsOf(std::string_view options) { return ReadHeader("1 #2 " + std::string(options))->flags; }
@@ -67,8 +84,11 @@ TEST(ProblemHeader, LengthOfTheStipulation) {
     EXPECT_EQ(HeaderError("1 #99999999999999999999"), "1:4 Stipulation out of range (1 to 299 moves): 2000000000");
 }
 
-TEST(ProblemHeader, LengthMustBeANumber) {
-    EXPECT_EQ(HeaderError("1 #2AllSolutions"), "1:4 Invalid stipulation: 2AllSolutions");
+TEST(ProblemHeader, LengthMustBeginWithANumber) {
+    const TOddHeader odd = ReadOdd("1 #2AllSolutions");
+    EXPECT_EQ(odd.m_problem->plies, 3);
+    EXPECT_EQ(odd.m_problem->flags, 0u);
+    EXPECT_EQ(odd.m_warnings, (std::vector<std::string>{"1:4 Invalid stipulation: 2AllSolutions"}));
     EXPECT_EQ(HeaderError("1 #two"), "1:4 Invalid stipulation: two");
     EXPECT_EQ(HeaderError("1 #"), "2:1 Alphanumeric identifier expected. Found: {");
 }
@@ -139,12 +159,41 @@ TEST(ProblemOptions, ThreadsAndLevels) {
     EXPECT_EQ(ReadHeader("1 #2 THREADS 127")->threads, 127);
 }
 
-TEST(ProblemOptions, ThreadsWantNumbers) {
-    EXPECT_EQ(HeaderError("1 #2 THREADS"), "2:1 Number expected after THREADS. Found: {");
-    EXPECT_EQ(HeaderError("1 #2 THREADS many"), "1:14 Number expected after THREADS. Found: many");
-    EXPECT_EQ(HeaderError("1 #2 THREADS 4^"), "1:14 Number expected after THREADS. Found: ");
-    EXPECT_EQ(HeaderError("1 #2 THREADS 128"), "1:14 Number out of range after THREADS: 128");
-    EXPECT_EQ(HeaderError("1 #2 THREADS 4^300"), "1:14 Number out of range after THREADS: 300");
+TEST(ProblemOptions, WhatIsNoNumberOfThreadsIsWarnedOf) {
+    const struct {
+        const char* m_option;
+        int m_nThreads, m_nLevels;
+        const char* m_warning;
+    } kRows[] = {
+        {"THREADS", kUnsetCount, kUnsetCount, "2:1 Number expected after THREADS. Found: {"},
+        {"THREADS many", kUnsetCount, kUnsetCount, "1:14 Number expected after THREADS. Found: many"},
+        {"THREADS 4^", 4, kUnsetCount, "1:14 Number expected after THREADS. Found: "},
+        {"THREADS 128", 127, kUnsetCount, "1:14 Number out of range after THREADS: 128"},
+        {"THREADS 4^300", 4, 127, "1:14 Number out of range after THREADS: 300"},
+    };
+    for (const auto& row : kRows) {
+        const TOddHeader odd = ReadOdd("1 #2 " + std::string(row.m_option));
+        EXPECT_EQ(odd.m_problem->threads, row.m_nThreads) << row.m_option;
+        EXPECT_EQ(odd.m_problem->levels, row.m_nLevels) << row.m_option;
+        EXPECT_EQ(odd.m_warnings, (std::vector<std::string>{row.m_warning})) << row.m_option;
+    }
+}
+
+TEST(ProblemOptions, OneWithoutItsArgumentIsWarnedOf) {
+    for (const std::string option : {"THREADS", "SCHEDULERLEVELS", "LICHESSLEVELS", "GLOBREGMB"}) {
+        const TOddHeader odd = ReadOdd("1 #2 SafeMode " + option + "\n//#TAGS\n//#x");
+        EXPECT_EQ(odd.m_problem->tags.size(), 1u) << option;
+        EXPECT_EQ(odd.m_problem->schedulerLevels, kUnset);
+        EXPECT_EQ(odd.m_problem->lichessLevels, kUnset);
+        EXPECT_EQ(odd.m_problem->globRegMB, kUnset);
+        EXPECT_EQ(odd.m_warnings,
+                  (std::vector<std::string>{"2:1 Number expected after " + option + ". Found: //#TAGS"}));
+    }
+    EXPECT_EQ(ReadOdd("1 #2 Requires").m_warnings,
+              (std::vector<std::string>{"2:1 Material expected after REQUIRES. Found: {"}));
+    EXPECT_TRUE(ReadOdd("1 #2 Requires").m_problem->requiredMaterials.empty());
+    EXPECT_EQ(HeaderError("1 #2 SH_ZUGZWANG"), "2:1 Unexpected lexem after SH_ZUGZWANG: { (expected opening bracket or "
+                                               "OFF)");
 }
 
 TEST(ProblemOptions, OptionsWithANumber) {
@@ -153,11 +202,15 @@ TEST(ProblemOptions, OptionsWithANumber) {
     EXPECT_EQ(problem->lichessLevels, 2);
     EXPECT_EQ(problem->globRegMB, 4096);
     EXPECT_EQ(ReadHeader("1 #2 SchedulerLevels 7x")->schedulerLevels, 7);
-    EXPECT_EQ(ReadHeader("1 #2 LichessLevels many")->lichessLevels, 0);
+    EXPECT_EQ(ReadOdd("1 #2 LichessLevels many").m_problem->lichessLevels, 0);
+    EXPECT_EQ(ReadOdd("1 #2 LichessLevels many").m_warnings,
+              (std::vector<std::string>{"1:20 Number expected after LICHESSLEVELS. Found: many"}));
     EXPECT_EQ(HeaderError("1 #2 SCHEDULERLEVELS -1"),
               "1:23 Opening bracket expected { or unrecognized option encountered: 1");
-    EXPECT_EQ(HeaderError("1 #2 SCHEDULERLEVELS 99999"), "1:22 Number out of range after SCHEDULERLEVELS: 99999");
-    EXPECT_EQ(HeaderError("1 #2 GLOBREGMB 9999999999"), "1:16 Number out of range after GLOBREGMB: 9999999999");
+    EXPECT_EQ(ReadOdd("1 #2 SCHEDULERLEVELS 99999").m_problem->schedulerLevels, 32767);
+    EXPECT_EQ(ReadOdd("1 #2 SCHEDULERLEVELS 99999").m_warnings,
+              (std::vector<std::string>{"1:22 Number out of range after SCHEDULERLEVELS: 99999"}));
+    EXPECT_EQ(ReadOdd("1 #2 GLOBREGMB 9999999999").m_problem->globRegMB, 1'000'000'000);
 }
 
 TEST(ProblemOptions, OptionsThatSetAField) {
@@ -169,7 +222,6 @@ TEST(ProblemOptions, RequiredMaterials) {
     const auto problem = ReadHeader("1 #2 Requires RRk OnlyIfAvail Qr Requires RRk AllSolutionsRequires BB");
     EXPECT_EQ(problem->requiredMaterials, (std::set<std::string>{"RRk", "Qr"}));
     EXPECT_EQ(problem->allSolutionsRequiredMaterials, (std::set<std::string>{"BB"}));
-    EXPECT_EQ(HeaderError("1 #2 Requires"), "2:1 Alphanumeric identifier expected. Found: {");
 }
 
 TEST(ProblemOptions, CountOfTheGuiCheckIsOptional) {
@@ -215,6 +267,12 @@ TEST(ProblemSections, Variants) {
     EXPECT_EQ(problem->variants.at("Main variant").moves[1].comment, "only move");
     EXPECT_EQ(problem->variants.at("Main variant").moves[2].text, "Qd8-f6");
     EXPECT_EQ(problem->variants.at("Try \xC5\x82").moves.size(), 1u);
+}
+
+TEST(ProblemSections, OfTwoVariantsOfANameTheLaterIsKept) {
+    const TOddHeader odd = ReadOdd("1 #2\n//!VARIANTS\n//!{a} Ke1-e2\n//!{a} Ke1-d2\n//!ENDVARIANTS");
+    EXPECT_EQ(odd.m_problem->variants.at("a").moves.at(0).text, "Ke1-d2");
+    EXPECT_EQ(odd.m_warnings, (std::vector<std::string>{"4:1 Variant \"a\" redefinition - overwriting."}));
 }
 
 TEST(ProblemSections, VariantsEndWithoutTheirEndMarkToo) {

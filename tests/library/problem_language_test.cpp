@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "library/problem_reading.h"
 
@@ -13,10 +14,11 @@ using namespace quillon::testing;
 
 const std::string kPolishMain = "Wariant główny", kUkrainianMain = "Основний варіант";
 
-std::unique_ptr<ChessProblem> ReadIn(ELanguage language, const std::string& sections) {
+std::unique_ptr<ChessProblem> ReadIn(ELanguage language, const std::string& sections,
+                                     const std::vector<std::string>& warnings = {}) {
     TReading reading;
     ReadProblems("UTF-8\n1 #3\n" + sections + std::string(kPlainBody), Problems(reading), Errors(reading), language);
-    EXPECT_EQ(reading.Errors(), std::vector<std::string>());
+    EXPECT_EQ(reading.Errors(), warnings);
     return std::move(reading.m_problems.at(0));
 }
 
@@ -42,13 +44,14 @@ TEST(Languages, TheMainVariantHasItsNameInEach) {
 
 TEST(Languages, OfTwoMainVariantsTheOneInTheLanguageIsKept) {
     const std::string section = "//!VARIANTS\n//!{Main variant} Ke1-e2\n//!{" + kPolishMain + "} Ke1-d2\n";
-    const auto polish = ReadIn(ELanguage::Polish, section);
+    const std::vector<std::string> told{"2:1 Two main variants: only one is kept."};
+    const auto polish = ReadIn(ELanguage::Polish, section, told);
     ASSERT_EQ(Names(*polish), (std::set<std::string>{kPolishMain}));
     EXPECT_EQ(polish->variants.at(kPolishMain).moves.at(0).text, "Ke1-d2");
-    const auto english = ReadIn(ELanguage::English, section);
+    const auto english = ReadIn(ELanguage::English, section, told);
     ASSERT_EQ(Names(*english), (std::set<std::string>{"Main variant"}));
     EXPECT_EQ(english->variants.at("Main variant").moves.at(0).text, "Ke1-e2");
-    EXPECT_EQ(Names(*ReadIn(ELanguage::Ukrainian, section)), (std::set<std::string>{kUkrainianMain}));
+    EXPECT_EQ(Names(*ReadIn(ELanguage::Ukrainian, section, told)), (std::set<std::string>{kUkrainianMain}));
 }
 
 TEST(Languages, KnownTagsAreTranslated) {

@@ -1,6 +1,7 @@
 #include "library/problem_model.h"
 
 #include <chrono>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -26,14 +27,8 @@ std::string Problem(int id, const std::string& fen, const std::string& stipulati
 class CHost : public IProblemHost {
   public:
     void Inform(std::string_view text, std::string_view) override { m_told.emplace_back(text); }
-    bool AskYesNo(std::string_view text, std::string_view) override {
-        m_asked.emplace_back(text);
-        return m_answer == EAnswer::Yes;
-    }
-    EAnswer AskYesNoCancel(std::string_view text, std::string_view) override {
-        m_asked.emplace_back(text);
-        return m_answer;
-    }
+    bool AskYesNo(std::string_view text, std::string_view) override { return Answer(text) == EAnswer::Yes; }
+    EAnswer AskYesNoCancel(std::string_view text, std::string_view) override { return Answer(text); }
     [[nodiscard]] bool IsSolving() const override { return m_bSolving; }
     void StopSolving() override { m_bSolving = false; }
     void ShowStatus(std::string_view text) override { m_status = text; }
@@ -41,10 +36,21 @@ class CHost : public IProblemHost {
     void FileChanged() override {}
 
     EAnswer m_answer = EAnswer::Yes;
+    std::deque<EAnswer> m_answers; // before m_answer, one each
     bool m_bSolving = false;
     int m_nShown = 0;
     std::string m_status;
     TTexts m_told, m_asked;
+
+  private:
+    EAnswer Answer(std::string_view text) {
+        m_asked.emplace_back(text);
+        if (m_answers.empty())
+            return m_answer;
+        const EAnswer answer = m_answers.front();
+        m_answers.pop_front();
+        return answer;
+    }
 };
 
 class ProblemModel : public ::testing::Test {
@@ -100,9 +106,18 @@ TEST_F(ProblemModel, AFileThatCannotBeOpenedLeavesTheLibrary) {
     GivenThree();
     const fs::path none = m_folder.Path() / "none.cp";
     EXPECT_FALSE(m_model.OpenProblemFile(none));
-    EXPECT_FALSE(m_model.OpenProblemFile(Given("empty.cp", "")));
-    EXPECT_EQ(m_host.m_told, (TTexts{"Error opening file: " + none.string(), "File cannot be empty."}));
+    EXPECT_EQ(m_host.m_told, (TTexts{"Error opening file: " + none.string()}));
     EXPECT_EQ(Ids(), (std::vector<int>{3, 5, 9}));
+    EXPECT_EQ(m_model.Path(), m_path);
+}
+
+TEST_F(ProblemModel, AnEmptyFileLeavesOneNewProblem) {
+    GivenThree();
+    EXPECT_FALSE(m_model.OpenProblemFile(Given("empty.cp", "")));
+    EXPECT_EQ(m_host.m_told, (TTexts{"File cannot be empty."}));
+    EXPECT_EQ(Ids(), (std::vector<int>{1}));
+    EXPECT_EQ(m_model.ProblemTitle(), "New Problem");
+    EXPECT_TRUE(m_model.Path().empty());
 }
 
 TEST_F(ProblemModel, AFileWithAFaultLeavesOneNewProblem) {
@@ -163,6 +178,32 @@ TEST_F(ProblemModel, LeavingAChangedProblemAsks) {
     EXPECT_NE(ContentOf(m_path).find("kept"), std::string::npos);
 }
 
+TEST_F(ProblemModel, ChangesThatAreNotSavedGoOnlyWhenAnotherProblemIsShown) {
+    GivenThree();
+    ASSERT_TRUE(m_model.LastProblem());
+    m_model.Edited().m_description = "new";
+    m_host.m_answer = EAnswer::No;
+    EXPECT_FALSE(m_model.NextProblem()); // no new problem wanted
+    EXPECT_FALSE(m_model.OpenProblemFile(m_folder.Path() / "none.cp"));
+    EXPECT_FALSE(m_model.AppendProblems(Given("b.cp", Problem(1, "8/8/8/4k3/8/8/8/2B1K3"))));
+    EXPECT_TRUE(m_model.AskToSaveChanges()); // as before the window closes, which may be called off
+    EXPECT_EQ(m_model.Edited().m_description, "new");
+    EXPECT_TRUE(m_model.IsProblemChanged());
+    EXPECT_TRUE(m_model.PreviousProblem());
+    EXPECT_TRUE(m_model.NextProblem());
+    EXPECT_EQ(m_model.Edited().m_description, "");
+}
+
+TEST_F(ProblemModel, AppendedProblemsAreSavedWithoutTheChangesThatTheUserHasNotSaved) {
+    GivenThree();
+    m_model.Edited().m_description = "new";
+    m_host.m_answers = {EAnswer::No, EAnswer::Yes}; // save the changes? keep the appended problems?
+    EXPECT_TRUE(m_model.AppendProblems(Given("b.cp", Problem(1, "8/8/8/4k3/8/8/8/2B1K3"))));
+    EXPECT_EQ(ContentOf(m_path).find("new"), std::string::npos);
+    EXPECT_NE(ContentOf(m_path).find("\n10 #2\n"), std::string::npos);
+    EXPECT_TRUE(m_model.IsProblemChanged());
+}
+
 TEST_F(ProblemModel, ASaveThatFailsKeepsTheChanges) {
     GivenThree();
     m_model.Edited().m_description = "new";
@@ -211,6 +252,22 @@ TEST_F(ProblemModel, NewFilesHaveOneProblem) {
     EXPECT_EQ(m_model.Current().description, "Click here to change problem description");
     EXPECT_FALSE(m_model.NewProblemFile(m_folder.Path() / "none" / "n.cp"));
     EXPECT_EQ(m_host.m_told.size(), 1u);
+}
+
+TEST_F(ProblemModel, ANewFileIsMadeOnlyWhenTheOpenOneMayBeLeft) {
+    GivenThree();
+    m_model.Edited().m_description = "new";
+    m_host.m_answer = EAnswer::Cancel;
+    EXPECT_FALSE(m_model.NewProblemFile(m_folder.Path() / "n.cp"));
+    EXPECT_FALSE(fs::exists(m_folder.Path() / "n.cp"));
+    m_host.m_answers = {EAnswer::Yes, EAnswer::No}; // save the changes, but do not replace
+    EXPECT_FALSE(m_model.NewProblemFile(m_path));
+    EXPECT_NE(ContentOf(m_path).find("new"), std::string::npos);
+    EXPECT_EQ(Ids(), (std::vector<int>{3, 5, 9}));
+    m_host.m_bSolving = true;
+    m_host.m_answers = {EAnswer::No};
+    EXPECT_FALSE(m_model.NewProblemFile(m_folder.Path() / "n.cp"));
+    EXPECT_TRUE(m_host.m_bSolving);
 }
 
 TEST_F(ProblemModel, StepsThroughTheProblems) {
@@ -264,6 +321,14 @@ TEST_F(ProblemModel, AppendsWhatIsNotThere) {
     EXPECT_NE(ContentOf(m_path).find("\n10 #2\n"), std::string::npos);
 }
 
+TEST_F(ProblemModel, StipulationsOfSelfmatesAreToldAsTheyAre) {
+    ASSERT_TRUE(m_model.OpenProblemFile(Given("a.cp", Problem(1, kQueen, "s#2") + Problem(2, kRook, "#2"))));
+    EXPECT_TRUE(m_model.AppendProblems(
+        Given("b.cp", Problem(7, kQueen, "s#3") + Problem(8, kRook, "s#4") + Problem(9, kQueen, "#5"))));
+    EXPECT_NE(m_host.m_asked[0].find("(#n): \n7 vs. s#2 s#3\n8 vs. #2 s#4\n9 vs. s#2 #5\n"), std::string::npos)
+        << m_host.m_asked[0];
+}
+
 TEST_F(ProblemModel, AppendingAFileToItselfAddsNothing) {
     GivenThree();
     EXPECT_TRUE(m_model.AppendProblems(m_path));
@@ -308,6 +373,49 @@ TEST_F(ProblemModel, AChangeOfTheFileByOthersIsAskedAbout) {
     ASSERT_EQ(m_host.m_told.size(), 1u);
     EXPECT_NE(m_host.m_told[0].find("Any unsaved changes will be lost."), std::string::npos);
     EXPECT_TRUE(m_model.IsProblemChanged());
+}
+
+TEST_F(ProblemModel, AChangeByOthersIsNotWrittenOverUnasked) {
+    GivenThree();
+    Given("a.cp", Problem(7, kQueen));
+    fs::last_write_time(m_path, fs::last_write_time(m_path) + std::chrono::seconds(5));
+    const std::string theirs = ContentOf(m_path);
+    m_model.Edited().m_description = "mine";
+    m_model.FolderChanged(); // tells it, once
+    m_model.FolderChanged();
+    EXPECT_EQ(m_host.m_told.size(), 1u);
+    m_host.m_answer = EAnswer::No;
+    EXPECT_FALSE(m_model.SaveProblemFile());
+    EXPECT_EQ(m_host.m_asked, (TTexts{"The opened file has been changed by an external application.\n\nDo you want to "
+                                      "overwrite it?"}));
+    EXPECT_EQ(ContentOf(m_path), theirs);
+    EXPECT_TRUE(m_model.IsProblemChanged());
+    EXPECT_TRUE(m_model.SaveProblemFileAs(m_folder.Path() / "b.cp")); // to another file without a question
+    ASSERT_TRUE(m_model.OpenProblemFile(m_path));
+
+    fs::last_write_time(m_path, fs::last_write_time(m_path) + std::chrono::seconds(5));
+    m_host.m_answer = EAnswer::Yes;
+    EXPECT_TRUE(m_model.SaveProblemFile());
+    EXPECT_EQ(m_host.m_asked.size(), 2u);
+    EXPECT_EQ(ContentOf(m_path.native() + ".BAK"), theirs);
+    EXPECT_TRUE(m_model.SaveProblemFile());
+    EXPECT_EQ(m_host.m_asked.size(), 2u);
+}
+
+TEST_F(ProblemModel, AChangeOfEitherTwinIsSeen) {
+    TProblemFileOptions options;
+    options.m_bCommentCompatibility = true;
+    CProblemModel model(m_host, options);
+    Given("a.cp", Problem(1, kQueen));
+    const fs::path with = Given("a.cpx", Problem(1, kQueen));
+    ASSERT_TRUE(model.OpenProblemFile(m_folder.Path() / "a.cp"));
+    m_host.m_answer = EAnswer::No;
+    for (const fs::path& twin : {with, m_folder.Path() / "a.cp"}) {
+        fs::last_write_time(twin, fs::last_write_time(twin) + std::chrono::seconds(5));
+        m_host.m_asked.clear();
+        model.FolderChanged();
+        EXPECT_EQ(m_host.m_asked.size(), 1u) << twin;
+    }
 }
 
 } // namespace

@@ -27,6 +27,7 @@ TEST(TagScan, FindsTheTagsOfEveryProblem) {
               (TTags{"known", "ideal mate", "TAGS",
                      "wie\xC5\xBC"
                      "a"}));
+    EXPECT_EQ(TagsIn("UTF-8\n  //#TAGS\n\t//#one\n\n //#two\n"), (TTags{"known", "one", "two"}));
     EXPECT_EQ(TagsIn(""), (TTags{"known"}));
 }
 

@@ -2,21 +2,19 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <csignal>
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
+#include "platform/killed_saves.h"
 #include "platform/temporary_folder.h"
 
 namespace quillon {
@@ -125,6 +123,28 @@ TEST(SaveFile, FollowsLinks) {
     EXPECT_EQ(ContentOf(folder.Path() / "real/a.BAK"), "first");
 }
 
+TEST(SaveFile, MakesTheFileThatALinkNames) {
+    const CTemporaryFolder folder;
+    folder.Write("real/other", "");
+    fs::create_symlink("second", folder.Path() / "first");
+    fs::create_symlink("real/a", folder.Path() / "second");
+    EXPECT_FALSE(SaveFile(folder.Path() / "first", "content", true).m_error);
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "first"));
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "second"));
+    EXPECT_EQ(ContentOf(folder.Path() / "real/a"), "content");
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"first", "real", "second"}));
+}
+
+TEST(SaveFile, ALinkThatLeadsNowhereStays) {
+    const CTemporaryFolder folder;
+    fs::create_symlink("none/a", folder.Path() / "link");
+    fs::create_symlink("circle", folder.Path() / "circle");
+    EXPECT_EQ(SaveFile(folder.Path() / "link", "content", true).m_error, std::errc::no_such_file_or_directory);
+    EXPECT_EQ(SaveFile(folder.Path() / "circle", "content", true).m_error, std::errc::too_many_symbolic_link_levels);
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "link"));
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "circle"));
+}
+
 TEST(SaveFile, TakesAPathWithoutAFolder) {
     const CTemporaryFolder folder;
     EXPECT_EQ(InChild([&] {
@@ -158,6 +178,27 @@ TEST(SaveFile, BeyondTheLimitOnFilesTheOldOneStays) {
     EXPECT_EQ(result.m_step, ESaveStep::Write);
     EXPECT_EQ(ContentOf(file), "first");
     EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a"}));
+}
+
+TEST(SaveFile, OfSeveralFilesNoneChangesUnlessAllCanBeWritten) {
+    const CTemporaryFolder folder;
+    folder.Write("a", "first");
+    folder.Write("b", "first");
+    const std::string large(100'000, 'x');
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small{4096, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const TFileToSave files[] = {{folder.Path() / "a", "second"}, {folder.Path() / "b", large}};
+    const TSaveResult result = SaveFiles(files, true);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_EQ(result.m_error, std::errc::file_too_large);
+    EXPECT_EQ(result.m_nFile, 1u);
+    EXPECT_EQ(ContentOf(folder.Path() / "a"), "first");
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a", "b"}));
+    EXPECT_FALSE(SaveFiles(files, true).m_error);
+    EXPECT_EQ(ContentOf(folder.Path() / "b"), large);
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a", "a.BAK", "b", "b.BAK"}));
 }
 
 TEST(SaveFile, PlacesThatCannotBeWrittenAreTold) {
@@ -203,55 +244,19 @@ std::string Version(int n) {
 
 bool IsVersion(const std::string& content) { return !content.empty() && content == Version(content.front() - 'a'); }
 
-/// Microseconds that a save takes.
-long MeasuredSave(const fs::path& file) {
-    constexpr int kSaves = 5;
-    const auto start = std::chrono::steady_clock::now();
-    for (int n = 0; n < kSaves; ++n)
-        EXPECT_FALSE(SaveFile(file, Version(n), true).m_error);
-    const auto taken = std::chrono::steady_clock::now() - start;
-    return std::max<long>(std::chrono::duration_cast<std::chrono::microseconds>(taken).count() / kSaves, 1);
-}
-
-/// Saves without end, in a process that is killed after a while.
-void SaveUntilKilled(const fs::path& file, int first, long microseconds) {
-    const pid_t child = fork();
-    if (child == 0)
-        for (int n = first;; ++n)
-            if (SaveFile(file, Version(n), true).m_error)
-                _exit(1);
-    std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
-    kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "a save failed";
-}
-
-/// Removes what kills have left behind; returns how much there was.
-int RemoveStrays(const fs::path& folder) {
-    int nStrays = 0;
-    for (const std::string& name : NamesIn(folder))
-        if (name.starts_with(".quillon-"))
-            nStrays += fs::remove(folder / name) ? 1 : 0;
-    return nStrays;
-}
-
 TEST(SaveFile, KilledAtAnyMomentItLeavesTheOldOrTheNewFile) {
     const CTemporaryFolder folder;
     const fs::path file = folder.Path() / "a", backup = folder.Path() / "a.BAK";
-    const long save = MeasuredSave(file);
-    const int nKills = static_cast<int>(std::clamp<long>(900'000 / save, 40, 300)); // seconds on any disk
-    std::mt19937 random(8);
     int nChanged = 0, nStrays = 0;
-    for (int i = 0; i < nKills; ++i) {
-        const std::string before = ContentOf(file);
-        SaveUntilKilled(file, i, std::uniform_int_distribution<long>(0, 2 * save)(random));
-        const std::string after = ContentOf(file);
-        ASSERT_TRUE(IsVersion(after)) << i;
-        ASSERT_TRUE(IsVersion(ContentOf(backup))) << i;
-        nChanged += after != before ? 1 : 0;
-        nStrays += RemoveStrays(folder.Path());
-    }
+    std::string before;
+    KillSaves([&](int n) { return !SaveFile(file, Version(n), true).m_error; },
+              [&](int) {
+                  const std::string after = ContentOf(file);
+                  EXPECT_TRUE(IsVersion(after));
+                  EXPECT_TRUE(IsVersion(ContentOf(backup)));
+                  nChanged += after != std::exchange(before, after) ? 1 : 0;
+                  nStrays += RemoveStrays(folder.Path());
+              });
     // The kills fell between saves and within them.
     EXPECT_GT(nChanged, 0);
     EXPECT_GT(nStrays, 0);
