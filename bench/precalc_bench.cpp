@@ -1,20 +1,23 @@
-// Costs of precalculated data: the index of a position, packing a table and unpacking it, and
-// reading elements of a packed one.
+// Costs of precalculated data: the index of a position, packing a table and unpacking it, reading
+// elements of a packed one and of a plain one, and the whole of a lookup.
 
 #include <benchmark/benchmark.h>
 
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <random>
 #include <span>
 #include <vector>
 
 #include "core/chessboard.h"
+#include "globalregister/global_registers.h"
 #include "globalregister/packed/packed_block.h"
 #include "globalregister/packed/random_access_packed_buffer.h"
 #include "globalregister/position_indexing.h"
+#include "platform/large_pages.h"
 
 namespace quillon {
 namespace {
@@ -147,6 +150,70 @@ void BM_PackForElements(benchmark::State& state) {
     state.counters["ratio"] = static_cast<double>(buffer->GetPackedSize()) / static_cast<double>(table.size());
 }
 BENCHMARK(BM_PackForElements);
+
+// A table of five men in memory: random elements, read in an order that no cache foresees.
+TGlobalRegister PlainTable(const char* type) {
+    TGlobalRegister data(type);
+    std::mt19937_64 rng(8);
+    data.data.reserve(data.GetSize());
+    PreferLargePages(data.data.data(), data.GetSize()); // as a load does
+    data.data.resize(data.GetSize());
+    for (std::uint8_t& element : data.data)
+        element = static_cast<std::uint8_t>(rng() % 40);
+    return data;
+}
+
+void BM_IsMateOnPlainTable(benchmark::State& state, const char* type) {
+    const TGlobalRegister data = PlainTable(type);
+    const std::vector<TChessboard> positions = PositionsOf(data, 4096);
+    for (auto _ : state)
+        for (const TChessboard& b : positions)
+            benchmark::DoNotOptimize(data.IsMate(b));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(positions.size()));
+}
+BENCHMARK_CAPTURE(BM_IsMateOnPlainTable, four_men, "Qr");
+BENCHMARK_CAPTURE(BM_IsMateOnPlainTable, five_men, "QRr");
+
+// All that a node does: the data of its type, the answer, the release.
+class CLookups {
+  public:
+    CLookups() {
+        std::filesystem::create_directories(m_folder / "Precalc");
+        const TGlobalRegister table = PlainTable("Qr");
+        std::ofstream(m_folder / "Precalc/Qr_.precalc", std::ios::binary)
+            .write(reinterpret_cast<const char*>(table.data.data()), static_cast<std::streamsize>(table.data.size()));
+        m_registers = std::make_unique<CGlobalRegisters>(TPrecalcOptions{{m_folder, ""}}, m_silent, 1u << 30);
+        for (TChessboard& b : m_positions = PositionsOf(table, 4096))
+            b.m_whiteQueens = b.m_blackRooks = 1;
+        CGlobalRegisters::ReleaseRegister(m_registers->GetRegisterForTool(m_positions[0]));
+    }
+    ~CLookups() { std::filesystem::remove_all(m_folder); }
+
+    [[nodiscard]] CGlobalRegisters& Registers() { return *m_registers; }
+    [[nodiscard]] const std::vector<TChessboard>& Positions() const { return m_positions; }
+
+  private:
+    class CSilent final : public INotifier {
+        void Inform(std::string_view, std::string_view) override {}
+        bool AskYesNo(std::string_view, std::string_view) override { return false; }
+    };
+
+    const std::filesystem::path m_folder = std::filesystem::temp_directory_path() / "quillon_precalc_bench";
+    CSilent m_silent;
+    std::vector<TChessboard> m_positions;
+    std::unique_ptr<CGlobalRegisters> m_registers;
+};
+
+void BM_LookupThroughManager(benchmark::State& state) {
+    static CLookups lookups;
+    for (auto _ : state)
+        for (const TChessboard& b : lookups.Positions()) {
+            const CRegisterUse data(lookups.Registers().GetRegister(b, {}));
+            benchmark::DoNotOptimize(data->IsMate(b));
+        }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(lookups.Positions().size()));
+}
+BENCHMARK(BM_LookupThroughManager)->Threads(1)->Threads(2)->Threads(8)->UseRealTime();
 
 } // namespace
 } // namespace quillon

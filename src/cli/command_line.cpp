@@ -15,6 +15,8 @@
 #include "cli/list_command.h"
 #include "cli/output.h"
 #include "cli/perft_command.h"
+#include "cli/precalc_command.h"
+#include "cli/probe_command.h"
 #include "cli/regress_command.h"
 #include "cli/show_command.h"
 #include "cli/solve_command.h"
@@ -84,6 +86,8 @@ EExitStatus Run(int argc, const char* const* argv) {
     AddListCommand(app, chosen);
     AddConvertCommand(app, chosen);
     AddCheckCommand(app, chosen);
+    AddProbeCommand(app, chosen);
+    AddPrecalcCommand(app, chosen);
     AddRegressCommand(app, chosen);
     AddBenchCommand(app, chosen);
     AddUciCommand(app, chosen);

@@ -5,7 +5,13 @@
 namespace quillon {
 
 void CConsoleNotifier::Inform(std::string_view text, std::string_view title) {
-    m_line.WriteMessage(std::string(title) + ": " + std::string(text));
+    std::string line; // of a text of several
+    for (const char c : text)
+        if (c != '\n')
+            line += c;
+        else if (!line.empty() && line.back() != ' ')
+            line += ' ';
+    m_line.WriteMessage(std::string(title) + ": " + line);
 }
 
 bool CConsoleNotifier::AskYesNo(std::string_view text, std::string_view) {

@@ -13,6 +13,7 @@
 #include "cli/solve_settings.h"
 #include "cli/watched_solve.h"
 #include "core/chess_exception.h"
+#include "globalregister/active_registers.h"
 #include "library/problem_file_error.h"
 #include "platform/interrupt.h"
 #include "platform/terminal.h"
@@ -69,6 +70,8 @@ class CSolveCommand {
         for (const std::string& missing : source->m_missing)
             Fail(missing);
         LoadRunSettings();
+        if (!OpenPrecalcData())
+            return EExitStatus::BadInput;
         InstallInterruptHandler(g_signals.m_nInterrupts);
         InstallJobSignals(g_signals.m_jobs);
         for (const TSourceItem& item : source->m_items)
@@ -95,6 +98,16 @@ class CSolveCommand {
         CConsoleNotifier notifier(m_line);
         m_settings = LoadSettings(notifier, CommandLineDefaults());
         ApplyRegisterSettings(m_settings);
+    }
+
+    bool OpenPrecalcData() {
+        try {
+            m_registers.emplace(MakePrecalcOptions(m_settings, m_options.m_precalc), m_notifier, 0);
+            return true;
+        } catch (const ChessException& failure) {
+            WriteDiagnostic(failure.what());
+            return false;
+        }
     }
 
     std::optional<TProblemSource> ReadSource() {
@@ -131,6 +144,8 @@ class CSolveCommand {
         try {
             TSolveRequest request = MakeRequest(problem, m_options);
             ApplySettings(m_settings, problem, m_options, request);
+            m_registers->SetQuota(PrecalcQuota(m_settings, m_options.m_precalc, &problem));
+            const CActiveRegisters active(*m_registers);
             const TWatchedResult watched = SolveWatched(request, m_line, m_options.m_secondsLimit, g_signals,
                                                         [this](const TPlanReport& plan) { TellPlan(plan); });
             TSolveReport report{problem, request, watched, m_options.m_bExplain, bFromFile, std::nullopt};
@@ -204,7 +219,9 @@ class CSolveCommand {
 
     const TSolveOptions& m_options;
     CProgressLine m_line;
+    CConsoleNotifier m_notifier{m_line}; // of loads, which may be several at a time
     TSettings m_settings = CommandLineDefaults();
+    std::optional<CGlobalRegisters> m_registers;
     std::string m_fileName; // empty for --fen
     TSolveTotals m_totals;
     EExitStatus m_status = EExitStatus::Answered;

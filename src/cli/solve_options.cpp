@@ -69,6 +69,7 @@ void AddEffortOptions(CLI::App& command, TSolveOptions& options, CLI::Option* br
         ->type_name("MB")
         ->transform(WholeNumber(0, kMostMemoryMB))
         ->group(kGroup);
+    AddPrecalcOptions(command, options.m_precalc, kGroup);
     command
         .add_option("--short-mate-depth", options.m_shortMateDepth,
                     "In every position look first for a mate in so many moves or less (1 to 16); 0: do not look. "

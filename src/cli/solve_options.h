@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/precalc_data.h"
 #include "heuristics/solving_driver.h"
 #include "library/chess_problem.h"
 
@@ -33,6 +34,7 @@ struct TSolveOptions {
     std::optional<double> m_secondsLimit;
     std::optional<int> m_memoryMB;       // of the register of solved positions; 0: none
     std::optional<int> m_shortMateDepth; // moves; 0: no short-mate search
+    TPrecalcChoice m_precalc;
 
     bool m_bExplain = false; // tell the plan and what each pass came to
     bool m_bJson = false;

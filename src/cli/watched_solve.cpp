@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "cli/console_notifier.h"
+#include "globalregister/active_registers.h"
 #include "parallel/observer.h"
 #include "parallel/search_thread.h"
 #include "parallel/status_texts.h"
@@ -166,7 +167,9 @@ class CWatchedSolve {
 
     /// A terminal has one line that lives; what goes to a file is the shorter line of logs.
     void ShowProgress() {
-        const TProgressState state = m_observer.Read();
+        TProgressState state = m_observer.Read();
+        if (const CGlobalRegisters* const registers = ActiveRegisters())
+            state.m_nGlobalRegisterMegabytes = registers->TotalMemoryInUse() >> 20;
         if (m_bLog)
             WriteToLog(state);
         else

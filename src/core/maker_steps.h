@@ -6,6 +6,7 @@
 #include "core/chessboard.h"
 #include "core/lines.h"
 #include "core/position_type.h"
+#include "core/precalc_at_hand.h"
 #include "core/queries.h"
 #include "core/search_context.h"
 
@@ -133,7 +134,8 @@ inline void FollowBlockedFigure(TChessboard& b, TSquare from, TSquare to) {
 
 /// Keeps the bit that says whether precalculated data can answer, after a capture or a promotion.
 inline void UpdatePrecalcBit(TChessboard& b) {
-    const bool bCan = WhiteMen(b) + BlackMen(b) <= kMaxTypeMen && IsPrecalcDataAvailable(GetPositionType(b));
+    const bool bCan = ArePrecalcDataAtHand() && WhiteMen(b) + BlackMen(b) <= kMaxTypeMen &&
+                      IsPrecalcDataAvailable(GetPositionType(b));
     b.m_wKingState =
         static_cast<std::uint16_t>(bCan ? b.m_wKingState | kPrecalcCanAnswer : b.m_wKingState & ~kPrecalcCanAnswer);
 }

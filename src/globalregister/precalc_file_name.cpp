@@ -11,8 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kPrecalcFolder = "Precalc";
-constexpr std::string_view kCustomFolder = "CustomPrecalc";
 constexpr std::string_view kSkipThis = "_SKIPTHIS";
 
 bool IsLowerCase(char c) { return c >= 'a' && c <= 'z'; }
@@ -30,7 +28,7 @@ fs::path FolderIn(const fs::path& root, const TPositionIndexing& indexing) {
 
 fs::path FolderOf(const TPositionIndexing& indexing, const TPrecalcFolders& folders, bool bSecondRoot) {
     if (indexing.custom)
-        return folders.m_installation / kCustomFolder;
+        return folders.m_installation / kCustomPrecalcFolder;
     return FolderIn(bSecondRoot ? folders.m_secondRoot : folders.m_installation / kPrecalcFolder, indexing);
 }
 

@@ -30,6 +30,9 @@ inline constexpr std::array kPrecalcKinds{EPrecalcKind::Plain, EPrecalcKind::Lz4
                                           EPrecalcKind::PackedLz4};
 inline constexpr std::array<std::string_view, 4> kPrecalcExtensions{"", ".lz4", ".packed.lzw", ".packed.lz4"};
 
+inline constexpr std::string_view kPrecalcFolder = "Precalc";
+inline constexpr std::string_view kCustomPrecalcFolder = "CustomPrecalc";
+
 inline constexpr std::string_view kTableExtension = ".precalc";
 inline constexpr std::string_view kDetailsExtension = ".details";
 

@@ -10,7 +10,6 @@ constexpr std::size_t kBitDataMen = 6;     // with the kings
 constexpr std::size_t kWideElementMen = 6; // four besides the kings
 constexpr std::size_t kCombinationMen = 6;
 constexpr std::string_view kSmallBitDataType = "PPp";
-constexpr std::uint64_t kPairsOfAByte = 4;
 
 } // namespace
 

@@ -38,6 +38,8 @@ inline constexpr std::uint16_t kUnknownHalfMoves = 65535;
     return static_cast<std::uint16_t>(element == 0 ? 0 : 2 * element - 1);
 }
 
+inline constexpr std::uint64_t kPairsOfAByte = 4;
+
 /// The pair of an index in bit data: 0 to 3.
 [[nodiscard]] constexpr std::uint8_t BitPair(const std::uint8_t* data, std::uint64_t index) {
     return data[index / 4] >> (2 * (index % 4)) & 3;

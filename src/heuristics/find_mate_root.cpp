@@ -21,6 +21,7 @@
 #include "search/helper_threads.h"
 #include "search/move_sort.h"
 #include "search/observed_lines.h"
+#include "search/precalc_use.h"
 #include "search/proof_guide.h"
 #include "search/repetition.h"
 
@@ -115,7 +116,8 @@ class CRootRun final : public IRootMoves {
     /// Lets the guide look for a mate; what it finds goes first, and the bits that do not fit it are not chosen.
     void AskGuide() {
         m_analysis.m_pGuide = nullptr;
-        if (m_run.m_pGuide == nullptr || m_root.m_nMoves < kShortestGuidedRun)
+        m_bAnsweredByData = HalfMovesByData(m_root) != kUnknownHalfMoves;
+        if (m_run.m_pGuide == nullptr || m_root.m_nMoves < kShortestGuidedRun || m_bAnsweredByData)
             return;
         const std::uint64_t square = std::uint64_t{m_root.m_nMoves} * m_root.m_nMoves;
         LetGuideSearch(std::min(kBriefLook * square, kMostBriefLook));
@@ -193,7 +195,7 @@ class CRootRun final : public IRootMoves {
     }
 
     void LetGuideSearch(std::uint64_t nMostNodes) {
-        if (m_run.m_pGuide->IsProved() || IsStopping(m_root))
+        if (m_run.m_pGuide->IsProved() || IsStopping(m_root) || m_bAnsweredByData)
             return;
         m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
         SetPassNumber();
@@ -513,6 +515,7 @@ class CRootRun final : public IRootMoves {
     std::string m_passName;
     std::uint32_t m_nChosen = 0;        // mask that the plan starts from
     bool m_bByClock = false;            // the pass to come is there because the ones before were quick
+    bool m_bAnsweredByData = false;     // the root itself: no guide is needed
     std::vector<TMove> m_list;          // the moves of this pass as observers see them, in their order at its start
     std::vector<std::uint8_t> m_places; // in m_list, of each root move
 

@@ -45,10 +45,6 @@ static_assert(kCheapSortHeuristics == 0x800c4);
 /// that mates soon behind such a reply is found by the short-mate search at no price.
 inline void NoteSingleQueenTarget(const TChessboard&) {}
 
-/// A stored tree of solved positions of this material orders the list: true if it knows a move that mates in time.
-/// There is no data.
-[[nodiscard]] inline bool OrderByStoredTree(const TChessboard&, int, TMove*) { return false; }
-
 /// The root's list, sorted: a test of the initial analysis may order it anew. The list stands: of a wide root with few
 /// figures nothing is known that the scores do not say.
 inline void ReorderRootMoves(const TChessboard&, int, TMove*) {}

@@ -9,7 +9,7 @@
 #include "heuristics/white_promotion.h"
 #include "search/analysis.h"
 #include "search/move_score.h"
-#include "search/search_hooks.h"
+#include "search/precalc_use.h"
 
 namespace quillon {
 
@@ -119,7 +119,7 @@ TMateResult AskReduced(TChessboard b) {
         if (!IsPrecalcDataAvailable(GetPositionType(b)))
             continue;
         RebuildWhiteLists(b);
-        return AskPrecalcData(b);
+        return AskPrecalcDataAnyhow(b);
     }
     return MR_NONE;
 }

@@ -12,11 +12,20 @@ timespec Read(clockid_t clock) {
     return time;
 }
 
+std::uint64_t Milliseconds(const timespec& time) {
+    return static_cast<std::uint64_t>(time.tv_sec) * 1000 + static_cast<std::uint64_t>(time.tv_nsec) / 1'000'000;
+}
+
 } // namespace
 
-std::uint64_t TickCount64() {
-    const timespec time = Read(CLOCK_MONOTONIC);
-    return static_cast<std::uint64_t>(time.tv_sec) * 1000 + static_cast<std::uint64_t>(time.tv_nsec) / 1'000'000;
+std::uint64_t TickCount64() { return Milliseconds(Read(CLOCK_MONOTONIC)); }
+
+std::uint64_t CoarseTickCount64() {
+#ifdef CLOCK_MONOTONIC_COARSE
+    return Milliseconds(Read(CLOCK_MONOTONIC_COARSE));
+#else
+    return TickCount64();
+#endif
 }
 
 double ProcessCpuSeconds() {

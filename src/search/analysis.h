@@ -99,6 +99,7 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::uint8_t m_nSortIndicationLevels = 255;           // the first moves of a line that they are asked at
     std::vector<TVariantMove> m_mainVariant;              // White's moves of a known variant, the key first
     CExpectedWhiteMoves* m_pExpectedWhiteMoves = nullptr; // not owned; null: no order is expected
+    std::uint8_t m_nStoredTreeLevels = 1;                 // White's first moves that precalculated data order
 
     // --- How the passes are planned
     // -------------------------------------------------------------------------------------------------

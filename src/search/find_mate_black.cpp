@@ -26,6 +26,7 @@
 #include "search/move_sort.h"
 #include "search/node_log.h"
 #include "search/observed_lines.h"
+#include "search/precalc_use.h"
 #include "search/proof_guide.h"
 #include "search/quicker_mate.h"
 #include "search/register_use.h"
@@ -223,8 +224,10 @@ template <TNodeKind kKind> TMateResult AnswerReply(TChessboard* child, int q) {
                 child->m_pAnalysis->m_pNodeLog->Remark(*child, "Mate found (pos.in temp.reg.)");
         return known;
     }
-    if ((child->m_nHeuristics & SH_ZUGZWANGTRIANGLES) == 0 && AskPrecalcData(*child) == MR_NONE && !IsGuided(*child) &&
-        FindQuickerMate(child)) {
+    const TMateResult exact = AskPrecalcData(*child);
+    if (exact != MR_NONE)
+        return exact;
+    if ((child->m_nHeuristics & SH_ZUGZWANGTRIANGLES) == 0 && !IsGuided(*child) && FindQuickerMate(child)) {
         if constexpr (kKind.m_bLog)
             if (child->m_pContext->m_bAdditionalMovesUsed)
                 child->m_pAnalysis->m_pNodeLog->Remark(

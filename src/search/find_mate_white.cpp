@@ -28,6 +28,7 @@
 #include "search/hints.h"
 #include "search/move_sort.h"
 #include "search/node_log.h"
+#include "search/precalc_use.h"
 #include "search/proof_guide.h"
 #include "search/quick_refutation.h"
 #include "search/register_use.h"
@@ -593,12 +594,9 @@ bool IsProgressPly(const TChessboard& p) { return (p.m_nMoves & 15) == 9 && (p.m
 
 template <TNodeKind kKind> TMateResult FindMateWhite(TChessboard* p, bool bUseRegister) {
     const int m = p->m_nMoves;
-    // 1; the data know nothing of a bishop that is off the board
-    if ((p->m_wKingState & kPrecalcCanAnswer) != 0 && BishopMode(*p) == 0) {
-        const TMateResult exact = AskPrecalcData(*p);
-        if (exact != MR_NONE)
-            return exact;
-    }
+    const TMateResult exact = AskPrecalcData(*p); // 1
+    if (exact != MR_NONE)
+        return exact;
     if (bUseRegister) { // 2
         const TMateResult known = AskRegister(*p);
         if (known != MR_NONE)
@@ -633,7 +631,9 @@ bool HasMateInTwo(const TChessboard& b) {
     copy.m_byPass = 2; // the answer has to be a proof, whatever is in force in the line
     copy.m_nHeuristics = copy.m_nHeurParams = 0;
     ++b.m_pContext->m_nQuickerLevel; // its positions are none of the main search, its trials none of their own
+    const std::int16_t additional = std::exchange(b.m_pContext->m_nAdditionalMoves, std::int16_t{0}); // two, no more
     const bool bMate = FindMateWhite(&copy, false) == MR_MATE;
+    b.m_pContext->m_nAdditionalMoves = additional;
     --b.m_pContext->m_nQuickerLevel;
     b.m_pContext->m_bUnderPromotionEqual = bUnderPromotionEqual;
     return bMate;

@@ -20,6 +20,7 @@
 #include "search/expected_white_moves.h"
 #include "search/hints.h"
 #include "search/move_score.h"
+#include "search/precalc_use.h"
 #include "search/register_use.h"
 #include "search/sort_indications.h"
 
@@ -32,6 +33,7 @@ constexpr int kMostAskedReplies = 12; // a move that leaves more is not worth th
 constexpr int kUncutMoves = 24;       // SH_SKIPWORSTWHITEMOVES spares shorter lists
 constexpr int kLeastMovesAfterCut = 25;
 constexpr int kAlmostBest = 8;
+constexpr int kHintZero = 5; // a hint of so many moves bears on no score
 
 enum class ESortKind { Simple, Short, Full };
 
@@ -42,9 +44,10 @@ class CWhiteSort {
 
     TWhiteSort Run() {
         if (m_kind != ESortKind::Simple) {
-            DetectSingleQueen(m_p); // 2
-            if (OrderByStoredTree(m_p, m_count, m_list))
-                return {m_count, true};
+            DetectSingleQueen(m_p);                                 // 2
+            m_storedTree = OrderByStoredTree(m_p, m_count, m_list); // 3
+            if (m_storedTree == EStoredTree::Mates && m_p.m_pPrevious != nullptr)
+                return {m_count, true};           // the root's other moves are wanted all the same
             m_bPromotionFirst = IsPromotionDue(); // 4
         }
         for (int i = 0; i < m_count; ++i)
@@ -89,7 +92,7 @@ class CWhiteSort {
                 score = kScoreKnownNoMate;
                 break;
             default:
-                score = Score(move);
+                score = Score(move, listed);
             }
         }
         m_list[m_kept] = move;
@@ -147,9 +150,11 @@ class CWhiteSort {
     }
 
     /// Step 8, in the child that the move has made.
-    int Score(const TMove& move) {
+    int Score(const TMove& move, const TMove& listed) {
         const TChessboard& child = *ChildSlot(m_p);
         TScore score;
+        if (m_storedTree != EStoredTree::Silent && listed.m_nEnPassant != kNoStoredHint)
+            score.m_nMinor += listed.m_nEnPassant - kHintZero;
         const int base = PromotionKind(move) == kQueen ? -1 : 0;
         ScoreCapture(score, move);
         const bool bCheck = child.m_blackChecker != kNoChecker;
@@ -290,6 +295,7 @@ class CWhiteSort {
     int m_nLastIndicated = kScoreFirst;
     std::bitset<kMaxMoves> m_computed; // by place in the list, before it is sorted
     bool m_bPromotionFirst = false;
+    EStoredTree m_storedTree = EStoredTree::Silent;
 };
 
 } // namespace

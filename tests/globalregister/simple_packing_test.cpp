@@ -36,6 +36,9 @@ TEST(SimplePacking, EveryElementIsRead) {
             const TBytes packed = PackSimple(table).value();
             for (std::size_t i = 0; i < size; ++i)
                 ASSERT_EQ(SimpleElement(packed, i), table[i]) << size << ' ' << i;
+            EXPECT_EQ(UnpackSimple(packed, size), table);
+            EXPECT_EQ(UnpackSimple(packed, size - 1), std::nullopt);
+            EXPECT_EQ(UnpackSimple(packed, size + 1), std::nullopt);
             EXPECT_EQ(SimpleElement(packed, size), std::nullopt);
             EXPECT_EQ(SimpleElement(packed, size + 5000), std::nullopt);
         }
@@ -58,6 +61,8 @@ TEST(SimplePacking, DamageDoesNoHarm) {
         packed.resize(reference::Draw(rng, packed.size() + 1));
         packed.shrink_to_fit();
         nRefused += SimpleElement(packed, reference::Draw(rng, 6000)) == std::nullopt;
+        const std::optional<TBytes> table = UnpackSimple(packed, 6000);
+        EXPECT_TRUE(!table || table->size() == 6000);
     }
     EXPECT_GT(nRefused, 500);
     EXPECT_LT(nRefused, 3000);

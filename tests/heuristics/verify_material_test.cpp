@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/queries.h"
+#include "globalregister/active_tables.h"
 #include "heuristics/heuristic_set.h"
 #include "heuristics/verified_position.h"
 #include "heuristics/verify_material.h"
@@ -202,6 +203,17 @@ TEST(ReducedMaterial, WithoutDataThereIsNoDoubt) {
     CMadeMove line("8/8/8/3k4/8/8/8/K3R1B1", 23, "Ka1-b1 Kd5-c4");
     EXPECT_FALSE(line.Doubts(SH_REDUCTIONTOGLOBREGPOS));
     EXPECT_FALSE(line.Doubts(SH_ZUGZWANGTRIANGLES));
+}
+
+// Without the bishop White mates in fourteen moves at least; eleven are left.
+TEST(ReducedMaterial, DataThatTellOfNoMateAreDoubt) {
+    const CActiveTables tables(true, {"R"});
+    CMadeMove line("8/8/8/3k4/8/8/8/K3R1B1", 23, "Ka1-b1 Kd5-c4");
+    EXPECT_TRUE(line.Doubts(SH_REDUCTIONTOGLOBREGPOS));
+    CMadeMove longer("8/8/8/3k4/8/8/8/K3R1B1", 41, "Ka1-b1 Kd5-c4");
+    EXPECT_FALSE(longer.Doubts(SH_REDUCTIONTOGLOBREGPOS));
+    CMadeMove shallow("8/8/8/3k4/8/8/8/K3R1B1", 17, "Ka1-b1 Kd5-c4");
+    EXPECT_FALSE(shallow.Doubts(SH_REDUCTIONTOGLOBREGPOS)) << "so few plies are searched";
 }
 
 TEST(HasNothingToSave, HeavyFiguresPawnsInTimeAndMajorBishops) {

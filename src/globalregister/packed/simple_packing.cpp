@@ -48,6 +48,30 @@ std::optional<std::vector<std::uint8_t>> PackSimple(std::span<const std::uint8_t
     return packed;
 }
 
+// Block by block, each to its own number of elements: blocks are stored one behind the other, in order.
+std::optional<std::vector<std::uint8_t>> UnpackSimple(std::span<const std::uint8_t> packed, std::uint64_t nElements) {
+    if (nElements == 0 || !SimpleElement(packed, nElements - 1) || SimpleElement(packed, nElements))
+        return std::nullopt;
+    std::vector<std::uint8_t> table;
+    table.reserve(nElements);
+    const std::size_t nBlocks = (nElements + kSimpleBlockElements - 1) / kSimpleBlockElements;
+    for (std::size_t block = 0; block < nBlocks; ++block) {
+        std::size_t at = LoadLittleEndian<std::uint32_t>(packed.data() + kHeadBytes + block * kOffsetBytes);
+        const std::uint64_t end = std::min<std::uint64_t>((block + 1) * kSimpleBlockElements, nElements);
+        for (std::uint8_t current = 0; table.size() < end; ++at) {
+            if (at >= packed.size())
+                return std::nullopt;
+            const bool bRun = IsRun(packed[at]);
+            const std::size_t count = bRun ? packed[at] - kRunBase : 1u;
+            current = bRun ? current : packed[at];
+            if (count > end - table.size() || (bRun && table.size() % kSimpleBlockElements == 0))
+                return std::nullopt;
+            table.insert(table.end(), count, current);
+        }
+    }
+    return table;
+}
+
 std::optional<std::uint8_t> SimpleElement(std::span<const std::uint8_t> packed, std::uint64_t index) {
     const std::uint64_t block = index / kSimpleBlockElements;
     if (packed.size() < kHeadBytes || block >= LoadLittleEndian<std::uint32_t>(packed.data() + 4) ||

@@ -26,6 +26,10 @@ inline constexpr std::uint64_t kSimpleBlockElements = 2048;
 /// None if an element has no form here or the result has 4 GB or more.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> PackSimple(std::span<const std::uint8_t> table);
 
+/// All of it; none if what is packed is damaged or has more or fewer than nElements elements.
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> UnpackSimple(std::span<const std::uint8_t> packed,
+                                                                    std::uint64_t nElements);
+
 /// The element at `index`; none if what is packed has no such element or is damaged.
 [[nodiscard]] std::optional<std::uint8_t> SimpleElement(std::span<const std::uint8_t> packed, std::uint64_t index);
 

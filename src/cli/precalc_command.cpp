@@ -1,0 +1,254 @@
+#include "cli/precalc_command.h"
+
+#include <array>
+#include <filesystem>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "cli/console_notifier.h"
+#include "cli/output.h"
+#include "cli/precalc_data.h"
+#include "cli/solve_settings.h"
+#include "core/chess_exception.h"
+#include "globalregister/global_registers.h"
+#include "globalregister/precalc_files.h"
+#include "globalregister/table_conversion.h"
+#include "platform/processors.h"
+
+namespace quillon {
+
+namespace {
+
+using TPrecalcJson = nlohmann::ordered_json;
+
+constexpr const char* kPrecalcExamples = R"(
+Examples:
+  quillon precalc list --precalc DIR
+  quillon precalc status QR QRr --precalc DIR
+  quillon precalc pack DIR/Precalc/QR.precalc --form lzw
+  quillon precalc unpack DIR/Precalc/QR.precalc.packed.lzw
+
+A file is named for its data: the letters of the men besides the kings, with
+"_" behind those of Black, and ".precalc". Forms: lz4 (.lz4), unpacked when it
+is loaded; lzw (.packed.lzw), read as it is; archive (.packed.lz4), only kept;
+simple (.packed.lz4), quick to read, for tables with no mate above 127 moves.
+
+Exit status: 0 done, 1 some types cannot be had (status), 2 bad usage, or a
+file that is not what its name says.)";
+
+struct TFormName {
+    std::string_view m_name;
+    ETableForm m_form;
+};
+constexpr std::array kFormNames{TFormName{"plain", ETableForm::Plain}, TFormName{"lz4", ETableForm::Lz4},
+                                TFormName{"lzw", ETableForm::Lzw}, TFormName{"archive", ETableForm::Archive},
+                                TFormName{"simple", ETableForm::Simple}};
+
+struct TPrecalcCommandOptions {
+    TPrecalcChoice m_precalc;
+    std::vector<std::string> m_types; // of status
+    std::string m_file, m_form = "lzw", m_output;
+    bool m_bForce = false;
+    bool m_bJson = false;
+};
+
+std::string NameOfForm(ETableForm form) {
+    for (const TFormName& name : kFormNames)
+        if (name.m_form == form)
+            return std::string(name.m_name);
+    return {};
+}
+
+std::string Padded(std::string text, std::size_t nWidth) {
+    text.resize(std::max(text.size(), nWidth), ' ');
+    return text;
+}
+
+// --- list
+
+std::string FormText(const TPrecalcFileFound& found) {
+    return NameOfForm(FormOf(found.m_path)) + (found.m_file.m_bDetails ? " details" : "");
+}
+
+std::string FileLine(const TPrecalcFileFound& found) {
+    return Padded(found.m_typeName, 8) + Padded(FormText(found), 16) + Padded(std::to_string(found.m_nSize), 14) +
+           WithoutControls(found.m_path.string()) + "\n";
+}
+
+std::string FileJson(const TPrecalcFileFound& found) {
+    TPrecalcJson object;
+    object["type"] = found.m_typeName;
+    object["form"] = NameOfForm(FormOf(found.m_path));
+    object["details"] = found.m_file.m_bDetails;
+    object["elements"] = TPositionIndexing(found.m_typeName).GetSize();
+    object["bytes"] = found.m_nSize;
+    object["path"] = found.m_path.string();
+    return object.dump(-1, ' ', false, TPrecalcJson::error_handler_t::replace) + "\n";
+}
+
+EExitStatus ListFiles(const TPrecalcCommandOptions& options) {
+    CProgressLine line(false);
+    CConsoleNotifier notifier(line);
+    const TSettings settings = LoadSettings(notifier, CommandLineDefaults());
+    std::string text;
+    for (const TPrecalcFileFound& found : FindPrecalcFiles(MakePrecalcOptions(settings, options.m_precalc).m_folders))
+        text += options.m_bJson ? FileJson(found) : FileLine(found);
+    WriteOutput(text.empty() && !options.m_bJson ? "no precalculated data\n" : text);
+    return EExitStatus::Answered;
+}
+
+// --- status
+
+std::string StatusJson(const TRegistersStatus& status) {
+    TPrecalcJson object;
+    object["bytes"] = status.m_nBytes;
+    object["pending"] = status.m_nPending;
+    object["types"] = TPrecalcJson::array();
+    for (const TRegisterStatus& type : status.m_types) {
+        TPrecalcJson one;
+        one["type"] = type.m_typeName;
+        one["loaded"] = type.m_bLoaded;
+        one["bytes"] = type.m_nBytes;
+        object["types"].push_back(std::move(one));
+    }
+    return object.dump() + "\n";
+}
+
+/// Those that are named, else those that have files.
+std::set<TPositionType> AskedTypes(const TPrecalcCommandOptions& options, const TPrecalcFolders& folders) {
+    std::vector<std::string> names = options.m_types;
+    if (names.empty())
+        for (const TPrecalcFileFound& found : FindPrecalcFiles(folders))
+            names.push_back(found.m_typeName);
+    std::set<TPositionType> types;
+    for (const std::string& name : names) {
+        const TPositionType type = IsCustomType(name) ? 0 : TPositionIndexing(name).nPositionType;
+        const bool bOrdinary = type != 0 && name.size() <= kMaxTypeMen;
+        if (bOrdinary)
+            types.insert(type);
+        else if (!options.m_types.empty())
+            throw ChessException("not the letters of one to five men besides the kings: " + name);
+    }
+    return types;
+}
+
+EExitStatus TellStatus(const TPrecalcCommandOptions& options) {
+    CProgressLine line(false);
+    CConsoleNotifier notifier(line);
+    const TSettings settings = LoadSettings(notifier, CommandLineDefaults());
+    const TPrecalcOptions precalc = MakePrecalcOptions(settings, options.m_precalc);
+    CGlobalRegisters registers(precalc, notifier, PrecalcQuota(settings, options.m_precalc, nullptr));
+    bool bAll = true;
+    for (const TPositionType type : AskedTypes(options, precalc.m_folders))
+        bAll = static_cast<bool>(CRegisterUse(registers.GetRegisterForTool(type))) && bAll;
+    const TRegistersStatus status = registers.Status();
+    WriteOutput(options.m_bJson ? StatusJson(status) : ShowStatus(status) + "\n");
+    return bAll ? EExitStatus::Answered : EExitStatus::Unanswered;
+}
+
+// --- pack, unpack
+
+std::string ConversionText(const std::filesystem::path& from, const std::filesystem::path& to, bool bJson) {
+    const std::uint64_t nBefore = std::filesystem::file_size(from), nAfter = std::filesystem::file_size(to);
+    if (!bJson)
+        return WithoutControls(to.string()) + ": " + std::to_string(nAfter) + " bytes, from " +
+               std::to_string(nBefore) + "\n";
+    TPrecalcJson object;
+    object["from"] = from.string();
+    object["to"] = to.string();
+    object["bytes_before"] = nBefore;
+    object["bytes_after"] = nAfter;
+    return object.dump(-1, ' ', false, TPrecalcJson::error_handler_t::replace) + "\n";
+}
+
+EExitStatus ConvertTable(const TPrecalcCommandOptions& options, ETableForm form) {
+    const std::filesystem::path source = options.m_file;
+    const std::filesystem::path target =
+        options.m_output.empty() ? NameInForm(source, form) : std::filesystem::path(options.m_output);
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(source, error))
+        throw ChessException(source.string() + ": no such file");
+    if (target == source || (form != ETableForm::Plain && FormOf(source) != ETableForm::Plain))
+        throw ChessException(source.string() +
+                             (form == ETableForm::Plain ? ": not a packed file" : ": is packed already"));
+    if (!options.m_bForce && std::filesystem::exists(target, error))
+        throw ChessException(target.string() + ": exists already; --force replaces it");
+    if (form == ETableForm::Plain)
+        UnpackTableFile(source, target);
+    else
+        PackTableFile(source, form, target, UsableProcessors());
+    WriteOutput(ConversionText(source, target, options.m_bJson));
+    return EExitStatus::Answered;
+}
+
+ETableForm PackedForm(const std::string& text) {
+    for (const TFormName& name : kFormNames)
+        if (name.m_name == text)
+            return name.m_form;
+    return ETableForm::Lzw; // the option takes no other word
+}
+
+// --- the command
+
+template <class TRun>
+void SetPrecalcCallback(CLI::App& command, TChosenCommand& chosen, std::shared_ptr<TPrecalcCommandOptions> options,
+                        TRun run) {
+    command.callback([options, run, &chosen] {
+        chosen = [options, run] {
+            try {
+                return run(*options);
+            } catch (const ChessException& failure) {
+                WriteDiagnostic(failure.what());
+                return EExitStatus::BadInput;
+            }
+        };
+    });
+}
+
+void AddConversion(CLI::App& command, TPrecalcCommandOptions& options) {
+    command.add_option("FILE", options.m_file, "File of precalculated data")->required();
+    command.add_option("--output", options.m_output, "File to write instead of the one beside it")->type_name("OUT");
+    command.add_flag("--force", options.m_bForce, "Replace a file that exists");
+    command.add_flag("--json", options.m_bJson, "One JSON object");
+}
+
+} // namespace
+
+void AddPrecalcCommand(CLI::App& app, TChosenCommand& chosen) {
+    CLI::App* const command = app.add_subcommand("precalc", "Files of precalculated endgame data");
+    command->require_subcommand(1);
+    command->footer(kPrecalcExamples);
+    const auto options = std::make_shared<TPrecalcCommandOptions>();
+
+    CLI::App* const list = command->add_subcommand("list", "List the files that would be looked at");
+    AddPrecalcOptions(*list, options->m_precalc, "Data");
+    list->add_flag("--json", options->m_bJson, "One JSON object a file, on one line");
+    SetPrecalcCallback(*list, chosen, options, ListFiles);
+
+    CLI::App* const status = command->add_subcommand("status", "Load data and tell what they take and what is missing");
+    status->add_option("TYPE", options->m_types,
+                       "Letters of the men besides the kings, as QRr; without any, all types");
+    AddPrecalcOptions(*status, options->m_precalc, "Data");
+    status->add_flag("--json", options->m_bJson, "One JSON object");
+    SetPrecalcCallback(*status, chosen, options, TellStatus);
+
+    CLI::App* const pack = command->add_subcommand("pack", "Pack a plain file");
+    AddConversion(*pack, *options);
+    pack->add_option("--form", options->m_form, "lzw, lz4, archive or simple; without the option lzw")
+        ->type_name("FORM")
+        ->check(CLI::IsMember({"lzw", "lz4", "archive", "simple"}));
+    SetPrecalcCallback(*pack, chosen, options,
+                       [](const TPrecalcCommandOptions& o) { return ConvertTable(o, PackedForm(o.m_form)); });
+
+    CLI::App* const unpack = command->add_subcommand("unpack", "Make the plain file of a packed one");
+    AddConversion(*unpack, *options);
+    SetPrecalcCallback(*unpack, chosen, options,
+                       [](const TPrecalcCommandOptions& o) { return ConvertTable(o, ETableForm::Plain); });
+}
+
+} // namespace quillon

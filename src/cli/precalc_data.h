@@ -1,0 +1,34 @@
+#pragma once
+// The precalculated data that a command works with: from which folder, and how much memory they may take.
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/settings.h"
+#include "globalregister/precalc_options.h"
+#include "library/chess_problem.h"
+
+namespace quillon {
+
+struct TPrecalcChoice {
+    std::optional<std::string> m_folder; // of --precalc
+    std::optional<int> m_memoryMB;       // of --precalc-memory; 0: none
+};
+
+/// Adds --precalc and --precalc-memory; `choice` must outlive the reading of the command line.
+void AddPrecalcOptions(CLI::App& command, TPrecalcChoice& choice, const char* group);
+
+/// Settings and choice: a chosen folder takes the place of the working folder.
+///   Errors  ChessException: the folder is none.
+[[nodiscard]] TPrecalcOptions MakePrecalcOptions(const TSettings& settings, const TPrecalcChoice& choice);
+
+/// Bytes that the data may take: what the command line says, else the problem, else the settings' share of the memory
+/// of the machine.
+///   problem  null: none.
+[[nodiscard]] std::uint64_t PrecalcQuota(const TSettings& settings, const TPrecalcChoice& choice,
+                                         const ChessProblem* problem);
+
+} // namespace quillon

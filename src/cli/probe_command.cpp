@@ -1,0 +1,122 @@
+#include "cli/probe_command.h"
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "cli/console_notifier.h"
+#include "cli/given_position.h"
+#include "cli/output.h"
+#include "cli/precalc_data.h"
+#include "cli/solve_settings.h"
+#include "core/castling.h"
+#include "core/chess_exception.h"
+#include "globalregister/global_registers.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const char* kProbeExamples = R"(
+Examples:
+  quillon probe --fen "8/8/8/3k4/8/8/8/K3Q3 w - -" --precalc DIR
+  quillon probe --fen "8/8/8/3k4/8/8/8/K3Q3" --json
+
+Data tell the length of the mate with White to move. They know no castling: of
+a position where it is possible they say nothing.
+
+Exit status: 0 a mate or none, 1 the data have no answer, 2 bad usage.)";
+
+struct TProbeOptions {
+    std::string m_fen;
+    TPrecalcChoice m_precalc;
+    bool m_bJson = false;
+};
+
+struct TProbe {
+    std::string m_type;                   // empty: no material of data
+    std::optional<std::uint64_t> m_index; // of the position in its table
+    std::optional<int> m_halfMoves;       // 0: no mate; none: no answer
+    std::string m_text;                   // for a person
+};
+
+bool IsCastlingPossible(const TGivenPosition& position) {
+    return (WhiteCastlingsOnBoard(position.m_board) & position.m_fields.m_nCastlingWhite) != 0 ||
+           (BlackCastlingsOnBoard(position.m_board) & position.m_fields.m_nCastlingBlack) != 0;
+}
+
+TProbe ProbeData(const TGivenPosition& position, const TGlobalRegister& data) {
+    TProbe probe{data.typeName, data.GetIndex(position.m_board), std::nullopt, "No data on this position"};
+    const int n = IsCastlingPossible(position) ? kUnknownHalfMoves : data.ProvedHalfMoves(position.m_board);
+    if (n == kUnknownHalfMoves)
+        return probe;
+    probe.m_halfMoves = n;
+    probe.m_text = n == 0 ? "No checkmate in this position" : "#" + std::to_string(n / 2 + 1) + " in current position";
+    return probe;
+}
+
+TProbe Probe(const TGivenPosition& position, CGlobalRegisters& registers) {
+    if (position.m_fields.m_cSideToMove != 'w')
+        return {PositionTypeToString(GetPositionType(position.m_board)), std::nullopt, std::nullopt,
+                "No information about positions before Black's move"};
+    const TPositionType type = GetPositionType(position.m_board);
+    const CRegisterUse data(registers.GetRegisterForTool(type));
+    if (!data)
+        return {PositionTypeToString(type), std::nullopt, std::nullopt, "No info on positions of this type"};
+    return ProbeData(position, *data);
+}
+
+std::string ProbeJson(const TGivenPosition& position, const TProbe& probe) {
+    nlohmann::ordered_json object;
+    object["fen"] = WriteFEN(position.m_board, false) + " " + position.m_fields.m_cSideToMove;
+    object["type"] = probe.m_type;
+    object["index"] = probe.m_index ? nlohmann::ordered_json(*probe.m_index) : nlohmann::ordered_json(nullptr);
+    object["result"] = !probe.m_halfMoves ? "unknown" : *probe.m_halfMoves == 0 ? "no-mate" : "mate";
+    if (probe.m_halfMoves && *probe.m_halfMoves != 0)
+        object["moves"] = *probe.m_halfMoves / 2 + 1;
+    return object.dump() + "\n";
+}
+
+std::string ProbeText(const TProbe& probe) {
+    std::string text = "Position type:  " + (probe.m_type.empty() ? "none" : probe.m_type) + "\n";
+    if (probe.m_index)
+        text += "Index:          " + std::to_string(*probe.m_index) + "\n";
+    return text + probe.m_text + "\n";
+}
+
+EExitStatus RunProbe(const TProbeOptions& options) {
+    try {
+        const TGivenPosition position = ReadGivenPosition(options.m_fen);
+        CheckSideToMove(position);
+        if (position.m_note.find("en passant") != std::string::npos) // castlings are taken from the text
+            WriteDiagnostic(position.m_note);
+        CProgressLine line(false);
+        CConsoleNotifier notifier(line);
+        const TSettings settings = LoadSettings(notifier, CommandLineDefaults());
+        CGlobalRegisters registers(MakePrecalcOptions(settings, options.m_precalc), notifier,
+                                   PrecalcQuota(settings, options.m_precalc, nullptr));
+        const TProbe probe = Probe(position, registers);
+        WriteOutput(options.m_bJson ? ProbeJson(position, probe) : ProbeText(probe));
+        return probe.m_halfMoves ? EExitStatus::Answered : EExitStatus::Unanswered;
+    } catch (const ChessException& failure) {
+        WriteDiagnostic(failure.what());
+        return EExitStatus::BadInput;
+    }
+}
+
+} // namespace
+
+void AddProbeCommand(CLI::App& app, TChosenCommand& chosen) {
+    CLI::App* const command = app.add_subcommand("probe", "Ask precalculated endgame data about a position");
+    const auto options = std::make_shared<TProbeOptions>();
+    command->add_option("--fen", options->m_fen, "A FEN, its placement alone, or a position id")
+        ->type_name("FEN")
+        ->required();
+    AddPrecalcOptions(*command, options->m_precalc, "Data");
+    command->add_flag("--json", options->m_bJson, "One JSON object");
+    command->footer(kProbeExamples);
+    command->callback([options, &chosen] { chosen = [options] { return RunProbe(*options); }; });
+}
+
+} // namespace quillon

@@ -1,0 +1,310 @@
+#include "globalregister/global_registers.h"
+
+#include <algorithm>
+#include <exception>
+#include <new>
+
+#include "core/chess_exception.h"
+#include "globalregister/precalc_files.h"
+#include "platform/memory_info.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::string_view kNoRoomForGenerator = "Cannot load subregister: memory quota for data generation exceeded";
+
+constexpr std::size_t PlaceOf(TPositionType type, std::size_t nPlaces) {
+    return static_cast<std::size_t>(type * 0x9E3779B97F4A7C15u >> 40) & (nPlaces - 1);
+}
+
+} // namespace
+
+CGlobalRegisters::CGlobalRegisters(TPrecalcOptions options, INotifier& notifier, std::uint64_t nQuota)
+    : m_options(std::move(options)), m_notifier(notifier), m_nPrecalcQuota(nQuota) {
+    ReadFolders();
+}
+
+CGlobalRegisters::~CGlobalRegisters() {
+    for (const std::unique_ptr<TRegisterSlot>& slot : m_slots)
+        delete slot->TakeOut();
+}
+
+// --- slots
+
+TRegisterSlot* CGlobalRegisters::FindSlot(TPositionType type) const {
+    for (std::size_t place = PlaceOf(type, kSlots);; place = (place + 1) & (kSlots - 1)) {
+        TRegisterSlot* const slot = m_places[place].load(std::memory_order_acquire);
+        if (slot == nullptr || slot->Type() == type)
+            return slot;
+    }
+}
+
+TRegisterSlot& CGlobalRegisters::SlotOf(TPositionType type) {
+    if (TRegisterSlot* const slot = FindSlot(type))
+        return *slot;
+    const std::lock_guard lock(m_registersLock);
+    if (TRegisterSlot* const slot = FindSlot(type)) // of another thread, meanwhile
+        return *slot;
+    m_slots.push_back(std::make_unique<TRegisterSlot>(type, EDataState::NotAsked));
+    std::size_t place = PlaceOf(type, kSlots);
+    while (m_places[place].load(std::memory_order_relaxed) != nullptr)
+        place = (place + 1) & (kSlots - 1);
+    m_places[place].store(m_slots.back().get(), std::memory_order_release);
+    return *m_slots.back();
+}
+
+/// Details and archives are no data that a search could be answered from.
+void CGlobalRegisters::ReadFolders() {
+    m_bAnyFile = false;
+    for (const TPrecalcFileFound& found : FindPrecalcFiles(m_options.m_folders)) {
+        const TPositionType type = TPositionIndexing(found.m_typeName).nPositionType;
+        if (found.m_file.m_bDetails || type == 0 || found.m_typeName.size() > kMaxTypeMen)
+            continue;
+        SlotOf(type).SetState(EDataState::Present);
+        m_bAnyFile = true;
+    }
+}
+
+// --- data for a position
+
+TGlobalRegister* CGlobalRegisters::GetRegister(const TChessboard& b, const TSearchGate& gate) {
+    TRegisterSlot* const slot = FindSlot(GetPositionType(b));
+    if (slot == nullptr)
+        return nullptr;
+    if (TGlobalRegister* const data = slot->Acquire()) [[likely]]
+        return data;
+    if (slot->State() != EDataState::Present || Quota() == 0 ||
+        !IsWorthLoading(b, gate, m_options.m_nUseDataPackedForRandomAccess))
+        return nullptr;
+    return LoadSlot(*slot, &b, gate);
+}
+
+TGlobalRegister* CGlobalRegisters::GetRegisterForTool(TPositionType type) {
+    if (type == 0 || PositionTypeToString(type).size() > kMaxTypeMen || Quota() == 0)
+        return nullptr;
+    TRegisterSlot& slot = SlotOf(type);
+    if (TGlobalRegister* const data = slot.Acquire())
+        return data;
+    return LoadSlot(slot, nullptr, {});
+}
+
+TGlobalRegister* CGlobalRegisters::LoadSlot(TRegisterSlot& slot, const TChessboard* b, const TSearchGate& gate) {
+    for (;; SleepMs(1)) {
+        if (b != nullptr && gate.m_isStopping != nullptr && gate.m_isStopping(*b))
+            return nullptr;
+        const std::lock_guard lock(m_loadingLock);
+        if (TGlobalRegister* const data = slot.Acquire())
+            return data;
+        if (slot.State() == EDataState::Unavailable)
+            return nullptr;
+        if (!slot.m_bLoading) {
+            slot.m_bLoading = true;
+            slot.m_nReserved = 0;
+            break;
+        }
+    }
+    std::unique_ptr<TGlobalRegister> data = LoadData(slot);
+    TGlobalRegister* const loaded = data.get();
+    EndLoad(slot, std::move(data));
+    return loaded;
+}
+
+std::unique_ptr<TGlobalRegister> CGlobalRegisters::LoadData(TRegisterSlot& slot) {
+    try {
+        auto data = std::make_unique<TGlobalRegister>(PositionTypeToString(slot.Type()));
+        data->pSlot = &slot;
+        if (Load(*data, m_options, *this, m_notifier))
+            return data;
+    } catch (const std::exception&) { // memory, files: the type is not to be had
+    }
+    return nullptr;
+}
+
+void CGlobalRegisters::EndLoad(TRegisterSlot& slot, std::unique_ptr<TGlobalRegister> data) {
+    const std::lock_guard registers(m_registersLock);
+    const std::lock_guard loading(m_loadingLock);
+    slot.SetState(data ? EDataState::Present : EDataState::Unavailable);
+    if (data)
+        slot.Publish(data.release());
+    slot.m_bLoading = false;
+    slot.m_nReserved = 0;
+}
+
+// --- memory
+
+std::uint64_t CGlobalRegisters::MemoryInUseUnderLocks(const TRegisterSlot* leftOut) const {
+    std::uint64_t nBytes = 0;
+    for (const std::unique_ptr<TRegisterSlot>& slot : m_slots) {
+        if (slot.get() == leftOut)
+            continue;
+        if (const TGlobalRegister* const data = slot->Peek())
+            nBytes += data->GetMemoryInUse();
+        nBytes += slot->m_nReserved;
+    }
+    return nBytes;
+}
+
+std::uint64_t CGlobalRegisters::TotalMemoryInUse(TPositionType leftOut) const {
+    const std::lock_guard registers(m_registersLock);
+    const std::lock_guard loading(m_loadingLock);
+    return MemoryInUseUnderLocks(leftOut == 0 ? nullptr : FindSlot(leftOut));
+}
+
+bool CGlobalRegisters::MakeRoom(TPositionType type, std::uint64_t size) {
+    const bool bRoom = TryMakeRoom(SlotOf(type), size);
+    if (!bRoom && IsGenerating())
+        m_notifier.Inform(kNoRoomForGenerator, "Warning");
+    return bRoom;
+}
+
+bool CGlobalRegisters::TryMakeRoom(TRegisterSlot& slot, std::uint64_t size) {
+    const std::lock_guard registers(m_registersLock);
+    const std::lock_guard loading(m_loadingLock);
+    const std::uint64_t nQuota = Quota();
+    slot.m_nReserved = 0;
+    if (size >= nQuota)
+        return false;
+    slot.m_nReserved = size;
+    std::uint64_t used = MemoryInUseUnderLocks(&slot);
+    const std::uint64_t nMost = nQuota - size;
+    if (used <= nMost)
+        return true;
+    const std::uint64_t resident = ResidentMemory();
+    if (resident < used) // of some data not every page has been touched
+        used = used / 2 + resident / 2;
+    if (used <= nMost || (!IsGenerating() && Evict(used - nMost) == 0))
+        return true;
+    slot.m_nReserved = 0;
+    return false;
+}
+
+/// Unloads data that nobody uses, the oldest first, until so many bytes are free. Under both locks.
+///   Result  bytes that are still needed.
+std::uint64_t CGlobalRegisters::Evict(std::uint64_t nNeeded) {
+    constexpr int kSweeps = 3;
+    std::vector<TCandidate> candidates;
+    for (const std::unique_ptr<TRegisterSlot>& slot : m_slots)
+        if (const TGlobalRegister* const data = slot->Peek())
+            candidates.push_back({slot.get(), slot->LastUsedTicks(), data->GetMemoryInUse()});
+    std::ranges::sort(candidates, {}, &TCandidate::m_nLastUsedTicks);
+    for (int sweep = 0; sweep < kSweeps && nNeeded > 0; ++sweep)
+        for (const TCandidate& candidate : candidates) {
+            if (nNeeded == 0)
+                break;
+            if (candidate.m_nBytes == 0 || candidate.m_slot->RefCount() > 0 || candidate.m_slot->m_bLoading)
+                continue;
+            const std::unique_ptr<TGlobalRegister> data(candidate.m_slot->TryTakeOut());
+            if (data)
+                nNeeded -= std::min(nNeeded, candidate.m_nBytes);
+        }
+    return nNeeded;
+}
+
+void CGlobalRegisters::SetQuota(std::uint64_t nBytes) {
+    m_nPrecalcQuota.store(nBytes, std::memory_order_relaxed);
+    const std::lock_guard registers(m_registersLock);
+    const std::lock_guard loading(m_loadingLock);
+    const std::uint64_t used = MemoryInUseUnderLocks(nullptr);
+    if (used > nBytes)
+        (void)Evict(used - nBytes);
+}
+
+bool CGlobalRegisters::MayStayPacked(INotifier& notifier) {
+    const std::lock_guard lock(m_answerLock);
+    if (m_nStayPacked == kNotAsked)
+        m_nStayPacked = notifier.AskYesNo(kStayPackedQuestion, "Question") ? 1 : 0;
+    return m_nStayPacked == 1;
+}
+
+// --- unloading
+
+void CGlobalRegisters::Unload(TPositionType type) {
+    TRegisterSlot* const slot = FindSlot(type);
+    if (slot == nullptr)
+        return;
+    const std::lock_guard lock(m_registersLock);
+    delete slot->TakeOut();
+}
+
+void CGlobalRegisters::Discard(TPositionType type, std::string_view reason) {
+    TRegisterSlot* const slot = FindSlot(type);
+    if (slot == nullptr)
+        return;
+    {
+        const std::lock_guard lock(m_registersLock);
+        slot->SetState(EDataState::Unavailable);
+        const std::unique_ptr<TGlobalRegister> data(slot->TakeOut());
+        if (!data) // another thread has met the damage, too
+            return;
+    }
+    m_notifier.Inform(PositionTypeToString(type) + ": " + std::string(reason), "Error");
+}
+
+bool CGlobalRegisters::UnloadAll() {
+    {
+        const std::lock_guard registers(m_registersLock);
+        const std::lock_guard loading(m_loadingLock);
+        if (std::ranges::any_of(m_slots, [](const auto& slot) { return slot->m_bLoading; }))
+            return false;
+        for (const std::unique_ptr<TRegisterSlot>& slot : m_slots) {
+            delete slot->TakeOut();
+            slot->SetState(EDataState::NotAsked);
+        }
+    }
+    ReadFolders();
+    return true;
+}
+
+bool CGlobalRegisters::SetOptions(TPrecalcOptions options) {
+    {
+        const std::lock_guard lock(m_loadingLock);
+        for (const std::unique_ptr<TRegisterSlot>& slot : m_slots)
+            if (slot->m_bLoading)
+                return false;
+        m_options = std::move(options);
+    }
+    return UnloadAll();
+}
+
+// --- status
+
+TRegistersStatus CGlobalRegisters::Status() const {
+    const std::lock_guard registers(m_registersLock);
+    const std::lock_guard loading(m_loadingLock);
+    TRegistersStatus status;
+    status.m_nBytes = MemoryInUseUnderLocks(nullptr);
+    const std::uint64_t now = CoarseTickCount64();
+    for (const std::unique_ptr<TRegisterSlot>& slot : m_slots) {
+        const TGlobalRegister* const data = slot->Peek();
+        status.m_nPending += slot->m_bLoading;
+        if (data == nullptr && slot->State() != EDataState::Unavailable)
+            continue;
+        TRegisterStatus type{PositionTypeToString(slot->Type()), data != nullptr};
+        if (data != nullptr) {
+            type.m_nBytes = data->GetMemoryInUse();
+            type.m_nRefCount = slot->RefCount();
+            type.m_nIdleSeconds = (now - std::min(now, slot->LastUsedTicks())) / 1000;
+        }
+        status.m_types.push_back(std::move(type));
+    }
+    std::ranges::sort(status.m_types, {}, &TRegisterStatus::m_typeName);
+    return status;
+}
+
+std::string ShowStatus(const TRegistersStatus& status) {
+    const auto megabytes = [](std::uint64_t nBytes) { return std::to_string(nBytes >> 20); };
+    std::string text = "Current size of global register in memory: " + megabytes(status.m_nBytes) + " MB\n";
+    for (const TRegisterStatus& type : status.m_types) {
+        if (!type.m_bLoaded) {
+            text += type.m_typeName + " unavailable/redundant/not enough memory\n";
+            continue;
+        }
+        text += type.m_typeName + " " + megabytes(type.m_nBytes) + " MB" +
+                " AllocCount=" + std::to_string(type.m_nRefCount) + " LastAccess " +
+                std::to_string(type.m_nIdleSeconds) + " sec(s). ago\n";
+    }
+    return text + std::to_string(status.m_nPending) + " register(s) pending.";
+}
+
+} // namespace quillon

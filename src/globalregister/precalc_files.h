@@ -1,0 +1,30 @@
+#pragma once
+// The files of precalculated data that the folders hold.
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "globalregister/precalc_file_name.h"
+
+namespace quillon {
+
+struct TPrecalcFileFound {
+    std::filesystem::path m_path;
+    std::string m_typeName;
+    TPrecalcFile m_file;
+    std::uint64_t m_nSize = 0; // bytes
+};
+
+/// Every file that a load of its type would look at, by type and then by kind. Folders that are not there, and those
+/// that cannot be read, have none.
+///   Errors  std::bad_alloc.
+[[nodiscard]] std::vector<TPrecalcFileFound> FindPrecalcFiles(const TPrecalcFolders& folders);
+
+/// The folders that a user means by a folder: one that has `Precalc` or `CustomPrecalc` in it, or one with the files
+/// themselves.
+///   secondRoot  beside the former; empty for none.
+[[nodiscard]] TPrecalcFolders FoldersOf(const std::filesystem::path& folder, const std::filesystem::path& secondRoot);
+
+} // namespace quillon

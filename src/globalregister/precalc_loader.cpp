@@ -1,0 +1,381 @@
+#include "globalregister/precalc_loader.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "globalregister/packed/byte_streams.h"
+#include "globalregister/packed/packed_block.h"
+#include "globalregister/packed/packed_table_header.h"
+#include "globalregister/precalc_read.h"
+#include "globalregister/recompression.h"
+#include "globalregister/table_conversion.h"
+#include "platform/memory_info.h"
+
+namespace quillon {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::uint64_t FileSize(const fs::path& path) {
+    std::error_code error;
+    const std::uint64_t size = fs::file_size(path, error);
+    return error ? 0 : size;
+}
+
+bool Exists(const fs::path& path) {
+    std::error_code error;
+    return !path.empty() && fs::is_regular_file(path, error);
+}
+
+fs::path WithAppended(fs::path path, std::string_view end) { return path += end; }
+
+class CPrecalcLoad {
+  public:
+    CPrecalcLoad(TGlobalRegister& data, const TPrecalcOptions& options, IPrecalcRoom& room, INotifier& notifier,
+                 TLoadMode mode)
+        : m_data(data), m_options(options), m_room(room), m_notifier(notifier), m_mode(mode), m_numbering(data) {}
+
+    bool Run() {
+        m_bDiskWanted = m_options.m_bGlobalRegisterForceDiskAccess && m_mode.m_bAllowDisk;
+        if (!m_bDiskWanted && !CheckQuota())
+            return false;
+        if (m_options.m_nUseDataPackedForRandomAccess < 2)
+            return Finish(LoadWhole() || LoadUnpacked() || LoadSimple());
+        if (!m_bDiskWanted)
+            return Finish(LoadWhole() || LoadPackedOfRoots() || LoadSimple());
+        if (LoadPackedOfRoots())
+            return Finish(true);
+        if (m_options.m_nUseDataPackedForRandomAccess > 2 && IsArchived())
+            return Finish(false);
+        return Finish(LoadWhole() || LoadSimple());
+    }
+
+  private:
+    bool Finish(bool bLoaded) {
+        m_data.bFullyLoaded = bLoaded;
+        return bLoaded;
+    }
+
+    // --- files
+
+    [[nodiscard]] fs::path Name(EPrecalcKind kind, bool bSecondRoot, bool bDetails = false) const {
+        return GetFileName(m_data, m_options.m_folders, {kind, bDetails, bSecondRoot}, m_data.path);
+    }
+
+    /// The files of a kind that exist, in the order in which they are tried.
+    [[nodiscard]] std::array<fs::path, 2> Files(EPrecalcKind kind, bool bSecondRootFirst) const {
+        std::array<fs::path, 2> files;
+        for (std::size_t i = 0; i < 2; ++i) {
+            fs::path file = Name(kind, (i == 0) == bSecondRootFirst);
+            if (Exists(file))
+                files[i] = std::move(file);
+        }
+        return files;
+    }
+
+    [[nodiscard]] bool IsArchived() const {
+        return !Files(EPrecalcKind::PackedLz4, false)[0].empty() || !Files(EPrecalcKind::PackedLz4, false)[1].empty();
+    }
+
+    // --- room
+
+    /// What the table takes in memory, as far as it is known without its flags.
+    [[nodiscard]] std::uint64_t TableBytes() const {
+        return UsesBitData(m_data) ? m_data.GetSize() / kPairsOfAByte : m_data.GetSize();
+    }
+
+    [[nodiscard]] bool CheckQuota() {
+        if (m_mode.m_bVerifying)
+            return true;
+        if (TableBytes() >= m_room.Quota()) {
+            (void)m_room.MakeRoom(m_data.nPositionType, TableBytes()); // the generator is told
+            return false;
+        }
+        m_bDiskWanted = !m_room.MakeRoom(m_data.nPositionType, TableBytes()) && m_mode.m_bAllowDisk;
+        return true;
+    }
+
+    [[nodiscard]] bool CanHold(std::uint64_t size) {
+        return size <= LargestTable(m_room.IsGenerating()) &&
+               (m_mode.m_bVerifying || m_room.MakeRoom(m_data.nPositionType, size));
+    }
+
+    [[nodiscard]] bool IsLargeForMemory(std::uint64_t nFileSize) const {
+        return !m_mode.m_bVerifying && m_mode.m_bAllowDisk && nFileSize > m_room.Quota() / 4;
+    }
+
+    // --- whole tables
+
+    bool LoadWhole() {
+        for (const fs::path& file : Files(EPrecalcKind::Lz4, false))
+            if (!file.empty() && (ReadLz4File(file) || StartAnew()))
+                return true;
+        for (const fs::path& file : Files(EPrecalcKind::Plain, true))
+            if (!file.empty() && (LoadPlain(file) || StartAnew()))
+                return true;
+        return false;
+    }
+
+    /// What a file that is of no use has left behind is taken back. Always false.
+    bool StartAnew() {
+        static_cast<TPositionIndexing&>(m_data) = m_numbering;
+        m_data.bBitData = m_data.bCompactUnfinished = false;
+        m_data.detailStream = {};
+        m_data.data = {};
+        m_data.packed.reset();
+        m_data.nRandomAccessKind = kPlainAccess;
+        m_data.nElementSize = 1;
+        return false;
+    }
+
+    bool ReadLz4File(const fs::path& file) {
+        if (!CanHold(TableBytes()))
+            return false;
+        std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
+        std::vector<std::uint8_t> table;
+        if (!content || !UnpackBlock(*content, table) || table.empty()) {
+            WarnAboutSize(file, FileSize(file), TableBytes());
+            return false;
+        }
+        content.reset();
+        if (!TakeForm(file, table[0], table.size()))
+            return false;
+        m_data.data = std::move(table);
+        CheckLoadedTable(file, EPrecalcKind::Lz4);
+        return true;
+    }
+
+    bool LoadPlain(const fs::path& file) {
+        const std::uint64_t size = FileSize(file);
+        const std::optional<std::uint8_t> flags = ReadFlags(file);
+        if (!flags) {
+            WarnAboutSize(file, size, TableBytes());
+            return false;
+        }
+        if (!TakeForm(file, *flags, size))
+            return false;
+        m_data.bCompactUnfinished = Exists(WithAppended(file, kIterationExtension));
+        if (!m_data.bBitData && IsLargeForMemory(size))
+            return OpenOnDisk(file);
+        if (CanHold(size) && ReadTable(file, size)) {
+            CheckLoadedTable(file, EPrecalcKind::Plain);
+            return true;
+        }
+        return m_mode.m_bAllowDisk && OpenOnDisk(file);
+    }
+
+    /// Numbers the positions as the file does, and finds out what its elements are.
+    bool TakeForm(const fs::path& file, std::uint8_t flags, std::uint64_t size) {
+        if (!ApplyFlags(m_data, flags))
+            return false;
+        m_data.nElementSize = static_cast<std::uint8_t>(ElementSize(m_data, flags));
+        switch (PlainFormOf(m_data, flags, size)) {
+        case EPlainForm::Elements:
+            return true;
+        case EPlainForm::BitData:
+            if (UsesBitData(m_data))
+                return OpenDetails(file);
+            break;
+        case EPlainForm::Wrong:
+            break;
+        }
+        const bool bPairs = UsesBitData(m_data) && size < m_data.GetSize();
+        WarnAboutSize(file, size, bPairs ? m_data.GetSize() / kPairsOfAByte : m_data.GetSize() * m_data.nElementSize);
+        return false;
+    }
+
+    /// Of bit data: the lengths, which stay on disk. Without them there are no data.
+    bool OpenDetails(const fs::path& file) {
+        const bool bSecondRoot = file.parent_path() == Name(EPrecalcKind::Plain, true).parent_path() &&
+                                 file != Name(EPrecalcKind::Plain, false);
+        const fs::path details = Name(EPrecalcKind::Plain, bSecondRoot, true);
+        const std::optional<std::uint8_t> flags = ReadFlags(details);
+        if (!flags)
+            return false;
+        m_data.nElementSize = static_cast<std::uint8_t>(ElementSize(m_data, *flags));
+        const std::uint64_t expected = m_data.GetSize() * m_data.nElementSize;
+        if (FileSize(details) != expected) {
+            WarnAboutSize(details, FileSize(details), expected);
+            return false;
+        }
+        m_data.detailStream.open(details, std::ios::binary);
+        m_data.bBitData = m_data.detailStream.is_open();
+        return m_data.bBitData;
+    }
+
+    /// Of bit data the lengths alone answer: they are on disk anyhow.
+    bool OpenOnDisk(const fs::path& file) {
+        if (m_data.bBitData) {
+            m_data.diskStream = std::move(m_data.detailStream);
+            m_data.detailStream = {};
+        } else {
+            m_data.diskStream.open(file, std::ios::binary);
+        }
+        if (!m_data.diskStream.is_open())
+            return false;
+        (void)m_room.MakeRoom(m_data.nPositionType, 0);
+        OfferPacking(file, EPrecalcKind::Plain);
+        return true;
+    }
+
+    bool ReadTable(const fs::path& file, std::uint64_t size) {
+        std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
+        if (!content || content->size() != size)
+            return false;
+        m_data.data = std::move(*content);
+        return true;
+    }
+
+    /// A table of one byte an element that has a 255 is not finished.
+    void CheckLoadedTable(const fs::path& file, EPrecalcKind kind) {
+        const bool bElements = !m_data.bBitData && m_data.nElementSize == 1;
+        if (bElements && std::find(m_data.data.begin() + 1, m_data.data.end(), kUnknownElement) != m_data.data.end()) {
+            m_data.bCompactUnfinished = true;
+            m_notifier.Inform("Dane dla pozycji typu " + m_data.typeName + " wyglądają na nie do końca wygenerowane.",
+                              "Warning");
+        }
+        OfferPacking(file, kind);
+    }
+
+    void OfferPacking(const fs::path& file, EPrecalcKind kind) {
+        if (!m_mode.m_bVerifying && !m_room.IsGenerating())
+            RecompressOffer(m_data, file, kind, m_options, m_notifier);
+    }
+
+    // --- packed tables
+
+    bool LoadPackedOfRoots() {
+        for (const fs::path& file : Files(EPrecalcKind::PackedLzw, true))
+            if (!file.empty() && (LoadPacked(file, false, m_mode.m_bVerifying) || StartAnew()))
+                return true;
+        return false;
+    }
+
+    bool LoadPacked(const fs::path& file, bool bForceStream, bool bQuotaUnchecked) {
+        const std::uint64_t size = FileSize(file);
+        const std::optional<TPackedTableHeader> header = ReadPackedHeader(file);
+        if (!header || header->m_nFileSize != size || !ApplyFlags(m_data, header->m_wFlags) ||
+            header->m_nElements != m_data.GetSize()) {
+            WarnAboutSize(file, size, header ? header->m_nFileSize : kPackedTableHeaderBytes);
+            return false;
+        }
+        m_data.nElementSize = static_cast<std::uint8_t>(ElementSize(m_data, header->m_wFlags));
+        const bool bStream = bForceStream || IsLargeForMemory(size);
+        m_data.packed = RandomAccessLZWBuffer::MakePackedReader(m_data.nElementSize, header->m_nBlockElements);
+        if (!OpenPacked(file, bStream, bQuotaUnchecked) &&
+            (bStream || !m_mode.m_bAllowDisk || !OpenPacked(file, true, bQuotaUnchecked)))
+            return false;
+        m_data.nRandomAccessKind = kPackedAccess;
+        return true;
+    }
+
+    bool OpenPacked(const fs::path& file, bool bStream, bool bQuotaUnchecked) {
+        if (!m_data.packed->Load(file, bStream))
+            return false;
+        return bQuotaUnchecked || m_room.MakeRoom(m_data.nPositionType, m_data.packed->GetMemorySize());
+    }
+
+    /// Packed tables where packed ones are not wanted.
+    bool LoadUnpacked() {
+        for (const fs::path& file : Files(EPrecalcKind::PackedLzw, true))
+            if (!file.empty() && ((LoadPacked(file, true, m_mode.m_bVerifying) && UnpackLoaded(file)) || StartAnew()))
+                return true;
+        return false;
+    }
+
+    bool UnpackLoaded(const fs::path& file) {
+        const std::uint64_t size = m_data.GetSize() * m_data.nElementSize;
+        try {
+            if (CanHold(size)) {
+                std::optional<std::vector<std::uint8_t>> table = m_data.packed->Unpack(m_notifier);
+                if (!table)
+                    return false;
+                m_data.data = std::move(*table);
+                m_data.packed.reset();
+                m_data.nRandomAccessKind = kPlainAccess;
+                OfferSaving(file);
+                return true;
+            }
+        } catch (const std::bad_alloc&) {
+        }
+        if (!m_mode.m_bAllowDisk || !m_room.MayStayPacked(m_notifier))
+            return false;
+        return m_mode.m_bVerifying || m_room.MakeRoom(m_data.nPositionType, m_data.packed->GetMemorySize());
+    }
+
+    void OfferSaving(const fs::path& packed) {
+        if (!m_options.m_bAskIfSaveAfterDecompressAllToMem)
+            return;
+        const std::string name = packed.string();
+        const std::string plain =
+            name.substr(0, name.size() - kPrecalcExtensions[static_cast<std::size_t>(EPrecalcKind::PackedLzw)].size());
+        if (!m_notifier.AskYesNo("Save full decompressed data file " + plain + "?", "Question"))
+            return;
+        if (WriteWholeFile(plain, m_data.data))
+            m_notifier.Inform("File saved.", "Information");
+        else
+            m_notifier.Inform("Error saving file " + plain, "Error");
+    }
+
+    /// Archives have the same extension, and are none of this.
+    bool LoadSimple() {
+        for (const fs::path& file : Files(EPrecalcKind::PackedLz4, false))
+            if (!file.empty() && (ReadSimple(file) || StartAnew()))
+                return true;
+        return false;
+    }
+
+    bool ReadSimple(const fs::path& file) {
+        if (FormOf(file) != ETableForm::Simple || m_data.custom || UsesBitData(m_data) || !CanHold(TableBytes()))
+            return false;
+        const std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
+        std::vector<std::uint8_t> simple;
+        if (!content || !UnpackBlock(*content, simple) || !TakeSimple(std::move(simple))) {
+            WarnAboutSize(file, FileSize(file), TableBytes());
+            return false;
+        }
+        return true;
+    }
+
+    bool TakeSimple(std::vector<std::uint8_t> simple) {
+        const std::optional<std::uint8_t> flags = SimpleFlags(simple);
+        if (!flags || !ApplyFlags(m_data, *flags) || !HasSimpleElements(simple, m_data.GetSize()) ||
+            !CanHold(simple.size()))
+            return false;
+        m_data.nPackedSize = static_cast<std::uint32_t>(simple.size());
+        m_data.data = std::move(simple);
+        m_data.nRandomAccessKind = kSimpleAccess;
+        return true;
+    }
+
+    void WarnAboutSize(const fs::path& file, std::uint64_t size, std::uint64_t expected) {
+        m_notifier.Inform(FileSizeWarning(file, size, expected), "Warning");
+    }
+
+    TGlobalRegister& m_data;
+    const TPrecalcOptions& m_options;
+    IPrecalcRoom& m_room;
+    INotifier& m_notifier;
+    const TLoadMode m_mode;
+    const TPositionIndexing m_numbering; // as it was before a file had its say
+    bool m_bDiskWanted = false;
+};
+
+} // namespace
+
+std::uint64_t LargestTable(bool bGenerating) {
+    const std::uint64_t memory = PhysicalMemory();
+    return bGenerating ? memory / 4 * 3 : memory / 2;
+}
+
+bool Load(TGlobalRegister& data, const TPrecalcOptions& options, IPrecalcRoom& room, INotifier& notifier,
+          TLoadMode mode) {
+    return CPrecalcLoad(data, options, room, notifier, mode).Run();
+}
+
+} // namespace quillon

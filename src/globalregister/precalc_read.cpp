@@ -1,0 +1,46 @@
+#include "globalregister/precalc_read.h"
+
+#include <fstream>
+#include <system_error>
+
+#include "globalregister/packed/byte_streams.h"
+#include "globalregister/packed/simple_packing.h"
+#include "platform/large_pages.h"
+#include "platform/save_file.h"
+
+namespace quillon {
+
+std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::filesystem::path& path) {
+    std::error_code error;
+    const std::uint64_t size = std::filesystem::file_size(path, error);
+    std::ifstream file(path, std::ios::binary);
+    if (error || !file)
+        return std::nullopt;
+    std::vector<std::uint8_t> content;
+    content.reserve(size);
+    PreferLargePages(content.data(), size); // before a page is touched: tables are read at random
+    content.resize(size);
+    if (!ReadBytes(file, content.data(), size))
+        return std::nullopt;
+    return content;
+}
+
+bool WriteWholeFile(const std::filesystem::path& path, std::span<const std::uint8_t> content) {
+    return !SaveFile(path, {reinterpret_cast<const char*>(content.data()), content.size()}, false).m_error;
+}
+
+std::optional<TPackedTableHeader> ReadPackedHeader(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    TPackedTableHeaderBytes bytes{};
+    if (!ReadBytes(file, bytes.data(), bytes.size()))
+        return std::nullopt;
+    return DecodePackedTableHeader(bytes);
+}
+
+std::optional<std::uint8_t> SimpleFlags(std::span<const std::uint8_t> simple) { return SimpleElement(simple, 0); }
+
+bool HasSimpleElements(std::span<const std::uint8_t> simple, std::uint64_t nElements) {
+    return nElements > 0 && SimpleElement(simple, nElements - 1) && !SimpleElement(simple, nElements);
+}
+
+} // namespace quillon

@@ -1,0 +1,30 @@
+#pragma once
+// Files of precalculated data as bytes, and what their heads tell.
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "globalregister/packed/packed_table_header.h"
+
+namespace quillon {
+
+/// None if the file cannot be read to its end.
+///   Errors  std::bad_alloc.
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::filesystem::path& path);
+
+/// Replaces a file; false if that failed, the file is then as it was.
+[[nodiscard]] bool WriteWholeFile(const std::filesystem::path& path, std::span<const std::uint8_t> content);
+
+/// The head of a ".packed.lzw" file; none if it is too short or cannot be read.
+[[nodiscard]] std::optional<TPackedTableHeader> ReadPackedHeader(const std::filesystem::path& path);
+
+/// The flags of a table in simple packing (simple_packing.h).
+[[nodiscard]] std::optional<std::uint8_t> SimpleFlags(std::span<const std::uint8_t> simple);
+
+/// True if a table in simple packing has exactly so many elements.
+[[nodiscard]] bool HasSimpleElements(std::span<const std::uint8_t> simple, std::uint64_t nElements);
+
+} // namespace quillon

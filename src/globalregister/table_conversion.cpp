@@ -1,0 +1,237 @@
+#include "globalregister/table_conversion.h"
+
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "core/chess_exception.h"
+#include "core/notifier.h"
+#include "globalregister/packed/packed_block.h"
+#include "globalregister/packed/packed_lz4_file.h"
+#include "globalregister/packed/random_access_packed_buffer.h"
+#include "globalregister/packed/simple_packing.h"
+#include "globalregister/precalc_file_name.h"
+#include "globalregister/precalc_format.h"
+#include "globalregister/precalc_read.h"
+
+namespace quillon {
+
+namespace {
+
+namespace fs = std::filesystem;
+using TBytes = std::vector<std::uint8_t>;
+
+std::string_view Extension(EPrecalcKind kind) { return kPrecalcExtensions[static_cast<std::size_t>(kind)]; }
+
+EPrecalcKind KindOf(ETableForm form) {
+    switch (form) {
+    case ETableForm::Plain:
+        return EPrecalcKind::Plain;
+    case ETableForm::Lz4:
+        return EPrecalcKind::Lz4;
+    case ETableForm::Lzw:
+        return EPrecalcKind::PackedLzw;
+    default:
+        return EPrecalcKind::PackedLz4;
+    }
+}
+
+[[noreturn]] void Fail(const fs::path& path, const std::string& reason) {
+    throw ChessException(path.string() + ": " + reason);
+}
+
+TPositionIndexing IndexingOf(const fs::path& path) {
+    const std::optional<std::string> typeName = TypeOfFile(path);
+    if (!typeName)
+        Fail(path, "not the name of a file of precalculated data");
+    return TPositionIndexing(*typeName);
+}
+
+TBytes Content(const fs::path& path) {
+    std::optional<TBytes> content = ReadWholeFile(path);
+    if (!content)
+        Fail(path, "cannot be read");
+    return std::move(*content);
+}
+
+/// What a plain file turned out to be.
+struct TPlainFile {
+    std::uint64_t m_nElements = 0;
+    std::size_t m_nElementSize = 1;
+    std::uint16_t m_wFlags = 0;
+    bool m_bBitData = false;
+};
+
+TPlainFile Describe(const fs::path& path, std::uint8_t flags, std::uint64_t nSize) {
+    TPositionIndexing indexing = IndexingOf(path);
+    if (!ApplyFlags(indexing, flags))
+        throw std::bad_alloc();
+    const EPlainForm form = PlainFormOf(indexing, flags, nSize);
+    const bool bBitData = form == EPlainForm::BitData && UsesBitData(indexing);
+    if (form != EPlainForm::Elements && !bBitData)
+        Fail(path, "has " + std::to_string(nSize) + " bytes, a table of its type has " +
+                       std::to_string(indexing.GetSize() * ElementSize(indexing, flags)));
+    return {indexing.GetSize(), ElementSize(indexing, flags), flags, bBitData};
+}
+
+TPlainFile DescribeFile(const fs::path& path) {
+    const std::optional<std::uint8_t> flags = ReadFlags(path);
+    std::error_code error;
+    const std::uint64_t nSize = fs::file_size(path, error);
+    if (error || (nSize > 0 && !flags))
+        Fail(path, "cannot be read");
+    return Describe(path, flags.value_or(0), nSize);
+}
+
+void Write(const fs::path& path, const TBytes& content) {
+    if (!WriteWholeFile(path, content))
+        Fail(path, "cannot be written");
+}
+
+class CSilentNotifier final : public INotifier {
+  public:
+    void Inform(std::string_view, std::string_view) override {}
+    bool AskYesNo(std::string_view, std::string_view) override { return false; }
+};
+
+void PackLz4(const fs::path& source, const fs::path& target, int nProcessors) {
+    TBytes packed;
+    if (!PackBlock(Content(source), packed, nProcessors))
+        Fail(source, "cannot be packed in this form");
+    Write(target, packed);
+}
+
+void PackLzw(const fs::path& source, const TPlainFile& plain, const fs::path& target) {
+    if (plain.m_bBitData)
+        Fail(source, "bit data have no such form; their details have");
+    std::ifstream table(source, std::ios::binary);
+    const auto writer = RandomAccessLZWBuffer::MakePackedWriter(plain.m_nElementSize);
+    if (!table || !writer->CompressStream(target, table, plain.m_nElements, plain.m_wFlags))
+        Fail(target, "cannot be written in this form");
+}
+
+void PackArchive(const fs::path& source, const TPlainFile& plain, const fs::path& target, int nProcessors) {
+    std::error_code error;
+    const std::uint64_t nSize = fs::file_size(source, error);
+    std::ifstream table(source, std::ios::binary);
+    std::ofstream log(fs::path(target) += kPackingLogExtension, std::ios::app);
+    const auto write = [&log](std::string_view line) { log << line << std::flush; };
+    if (error || !table || !SavePackedLz4(target, table, nSize, plain.m_wFlags, write, nProcessors))
+        Fail(target, "cannot be written in this form");
+}
+
+void PackSimply(const fs::path& source, const TPlainFile& plain, const fs::path& target, int nProcessors) {
+    if (plain.m_bBitData || plain.m_nElementSize != 1)
+        Fail(source, "only tables with elements of one byte have a simple form");
+    const std::optional<TBytes> simple = PackSimple(Content(source));
+    TBytes block;
+    if (!simple || !PackBlockLong(*simple, block, nProcessors))
+        Fail(source, "a table with elements from 128 to 254 has no simple form");
+    Write(target, block);
+}
+
+TBytes UnpackLzw(const fs::path& source) {
+    const std::optional<TPackedTableHeader> header = ReadPackedHeader(source);
+    if (!header)
+        Fail(source, "cannot be read");
+    const std::size_t nElementSize = ElementSize(IndexingOf(source), header->m_wFlags);
+    const auto reader = RandomAccessLZWBuffer::MakePackedReader(nElementSize, header->m_nBlockElements);
+    CSilentNotifier silent;
+    if (!reader->Load(source, false))
+        Fail(source, "not a whole file of this form");
+    std::optional<TBytes> table = reader->Unpack(silent);
+    if (!table)
+        Fail(source, "Error unpacking LZW data");
+    return std::move(*table);
+}
+
+TBytes UnpackSimply(const fs::path& source) {
+    TBytes simple;
+    if (!UnpackBlock(Content(source), simple))
+        Fail(source, "not a whole file of this form");
+    const std::optional<std::uint8_t> flags = SimpleFlags(simple);
+    TPositionIndexing indexing = IndexingOf(source);
+    std::optional<TBytes> table;
+    if (flags && ApplyFlags(indexing, *flags))
+        table = UnpackSimple(simple, indexing.GetSize());
+    if (!table)
+        Fail(source, "not a table of its type in simple packing");
+    return std::move(*table);
+}
+
+TBytes Unpacked(const fs::path& source) {
+    TBytes table;
+    switch (FormOf(source)) {
+    case ETableForm::Plain:
+        Fail(source, "not a packed file");
+    case ETableForm::Lz4:
+        if (!UnpackBlock(Content(source), table))
+            Fail(source, "not a whole file of this form");
+        return table;
+    case ETableForm::Lzw:
+        return UnpackLzw(source);
+    case ETableForm::Simple:
+        return UnpackSimply(source);
+    case ETableForm::Archive:
+        break;
+    }
+    std::ostringstream content;
+    if (!UnpackPackedLz4(source, content))
+        Fail(source, "not a whole file of this form");
+    const std::string text = std::move(content).str();
+    return {text.begin(), text.end()};
+}
+
+} // namespace
+
+ETableForm FormOf(const fs::path& path) {
+    switch (KindOfFile(path)) {
+    case EPrecalcKind::Plain:
+        return ETableForm::Plain;
+    case EPrecalcKind::Lz4:
+        return ETableForm::Lz4;
+    case EPrecalcKind::PackedLzw:
+        return ETableForm::Lzw;
+    case EPrecalcKind::PackedLz4:
+        break;
+    }
+    TBytes head(kBlockHeaderBytes);
+    std::ifstream file(path, std::ios::binary);
+    file.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(head.size()));
+    return file && IsPackedBlock(head) ? ETableForm::Simple : ETableForm::Archive;
+}
+
+fs::path NameInForm(const fs::path& path, ETableForm form) {
+    std::string name = path.string();
+    name.resize(name.size() - Extension(KindOfFile(path)).size());
+    return name + std::string(Extension(KindOf(form)));
+}
+
+void PackTableFile(const fs::path& source, ETableForm form, const fs::path& target, int nProcessors) {
+    if (FormOf(source) != ETableForm::Plain)
+        Fail(source, "is packed already");
+    const TPlainFile plain = DescribeFile(source);
+    switch (form) {
+    case ETableForm::Plain:
+        Fail(target, "is no packed form");
+    case ETableForm::Lz4:
+        return PackLz4(source, target, nProcessors);
+    case ETableForm::Lzw:
+        return PackLzw(source, plain, target);
+    case ETableForm::Archive:
+        return PackArchive(source, plain, target, nProcessors);
+    case ETableForm::Simple:
+        return PackSimply(source, plain, target, nProcessors);
+    }
+}
+
+void UnpackTableFile(const fs::path& source, const fs::path& target) {
+    const TBytes table = Unpacked(source);
+    (void)Describe(source, table.empty() ? 0 : table[0], table.size());
+    Write(target, table);
+}
+
+} // namespace quillon

@@ -1,0 +1,169 @@
+// `quillon probe`, `quillon precalc`, and precalculated data in `quillon solve`.
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "cli/precalc_data.h"
+#include "cli/program_run.h"
+#include "cli/solve_settings.h"
+#include "globalregister/table_files.h"
+
+namespace quillon {
+namespace {
+
+using namespace quillon::testing;
+
+// Rook against king, mate in fourteen.
+constexpr const char* kRookEnding = "8/8/8/3k4/8/8/8/K3R3";
+
+class PrecalcCommands : public ::testing::Test {
+  protected:
+    PrecalcCommands() { WriteElements(Table(), ThreeMenElements("R")); }
+
+    [[nodiscard]] std::string Folder() const { return m_folder.Path().string(); }
+    [[nodiscard]] std::string Table(const std::string& extension = "") const {
+        return Folder() + "/Precalc/R.precalc" + extension;
+    }
+    void Cut() {
+        TElements elements = ThreeMenElements("R");
+        elements.pop_back();
+        WriteElements(Table(), elements);
+    }
+    void ExpectFailure(const std::vector<std::string>& arguments, const std::string& message) {
+        const TProgramResult result = RunQuillon(arguments);
+        EXPECT_EQ(result.m_nStatus, 2) << message;
+        EXPECT_EQ(result.m_out, "") << message;
+        EXPECT_EQ(result.m_err, "quillon: " + message + "\n");
+    }
+
+    CTemporaryFolder m_folder;
+};
+
+TEST_F(PrecalcCommands, SolveIsAnsweredByTheData) {
+    const TProgramResult mate =
+        RunQuillon({"solve", "--fen", kRookEnding, "--moves", "14", "--all", "--json", "--precalc", Folder()});
+    EXPECT_EQ(mate.m_nStatus, 0) << mate.m_err;
+    const auto object = nlohmann::json::parse(mate.m_out);
+    EXPECT_EQ(object["result"], "mate");
+    EXPECT_EQ(object["nodes"], 0);
+    EXPECT_EQ(object["variant"].size(), 27u) << "the whole variant comes from the data";
+    const TProgramResult none =
+        RunQuillon({"solve", "--fen", kRookEnding, "--moves", "13", "--quiet", "--precalc", Folder() + "/Precalc"});
+    EXPECT_EQ(none.m_out.find("#13 no-mate"), 0u) << none.m_out;
+    const TProgramResult here =
+        RunQuillon({"solve", "--fen", kRookEnding, "--moves", "14", "--quiet", "--work-dir", Folder()});
+    EXPECT_EQ(here.m_out.find("#14 mate"), 0u) << here.m_out;
+}
+
+TEST_F(PrecalcCommands, SolveGoesOnWithoutDataThatAreNotWhole) {
+    Cut();
+    const TProgramResult result = RunQuillon({"solve", "--fen", "8/7R/8/8/8/1K6/8/k7", "--moves", "11", "--quiet",
+                                              "--heuristics", "none", "--precalc", Folder()});
+    EXPECT_EQ(result.m_nStatus, 0);
+    EXPECT_EQ(result.m_out.find("#11 mate 1.Rh7-h1!"), 0u) << result.m_out;
+    EXPECT_EQ(result.m_err, "quillon: Warning: Data file size and/or its header seems improper: " + Table() +
+                                " File size=40959 Expected file size=40960\n");
+}
+
+TEST_F(PrecalcCommands, QuotaIsThatOfTheCommandLineTheProblemOrTheSettings) {
+    TSettings settings;
+    settings.m_nMaxMemRatioForPrecalculatedData = 0;
+    ChessProblem problem;
+    TPrecalcChoice choice;
+    EXPECT_EQ(PrecalcQuota(settings, choice, &problem), 0u);
+    settings.m_nMaxMemRatioForPrecalculatedData = 20;
+    EXPECT_GT(PrecalcQuota(settings, choice, &problem), 1u << 20);
+    problem.globRegMB = 3;
+    EXPECT_EQ(PrecalcQuota(settings, choice, &problem), 3u << 20);
+    problem.flags = kFlagNoGlobReg;
+    EXPECT_EQ(PrecalcQuota(settings, choice, &problem), 0u);
+    choice.m_memoryMB = 7;
+    EXPECT_EQ(PrecalcQuota(settings, choice, &problem), 7u << 20);
+}
+
+TEST_F(PrecalcCommands, ProbeTellsTheLength) {
+    const auto probe = [this](const std::string& fen, bool bJson = false) {
+        std::vector<std::string> arguments{"probe", "--fen", fen, "--precalc", Folder()};
+        if (bJson)
+            arguments.push_back("--json");
+        return RunQuillon(arguments);
+    };
+    const TProgramResult mate = probe(kRookEnding);
+    EXPECT_EQ(mate.m_nStatus, 0);
+    EXPECT_EQ(mate.m_out, "Position type:  R\nIndex:          2910\n#14 in current position\n");
+    WriteElements(Folder() + "/Precalc/B.precalc", TElements(40960, 0));
+    EXPECT_EQ(probe("8/8/8/3k4/8/8/8/K3B3").m_out,
+              "Position type:  B\nIndex:          2910\nNo checkmate in this position\n");
+    const auto object = nlohmann::json::parse(probe(kRookEnding, true).m_out);
+    EXPECT_EQ(object["result"], "mate");
+    EXPECT_EQ(object["moves"], 14);
+    EXPECT_EQ(object["type"], "R");
+    const TProgramResult castling = probe("8/8/8/3k4/8/8/8/4K2R");
+    EXPECT_EQ(castling.m_nStatus, 1);
+    EXPECT_NE(castling.m_out.find("No data on this position"), std::string::npos);
+    EXPECT_EQ(probe("8/8/8/3k4/8/8/8/4K2R w - -").m_nStatus, 0);
+    EXPECT_NE(probe("8/8/8/3k4/8/8/8/K3R3 b").m_out.find("No information about positions before Black's move"),
+              std::string::npos);
+    const TProgramResult queen = probe("8/8/8/3k4/8/8/8/K3Q3");
+    EXPECT_EQ(queen.m_nStatus, 1);
+    EXPECT_EQ(queen.m_out, "Position type:  Q\nNo info on positions of this type\n");
+}
+
+TEST_F(PrecalcCommands, ListAndStatus) {
+    EXPECT_EQ(RunQuillon({"precalc", "list", "--precalc", Folder()}).m_out,
+              "R       plain           40960         " + Table() + "\n");
+    const auto listed = nlohmann::json::parse(RunQuillon({"precalc", "list", "--json", "--precalc", Folder()}).m_out);
+    EXPECT_EQ(listed["elements"], 40960);
+    EXPECT_EQ(listed["form"], "plain");
+    EXPECT_EQ(RunQuillon({"precalc", "status", "--precalc", Folder()}).m_nStatus, 0);
+    const TProgramResult status = RunQuillon({"precalc", "status", "R", "QR", "--precalc", Folder()});
+    EXPECT_EQ(status.m_nStatus, 1);
+    EXPECT_EQ(status.m_out, "Current size of global register in memory: 0 MB\nQR unavailable/redundant/not enough "
+                            "memory\nR 0 MB AllocCount=0 LastAccess 0 sec(s). ago\n0 register(s) pending.\n");
+}
+
+TEST_F(PrecalcCommands, FormsAreConvertedBothWays) {
+    const std::pair<const char*, const char*> forms[] = {
+        {"lzw", ".packed.lzw"}, {"lz4", ".lz4"}, {"archive", ".packed.lz4"}, {"simple", ".packed.lz4"}};
+    for (const auto& [form, extension] : forms) {
+        const TProgramResult packed = RunQuillon({"precalc", "pack", Table(), "--form", form, "--force", "--json"});
+        ASSERT_EQ(packed.m_nStatus, 0) << form << packed.m_err;
+        EXPECT_EQ(nlohmann::json::parse(packed.m_out)["bytes_before"], 40960);
+        const std::string copy = Folder() + "/R.precalc";
+        const TProgramResult unpacked =
+            RunQuillon({"precalc", "unpack", Table(extension), "--output", copy, "--force"});
+        EXPECT_EQ(unpacked.m_nStatus, 0) << form << unpacked.m_err;
+        EXPECT_EQ(ReadWholeFile(copy), ThreeMenElements("R")) << form;
+    }
+}
+
+TEST_F(PrecalcCommands, WrongInputIsToldInOneLine) {
+    const std::string packed = Table(".packed.lzw");
+    ASSERT_EQ(RunQuillon({"precalc", "pack", Table()}).m_nStatus, 0);
+    ExpectFailure({"precalc", "pack", Table()}, packed + ": exists already; --force replaces it");
+    ExpectFailure({"precalc", "pack", packed}, packed + ": is packed already");
+    ExpectFailure({"precalc", "unpack", Table()}, Table() + ": not a packed file");
+    ExpectFailure({"precalc", "unpack", Folder() + "/none"}, Folder() + "/none: no such file");
+    ExpectFailure({"precalc", "list", "--precalc", Folder() + "/none"},
+                  "no folder with precalculated data: " + Folder() + "/none");
+    ExpectFailure({"solve", "--precalc", Folder() + "/none"},
+                  "no folder with precalculated data: " + Folder() + "/none");
+    ExpectFailure({"precalc", "status", "xyz", "--precalc", Folder()}, "Error in position type: xyz");
+    Cut();
+    ExpectFailure({"precalc", "pack", Table(), "--force"},
+                  Table() + ": has 40959 bytes, a table of its type has 40960");
+    TElements bytes = ReadWholeFile(packed).value();
+    bytes.resize(bytes.size() - 50);
+    WriteElements(packed, bytes);
+    ExpectFailure({"precalc", "unpack", packed, "--force"}, packed + ": not a whole file of this form");
+    m_folder.Write("letter.txt", "x");
+    ExpectFailure({"precalc", "pack", Folder() + "/letter.txt"},
+                  Folder() + "/letter.txt: not the name of a file of precalculated data");
+    EXPECT_EQ(RunQuillon({"solve", "--precalc-memory", "-1"}).m_nStatus, 2);
+    EXPECT_EQ(RunQuillon({"precalc"}).m_nStatus, 2);
+}
+
+} // namespace
+} // namespace quillon

@@ -1,0 +1,378 @@
+#include "globalregister/precalc_loader.h"
+
+#include "core/chess_exception.h"
+#include "globalregister/table_files.h"
+#include "platform/temporary_folder.h"
+
+namespace quillon {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t kMegabyte = 1 << 20;
+
+class CRoom final : public IPrecalcRoom {
+  public:
+    [[nodiscard]] std::uint64_t Quota() const override { return m_nQuota; }
+    [[nodiscard]] bool MakeRoom(TPositionType, std::uint64_t size) override {
+        m_nReserved = m_bRoom || size == 0 ? size : 0;
+        return m_bRoom || size == 0;
+    }
+    [[nodiscard]] bool IsGenerating() const override { return false; }
+    [[nodiscard]] bool MayStayPacked(INotifier& notifier) override {
+        return notifier.AskYesNo(kStayPackedQuestion, "Question");
+    }
+    std::uint64_t m_nQuota = 64 * kMegabyte;
+    std::uint64_t m_nReserved = 0;
+    bool m_bRoom = true;
+};
+
+const TElements& Rooks() {
+    static const TElements elements = ThreeMenElements("R");
+    return elements;
+}
+
+class PrecalcLoader : public testing::Test {
+  protected:
+    PrecalcLoader() {
+        m_options.m_folders = {m_home.Path(), m_second.Path()};
+        m_options.m_bGlobalRegisterForceDiskAccess = false;
+    }
+
+    fs::path First(const char* extension) const {
+        return m_home.Path() / ("Precalc/R.precalc" + std::string(extension));
+    }
+    fs::path Second(const char* extension) const { return m_second.Path() / ("R.precalc" + std::string(extension)); }
+
+    bool LoadRook(TLoadMode mode = {}) {
+        m_data = std::make_unique<TGlobalRegister>("R");
+        return Load(*m_data, m_options, m_room, m_boxes, mode);
+    }
+
+    /// Every position has its length.
+    void ExpectRookAnswers() {
+        std::size_t wrong = 0;
+        ForAllThreeMen([&, i = 0](int w, int p, int k) mutable {
+            if (i++ % 41 != 0)
+                return;
+            const int length = ReferenceTable("R").Length(w, p, k);
+            const int expected = length == 0 ? 0 : 2 * length - 1;
+            const TChessboard b = ThreeMenBoard("R", w, p, k);
+            wrong += m_data->IsMate(b) != expected || m_data->ProvedHalfMoves(b) != expected;
+        });
+        EXPECT_EQ(wrong, 0u);
+    }
+
+    /// A table that tells by its last element which file it is.
+    static TElements Marked(std::uint8_t mark) {
+        TElements elements = Rooks();
+        elements.back() = mark;
+        return elements;
+    }
+    int LoadedMark() {
+        if (!LoadRook())
+            return -1;
+        return (m_data->IsMateByIndex(m_data->GetSize() - 1) + 1) / 2;
+    }
+
+    CTemporaryFolder m_home, m_second;
+    TPrecalcOptions m_options;
+    CRoom m_room;
+    CHeardBoxes m_boxes;
+    std::unique_ptr<TGlobalRegister> m_data;
+};
+
+TEST(ThreeMenTable, KnowsTheLongestMates) {
+    int queens = 0, rooks = 0;
+    ForAllThreeMen([&](int w, int p, int k) {
+        queens = std::max(queens, ReferenceTable("Q").Length(w, p, k));
+        rooks = std::max(rooks, ReferenceTable("R").Length(w, p, k));
+    });
+    EXPECT_EQ(queens, 10);
+    EXPECT_EQ(rooks, 16);
+}
+
+TEST_F(PrecalcLoader, EveryFormAnswersAlike) {
+    WriteElements(First(""), Rooks());
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_data->data.size(), Rooks().size());
+    EXPECT_EQ(m_data->GetMemoryInUse(), Rooks().size());
+    EXPECT_TRUE(m_data->bFullyLoaded);
+    ExpectRookAnswers();
+
+    m_room.m_nQuota = 2 * Rooks().size(); // more than a quarter of it: read from disk
+    ASSERT_TRUE(LoadRook());
+    EXPECT_TRUE(m_data->diskStream.is_open());
+    EXPECT_EQ(m_data->GetMemoryInUse(), 0u);
+    EXPECT_EQ(m_room.m_nReserved, 0u);
+    ExpectRookAnswers();
+    m_room.m_nQuota = 64 * kMegabyte;
+
+    fs::remove(First(""));
+    WriteLz4(First(".lz4"), Rooks());
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_data->nRandomAccessKind, kPlainAccess);
+    ExpectRookAnswers();
+
+    fs::remove(First(".lz4"));
+    WriteLzw(First(".packed.lzw"), Rooks());
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_data->nRandomAccessKind, kPackedAccess);
+    EXPECT_FALSE(m_data->packed->IsStreaming());
+    EXPECT_EQ(m_room.m_nReserved, m_data->packed->GetMemorySize());
+    ExpectRookAnswers();
+
+    m_options.m_nUseDataPackedForRandomAccess = 1;
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_data->nRandomAccessKind, kPlainAccess);
+    EXPECT_EQ(m_data->data, Rooks());
+    m_options.m_nUseDataPackedForRandomAccess = 2;
+
+    fs::remove(First(".packed.lzw"));
+    WriteSimple(First(".packed.lz4"), Rooks());
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_data->nRandomAccessKind, kSimpleAccess);
+    EXPECT_EQ(m_room.m_nReserved, m_data->nPackedSize);
+    ExpectRookAnswers();
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{});
+}
+
+TEST_F(PrecalcLoader, WholeTablesComeFirstIntoMemory) {
+    WriteLzw(First(".packed.lzw"), Marked(1));
+    EXPECT_EQ(LoadedMark(), 1);
+    WriteLzw(Second(".packed.lzw"), Marked(2));
+    EXPECT_EQ(LoadedMark(), 2);
+    WriteElements(First(""), Marked(3));
+    EXPECT_EQ(LoadedMark(), 3);
+    WriteElements(Second(""), Marked(4));
+    EXPECT_EQ(LoadedMark(), 4);
+    WriteLz4(Second(".lz4"), Marked(5));
+    EXPECT_EQ(LoadedMark(), 5);
+    WriteLz4(First(".lz4"), Marked(6));
+    EXPECT_EQ(LoadedMark(), 6);
+}
+
+TEST_F(PrecalcLoader, PackedTablesComeFirstWhereTheDiskIsWanted) {
+    WriteElements(First(""), Marked(3));
+    WriteLzw(First(".packed.lzw"), Marked(1));
+    m_options.m_bGlobalRegisterForceDiskAccess = true;
+    EXPECT_EQ(LoadedMark(), 1);
+    ASSERT_TRUE(LoadRook({.m_bAllowDisk = false}));
+    EXPECT_EQ(m_data->IsMateByIndex(m_data->GetSize() - 1), 5) << "the whole table, into memory";
+    m_options.m_nUseDataPackedForRandomAccess = 1;
+    EXPECT_EQ(LoadedMark(), 3) << "packed ones are not wanted while there is another";
+    m_options.m_nUseDataPackedForRandomAccess = 3;
+    fs::remove(First(".packed.lzw"));
+    EXPECT_EQ(LoadedMark(), 3);
+    WriteSimple(First(".packed.lz4"), Marked(7));
+    EXPECT_EQ(LoadedMark(), -1) << "an archive in the way";
+}
+
+TEST_F(PrecalcLoader, WithoutRoomTheDiskIsRead) {
+    WriteElements(First(""), Rooks());
+    m_room.m_bRoom = false;
+    ASSERT_TRUE(LoadRook());
+    EXPECT_TRUE(m_data->diskStream.is_open());
+    ExpectRookAnswers();
+    EXPECT_FALSE(LoadRook({.m_bAllowDisk = false}));
+    m_room.m_bRoom = true;
+    m_room.m_nQuota = Rooks().size();
+    EXPECT_FALSE(LoadRook()) << "a table as large as the quota";
+    EXPECT_TRUE(LoadRook({.m_bAllowDisk = true, .m_bVerifying = true})) << "the quota is not looked at";
+}
+
+TEST_F(PrecalcLoader, NoFileIsNoData) {
+    EXPECT_FALSE(LoadRook());
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{});
+}
+
+// Each way in which a file can be wrong, in each form; the data of the good form beside it are taken.
+TEST_F(PrecalcLoader, WrongFilesAreToldOfAndNotUsed) {
+    TElements cut = Rooks(), larger = Rooks();
+    cut.pop_back();
+    larger.push_back(0);
+    const TElements foreign(98304, 1), flagged(40960 * 2, 4), empty;
+    for (const TElements& wrong : {cut, larger, foreign, flagged, empty}) {
+        WriteElements(First(""), wrong);
+        m_boxes.m_told.clear();
+        EXPECT_FALSE(LoadRook());
+        ASSERT_EQ(m_boxes.m_told.size(), 1u);
+        EXPECT_EQ(m_boxes.m_told[0], "Warning: Data file size and/or its header seems improper:\n\n" +
+                                         First("").string() + "\n\nFile size=" + std::to_string(wrong.size()) +
+                                         "\nExpected file size=40960");
+    }
+    WriteElements(Second(""), Rooks());
+    EXPECT_TRUE(LoadRook());
+    fs::remove(Second(""));
+    fs::remove(First(""));
+    fs::create_directory(First(""));
+    EXPECT_FALSE(LoadRook());
+}
+
+TEST_F(PrecalcLoader, WrongPackedFilesAreToldOfAndNotUsed) {
+    for (const char* const extension : {".lz4", ".packed.lzw", ".packed.lz4"}) {
+        const fs::path file = First(extension);
+        const auto write = [&](const TElements& elements) {
+            std::string(extension) == ".lz4"          ? WriteLz4(file, elements)
+            : std::string(extension) == ".packed.lzw" ? WriteLzw(file, elements)
+                                                      : WriteSimple(file, elements);
+        };
+        write(Rooks());
+        ASSERT_TRUE(LoadRook()) << extension;
+        const TElements good = ReadWholeFile(file).value();
+        TElements cut(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(good.size() / 2)), larger = good;
+        larger.resize(good.size() + 100);
+        for (const TElements& wrong : {cut, larger}) {
+            WriteElements(file, wrong);
+            m_boxes.m_told.clear();
+            EXPECT_FALSE(LoadRook()) << extension;
+            ASSERT_EQ(m_boxes.m_told.size(), 1u) << extension;
+            EXPECT_EQ(m_boxes.m_told[0].find("Warning: Data file size and/or its header seems improper"), 0u);
+        }
+        TElements foreign(98304, 1);
+        write(foreign);
+        m_boxes.m_told.clear();
+        EXPECT_FALSE(LoadRook()) << extension << ": a table of another type";
+        EXPECT_EQ(m_boxes.m_told.size(), 1u) << extension;
+        fs::remove(file);
+    }
+}
+
+TEST_F(PrecalcLoader, DamagedBlockIsAnErrorOfTheLookup) {
+    WriteLzw(First(".packed.lzw"), Rooks());
+    TElements bytes = ReadWholeFile(First(".packed.lzw")).value();
+    for (std::size_t i = bytes.size() / 2; i < bytes.size(); ++i)
+        bytes[i] = 255;
+    WriteElements(First(".packed.lzw"), bytes);
+    ASSERT_TRUE(LoadRook());
+    EXPECT_THROW((void)m_data->IsMateByIndex(40959), ChessException);
+}
+
+TEST_F(PrecalcLoader, UnfinishedTablesAnswerWhatTheyHaveSettled) {
+    const TChessboard mate = ThreeMenBoard("R", 42, 7, 56), far = ThreeMenBoard("R", 0, 9, 36);
+    const TPositionIndexing indexing("R");
+    TElements elements = Rooks();
+    const std::uint8_t length = elements[indexing.GetIndex(far)];
+    ASSERT_GT(length, 10);
+    elements[indexing.GetIndex(mate)] = kUnknownElement;
+    WriteElements(First(""), elements);
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_boxes.m_told,
+              std::vector<std::string>{"Warning: Dane dla pozycji typu R wyglądają na nie do końca wygenerowane."});
+    EXPECT_EQ(m_data->ProvedHalfMoves(mate), kUnknownHalfMoves);
+    EXPECT_EQ(m_data->ProvedHalfMoves(far), 2 * length - 1);
+    EXPECT_EQ(m_data->ProvedHalfMoves(ThreeMenBoard("R", 0, 63, 63 - 8)), kUnknownHalfMoves)
+        << "no mate is not settled in such a table";
+}
+
+TEST_F(PrecalcLoader, SavingWhatWasUnpackedIsAsked) {
+    WriteLzw(First(".packed.lzw"), Rooks());
+    m_options.m_nUseDataPackedForRandomAccess = 1;
+    m_options.m_bAskIfSaveAfterDecompressAllToMem = true;
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_boxes.m_asked,
+              std::vector<std::string>{"Save full decompressed data file " + First("").string() + "?"});
+    EXPECT_FALSE(fs::exists(First("")));
+    m_boxes.m_asked.clear();
+    m_boxes.m_answers = {true};
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{"Information: File saved."});
+    EXPECT_EQ(ReadWholeFile(First("")), Rooks());
+}
+
+TEST_F(PrecalcLoader, PackedTablesThatDoNotFitMayStayPacked) {
+    WriteLzw(First(".packed.lzw"), Rooks());
+    m_options.m_nUseDataPackedForRandomAccess = 0;
+    m_options.m_bGlobalRegisterForceDiskAccess = true;
+    class CPoorRoom : public IPrecalcRoom {
+      public:
+        [[nodiscard]] std::uint64_t Quota() const override { return 64 * kMegabyte; }
+        [[nodiscard]] bool MakeRoom(TPositionType, std::uint64_t size) override { return size < 1000; }
+        [[nodiscard]] bool IsGenerating() const override { return false; }
+        [[nodiscard]] bool MayStayPacked(INotifier& notifier) override {
+            return notifier.AskYesNo(kStayPackedQuestion, "");
+        }
+    } poor;
+    TGlobalRegister refused("R"), allowed("R");
+    EXPECT_FALSE(Load(refused, m_options, poor, m_boxes));
+    EXPECT_EQ(m_boxes.m_asked,
+              std::vector<std::string>{"Not enough memory to load all the data unpacked.\n\nLet program use some data "
+                                       "from disk and decompress?"});
+    m_boxes.m_answers = {false, true};
+    EXPECT_TRUE(Load(allowed, m_options, poor, m_boxes));
+    EXPECT_TRUE(allowed.packed->IsStreaming());
+}
+
+// Elements of bit data and of their details: files with holes, of the smallest type that has them.
+class BitData : public PrecalcLoader {
+  protected:
+    static constexpr std::uint64_t kSize = 32 * 64 * 48ull * 48 * 48;
+
+    void Write(std::uint64_t nPairs, std::uint64_t nDetails) {
+        fs::create_directories(Name("").parent_path());
+        std::ofstream(Name("")) << '\1';
+        std::ofstream(Name(".details")) << '\1';
+        fs::resize_file(Name(""), nPairs);
+        fs::resize_file(Name(".details"), nDetails);
+    }
+    void Set(const char* extension, std::uint64_t at, char byte) {
+        std::fstream file(Name(extension), std::ios::binary | std::ios::in | std::ios::out);
+        file.seekp(static_cast<std::streamoff>(at));
+        file.put(byte);
+    }
+    fs::path Name(const char* extension) const {
+        return m_home.Path() / ("Precalc/PPp_.precalc" + std::string(extension));
+    }
+    bool LoadPawns() {
+        m_data = std::make_unique<TGlobalRegister>("PPp");
+        return Load(*m_data, m_options, m_room, m_boxes);
+    }
+};
+
+TEST_F(BitData, LengthsComeFromTheDetails) {
+    m_room.m_nQuota = 1024 * kMegabyte;
+    m_options.m_folders.m_secondRoot.clear();
+    TChessboard mate = EmptyChessboard(), none = EmptyChessboard(), unknown = EmptyChessboard();
+    const TPositionIndexing indexing("PPp");
+    const auto place = [&](TChessboard& b, std::uint64_t index) {
+        while (!indexing.GetPositionByIndex(index, b))
+            ++index;
+        return indexing.GetIndex(b);
+    };
+    const std::uint64_t a = place(mate, 100'000'001), c = place(none, 100'100'000), d = place(unknown, 226'000'002);
+    Write(kSize / 4, kSize);
+    Set("", a / 4, static_cast<char>(1 << (2 * (a % 4))));
+    Set(".details", a, 17);
+    Set("", d / 4, static_cast<char>(3 << (2 * (d % 4))));
+    ASSERT_TRUE(LoadPawns());
+    EXPECT_TRUE(m_data->bBitData);
+    EXPECT_EQ(m_data->GetMemoryInUse(), kSize / 4);
+    EXPECT_EQ(m_data->IsMateByIndex(a), 1);
+    EXPECT_EQ(m_data->IsMateByIndex(c), 0);
+    EXPECT_EQ(m_data->IsMateByIndex(d), 3);
+    EXPECT_EQ(m_data->ProvedHalfMoves(mate), 33);
+    EXPECT_EQ(m_data->ProvedHalfMoves(none), 0);
+    EXPECT_EQ(m_data->ProvedHalfMoves(unknown), kUnknownHalfMoves) << "a mate without a length";
+
+    std::ofstream(Name(".iter")) << "1234";
+    ASSERT_TRUE(LoadPawns());
+    EXPECT_EQ(m_data->ProvedHalfMoves(mate), 33);
+    EXPECT_EQ(m_data->ProvedHalfMoves(none), kUnknownHalfMoves) << "the levels are not all there";
+    fs::remove(Name(".iter"));
+
+    m_room.m_bRoom = false;
+    ASSERT_TRUE(LoadPawns());
+    EXPECT_EQ(m_data->GetMemoryInUse(), 0u);
+    EXPECT_EQ(m_data->ProvedHalfMoves(mate), 33) << "from the details alone";
+    EXPECT_EQ(m_data->ProvedHalfMoves(none), 0);
+    m_room.m_bRoom = true;
+
+    fs::resize_file(Name(".details"), kSize - 1);
+    EXPECT_FALSE(LoadPawns());
+    EXPECT_EQ(m_boxes.m_told.size(), 1u);
+    fs::remove(Name(".details"));
+    EXPECT_FALSE(LoadPawns());
+}
+
+} // namespace
+} // namespace quillon
