@@ -333,6 +333,8 @@ class CRootRun final : public IRootMoves {
             while (TryNext(m_context)) {
             }
         }
+        if (number != m_context.m_nThreadNumber) // the number was lent
+            DropOwnCommand(m_analysis, m_context.m_nThreadNumber);
         m_context.m_nThreadNumber = number;
     }
 

@@ -8,6 +8,7 @@
 #include "heuristics/result_texts.h"
 #include "platform/clock.h"
 #include "platform/memory_info.h"
+#include "search/control.h"
 #include "search/expected_white_moves.h"
 #include "search/main_variant.h"
 #include "search/proof_guide.h"
@@ -62,6 +63,18 @@ std::uint64_t EffectiveThreads(const TAnalysis& analysis) {
         threads *= analysis.m_nThreads;
     return std::min(threads, kLastEffective);
 }
+
+/// Stops of single threads end with the solve they were given in: another's threads have the same numbers.
+class CStopsOfSolve {
+  public:
+    explicit CStopsOfSolve(TAnalysis& analysis) : m_analysis(analysis) {}
+    ~CStopsOfSolve() { DropStopsOfThreads(m_analysis); }
+    CStopsOfSolve(const CStopsOfSolve&) = delete;
+    CStopsOfSolve& operator=(const CStopsOfSolve&) = delete;
+
+  private:
+    TAnalysis& m_analysis;
+};
 
 bool HadPassWithHeuristics(const TSolvingResult& result) {
     return std::ranges::any_of(result.m_passRecords,
@@ -276,6 +289,7 @@ int CSolve::RunRoot(INotifier& notifier) {
 TSolvingResult CSolve::StartSolving(INotifier& notifier) {
     const std::uint64_t start = AnalysisTicks(m_analysis); // what is made ready counts as well
     const CCountedThread running(m_analysis.m_nRunningThreads);
+    const CStopsOfSolve stops(m_analysis);
     Prepare(notifier);
     if (m_request.m_bBruteForce && !notifier.AskYesNo(kBruteForceQuestion, "Quillon")) {
         m_run.m_bStopped = true;

@@ -38,7 +38,7 @@ void CThreadGroup::Run(TMember& member) {
         m_analysis, *member.m_pContext, bGoes ? member.m_body : [] {});
     if (bGoes)
         m_analysis.m_nRunningThreads.fetch_sub(1, std::memory_order_relaxed);
-    DropOwnPause(m_analysis, member.m_pContext->m_nThreadNumber);
+    DropOwnCommand(m_analysis, member.m_pContext->m_nThreadNumber);
     const std::lock_guard lock(m_mutex);
     member.m_bEnded = true;
     m_ended.notify_one();

@@ -123,13 +123,18 @@ void EndCommand(TAnalysis& analysis) {
         Put(analysis, kNoCommand, analysis.m_nCommandThread.load(std::memory_order_relaxed));
 }
 
-/// Takes back what was asked of one thread, or all that was asked: stops, too.
-void TakeBack(TAnalysis& analysis, std::uint16_t thread) {
+/// A thread, or each, is no longer to stop alone.
+void UnmarkStopped(TAnalysis& analysis, std::uint16_t thread) {
     if (thread != kAllThreads)
         analysis.m_stoppedThreads[thread / 64].fetch_and(~BitOf(thread), std::memory_order_relaxed);
     else
         for (auto& word : analysis.m_stoppedThreads)
             word.store(0, std::memory_order_relaxed);
+}
+
+/// Takes back what was asked of one thread, or all that was asked: stops, too.
+void TakeBack(TAnalysis& analysis, std::uint16_t thread) {
+    UnmarkStopped(analysis, thread);
     if (thread == kAllThreads || IsInForceFor(analysis, thread))
         EndCommand(analysis);
 }
@@ -260,7 +265,8 @@ void ClearManualCommand(TAnalysis& analysis) {
 }
 
 std::uint8_t RequestFor(TAnalysis& analysis, const TSearchContext& context) {
-    const std::uint8_t asked = context.m_nStopRequest.load(std::memory_order_relaxed);
+    const std::uint8_t seen = context.m_nStopRequest.load(std::memory_order_relaxed);
+    const std::uint8_t asked = seen == kBoundRequest ? kRunRequest : seen; // that it has asked itself
     if (asked >= kStopRequest || analysis.m_nCommand.load(std::memory_order_relaxed) == kNoCommand)
         return std::min(asked, kStopRequest);
     const CControlLock lock(analysis);
@@ -307,12 +313,20 @@ bool ObeyManualCommand(const TChessboard& b, TMove* list, int nMoves, int& i, in
     return bCalledBack;
 }
 
-void DropOwnPause(TAnalysis& analysis, std::uint32_t thread) {
-    if (analysis.m_nCommand.load(std::memory_order_relaxed) != kPauseCommand)
+void DropOwnCommand(TAnalysis& analysis, std::uint32_t thread) {
+    if (thread >= kAllThreads || analysis.m_nCommand.load(std::memory_order_relaxed) == kNoCommand)
         return;
     const CControlLock lock(analysis);
-    if (analysis.m_nCommand.load(std::memory_order_relaxed) == kPauseCommand && thread < kAllThreads &&
-        analysis.m_nCommandThread.load(std::memory_order_relaxed) == thread)
+    const auto number = static_cast<std::uint16_t>(thread);
+    UnmarkStopped(analysis, number);
+    if (IsInForceFor(analysis, number) && analysis.m_nCommand.load(std::memory_order_relaxed) != kManualCommand)
+        EndCommand(analysis);
+}
+
+void DropStopsOfThreads(TAnalysis& analysis) {
+    const CControlLock lock(analysis);
+    UnmarkStopped(analysis, kAllThreads);
+    if (analysis.m_nCommand.load(std::memory_order_relaxed) == kStopCommand && !AreAllStopped(analysis))
         EndCommand(analysis);
 }
 

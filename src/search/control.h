@@ -50,7 +50,8 @@ void ResumeAll(TAnalysis& analysis);
 /// Takes back a manual command, and nothing else.
 void ClearManualCommand(TAnalysis& analysis);
 
-/// What is asked of the thread of `context`, by request or by command: kRunRequest, kPauseRequest or kStopRequest.
+/// What is asked of the thread of `context`, by request or by command: kRunRequest, kPauseRequest or kStopRequest. A
+/// bound that the thread has set itself is none of it.
 [[nodiscard]] std::uint8_t RequestFor(TAnalysis& analysis, const TSearchContext& context);
 
 /// A manual command: what is to become of the moves of one node of one thread's line.
@@ -74,7 +75,10 @@ void GiveManualCommand(TAnalysis& analysis, const TManualCommand& command);
 ///            cleared all the same.
 bool ObeyManualCommand(const TChessboard& b, TMove* list, int nMoves, int& i, int& nSkipped);
 
-/// A thread that ends takes back a pause that was meant for it alone.
-void DropOwnPause(TAnalysis& analysis, std::uint32_t thread);
+/// A thread that ends takes back a pause or stop that was meant for it alone: a later thread of its number is another.
+void DropOwnCommand(TAnalysis& analysis, std::uint32_t thread);
+
+/// A solve that ends takes back the stops of single threads that have never come about.
+void DropStopsOfThreads(TAnalysis& analysis);
 
 } // namespace quillon

@@ -124,15 +124,27 @@ TEST(ThreadGroup, WhatAMemberThrowsEndsTheOthersAndIsThrownOn) {
     EXPECT_TRUE(bStopped);
 }
 
+TEST(ThreadGroup, AStopOfAMemberEndsWithIt) {
+    TAnalysis analysis;
+    const std::unique_ptr<TSearchContext> owner = NewSearchContext(), context = NewSearchContext();
+    context->m_nThreadNumber = 70;
+    GiveCommand(analysis, kStopCommand, 70);
+    CThreadGroup group(analysis, *owner);
+    ASSERT_TRUE(group.Add(*context, kPlies, [] {}));
+    group.Go();
+    EXPECT_EQ(group.WaitNext(), 0);
+    EXPECT_EQ(analysis.m_nCommand, kNoCommand);
+}
+
 TEST(ThreadGroup, ADropOfAPauseIsForTheThreadThatEnds) {
     TAnalysis analysis;
     GiveCommand(analysis, kPauseCommand, 3);
-    DropOwnPause(analysis, 2);
+    DropOwnCommand(analysis, 2);
     EXPECT_EQ(analysis.m_nCommand, kPauseCommand);
-    DropOwnPause(analysis, 3);
+    DropOwnCommand(analysis, 3);
     EXPECT_EQ(analysis.m_nCommand, kNoCommand);
     GiveCommand(analysis, kPauseCommand, kAllThreads);
-    DropOwnPause(analysis, kAllThreads);
+    DropOwnCommand(analysis, kAllThreads);
     EXPECT_EQ(analysis.m_nCommand, kPauseCommand);
 }
 

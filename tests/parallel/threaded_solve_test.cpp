@@ -194,18 +194,20 @@ TEST(ThreadedSolve, CommandsAtRandomMomentsLeaveNoFalseVerdict) {
                 solve.Pause();
                 break;
             case 1:
+                // Odd numbers, for the end of a pause of one thread takes back its stop as well.
                 GiveCommand(solve.Analysis(), kPauseCommand,
-                            reference::Chance(rng, 50) ? kAllThreads
-                                                       : static_cast<std::uint16_t>(reference::DrawInt(rng, 20)));
+                            reference::Chance(rng, 50)
+                                ? kAllThreads
+                                : static_cast<std::uint16_t>(2 * reference::DrawInt(rng, 10) + 1));
                 break;
             case 2:
                 if (bStop && reference::Chance(rng, 20))
                     solve.RequestStop();
                 break;
-            case 3: // of one thread, and the next command comes at once
+            case 3: // of one thread with an even number, and the next command comes at once
                 if (i % 5 == 2 && reference::Chance(rng, 20))
                     GiveCommand(solve.Analysis(), kStopCommand,
-                                static_cast<std::uint16_t>(reference::DrawInt(rng, kMostNumbers)));
+                                static_cast<std::uint16_t>(2 * reference::DrawInt(rng, kMostNumbers / 2)));
                 [[fallthrough]];
             default: {
                 TManualCommand command;
@@ -250,6 +252,23 @@ TEST(ThreadedSolve, AStopForOneThreadLeavesTheOthersRunning) {
     EXPECT_FALSE(result.m_bStopped);
     EXPECT_TRUE(result.m_bComplete); // they took over what it had begun
     EXPECT_EQ(SortedKeys(result), std::vector<std::string>{"Kc5-d6"});
+}
+
+/// What the root's threads give back the first of them takes over, in the driver's own thread. A stop of a thread that
+/// never comes about ends with the solve.
+TEST(ThreadedSolve, AStopOfOneThreadDoesNotMeanTheNextOfItsNumber) {
+    const CNothingLeft nothing;
+    CSolve solve(AllKeys(kLong[1].m_placement, 11, {2, 1}));
+    CAgreeing notifier;
+    for (const std::uint16_t thread : {std::uint16_t{0}, std::uint16_t{1}, std::uint16_t{60000}})
+        GiveCommand(solve.Analysis(), kStopCommand, thread);
+    for (int start = 0; start < 2; ++start) {
+        const TSolvingResult result = solve.StartSolving(notifier);
+        EXPECT_EQ(solve.Analysis().m_nCommand, kNoCommand);
+        EXPECT_FALSE(result.m_bStopped);
+        EXPECT_TRUE(result.m_bComplete);
+        EXPECT_EQ(SortedKeys(result), std::vector<std::string>{"Kc5-d6"});
+    }
 }
 
 TEST(ThreadedSolve, StartsAndStopsLeaveNothingBehind) {

@@ -128,12 +128,51 @@ TEST(ManualCommand, NoCommandTakesBackAStopOfOneThread) {
     PauseAll(analysis);
     ResumeAll(analysis);
     GiveCommand(analysis, kPauseCommand, 9);
-    DropOwnPause(analysis, 9);
+    DropOwnCommand(analysis, 9);
     EXPECT_TRUE(IsControlPending(stopped.Root()));
     EXPECT_FALSE(PauseOrStop(other.Root()));
     EXPECT_EQ(RequestFor(analysis, other.Context()), kRunRequest);
     EXPECT_EQ(RequestFor(analysis, stopped.Context()), kStopRequest);
     EXPECT_TRUE(IsLeaving(stopped.Root()));
+}
+
+/// Who has taken it goes on to stop, and a later thread of the same number runs.
+TEST(ManualCommand, AStopOfOneThreadEndsWithTheThread) {
+    CSearchedPosition first("8/8/8/8/7Q/n1K5/8/k7", 15), later("8/8/8/8/7Q/n1K5/8/k7", 15);
+    TAnalysis& analysis = first.Analysis();
+    later.Root().m_pAnalysis = &analysis;
+    first.Context().m_nThreadNumber = later.Context().m_nThreadNumber = 70;
+    GiveCommand(analysis, kStopCommand, 70);
+    EXPECT_TRUE(IsStopping(first.Root()));
+    DropOwnCommand(analysis, 6); // the same place in another word
+    EXPECT_EQ(analysis.m_nCommand, kStopCommand);
+    DropOwnCommand(analysis, 70);
+    EXPECT_EQ(analysis.m_nCommand, kNoCommand);
+    EXPECT_TRUE(IsStopping(first.Root()));
+    EXPECT_FALSE(IsStopping(later.Root()));
+    GiveCommand(analysis, kStopCommand, 5);
+    GiveCommand(analysis, kStopCommand, 70);
+    DropOwnCommand(analysis, 70); // that of 5 is in force still
+    EXPECT_FALSE(IsStopping(later.Root()));
+    later.Context().m_nThreadNumber = 5;
+    EXPECT_TRUE(IsStopping(later.Root()));
+}
+
+TEST(ManualCommand, StopsOfSingleThreadsEndWithTheSolveAndNothingElseDoes) {
+    CSearchedPosition line("8/8/8/8/7Q/n1K5/8/k7", 15);
+    TAnalysis& analysis = line.Analysis();
+    line.Context().m_nThreadNumber = 70;
+    GiveCommand(analysis, kStopCommand, 70);
+    GiveCommand(analysis, kPauseCommand, 9);
+    DropStopsOfThreads(analysis);
+    EXPECT_EQ(analysis.m_nCommand, kPauseCommand);
+    EXPECT_FALSE(IsStopping(line.Root()));
+    GiveCommand(analysis, kStopCommand, 70);
+    DropStopsOfThreads(analysis);
+    EXPECT_EQ(analysis.m_nCommand, kNoCommand);
+    GiveCommand(analysis, kStopCommand, kAllThreads);
+    DropStopsOfThreads(analysis);
+    EXPECT_TRUE(IsStopping(line.Root()));
 }
 
 /// Whoever asked for it may.
