@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::int64_t kMegabyte = 1 << 20;
 constexpr std::int64_t kMostGuideBytes = 128 * kMegabyte; // more positions than its longest look expands
-constexpr std::int64_t kGuideBytesAlone = 8 * kMegabyte;  // without a register there is nothing to share
+constexpr std::int64_t kGuideBytesAlone = 8 * kMegabyte;  // where the register is given no memory to share
 constexpr std::int64_t kFewestSharedBytes = 2 * kMegabyte;
 constexpr std::uint64_t kLastEffective = 999'999; // threads; no machine starts so many
 constexpr int kShortestRegisterPlies = 10;        // in shorter problems the search does not ask a register
@@ -56,11 +56,14 @@ std::vector<std::string> LineTexts(TChessboard position, const std::vector<TMove
     return texts;
 }
 
-/// Those of all levels of the tree, should every group be full.
+/// Those of all levels of the tree, should every group be full. Where the engine has forced the root's number the
+/// groups below keep to the one that was asked for.
 std::uint64_t EffectiveThreads(const TAnalysis& analysis) {
-    std::uint64_t threads = 1;
-    for (int level = 0; level < analysis.m_nMultithreadingLevels && threads <= kLastEffective; ++level)
-        threads *= analysis.m_nThreads;
+    const bool bLimited = analysis.m_nForcedThreadsMode > 1 && analysis.m_nGroupLimit != 0;
+    const std::uint8_t group = bLimited ? std::min(analysis.m_nThreads, analysis.m_nGroupLimit) : analysis.m_nThreads;
+    std::uint64_t threads = analysis.m_nThreads;
+    for (int level = 1; level < analysis.m_nMultithreadingLevels && threads <= kLastEffective; ++level)
+        threads *= group;
     return std::min(threads, kLastEffective);
 }
 

@@ -355,6 +355,7 @@ TEST(SolvingDriver, SafeModeThatAStepForcesIsToldAndEndsWithTheRun) {
 TEST(SolvingDriver, ADemandIsAskedOnceAndObeyed) {
     TSolveRequest request = Request("k7/8/8/8/8/1p5P/1P6/K6b", 8); // two moves of White
     request.m_bAllowThreadDemand = true;
+    request.m_nMultithreadingLevels = 3;
     for (const bool bAccepted : {true, false}) {
         CSolve solve(request);
         CAnswers answers(bAccepted);
@@ -372,6 +373,10 @@ TEST(SolvingDriver, ADemandIsAskedOnceAndObeyed) {
         EXPECT_NE(solve.ShowAnalysisSettings().find(bAccepted ? "* Threads = 1 (but forced by engine to 2)"
                                                               : "* Threads = 1\n"),
                   std::string::npos);
+        EXPECT_NE(solve.ShowAnalysisSettings().find(bAccepted ? "* Effective number of main threads = 2\n"
+                                                              : "* Effective number of main threads = 1\n"),
+                  std::string::npos)
+            << "the groups below the root keep to one thread";
     }
 }
 
