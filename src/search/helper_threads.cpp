@@ -1,6 +1,7 @@
 #include "search/helper_threads.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <new>
@@ -29,6 +30,20 @@ std::unique_ptr<TSearchContext> CloneOf(const TSearchContext& caller) {
     return clone;
 }
 
+/// A thread that waits is not counted as running.
+class CWaitingThread {
+  public:
+    explicit CWaitingThread(std::atomic<std::uint32_t>& running) : m_running(running) {
+        m_running.fetch_sub(1, std::memory_order_relaxed);
+    }
+    ~CWaitingThread() { m_running.fetch_add(1, std::memory_order_relaxed); }
+    CWaitingThread(const CWaitingThread&) = delete;
+    CWaitingThread& operator=(const CWaitingThread&) = delete;
+
+  private:
+    std::atomic<std::uint32_t>& m_running;
+};
+
 } // namespace
 
 int ThreadsForLook(const TAnalysis& analysis) {
@@ -41,20 +56,35 @@ bool IsInMainStack(const TChessboard& b) {
            std::less<const TChessboard*>()(&b, stack.data() + stack.size());
 }
 
-void CHelperThreads::Start(const TChessboard& b, int nHelpers, std::function<void(TChessboard&)> body) {
+int CHelperThreads::Start(const TChessboard& b, int nHelpers, std::function<void(TChessboard&)> body) {
+    if (nHelpers < 1)
+        return 0;
     m_pCallers = &b;
     m_body = std::move(body);
-    const auto slot = static_cast<std::size_t>(&b - b.m_pContext->m_stack.data());
-    const auto count = static_cast<std::size_t>(std::max(nHelpers, 0));
+    MakeClones(*b.m_pContext, static_cast<std::size_t>(nHelpers));
+    StartThreads(b);
+    return static_cast<int>(m_threads.size());
+}
+
+/// As many as there is memory for.
+void CHelperThreads::MakeClones(const TSearchContext& caller, std::size_t nCount) {
     try {
-        m_contexts.reserve(count);
-        m_threads.reserve(count);
-        while (m_contexts.size() < count)
-            m_contexts.push_back(CloneOf(*b.m_pContext));
+        m_contexts.reserve(nCount);
+        m_threads.reserve(nCount);
+        while (m_contexts.size() < nCount)
+            m_contexts.push_back(CloneOf(caller));
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+/// As many as the system gives.
+void CHelperThreads::StartThreads(const TChessboard& b) {
+    const auto slot = static_cast<std::size_t>(&b - b.m_pContext->m_stack.data());
+    try {
         for (const auto& context : m_contexts)
             m_threads.emplace_back(kLeastStack + kStackOfPly * b.m_nInitialMoves,
                                    [this, &own = context->m_stack[slot]] { Help(own); });
-    } catch (const std::bad_alloc&) { // fewer will do
+    } catch (const std::bad_alloc&) {
     } catch (const std::system_error&) {
     }
 }
@@ -77,21 +107,35 @@ void CHelperThreads::Help(TChessboard& b) {
 }
 
 void CHelperThreads::Join() {
-    std::uint8_t asked = kRunRequest;
-    for (std::unique_lock lock(m_mutex); m_nEnded != m_threads.size();) {
-        m_ended.wait_for(lock, kForwardStep);
-        const std::uint8_t request = RequestFor(*m_pCallers->m_pAnalysis, *m_pCallers->m_pContext);
-        if (std::exchange(asked, request) != request)
-            Ask(request);
+    if (m_threads.empty())
+        return;
+    {
+        const CWaitingThread waiting(m_pCallers->m_pAnalysis->m_nRunningThreads);
+        std::uint8_t asked = kRunRequest;
+        for (std::unique_lock lock(m_mutex); m_nEnded != m_threads.size();) {
+            m_ended.wait_for(lock, kForwardStep);
+            const std::uint8_t request = RequestFor(*m_pCallers->m_pAnalysis, *m_pCallers->m_pContext);
+            if (std::exchange(asked, request) != request)
+                Ask(request);
+        }
+        m_threads.clear();
     }
-    m_threads.clear();
-    if (m_failure)
-        std::rethrow_exception(std::exchange(m_failure, nullptr));
+    Tell();
 }
 
 void CHelperThreads::Stop() {
+    End();
+    Tell();
+}
+
+void CHelperThreads::End() {
     Ask(kStopRequest); // one may sleep in a pause
     m_threads.clear();
+}
+
+void CHelperThreads::Tell() {
+    if (m_failure)
+        std::rethrow_exception(std::exchange(m_failure, nullptr));
 }
 
 void CHelperThreads::Ask(std::uint8_t request) {

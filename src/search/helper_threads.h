@@ -3,7 +3,7 @@
 //
 //   1 All clones are made before a thread starts: none reads the caller's context while he searches.
 //   2 Commands reach the helpers as they reach everybody. What is asked of the caller alone he passes on, as long as he
-//     waits for them; before, he has to look at himself.
+//     waits for them; before, he has to look at himself. A bound that he has set himself is his alone.
 //   3 No helper outlives the object.
 // Threads: the object is used by the thread that it helps.
 
@@ -36,22 +36,27 @@ class CHelperThreads {
     CHelperThreads() = default;
     CHelperThreads(const CHelperThreads&) = delete;
     CHelperThreads& operator=(const CHelperThreads&) = delete;
-    ~CHelperThreads() { Stop(); }
+    ~CHelperThreads() { End(); }
 
     /// Once: starts up to `nHelpers` threads, fewer where the system gives no more. Each runs `body` on its own copy of
     /// `b`, which is in the main stack. No bound is in force in a clone, and it begins with no positions counted.
-    void Start(const TChessboard& b, int nHelpers, std::function<void(TChessboard&)> body);
+    ///   Returns  how many run.
+    int Start(const TChessboard& b, int nHelpers, std::function<void(TChessboard&)> body);
 
-    /// Waits until the helpers have ended.
+    /// Waits until the helpers have ended. Meanwhile they are counted as running, and the caller is not.
     ///   Errors  what a body threw, when all have.
     void Join();
 
-    /// The same, but asks them to stop, and keeps what they threw to itself.
+    /// The same, but asks them to stop. The destructor does so, too, and keeps what they threw to itself.
     void Stop();
 
   private:
+    void MakeClones(const TSearchContext& caller, std::size_t nCount);
+    void StartThreads(const TChessboard& b);
     void Help(TChessboard& b);
     void Ask(std::uint8_t request);
+    void End();
+    void Tell();
 
     const TChessboard* m_pCallers = nullptr; // the position, in the caller's stack
     std::function<void(TChessboard&)> m_body;

@@ -423,8 +423,11 @@ EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nM
     {
         CHelperThreads helpers;
         helpers.Start(root, team->Threads() - 1, [&](TChessboard& b) { Help(b, table, *team); });
-        const CEndOfTeam end(*team); // before that of the helpers
-        CProofSearch(table, *team).Run(root);
+        {
+            const CEndOfTeam end(*team);
+            CProofSearch(table, *team).Run(root);
+        }
+        helpers.Stop();
     }
     nNodes += team->Nodes();
     return IsStopping(root) ? EProofResult::Open : team->Result();

@@ -3,6 +3,7 @@
 #include "search/helper_threads.h"
 
 #include <atomic>
+#include <mutex>
 #include <set>
 #include <stdexcept>
 
@@ -43,7 +44,7 @@ TEST_F(HelperThreads, EachHasItsOwnCopyOfThePositionAndItsLine) {
     std::mutex mutex;
     std::set<const TSearchContext*> contexts;
     CHelperThreads helpers;
-    helpers.Start(m_line.Now(), 3, [&](TChessboard& b) {
+    const int started = helpers.Start(m_line.Now(), 3, [&](TChessboard& b) {
         const std::lock_guard lock(mutex);
         contexts.insert(b.m_pContext);
         EXPECT_EQ(b.m_board, m_line.Now().m_board);
@@ -52,6 +53,7 @@ TEST_F(HelperThreads, EachHasItsOwnCopyOfThePositionAndItsLine) {
         CountTrialPosition(*b.m_pContext, *b.m_pAnalysis);
     });
     helpers.Join();
+    EXPECT_EQ(started, 3);
     EXPECT_EQ(contexts.size(), 3u);
     EXPECT_FALSE(contexts.contains(&m_line.Context()));
     EXPECT_EQ(m_line.Analysis().m_nTrialPositions, 3u);
@@ -76,14 +78,15 @@ TEST_F(HelperThreads, AStopOfAllReachesThem) {
     helpers.Join();
 }
 
-TEST_F(HelperThreads, ABoundOrAStopOfTheCallerIsNotTheirs) {
+/// Nor while he waits.
+TEST_F(HelperThreads, ABoundOfTheCallerIsNotTheirs) {
     m_line.Context().m_nPositionsLeft = 5;
     m_line.Context().m_nStopRequest = kBoundRequest;
     std::atomic<int> free{0};
     CHelperThreads helpers;
     helpers.Start(m_line.Now(), 2, [&](TChessboard& b) {
-        free += b.m_pContext->m_nPositionsLeft == TSearchContext::kNoBound ? 1 : 0;
-        SleepMs(1);
+        SleepMs(50);
+        free += b.m_pContext->m_nPositionsLeft == TSearchContext::kNoBound && !IsStopping(b) ? 1 : 0;
     });
     helpers.Join();
     EXPECT_EQ(free, 2);
@@ -102,8 +105,45 @@ TEST_F(HelperThreads, WhatOneThrowsTheCallerHearsWhenAllHaveEnded) {
 
 TEST_F(HelperThreads, NoneIsNoTrouble) {
     CHelperThreads helpers;
-    helpers.Start(m_line.Now(), 0, [](TChessboard&) { FAIL(); });
+    EXPECT_EQ(helpers.Start(m_line.Now(), 0, [](TChessboard&) { FAIL(); }), 0);
     helpers.Join();
+    helpers.Stop();
+}
+
+/// A position outside of the main stack has no like in a clone.
+TEST_F(HelperThreads, NoneAreStartedOnAnyPosition) {
+    const TChessboard elsewhere = m_line.Now();
+    CHelperThreads helpers;
+    EXPECT_EQ(helpers.Start(elsewhere, 0, [](TChessboard&) { FAIL(); }), 0);
+    EXPECT_EQ(helpers.Start(elsewhere, -1, [](TChessboard&) { FAIL(); }), 0);
+}
+
+TEST_F(HelperThreads, WhatOneThrowsIsHeardBehindAStopButNotInTheDestructor) {
+    const auto throws = [](TChessboard&) { throw std::runtime_error("one of them"); };
+    CHelperThreads stopped;
+    stopped.Start(m_line.Now(), 2, throws);
+    EXPECT_THROW(stopped.Stop(), std::runtime_error);
+    CHelperThreads left;
+    left.Start(m_line.Now(), 2, throws);
+}
+
+/// As with a group of threads: it works no more than its owner.
+TEST_F(HelperThreads, ACallerWhoWaitsIsNotCountedAsRunning) {
+    const std::atomic<std::uint32_t>& running = m_line.Analysis().m_nRunningThreads;
+    {
+        const CCountedThread caller(m_line.Analysis().m_nRunningThreads);
+        std::atomic<bool> bAlone{false};
+        CHelperThreads helpers;
+        helpers.Start(m_line.Now(), 1, [&](TChessboard&) {
+            for (int ms = 0; ms < 2000 && !bAlone; ++ms) {
+                bAlone = running == 1;
+                SleepMs(1);
+            }
+        });
+        helpers.Join();
+        EXPECT_TRUE(bAlone);
+        EXPECT_EQ(running, 1u);
+    }
 }
 
 TEST_F(HelperThreads, ALookIsSharedAmongNoMoreThreadsThanThereAreProcessors) {
