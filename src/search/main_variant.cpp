@@ -4,6 +4,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <new>
 
 #include "core/generation.h"
 #include "core/makers.h"
@@ -83,27 +84,28 @@ class CTrial {
   private:
     [[nodiscard]] bool IsDecided() const { return m_bFirstDecides && m_bAnySurvives.load(std::memory_order_relaxed); }
 
+    /// Is there nothing more to find out? Where all survivors count, one reply that is not told spoils the trial.
+    [[nodiscard]] bool IsOver() const {
+        return m_bFirstDecides ? m_bAnySurvives.load(std::memory_order_relaxed)
+                               : m_bCutShort.load(std::memory_order_relaxed);
+    }
+
     [[nodiscard]] int Threads() const {
         if (m_nPlies < kShortestSharedTrial || !IsInMainStack(m_b))
             return 1;
         return std::min(ThreadsForLook(*m_b.m_pAnalysis), static_cast<int>(m_replies.size()));
     }
 
-    /// Each thread gets a part of the bound; what is left of the parts goes back.
+    /// Each thread that has come about gets a part of the bound; what is left of the parts goes back.
     void TryWithHelpers(int nThreads) {
         TSearchContext& context = *m_b.m_pContext;
         FlushPositions(context, *m_b.m_pAnalysis);
         const std::uint64_t part = context.m_nPositionsLeft / static_cast<std::uint64_t>(nThreads);
-        context.m_nPositionsLeft -= part * static_cast<std::uint64_t>(nThreads - 1);
         CHelperThreads helpers;
-        helpers.Start(m_b, nThreads - 1, [&](TChessboard& b) {
-            const CBoundedLook look(*b.m_pContext, *b.m_pAnalysis, part);
-            TryReplies(b);
-            FlushPositions(*b.m_pContext, *b.m_pAnalysis);
-            m_nGivenBack.fetch_add(b.m_pContext->m_nPositionsLeft, std::memory_order_relaxed);
-        });
+        const int started = helpers.Start(m_b, nThreads - 1, [&](TChessboard& b) { Help(b, part); });
+        context.m_nPositionsLeft -= part * static_cast<std::uint64_t>(started);
         TryReplies(m_b);
-        if (IsDecided())
+        if (IsOver())
             helpers.Stop();
         else
             helpers.Join();
@@ -111,11 +113,23 @@ class CTrial {
         context.m_nPositionsLeft += m_nGivenBack.load(std::memory_order_relaxed);
     }
 
+    /// What a helping thread does with its part of the bound. Without memory it leaves the trial cut short.
+    void Help(TChessboard& b, std::uint64_t nPart) {
+        const CBoundedLook look(*b.m_pContext, *b.m_pAnalysis, nPart);
+        try {
+            TryReplies(b);
+        } catch (const std::bad_alloc&) {
+            m_bCutShort.store(true, std::memory_order_relaxed);
+        }
+        FlushPositions(*b.m_pContext, *b.m_pAnalysis);
+        m_nGivenBack.fetch_add(b.m_pContext->m_nPositionsLeft, std::memory_order_relaxed);
+    }
+
     /// One thread's work.
     void TryReplies(TChessboard& b) {
         const auto next = [this] { return m_nNext.fetch_add(1, std::memory_order_relaxed); };
         for (std::size_t i = next(); i < m_replies.size(); i = next()) {
-            if (IsDecided())
+            if (IsOver())
                 return;
             TMove move = m_replies[i].m_move;
             const bool bMated = FindMateWhite(MakeReply(b, move, m_nPlies), true) == MR_MATE;

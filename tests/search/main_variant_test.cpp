@@ -3,10 +3,14 @@
 #include "search/main_variant.h"
 
 #include <algorithm>
+#include <atomic>
+#include <new>
+#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "heuristics/find_mate_root.h"
+#include "platform/processors.h"
 #include "search/searched_position.h"
 
 namespace quillon::test {
@@ -99,6 +103,34 @@ std::vector<TMove> LineOfThreads(const char* placement, int nMoves, const char* 
 TEST(MainVariant, IsAsLongWhenThreadsShareTheWork) {
     for (const int threads : {1, 2, 3})
         EXPECT_EQ(LineOfThreads("7k/5p2/3K1P1p/7P/1p6/1P6/8/8", 10, "Kd6-e7", threads, 100'000'000).size(), 19u);
+}
+
+/// Has no memory for threads but the one it was made in.
+class CRegisterOfOneThread : public ITemporaryRegister {
+  public:
+    TMateResult Find(const TChessboard&, int, int) override {
+        if (std::this_thread::get_id() != m_owner) {
+            ++m_nFailures;
+            throw std::bad_alloc();
+        }
+        return MR_NONE;
+    }
+    void Insert(const TChessboard&, int, TMateResult) override {}
+    void InsertDoubtful(const TChessboard&, int) override {}
+    std::atomic<int> m_nFailures{0};
+
+  private:
+    const std::thread::id m_owner = std::this_thread::get_id();
+};
+
+TEST(MainVariant, AHelperWithoutMemoryCostsNoLine) {
+    CRegisterOfOneThread known;
+    CSearchedPosition line("7k/5p2/3K1P1p/7P/1p6/1P6/8/8", 19);
+    line.Analysis().m_nThreads = 2;
+    line.Analysis().m_pRegister = &known;
+    const std::vector<TMove> moves = BuildMainVariant(line.Root(), ParseMove("Kd6-e7", true), 1'000'000);
+    EXPECT_EQ(moves.size() % 2, 1u);
+    EXPECT_GT(known.m_nFailures, UsableProcessors() > 1 ? 0 : -1);
 }
 
 /// Black's only reply takes the pawn that has just passed e4, and the queen mates on the square it stood on.
