@@ -315,18 +315,24 @@ TSolvingResult CSolve::Collect(double seconds) {
         result.m_verdict = EVerdict::Stopped;
     else
         result.m_verdict = result.m_bComplete ? EVerdict::NoMate : EVerdict::Doubtful;
+    TakeExpectedWhiteMoves(result);
     result.m_variant = VariantTexts();
     FlushPositions(*m_context, m_analysis);
     result.m_nPositions = m_analysis.m_nPositions.load(std::memory_order_relaxed);
     result.m_nTrialPositions = m_analysis.m_nTrialPositions.load(std::memory_order_relaxed);
     result.m_seconds = seconds;
     result.m_register = RegisterFigures();
-    if (m_expectedWhiteMoves != nullptr) {
-        result.m_expectedWhiteMoves = m_expectedWhiteMoves->Moves();
-        result.m_bStoppedByExpectation = m_expectedWhiteMoves->HasStopped();
-    }
     FillTexts(result);
     return result;
+}
+
+/// What is sorted from here on, for the main variant, is not what the solve has sorted.
+void CSolve::TakeExpectedWhiteMoves(TSolvingResult& result) {
+    m_analysis.m_pExpectedWhiteMoves = nullptr;
+    if (m_expectedWhiteMoves == nullptr)
+        return;
+    result.m_expectedWhiteMoves = m_expectedWhiteMoves->Moves();
+    result.m_bStoppedByExpectation = m_expectedWhiteMoves->HasStopped();
 }
 
 TRegisterFigures CSolve::RegisterFigures() const {

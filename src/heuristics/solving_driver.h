@@ -150,6 +150,7 @@ class CSolve {
     void TakeChosenHeuristics();
     void SwitchToBruteForce();
     [[nodiscard]] TSolvingResult Collect(double seconds);
+    void TakeExpectedWhiteMoves(TSolvingResult& result);
     void FillTexts(TSolvingResult& result) const;
     [[nodiscard]] std::string InitialSetText() const;
     [[nodiscard]] std::vector<std::string> VariantTexts();

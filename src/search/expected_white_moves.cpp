@@ -16,8 +16,12 @@ std::size_t WhiteMovesMade(const TChessboard& p) {
     return made;
 }
 
-/// Trials and other looks aside sort for another length.
-bool IsMainSearch(const TSearchContext& context) { return context.m_nQuickerLevel == 0 && context.m_nLineHorizon == 0; }
+/// Trials, bounded looks and what else looks aside sort for another length. The sort that is told of is itself one sort
+/// in progress.
+bool IsMainSearch(const TSearchContext& context) {
+    return context.m_nQuickerLevel == 0 && context.m_nLineHorizon == 0 && context.m_nSortNesting <= 1 &&
+           context.m_nPositionsLeft == TSearchContext::kNoBound;
+}
 
 void MarkMissed(TMove& move) {
     for (std::uint8_t* const square : {&move.m_nFrom, &move.m_nTo})

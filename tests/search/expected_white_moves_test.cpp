@@ -4,6 +4,8 @@
 
 #include "core/expected_move.h"
 #include "core/generation.h"
+#include "search/bounded_look.h"
+#include "search/move_score.h"
 #include "search/searched_position.h"
 
 namespace quillon::test {
@@ -102,6 +104,22 @@ TEST(ExpectedWhiteMoves, ATrialOfAnotherLengthSaysNothing) {
     CSearchedPosition position(kPlacement, kPlies);
     TExpecting expecting(position, {AnotherMove(position.Root())}, true);
     position.Context().m_nQuickerLevel = 1;
+    (void)FirstSorted(position.Root());
+    EXPECT_EQ(expecting.m_nStops, 0);
+}
+
+TEST(ExpectedWhiteMoves, ABoundedLookSaysNothing) {
+    CSearchedPosition position(kPlacement, kPlies);
+    TExpecting expecting(position, {AnotherMove(position.Root())});
+    const CBoundedLook look(position.Context(), position.Analysis(), 1000);
+    (void)FirstSorted(position.Root());
+    EXPECT_EQ(expecting.m_nStops, 0);
+}
+
+TEST(ExpectedWhiteMoves, ASortWithinASortSaysNothing) {
+    CSearchedPosition position(kPlacement, kPlies);
+    TExpecting expecting(position, {AnotherMove(position.Root())});
+    const CSortMark mark(position.Context().m_nSortNesting);
     (void)FirstSorted(position.Root());
     EXPECT_EQ(expecting.m_nStops, 0);
 }
