@@ -174,13 +174,13 @@ bool CSolve::IsRegisterWorthwhile() const {
 }
 
 /// The best-first proof of the first key. Its table is taken out of the register's memory, unless that is hardly enough
-/// for the register alone. Brute force has none: it is there to exclude solutions. Nor has a test of the sort: it would
-/// put its moves before those that are sorted.
+/// for the register alone. Brute force has none: it is there to exclude solutions. Nor has a test of the sort, alone or
+/// not: it would put its moves before those that are sorted.
 void CSolve::PrepareGuide() {
     m_analysis.m_pGuide = m_run.m_pGuide = nullptr;
     m_guide.reset();
     std::int64_t& budget = m_analysis.m_nRegisterBudget;
-    if (m_request.m_bBruteForce || m_request.m_bExpectedWhiteMovesOnly ||
+    if (m_request.m_bBruteForce || m_request.m_bExpectedWhiteMovesOnly || !m_request.m_expectedWhiteMoves.empty() ||
         PliesOf(m_request.m_nStipulation) < kShortestGuidedRun || (budget > 0 && budget < kFewestSharedBytes))
         return;
     const std::int64_t share = budget > 0 ? std::min(budget / 4, kMostGuideBytes) : kGuideBytesAlone;
