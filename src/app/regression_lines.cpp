@@ -8,6 +8,7 @@ namespace quillon {
 namespace {
 
 constexpr const char* kNoSolution = "No solution";
+constexpr const char* kNothingCompared = ": the order of White's moves was not compared (no position was sorted).\n";
 
 bool Has(const ChessProblem& problem, ProblemFlags flags) { return (problem.flags & flags) != 0; }
 
@@ -59,6 +60,12 @@ TRunVerdict JudgeAnswer(const TRunName& name, const ChessProblem& problem, const
     return {bDoubtful ? ERegressionOutcome::Doubtful : ERegressionOutcome::Passed, OkText(name, result) + ".\n"};
 }
 
+TRunVerdict JudgeOrderAlone(const TRunName& name, const TSolvingResult& result) {
+    if (!result.m_bExpectedWhiteMovesCompared)
+        return {ERegressionOutcome::Doubtful, TestText(name) + kNothingCompared};
+    return {ERegressionOutcome::Passed, OkText(name, result) + " - ExpectedSortWhiteMovesOnly.\n"};
+}
+
 TRunVerdict JudgeStopped(ESolveEnd end, int nLimitSeconds) {
     if (end == ESolveEnd::User)
         return {ERegressionOutcome::Stopped, ""};
@@ -86,7 +93,7 @@ TRunVerdict JudgeRun(const TRunName& name, const ChessProblem& problem, const TS
     if (result.m_bStopped && end != ESolveEnd::Itself && !result.m_bStoppedByExpectation)
         return JudgeStopped(end, nLimitSeconds);
     if (Has(problem, kFlagExpectedSortWhiteMovesOnly))
-        return {ERegressionOutcome::Passed, OkText(name, result) + " - ExpectedSortWhiteMovesOnly.\n"};
+        return JudgeOrderAlone(name, result);
     if (Has(problem, kFlagAnswer))
         return JudgeAnswer(name, problem, result);
     const bool bDoubtful = result.m_verdict == EVerdict::Doubtful;

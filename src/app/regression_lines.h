@@ -16,7 +16,8 @@ enum class ERegressionOutcome {
     Passed,    // as the problem expects
     Failed,    // otherwise, or an error ended the solve
     Solved,    // the problem expects nothing
-    Doubtful,  // nothing was found, as far as expected, and the passes ended without a proof
+    Doubtful,  // nothing was found, as far as expected, and the passes ended without a proof; or the order of White's
+               // moves is all that is expected, and the solve has sorted none of them
     TimeLimit, // stopped at the limit
     Stopped,   // stopped by the user; nothing is logged
     Skipped,   // not run: what the problem requires is not there

@@ -141,6 +141,15 @@ void CSolve::SetMode() {
     a.m_bCustomScheduler = m_request.m_bCustomScheduler && a.m_nSchedulerLevels != 0;
     m_context->m_bLetRelaxHeuristics = m_request.m_bLetRelaxHeuristics;
     m_context->m_bRunPass2 = m_request.m_bRunPass2;
+    if (m_request.m_bExpectedWhiteMovesOnly) // moves tried in turn tell when the line has been left
+        SetOneThread();
+}
+
+void CSolve::SetOneThread() {
+    m_analysis.m_nThreads = 1;
+    m_analysis.m_nMultithreadingLevels = 1;
+    m_analysis.m_nSchedulerLevels = 0;
+    m_analysis.m_bCustomScheduler = false;
 }
 
 /// What brute force overrides: no heuristics, stored ones neither, one thread, no scheduler, safe mode, the default
@@ -152,10 +161,7 @@ void CSolve::SwitchToBruteForce() {
     m_run.m_bChosenHeuristics = true;
     m_run.m_nChosenHeuristics = m_run.m_nOfClauses = 0;
     m_run.m_clauses.clear();
-    m_analysis.m_nThreads = 1;
-    m_analysis.m_nMultithreadingLevels = 1;
-    m_analysis.m_nSchedulerLevels = 0;
-    m_analysis.m_bCustomScheduler = false;
+    SetOneThread();
     m_analysis.m_bSafeMode = true;
     m_analysis.m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
 }
@@ -192,7 +198,7 @@ void CSolve::PrepareGuide() {
 
 void CSolve::PrepareExpectedWhiteMoves() {
     m_expectedWhiteMoves.reset();
-    if (!m_request.m_expectedWhiteMoves.empty())
+    if (m_request.m_bExpectedWhiteMovesOnly || !m_request.m_expectedWhiteMoves.empty())
         m_expectedWhiteMoves = std::make_unique<CExpectedWhiteMoves>(
             m_request.m_expectedWhiteMoves, m_request.m_bExpectedWhiteMovesOnly, [this] { RequestStop(); });
     m_analysis.m_pExpectedWhiteMoves = m_expectedWhiteMoves.get();
@@ -332,6 +338,7 @@ void CSolve::TakeExpectedWhiteMoves(TSolvingResult& result) {
     if (m_expectedWhiteMoves == nullptr)
         return;
     result.m_expectedWhiteMoves = m_expectedWhiteMoves->Moves();
+    result.m_bExpectedWhiteMovesCompared = m_expectedWhiteMoves->HasCompared();
     result.m_bStoppedByExpectation = m_expectedWhiteMoves->HasStopped();
 }
 

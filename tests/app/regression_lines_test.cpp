@@ -105,7 +105,7 @@ constexpr ProblemFlags kOnly = kFlagExpectedSortWhiteMoves | kFlagExpectedSortWh
 TSolvingResult StoppedByExpectation() {
     TSolvingResult result = Found({});
     result.m_verdict = EVerdict::Stopped;
-    result.m_bStopped = result.m_bStoppedByExpectation = true;
+    result.m_bStopped = result.m_bStoppedByExpectation = result.m_bExpectedWhiteMovesCompared = true;
     return result;
 }
 
@@ -135,6 +135,15 @@ TEST(RegressionLines, ARunForTheOrderAlone) {
     const TRunVerdict verdict = Judge(problem, StoppedByExpectation());
     EXPECT_EQ(verdict.m_outcome, ERegressionOutcome::Passed);
     EXPECT_EQ(verdict.m_line, "[MODE] Test #7 ok (1234 msec) - ExpectedSortWhiteMovesOnly.\n");
+}
+
+TEST(RegressionLines, AnOrderThatWasNotComparedIsNoPass) {
+    ChessProblem problem = Problem(kOnly);
+    problem.expectedWhiteMoves = {kKey};
+    const TRunVerdict verdict = Judge(problem, Found({kFoundKey}));
+    EXPECT_EQ(verdict.m_outcome, ERegressionOutcome::Doubtful);
+    EXPECT_EQ(verdict.m_line,
+              "[MODE] Test #7: the order of White's moves was not compared (no position was sorted).\n");
 }
 
 TEST(RegressionLines, WithTheOrderAsExpectedTheSolutionsAreTold) {

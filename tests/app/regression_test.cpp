@@ -20,9 +20,10 @@
 namespace quillon {
 namespace {
 
-constexpr const char* kMate = "{ FEN: kbK5/pp6/1P6/8/8/8/8/R7\n";                           // #2, Ra1-a6
-constexpr const char* kMateInThree = "{ FEN: 8/8/8/8/8/1K5Q/1p6/kn6\n";                     // Kb3-c2
-constexpr const char* kHopeless = "{ FEN: rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR }\n"; // in 20: days
+constexpr const char* kMate = "{ FEN: kbK5/pp6/1P6/8/8/8/8/R7\n";       // #2, Ra1-a6
+constexpr const char* kMateInThree = "{ FEN: 8/8/8/8/8/1K5Q/1p6/kn6\n"; // Kb3-c2
+constexpr const char* kHopelessPosition = "{ FEN: rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR\n";
+const std::string kHopeless = std::string(kHopelessPosition) + "}\n"; // in 20: days
 
 class CNotingHost : public IRegressionHost {
   public:
@@ -60,6 +61,7 @@ class CNotingHost : public IRegressionHost {
             (problem.flags & kFlagAllSolutions) != 0 ? ESolveMode::AllSolutions : ESolveMode::FirstSolution;
         request.m_bBruteForce = (problem.flags & kFlagBruteForce) != 0;
         request.m_nMemoryBudgetMB = 16;
+        request.m_nThreads = std::max<int>(problem.threads, 1);
         request.m_bAllowThreadDemand = true;
         return request;
     }
@@ -231,6 +233,28 @@ TEST_F(Regression, TheOrderAloneIsComparedWithoutSolving) {
               "[Threads = 1, Quick mode] Test #1 ok (T msec) - ExpectedSortWhiteMovesOnly.\n");
 }
 
+TEST_F(Regression, TheMainVariantIsNoPartOfTheComparison) {
+    constexpr const char* kQueen = "{ FEN: 8/8/5Q2/8/8/8/8/2K3k1\nSWM: Qf6-f3, Qf3-g2 }\n";
+    EXPECT_EQ(Run(std::string("1 #8 ") + kQueen + "2 #8 THREADS 2 " + kQueen),
+              "[Threads = 1, Quick mode] Prob.#1 Qf6-f3 (T msec).\n"
+              "[Threads = 2, Quick mode] Prob.#2 Qf6-f3 (T msec).\n");
+}
+
+TEST_F(Regression, TheSecondMoveIsComparedInASolveThatGoesOn) {
+    EXPECT_EQ(Run("1 #8 { FEN: 8/8/5Q2/8/8/8/8/2K3k1\nSWM: Qf6-f3, Kc1-b1 }"),
+              "[Threads = 1, Quick mode] Test #1 failed: ExpectedSortWhiteMoves failed: move 2\n");
+}
+
+TEST_F(Regression, AnOrderThatNoSortHasMetIsNoPass) {
+    const std::string only = "ExpectedSortWhiteMovesOnly: Ra1-a6 }\n";
+    CNotingHost host(std::string("1 #2 ") + kMate + only + "2 #20 " + kHopelessPosition +
+                     "ExpectedSortWhiteMovesOnly: }");
+    CRegression(host, Setup()).RunRegression(false, false);
+    const std::string text = ": the order of White's moves was not compared (no position was sorted).\n";
+    EXPECT_EQ(Log(), "[Threads = 1, Quick mode] Test #1" + text + "[Threads = 1, Quick mode] Test #2" + text);
+    EXPECT_EQ(host.m_runs[0].m_outcome, ERegressionOutcome::Doubtful);
+}
+
 // ---- the limit, stops, failures
 
 TEST_F(Regression, TheTimeLimitEndsASolveAndIsTold) {
@@ -320,7 +344,7 @@ TEST_F(Regression, WithJobsTheLogHasTheSameOrder) {
 }
 
 TEST_F(Regression, AStopEndsAllJobs) {
-    CNotingHost host("1 #20 " + std::string(kHopeless) + "2 #20 " + kHopeless + "3 #20 " + kHopeless);
+    CNotingHost host("1 #20 " + kHopeless + "2 #20 " + kHopeless + "3 #20 " + kHopeless);
     CRegression regression(host, Setup(2));
     ASSERT_TRUE(regression.Start(true));
     host.WaitForShown(2);
@@ -369,7 +393,7 @@ TEST_F(Regression, APendingSearchStartsNothing) {
 }
 
 TEST_F(Regression, ARunThatLastsIsAPendingSearch) {
-    CNotingHost host("1 #20 " + std::string(kHopeless));
+    CNotingHost host("1 #20 " + kHopeless);
     CRegression regression(host, Setup());
     ASSERT_TRUE(regression.Start(true));
     host.WaitForShown(1);

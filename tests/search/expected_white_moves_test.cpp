@@ -168,5 +168,45 @@ TEST_F(ExpectedLine, TheSecondMoveEndsARunForThemAlone) {
     EXPECT_FALSE(IsMarked(expecting.m_expected.Moves()[1]));
 }
 
+/// Behind the comparison of the key, does a sort in the position on the board end a run for the order alone?
+TEST_F(ExpectedLine, IsOverForARunForThemAloneOnceItHasBeenLeft) {
+    const TMove key = FirstSorted(m_position.Root());
+    TExpecting expecting(m_position, {key, {0, 0, 0, 0}, key}, true);
+    SetReply(1);
+    (void)FirstSorted(m_position.Now());
+    EXPECT_EQ(expecting.m_nStops, 0) << "a move that is tried before the sort of the root";
+    (void)FirstSorted(m_position.Root());
+    EXPECT_EQ(expecting.m_nStops, 0);
+    (void)FirstSorted(m_position.Now());
+    EXPECT_EQ(expecting.m_nStops, 1);
+    EXPECT_TRUE(expecting.m_expected.HasCompared());
+    EXPECT_FALSE(IsMarked(expecting.m_expected.Moves()[1]));
+}
+
+TEST_F(ExpectedLine, ThatHasBeenLeftLetsAnotherSolveGoOn) {
+    TExpecting expecting(m_position, {FirstSorted(m_position.Root()), kKey, kKey});
+    SetReply(1);
+    (void)FirstSorted(m_position.Root());
+    (void)FirstSorted(m_position.Now());
+    expecting.m_expected.RootMoveEnded();
+    EXPECT_EQ(expecting.m_nStops, 0);
+}
+
+TEST_F(ExpectedLine, IsOverWhenAMoveOfTheRootHasEnded) {
+    TExpecting expecting(m_position, {kKey, kKey}, true);
+    EXPECT_FALSE(expecting.m_expected.HasCompared());
+    expecting.m_expected.RootMoveEnded();
+    EXPECT_EQ(expecting.m_nStops, 1);
+    EXPECT_FALSE(expecting.m_expected.HasCompared());
+}
+
+TEST(ExpectedWhiteMoves, ARunForNoneAtAllEndsWithTheFirstSort) {
+    CSearchedPosition position(kPlacement, kPlies);
+    TExpecting expecting(position, {}, true);
+    (void)FirstSorted(position.Root());
+    EXPECT_EQ(expecting.m_nStops, 1);
+    EXPECT_FALSE(expecting.m_expected.HasCompared());
+}
+
 } // namespace
 } // namespace quillon::test
