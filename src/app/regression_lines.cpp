@@ -1,5 +1,8 @@
 #include "app/regression_lines.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "app/expected_answer.h"
 #include "library/one_line.h"
 
@@ -21,7 +24,7 @@ std::string NumberText(const TRunName& name) {
 std::string TestText(const TRunName& name) { return "[" + name.m_mode + "] Test " + NumberText(name); }
 
 std::string TimeText(const TSolvingResult& result) {
-    return " (" + std::to_string(static_cast<long long>(result.m_seconds * 1000)) + " msec)";
+    return " (" + std::to_string(std::llround(result.m_seconds * 1000)) + " msec)";
 }
 
 std::string OkText(const TRunName& name, const TSolvingResult& result) {
@@ -84,6 +87,17 @@ std::string RunModeText(const TSolveRequest& request) {
         threads += ", Scheduler levels = " + std::to_string(request.m_nSchedulerLevels);
     return threads + (request.m_bSafeMode ? ", Safe mode" : ", Quick mode") +
            (request.m_bHybrid ? ", Hybrid brute force" : "");
+}
+
+std::string RunModeText(const ChessProblem& problem) {
+    TSolveRequest request;
+    request.m_nThreads = std::max<int>(problem.threads, 1);
+    request.m_nMultithreadingLevels = std::max<int>(problem.levels, 1);
+    request.m_nSchedulerLevels = std::max<int>(problem.schedulerLevels, 0);
+    request.m_bSafeMode = Has(problem, kFlagSafeMode);
+    request.m_bHybrid = Has(problem, kFlagHybridBruteForce);
+    request.m_bBruteForce = Has(problem, kFlagBruteForce);
+    return RunModeText(request);
 }
 
 TRunVerdict JudgeRun(const TRunName& name, const ChessProblem& problem, const TSolvingResult& result, ESolveEnd end,

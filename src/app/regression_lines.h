@@ -41,6 +41,9 @@ struct TRunVerdict {
 /// Threads and heuristics of a run: "Threads = 4^2, Safe mode". Brute force has neither.
 [[nodiscard]] std::string RunModeText(const TSolveRequest& request);
 
+/// As far as the problem itself tells: for a run that has come to no request.
+[[nodiscard]] std::string RunModeText(const ChessProblem& problem);
+
 /// Behind a solve.
 ///   problem        as it was solved, mirrored or not, with the marks that the solve has left on its expected moves.
 ///   nLimitSeconds  the time limit, for the line that tells of it.
