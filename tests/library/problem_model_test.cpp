@@ -461,7 +461,7 @@ TEST_F(ProblemModelWithTwins, AChangeByOthersIsSeenWhateverTheTwinIsCalled) {
     ChangeByOthers("a.cpx");
     fs::create_symlink("a.cpx", m_folder.Path() / "c.cpx");
     m_host.m_answer = EAnswer::No;
-    for (const fs::path name : {m_folder.Path() / "." / "a.cpx", m_folder.Path() / "c.cpx"})
+    for (const fs::path& name : {m_folder.Path() / "." / "a.cpx", m_folder.Path() / "c.cpx"})
         EXPECT_FALSE(m_twins.SaveProblemFileAs(name)) << name;
     ASSERT_EQ(m_host.m_asked.size(), 2u);
     for (const std::string& asked : m_host.m_asked)
