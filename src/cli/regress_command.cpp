@@ -75,6 +75,7 @@ class CRegressHost : public IRegressionHost {
         m_totals.m_nProblems = m_totals.m_nNotRun = static_cast<int>(m_library.size());
         CConsoleNotifier notifier(line);
         m_settings = LoadSettings(notifier, CommandLineDefaults());
+        ApplyRegisterSettings(m_settings);
     }
 
     [[nodiscard]] const TSettings& Settings() const { return m_settings; }

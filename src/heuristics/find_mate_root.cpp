@@ -487,8 +487,15 @@ class CRootRun final : public IRootMoves {
             m_run.m_bSafeModeForced = m_run.m_bSafeModeForced || (m_analysis.m_bSafeMode && !bWasSafe);
             return result;
         }
+        PlanProofOnly();
         m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
         return kNothingLeftToRelax;
+    }
+
+    /// Behind the passes there have been only the proof is left: what was planned between is not announced any more.
+    void PlanProofOnly() {
+        const std::size_t planned = m_run.m_passRecords.size() + (m_context.m_bRunPass2 ? 1 : 0);
+        m_analysis.m_nPassesPlanned.store(planned, std::memory_order_relaxed);
     }
 
     [[nodiscard]] bool HasEnough() const {
