@@ -22,6 +22,10 @@ struct TPrecalcFileFound {
 ///   Errors  std::bad_alloc.
 [[nodiscard]] std::vector<TPrecalcFileFound> FindPrecalcFiles(const TPrecalcFolders& folders);
 
+/// True if the table that a file holds, in whatever form, was left in the making, or while it was saved: the mark of
+/// that stands beside its plain file. False for an empty path.
+[[nodiscard]] bool IsLeftInTheMaking(const std::filesystem::path& path);
+
 /// The folders that a user means by a folder: one that has `Precalc` or `CustomPrecalc` in it, or one with the files
 /// themselves.
 ///   secondRoot  beside the former; empty for none.

@@ -4,12 +4,14 @@
 #include <array>
 #include <new>
 #include <optional>
+#include <span>
 #include <string>
 #include <system_error>
 
-#include "globalregister/packed/byte_streams.h"
+#include "globalregister/packed/little_endian.h"
 #include "globalregister/packed/packed_block.h"
 #include "globalregister/packed/packed_table_header.h"
+#include "globalregister/precalc_files.h"
 #include "globalregister/precalc_read.h"
 #include "globalregister/recompression.h"
 #include "globalregister/table_conversion.h"
@@ -32,7 +34,22 @@ bool Exists(const fs::path& path) {
     return !path.empty() && fs::is_regular_file(path, error);
 }
 
-fs::path WithAppended(fs::path path, std::string_view end) { return path += end; }
+/// Do these elements tell that their table was not finished? One that is has no unknown ones, and behind a long mate
+/// there are shorter ones.
+bool LookUnfinished(std::span<const std::uint8_t> table, std::size_t nElementSize) {
+    if (nElementSize == 2) {
+        for (std::size_t at = 2; at + 1 < table.size(); at += 2)
+            if (LoadLittleEndian<std::uint16_t>(table.data() + at) >= kFirstUnsettledWord)
+                return true;
+        return false;
+    }
+    std::array<bool, 256> bSeen{};
+    for (const std::uint8_t element : table.subspan(1))
+        bSeen[element] = true;
+    const auto unsettled = bSeen.begin() + kFirstUnsettledByte, unknown = bSeen.begin() + kUnknownElement;
+    return *unknown || (std::find(unsettled, unknown, true) != unknown &&
+                        std::find(bSeen.begin() + 1, unsettled, false) != unsettled);
+}
 
 class CPrecalcLoad {
   public:
@@ -41,6 +58,8 @@ class CPrecalcLoad {
         : m_data(data), m_options(options), m_room(room), m_notifier(notifier), m_mode(mode), m_numbering(data) {}
 
     bool Run() {
+        m_bInTheMaking = IsInTheMaking();
+        m_data.bCompactUnfinished = m_bInTheMaking;
         m_bDiskWanted = m_options.m_bGlobalRegisterForceDiskAccess && m_mode.m_bAllowDisk;
         if (!m_bDiskWanted && !CheckQuota())
             return false;
@@ -65,6 +84,12 @@ class CPrecalcLoad {
 
     [[nodiscard]] fs::path Name(EPrecalcKind kind, bool bSecondRoot, bool bDetails = false) const {
         return GetFileName(m_data, m_options.m_folders, {kind, bDetails, bSecondRoot}, m_data.path);
+    }
+
+    /// A packed form of an unfinished table is no more finished than the plain one, in whichever root they are.
+    [[nodiscard]] bool IsInTheMaking() const {
+        return IsLeftInTheMaking(Name(EPrecalcKind::Plain, false)) ||
+               IsLeftInTheMaking(Name(EPrecalcKind::Plain, true)) || IsLeftInTheMaking(m_data.path);
     }
 
     /// The files of a kind that exist, in the order in which they are tried.
@@ -124,7 +149,8 @@ class CPrecalcLoad {
     /// What a file that is of no use has left behind is taken back. Always false.
     bool StartAnew() {
         static_cast<TPositionIndexing&>(m_data) = m_numbering;
-        m_data.bBitData = m_data.bCompactUnfinished = false;
+        m_data.bBitData = m_data.bAllSettled = false;
+        m_data.bCompactUnfinished = m_bInTheMaking;
         m_data.detailStream = {};
         m_data.data = {};
         m_data.packed.reset();
@@ -159,7 +185,6 @@ class CPrecalcLoad {
         }
         if (!TakeForm(file, *flags, size))
             return false;
-        m_data.bCompactUnfinished = Exists(WithAppended(file, kIterationExtension));
         if (!m_data.bBitData && IsLargeForMemory(size))
             return OpenOnDisk(file);
         if (CanHold(size) && ReadTable(file, size)) {
@@ -231,15 +256,20 @@ class CPrecalcLoad {
         return true;
     }
 
-    /// A table of one byte an element that has a 255 is not finished.
     void CheckLoadedTable(const fs::path& file, EPrecalcKind kind) {
-        const bool bElements = !m_data.bBitData && m_data.nElementSize == 1;
-        if (bElements && std::find(m_data.data.begin() + 1, m_data.data.end(), kUnknownElement) != m_data.data.end()) {
-            m_data.bCompactUnfinished = true;
-            m_notifier.Inform("Dane dla pozycji typu " + m_data.typeName + " wyglądają na nie do końca wygenerowane.",
-                              "Warning");
-        }
+        if (!m_data.bBitData)
+            TakeLook(LookUnfinished(m_data.data, m_data.nElementSize));
         OfferPacking(file, kind);
+    }
+
+    /// The elements have been looked at.
+    void TakeLook(bool bUnfinished) {
+        m_data.bAllSettled = !bUnfinished;
+        if (!bUnfinished)
+            return;
+        m_data.bCompactUnfinished = true;
+        m_notifier.Inform("Dane dla pozycji typu " + m_data.typeName + " wyglądają na nie do końca wygenerowane.",
+                          "Warning");
     }
 
     void OfferPacking(const fs::path& file, EPrecalcKind kind) {
@@ -298,6 +328,7 @@ class CPrecalcLoad {
                 m_data.data = std::move(*table);
                 m_data.packed.reset();
                 m_data.nRandomAccessKind = kPlainAccess;
+                TakeLook(LookUnfinished(m_data.data, m_data.nElementSize));
                 OfferSaving(file);
                 return true;
             }
@@ -364,6 +395,7 @@ class CPrecalcLoad {
     const TLoadMode m_mode;
     const TPositionIndexing m_numbering; // as it was before a file had its say
     bool m_bDiskWanted = false;
+    bool m_bInTheMaking = false;
 };
 
 } // namespace

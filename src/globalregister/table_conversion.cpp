@@ -14,6 +14,7 @@
 #include "globalregister/packed/random_access_packed_buffer.h"
 #include "globalregister/packed/simple_packing.h"
 #include "globalregister/precalc_file_name.h"
+#include "globalregister/precalc_files.h"
 #include "globalregister/precalc_format.h"
 #include "globalregister/precalc_read.h"
 
@@ -48,6 +49,12 @@ TPositionIndexing IndexingOf(const fs::path& path) {
     if (!typeName)
         Fail(path, "not the name of a file of precalculated data");
     return TPositionIndexing(*typeName);
+}
+
+/// Where its content goes nothing tells that it is not all there.
+void RefuseUnfinished(const fs::path& path) {
+    if (IsLeftInTheMaking(path))
+        Fail(path, "its table was left unfinished");
 }
 
 TBytes Content(const fs::path& path) {
@@ -211,6 +218,7 @@ fs::path NameInForm(const fs::path& path, ETableForm form) {
 }
 
 void PackTableFile(const fs::path& source, ETableForm form, const fs::path& target, int nProcessors) {
+    RefuseUnfinished(source);
     if (FormOf(source) != ETableForm::Plain)
         Fail(source, "is packed already");
     const TPlainFile plain = DescribeFile(source);
@@ -229,6 +237,7 @@ void PackTableFile(const fs::path& source, ETableForm form, const fs::path& targ
 }
 
 void UnpackTableFile(const fs::path& source, const fs::path& target) {
+    RefuseUnfinished(source);
     const TBytes table = Unpacked(source);
     (void)Describe(source, table.empty() ? 0 : table[0], table.size());
     Write(target, table);
