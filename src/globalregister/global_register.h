@@ -58,7 +58,8 @@ struct TGlobalRegister : TPositionIndexing {
     /// Bytes that count against the quota: 0 for a table on disk.
     [[nodiscard]] std::uint64_t GetMemoryInUse() const;
 
-    std::filesystem::path path; // a file chosen by name; empty for those of the folders
+    std::filesystem::path path;       // a file chosen by name; empty for those of the folders
+    std::filesystem::path loadedFrom; // the file that the elements came from; empty: no file
     bool bFullyLoaded = false;
     bool bBitData = false;
     bool bCompactUnfinished = false; // the table is, or was left, in the making

@@ -11,6 +11,7 @@
 #include "globalregister/packed/little_endian.h"
 #include "globalregister/packed/packed_block.h"
 #include "globalregister/packed/packed_table_header.h"
+#include "globalregister/packed/simple_packing.h"
 #include "globalregister/precalc_files.h"
 #include "globalregister/precalc_read.h"
 #include "globalregister/recompression.h"
@@ -34,8 +35,17 @@ bool Exists(const fs::path& path) {
     return !path.empty() && fs::is_regular_file(path, error);
 }
 
+/// Which values the elements of a table of bytes have.
+using TSeenElements = std::array<bool, 256>;
+
 /// Do these elements tell that their table was not finished? One that is has no unknown ones, and behind a long mate
 /// there are shorter ones.
+bool LookUnfinished(const TSeenElements& bSeen) {
+    const auto unsettled = bSeen.begin() + kFirstUnsettledByte, unknown = bSeen.begin() + kUnknownElement;
+    return *unknown || (std::find(unsettled, unknown, true) != unknown &&
+                        std::find(bSeen.begin() + 1, unsettled, false) != unsettled);
+}
+
 bool LookUnfinished(std::span<const std::uint8_t> table, std::size_t nElementSize) {
     if (nElementSize == 2) {
         for (std::size_t at = 2; at + 1 < table.size(); at += 2)
@@ -43,12 +53,19 @@ bool LookUnfinished(std::span<const std::uint8_t> table, std::size_t nElementSiz
                 return true;
         return false;
     }
-    std::array<bool, 256> bSeen{};
+    TSeenElements bSeen{};
     for (const std::uint8_t element : table.subspan(1))
         bSeen[element] = true;
-    const auto unsettled = bSeen.begin() + kFirstUnsettledByte, unknown = bSeen.begin() + kUnknownElement;
-    return *unknown || (std::find(unsettled, unknown, true) != unknown &&
-                        std::find(bSeen.begin() + 1, unsettled, false) != unsettled);
+    return LookUnfinished(bSeen);
+}
+
+/// Of the stream of simple packing, where bytes between 127 and 255 are runs.
+TSeenElements SeenInSimple(std::span<const std::uint8_t> simple) {
+    TSeenElements bSeen{};
+    for (const std::uint8_t byte : simple.subspan(SimpleStreamStart(simple) + 1))
+        bSeen[byte] = true;
+    std::fill(bSeen.begin() + kFirstUnsettledByte + 1, bSeen.begin() + kUnknownElement, false);
+    return bSeen;
 }
 
 class CPrecalcLoad {
@@ -138,12 +155,18 @@ class CPrecalcLoad {
 
     bool LoadWhole() {
         for (const fs::path& file : Files(EPrecalcKind::Lz4, false))
-            if (!file.empty() && (ReadLz4File(file) || StartAnew()))
+            if (!file.empty() && (From(file, ReadLz4File(file)) || StartAnew()))
                 return true;
         for (const fs::path& file : Files(EPrecalcKind::Plain, true))
-            if (!file.empty() && (LoadPlain(file) || StartAnew()))
+            if (!file.empty() && (From(file, LoadPlain(file)) || StartAnew()))
                 return true;
         return false;
+    }
+
+    bool From(const fs::path& file, bool bLoaded) {
+        if (bLoaded)
+            m_data.loadedFrom = file;
+        return bLoaded;
     }
 
     /// What a file that is of no use has left behind is taken back. Always false.
@@ -152,19 +175,24 @@ class CPrecalcLoad {
         m_data.bBitData = m_data.bAllSettled = false;
         m_data.bCompactUnfinished = m_bInTheMaking;
         m_data.detailStream = {};
+        m_data.diskStream = {};
         m_data.data = {};
+        m_data.nPackedSize = 0;
         m_data.packed.reset();
         m_data.nRandomAccessKind = kPlainAccess;
         m_data.nElementSize = 1;
+        if (!m_mode.m_bVerifying)
+            (void)m_room.MakeRoom(m_data.nPositionType, 0);
         return false;
     }
 
     bool ReadLz4File(const fs::path& file) {
-        if (!CanHold(TableBytes()))
+        const std::optional<std::uint64_t> size = ReadUnpackedSize(file);
+        if (size && !CanHold(*size))
             return false;
         std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
         std::vector<std::uint8_t> table;
-        if (!content || !UnpackBlock(*content, table) || table.empty()) {
+        if (!size || !content || !UnpackBlock(*content, table) || table.empty()) {
             WarnAboutSize(file, FileSize(file), TableBytes());
             return false;
         }
@@ -281,7 +309,7 @@ class CPrecalcLoad {
 
     bool LoadPackedOfRoots() {
         for (const fs::path& file : Files(EPrecalcKind::PackedLzw, true))
-            if (!file.empty() && (LoadPacked(file, false, m_mode.m_bVerifying) || StartAnew()))
+            if (!file.empty() && (From(file, LoadPacked(file, false, m_mode.m_bVerifying)) || StartAnew()))
                 return true;
         return false;
     }
@@ -313,7 +341,8 @@ class CPrecalcLoad {
     /// Packed tables where packed ones are not wanted.
     bool LoadUnpacked() {
         for (const fs::path& file : Files(EPrecalcKind::PackedLzw, true))
-            if (!file.empty() && ((LoadPacked(file, true, m_mode.m_bVerifying) && UnpackLoaded(file)) || StartAnew()))
+            if (!file.empty() &&
+                (From(file, LoadPacked(file, true, m_mode.m_bVerifying) && UnpackLoaded(file)) || StartAnew()))
                 return true;
         return false;
     }
@@ -356,13 +385,14 @@ class CPrecalcLoad {
     /// Archives have the same extension, and are none of this.
     bool LoadSimple() {
         for (const fs::path& file : Files(EPrecalcKind::PackedLz4, false))
-            if (!file.empty() && (ReadSimple(file) || StartAnew()))
+            if (!file.empty() && (From(file, ReadSimple(file)) || StartAnew()))
                 return true;
         return false;
     }
 
     bool ReadSimple(const fs::path& file) {
-        if (FormOf(file) != ETableForm::Simple || m_data.custom || UsesBitData(m_data) || !CanHold(TableBytes()))
+        if (FormOf(file) != ETableForm::Simple || m_data.custom || UsesBitData(m_data) ||
+            !CanHold(ReadUnpackedSize(file).value_or(TableBytes())))
             return false;
         const std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
         std::vector<std::uint8_t> simple;
@@ -375,9 +405,10 @@ class CPrecalcLoad {
 
     bool TakeSimple(std::vector<std::uint8_t> simple) {
         const std::optional<std::uint8_t> flags = SimpleFlags(simple);
-        if (!flags || !ApplyFlags(m_data, *flags) || !HasSimpleElements(simple, m_data.GetSize()) ||
+        if (!flags || !ApplyFlags(m_data, *flags) || !IsWholeSimple(simple, m_data.GetSize()) ||
             !CanHold(simple.size()))
             return false;
+        TakeLook(LookUnfinished(SeenInSimple(simple)));
         m_data.nPackedSize = static_cast<std::uint32_t>(simple.size());
         m_data.data = std::move(simple);
         m_data.nRandomAccessKind = kSimpleAccess;

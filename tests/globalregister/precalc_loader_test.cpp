@@ -15,8 +15,9 @@ class CRoom final : public IPrecalcRoom {
   public:
     [[nodiscard]] std::uint64_t Quota() const override { return m_nQuota; }
     [[nodiscard]] bool MakeRoom(TPositionType, std::uint64_t size) override {
-        m_nReserved = m_bRoom || size == 0 ? size : 0;
-        return m_bRoom || size == 0;
+        const bool bRoom = size == 0 || (m_bRoom && (!m_bLimited || size < m_nQuota));
+        m_nReserved = bRoom ? size : 0;
+        return bRoom;
     }
     [[nodiscard]] bool IsGenerating() const override { return false; }
     [[nodiscard]] bool MayStayPacked(INotifier& notifier) override {
@@ -25,6 +26,7 @@ class CRoom final : public IPrecalcRoom {
     std::uint64_t m_nQuota = 64 * kMegabyte;
     std::uint64_t m_nReserved = 0;
     bool m_bRoom = true;
+    bool m_bLimited = false; // by the quota
 };
 
 const TElements& Rooks() {
@@ -265,6 +267,31 @@ TEST_F(PrecalcLoader, UnfinishedTablesAnswerWhatTheyHaveSettled) {
         << "no mate is not settled in such a table";
 }
 
+// A root that fails leaves nothing behind for the next one.
+TEST_F(PrecalcLoader, NothingStaysOfAFileThatWasOfNoUse) {
+    WriteSimple(First(".packed.lz4"), TElements(98304, 1));
+    EXPECT_FALSE(LoadRook());
+    EXPECT_EQ(m_room.m_nReserved, 0u);
+    EXPECT_EQ(m_data->nPackedSize, 0u);
+    EXPECT_TRUE(m_data->data.empty());
+}
+
+// What an ".lz4" unpacks to is what it takes: its own head tells, not the type.
+TEST_F(PrecalcLoader, PackedBlocksAreCountedAsTheyUnpack) {
+    WriteLz4(First(".lz4"), Rooks());
+    EXPECT_EQ(ReadUnpackedSize(First(".lz4")), Rooks().size());
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_room.m_nReserved, Rooks().size());
+    m_room.m_bLimited = true;
+    TElements head(kBlockHeaderBytes, 0);
+    std::copy_n("LZ4 ", 4, head.begin());
+    head[7] = 16; // 256 MB
+    head[8] = kBlockHeaderBytes;
+    WriteElements(First(".lz4"), head);
+    EXPECT_FALSE(LoadRook());
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{}) << "not even unpacked";
+}
+
 // Of a table that stops after its first level, and has no element that a finished one could not have.
 TEST_F(PrecalcLoader, TablesInTheMakingTellOfNoMissingMateInAnyForm) {
     const TPositionIndexing indexing("R");
@@ -305,6 +332,11 @@ TEST_F(PrecalcLoader, TablesInTheMakingTellOfNoMissingMateInAnyForm) {
         expectSilence("lzw, unpacked", bMarked);
         m_options.m_nUseDataPackedForRandomAccess = 2;
         fs::remove(Second(".packed.lzw"));
+        elements[indexing.GetIndex(black)] = kFirstUnsettledByte; // simple packing has no marks
+        WriteSimple(First(".packed.lz4"), elements);
+        expectSilence("simple", bMarked);
+        elements[indexing.GetIndex(black)] = 128 + 3;
+        fs::remove(First(".packed.lz4"));
         if (bMarked)
             fs::remove(markFile);
     }
