@@ -23,11 +23,6 @@ void AddFilesIn(const fs::path& folder, bool bSubFolders, std::vector<fs::path>&
     }
 }
 
-bool HasDetails(const fs::path& path) {
-    return path.filename().string().find(std::string(kTableExtension) + std::string(kDetailsExtension)) !=
-           std::string::npos;
-}
-
 /// A file that stands where it is looked for: with a sub-folder for its men, those beside that are not.
 std::optional<TPrecalcFileFound> Found(const fs::path& path, const TPrecalcFolders& folders) {
     const std::optional<std::string> typeName = TypeOfFile(path);
@@ -66,6 +61,11 @@ bool IsFolder(const fs::path& path) {
 }
 
 } // namespace
+
+bool HasDetails(const fs::path& path) {
+    return path.filename().string().find(std::string(kTableExtension) + std::string(kDetailsExtension)) !=
+           std::string::npos;
+}
 
 std::vector<TPrecalcFileFound> FindPrecalcFiles(const TPrecalcFolders& folders) {
     std::vector<fs::path> files;

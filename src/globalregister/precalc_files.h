@@ -17,6 +17,9 @@ struct TPrecalcFileFound {
     std::uint64_t m_nSize = 0; // bytes
 };
 
+/// Does its name say that a file holds the lengths beside bit data?
+[[nodiscard]] bool HasDetails(const std::filesystem::path& path);
+
 /// Every file that a load of its type would look at, by type and then by kind. Folders that are not there, and those
 /// that cannot be read, have none.
 ///   Errors  std::bad_alloc.
