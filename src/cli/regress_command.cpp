@@ -1,7 +1,6 @@
 #include "cli/regress_command.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -20,6 +19,7 @@
 #include "cli/solve_settings.h"
 #include "core/chess_exception.h"
 #include "platform/interrupt.h"
+#include "platform/memory_info.h"
 #include "platform/sleep.h"
 #include "platform/terminal.h"
 
@@ -83,7 +83,7 @@ class CRegressHost : public IRegressionHost {
 
     /// "problem 12 of 94": how far the run has come. From any thread.
     [[nodiscard]] std::string ProgressText() const {
-        return "problem " + std::to_string(m_nShown.load()) + " of " + std::to_string(m_totals.m_nProblems);
+        return "problem " + std::to_string(m_nBegun.load()) + " of " + std::to_string(m_totals.m_nProblems);
     }
 
     // ---- what the run asks
@@ -99,14 +99,14 @@ class CRegressHost : public IRegressionHost {
     }
     [[nodiscard]] bool IsSolving() const override { return false; }
     [[nodiscard]] const TProblemMap& Library() const override { return m_library; }
-    void ShowProblem(std::int32_t) override { m_nShown.fetch_add(1); }
+    void ShowProblem(std::int32_t) override { m_nBegun.fetch_add(1); }
 
     [[nodiscard]] TSolveRequest MakeRequest(const ChessProblem& problem) override {
         if (problem.kind != kDirectMate)
             throw ChessException(kNoRunOfOtherKinds);
         TSolveRequest request = quillon::MakeRequest(problem, m_solveOptions);
         ApplySettings(m_settings, problem, m_solveOptions, request);
-        request.m_nMemoryShare = std::max(request.m_nMemoryShare / m_options.m_nJobs, 1); // for all jobs together
+        ShareMemory(request, m_options.m_nJobs, PhysicalMemory());
         return request;
     }
 
@@ -114,10 +114,11 @@ class CRegressHost : public IRegressionHost {
         CountRun(m_totals, run);
         if (std::exchange(m_lastId, run.m_nId) != run.m_nId) // the runs of a problem come together
             --m_totals.m_nNotRun;
-        m_line.Erase();
+        if (run.m_outcome == ERegressionOutcome::Skipped) // it has not been shown
+            m_nBegun.fetch_add(1);
         if (!run.m_bLogged && !std::exchange(m_bLogLost, true))
-            WriteDiagnostic(RegressionLogPath().string() + " cannot be written; the run goes on without it");
-        WriteOutput(m_options.m_bJson ? RunJson(run) : RunText(run));
+            m_line.WriteMessage(RegressionLogPath().string() + " cannot be written; the run goes on without it");
+        m_line.WriteResult(m_options.m_bJson ? RunJson(run) : RunText(run));
     }
 
     void RegressionEnded() override { m_line.Erase(); }
@@ -131,7 +132,7 @@ class CRegressHost : public IRegressionHost {
     TRegressTotals m_totals;
     std::optional<std::int32_t> m_lastId; // of the run told of last
     bool m_bLogLost = false;
-    std::atomic<int> m_nShown{0};
+    std::atomic<int> m_nBegun{0}; // problems, those left out among them
 };
 
 class CRegressCommand {
@@ -144,7 +145,7 @@ class CRegressCommand {
             CRegressHost host(m_options, ReadLibrary(), m_line);
             InstallInterruptHandler(g_nRegressInterrupts);
             RunAll(host);
-            WriteOutput(m_options.m_bJson ? RegressTotalsJson(host.Totals()) : RegressTotalsText(host.Totals()));
+            m_line.WriteResult(m_options.m_bJson ? RegressTotalsJson(host.Totals()) : RegressTotalsText(host.Totals()));
             Worsen(StatusOf(host));
         } catch (const ChessException& failure) {
             WriteDiagnostic(failure.what());

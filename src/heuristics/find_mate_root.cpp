@@ -17,6 +17,7 @@
 #include "heuristics/thread_demand.h"
 #include "platform/processors.h"
 #include "search/control.h"
+#include "search/expected_white_moves.h"
 #include "search/find_mate.h"
 #include "search/helper_threads.h"
 #include "search/move_sort.h"
@@ -389,6 +390,8 @@ class CRootRun final : public IRootMoves {
             return;
         }
         const TMateResult result = SearchBehind(*child);
+        if (m_analysis.m_pExpectedWhiteMoves != nullptr)
+            m_analysis.m_pExpectedWhiteMoves->RootMoveEnded();
         if (result == MR_MATE) {
             const std::lock_guard lock(m_mutex);
             if (HasEnough()) // another thread was first

@@ -74,6 +74,20 @@ TEST_F(SolveSettings, WhatTheProblemSaysOfDataAndPassesIsInTheRequest) {
     EXPECT_EQ(Request().m_nLichessLevels, 0);
 }
 
+TEST_F(SolveSettings, OfTheMemorySharedByJobs) {
+    constexpr std::uint64_t kMachine = 16'000ull << 20;
+    const auto megabytes = [&](int nPercent, int nJobs) {
+        m_settings.m_nMaxMemRatioForTempReg = nPercent;
+        TSolveRequest request = Request();
+        ShareMemory(request, nJobs, kMachine);
+        return request.m_nMemoryBudgetMB;
+    };
+    EXPECT_LT(megabytes(20, 1), 0) << "one job has what a solve has";
+    EXPECT_EQ(megabytes(20, 2), 1600);
+    EXPECT_EQ(megabytes(20, 64), 50) << "all jobs together take the share";
+    EXPECT_EQ(megabytes(0, 3), 0) << "no register";
+}
+
 TEST_F(SolveSettings, HoldForWhatNobodyElseSays) {
     m_settings.m_bQuickMode = false;
     m_settings.m_nUsePredefinedIndications = 2;
