@@ -212,7 +212,7 @@ void CGlobalRegisters::SetQuota(std::uint64_t nBytes) {
     for (const std::unique_ptr<TRegisterSlot>& slot : m_slots) {
         if (bMore && slot->State() == EDataState::NoRoom)
             slot->SetState(slot->m_stateBefore);
-        if (nBytes == 0) // those on disk, too, which take no memory
+        if (nBytes == 0 && slot->RefCount() == 0) // those on disk, too, which take no memory
             delete slot->TryTakeOut();
     }
     const std::uint64_t used = MemoryInUseUnderLocks(nullptr);

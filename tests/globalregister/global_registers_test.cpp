@@ -142,6 +142,7 @@ TEST_F(GlobalRegisters, MoreMemoryIsANewChance) {
     cut.pop_back();
     Write("Q", NoMates());
     Write("R", cut);
+    m_options.m_bGlobalRegisterForceDiskAccess = false;
     CGlobalRegisters& registers = Open(kTable);
     for (const char* const type : {"Q", "B"})
         EXPECT_FALSE(Use(type)) << "no room";

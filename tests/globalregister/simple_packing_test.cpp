@@ -56,7 +56,7 @@ TEST(SimplePacking, EveryBlockHasItsElements) {
     const TBytes good = PackSimple(TBytes(3 * 2048, 9)).value();
     ASSERT_TRUE(IsWholeSimple(good, 3 * 2048));
     const std::size_t first = SimpleStreamStart(good);
-    for (const auto& [byte, change] : {std::pair{first + 17, -1}, {first + 17 * 2, -1}, {8, 1}, {4, -1}}) {
+    for (const auto& [byte, change] : {std::pair{first + 16, -1}, {first + 33, -1}, {8, 1}, {4, -1}}) {
         TBytes wrong = good;
         wrong[byte] = static_cast<std::uint8_t>(wrong[byte] + change);
         EXPECT_FALSE(IsWholeSimple(wrong, 3 * 2048)) << byte;
