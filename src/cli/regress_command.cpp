@@ -12,12 +12,14 @@
 #include "cli/console_notifier.h"
 #include "cli/option_values.h"
 #include "cli/output.h"
+#include "cli/precalc_data.h"
 #include "cli/problem_source.h"
 #include "cli/regress_report.h"
 #include "cli/solve_options.h"
 #include "cli/solve_report.h"
 #include "cli/solve_settings.h"
 #include "core/chess_exception.h"
+#include "globalregister/active_registers.h"
 #include "platform/interrupt.h"
 #include "platform/memory_info.h"
 #include "platform/sleep.h"
@@ -43,7 +45,8 @@ Solves the problems of the file in the order of their numbers and holds what is
 found against what they expect: the answer, the order of White's moves. The lines
 go to standard output and to the file RegressionTest.log in the working folder;
 the log before stays as RegressionTest.log.BAK. A problem that requires data
-which are not there is left out and told. Ctrl+C stops the run, and the log keeps
+which are not there is left out and told. With --jobs all problems share the
+data, and what one says of the memory for them does not count. Ctrl+C stops the run, and the log keeps
 what was done; a second one ends the program.
 
 Exit status: 0 all that was run is as expected, 1 something failed, was left in
@@ -57,6 +60,7 @@ struct TRegressOptions {
     bool m_bMirrors = false;
     bool m_bNoMirrors = false;
     int m_nJobs = 1;
+    TPrecalcChoice m_precalc;
     std::optional<int> m_limitSeconds;
     std::optional<std::string> m_threads;
     bool m_bJson = false;
@@ -70,12 +74,13 @@ std::atomic<int> g_nRegressInterrupts{0};
 class CRegressHost : public IRegressionHost {
   public:
     CRegressHost(const TRegressOptions& options, TProblemMap library, CProgressLine& line)
-        : m_options(options), m_library(std::move(library)), m_line(line) {
+        : m_options(options), m_library(std::move(library)), m_line(line), m_notifier(line) {
         m_solveOptions.m_threads = options.m_threads;
         m_totals.m_nProblems = m_totals.m_nNotRun = static_cast<int>(m_library.size());
-        CConsoleNotifier notifier(line);
-        m_settings = LoadSettings(notifier, CommandLineDefaults());
+        m_settings = LoadSettings(m_notifier, CommandLineDefaults());
         ApplyRegisterSettings(m_settings);
+        m_registers.emplace(MakePrecalcOptions(m_settings, options.m_precalc), m_notifier, QuotaFor(nullptr));
+        m_active.emplace(*m_registers);
     }
 
     [[nodiscard]] const TSettings& Settings() const { return m_settings; }
@@ -108,10 +113,12 @@ class CRegressHost : public IRegressionHost {
         TSolveRequest request = quillon::MakeRequest(problem, m_solveOptions);
         ApplySettings(m_settings, problem, m_solveOptions, request);
         ShareMemory(request, m_options.m_nJobs, PhysicalMemory());
+        AllowData(&problem);
         return request;
     }
 
     void RunEnded(const TRegressionRun& run) override {
+        AllowData(nullptr); // what the next problem requires is asked before its own limit is known
         CountRun(m_totals, run);
         if (std::exchange(m_lastId, run.m_nId) != run.m_nId) // the runs of a problem come together
             --m_totals.m_nNotRun;
@@ -125,11 +132,26 @@ class CRegressHost : public IRegressionHost {
     void RegressionEnded() override { m_line.Erase(); }
 
   private:
+    [[nodiscard]] std::uint64_t QuotaFor(const ChessProblem* problem) const {
+        return PrecalcQuota(m_settings, m_options.m_precalc, problem);
+    }
+
+    /// As this problem allows, null for none. While others are searched the limit has to stay what it is.
+    void AllowData(const ChessProblem* problem) {
+        if (m_options.m_nJobs > 1)
+            return;
+        m_registers->SetQuota(QuotaFor(problem));
+        SetActiveRegisters(&*m_registers);
+    }
+
     const TRegressOptions& m_options;
     const TProblemMap m_library;
     CProgressLine& m_line;
+    CConsoleNotifier m_notifier;
     TSolveOptions m_solveOptions;
     TSettings m_settings;
+    std::optional<CGlobalRegisters> m_registers;
+    std::optional<CActiveRegisters> m_active;
     TRegressTotals m_totals;
     std::optional<std::int32_t> m_lastId; // of the run told of last
     bool m_bLogLost = false;
@@ -183,6 +205,7 @@ class CRegressCommand {
         TRegressionSetup setup;
         setup.m_nLichessLevels = host.Settings().m_nLichessLevels;
         setup.m_nJobs = m_options.m_nJobs;
+        setup.m_isTypeAvailable = IsTypeAvailable;
         CRegression regression(host, setup);
         regression.TimeLimitSeconds.store(m_options.m_limitSeconds.value_or(0));
         if (!regression.Start(m_options.m_bQuick))
@@ -247,6 +270,7 @@ void AddRegressCommand(CLI::App& app, TChosenCommand& chosen) {
                      "Threads of each problem, as for solve; without the option the problem's own number, or one")
         ->type_name("T[^L]")
         ->check(Threads());
+    AddPrecalcOptions(*command, options->m_precalc, "Data");
     command->add_flag("--json", options->m_bJson, "One JSON object a run, and one for the whole, each on one line");
     command->add_flag("--progress", options->m_bProgress,
                       "Show the live line of progress even if standard error is no terminal");
