@@ -42,13 +42,8 @@ std::vector<TMove> Mirrored(std::vector<TMove> moves, TMirror mirror) {
 }
 
 SortIndications Mirrored(const SortIndications& indications, TMirror mirror) {
-    SortIndications mirrored;
-    for (SortIndication indication : indications) {
-        indication.m_nFrom = MirrorSquare(indication.m_nFrom, mirror);
-        indication.m_nTo = MirrorSquare(indication.m_nTo, mirror);
-        mirrored.insert(indication);
-    }
-    return mirrored;
+    const std::vector<SortIndication> mirrored = MirrorIndications({indications.begin(), indications.end()}, mirror);
+    return {mirrored.begin(), mirrored.end()};
 }
 
 void MirrorVariants(ChessProblem& copy, TMirror mirror) {
@@ -97,6 +92,14 @@ TMove MirrorMove(TMove move, TMirror mirror) {
     move.m_nFrom = MirrorSquare(move.m_nFrom, mirror);
     move.m_nTo = MirrorSquare(move.m_nTo, mirror);
     return move;
+}
+
+std::vector<SortIndication> MirrorIndications(std::vector<SortIndication> indications, TMirror mirror) {
+    for (SortIndication& indication : indications) {
+        indication.m_nFrom = MirrorSquare(indication.m_nFrom, mirror);
+        indication.m_nTo = MirrorSquare(indication.m_nTo, mirror);
+    }
+    return indications;
 }
 
 std::vector<TMirror> MirrorsOf(const ChessProblem& problem) {

@@ -10,6 +10,7 @@
 
 #include "core/move.h"
 #include "library/chess_problem.h"
+#include "search/sort_indication.h"
 
 namespace quillon {
 
@@ -26,6 +27,9 @@ inline constexpr TMirror kLastMirror = 7;
 [[nodiscard]] TSquare MirrorSquare(TSquare square, TMirror mirror);
 [[nodiscard]] TMove MirrorMove(TMove move, TMirror mirror);
 
+/// The indications of the problem for its copy, in the same order: an indication that comes first sorts first.
+[[nodiscard]] std::vector<SortIndication> MirrorIndications(std::vector<SortIndication> indications, TMirror mirror);
+
 /// The copies that the problem has, in ascending order.
 [[nodiscard]] std::vector<TMirror> MirrorsOf(const ChessProblem& problem);
 
@@ -33,7 +37,8 @@ inline constexpr TMirror kLastMirror = 7;
 /// run is to solve them. Without mirrors a problem that is there for its copies has none.
 [[nodiscard]] std::vector<TMirror> RunsOf(const ChessProblem& problem, bool bSolveMirrors);
 
-/// The copy, with all that a solve and its check look at: moves, squares and variants are mirrored with the board.
+/// The copy, with all that a solve and its check look at: moves, squares and variants are mirrored with the board. Its
+/// sort indications stand in the order of their own squares, which need not be that of the problem (MirrorIndications).
 ///   Errors  ChessException: the position cannot be used.
 [[nodiscard]] ChessProblem MirroredProblem(const ChessProblem& problem, TMirror mirror);
 

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "app/timed_solve.h"
@@ -34,16 +35,14 @@ class CUnattended : public INotifier {
     std::mutex& m_mutex;
 };
 
-/// Puts a value back at the end.
-class CTimeLimit {
+/// The limit of a quick run; at its end the one before is put back.
+class CQuickTimeLimit {
   public:
-    CTimeLimit(std::atomic<int>& limit, bool bQuick) : m_limit(limit), m_nBefore(limit.load()) {
-        if (bQuick)
-            limit.store(kQuickTimeLimitSeconds);
-    }
-    ~CTimeLimit() { m_limit.store(m_nBefore); }
-    CTimeLimit(const CTimeLimit&) = delete;
-    CTimeLimit& operator=(const CTimeLimit&) = delete;
+    explicit CQuickTimeLimit(std::atomic<int>& limit)
+        : m_limit(limit), m_nBefore(limit.exchange(kQuickTimeLimitSeconds)) {}
+    ~CQuickTimeLimit() { m_limit.store(m_nBefore); }
+    CQuickTimeLimit(const CQuickTimeLimit&) = delete;
+    CQuickTimeLimit& operator=(const CQuickTimeLimit&) = delete;
 
   private:
     std::atomic<int>& m_limit;
@@ -52,11 +51,11 @@ class CTimeLimit {
 
 } // namespace
 
-/// The log and the host hear of runs in the order of the problems. What ends early waits for those before it.
+/// The log and the host hear of runs in the order of the problems. What ends early waits for those before it. A host
+/// that fails ends the regression and hears no more; what has been run still reaches the log.
 class CRegression::CReport {
   public:
-    CReport(IRegressionHost& host, std::mutex& mutex, const std::filesystem::path& logPath)
-        : m_host(host), m_mutex(mutex), m_logPath(logPath) {}
+    explicit CReport(CRegression& regression) : m_regression(regression), m_mutex(regression.m_hostMutex) {}
 
     void Add(std::size_t nPlace, TRegressionRun run) {
         const std::lock_guard lock(m_mutex);
@@ -89,13 +88,20 @@ class CRegression::CReport {
     }
 
     void Tell(TRegressionRun& run) {
-        run.m_bLogged = run.m_lines.empty() || AppendRegressionLog(run.m_lines, m_logPath);
-        m_host.RunEnded(run);
+        run.m_bLogged = run.m_lines.empty() || AppendRegressionLog(run.m_lines, m_regression.m_setup.m_logPath);
+        if (m_bHostFailed)
+            return;
+        try {
+            m_regression.m_host.RunEnded(run);
+        } catch (...) {
+            m_bHostFailed = true;
+            m_regression.Fail(std::current_exception());
+        }
     }
 
-    IRegressionHost& m_host;
+    CRegression& m_regression;
     std::mutex& m_mutex; // guards what follows
-    const std::filesystem::path& m_logPath;
+    bool m_bHostFailed = false;
     std::size_t m_nFirst = 0; // problems that have been told of
     std::map<std::size_t, TProblemRuns> m_waiting;
 };
@@ -108,6 +114,9 @@ CRegression::~CRegression() {
 }
 
 bool CRegression::Start(bool bQuick) {
+    const bool bLasted = RegressionRunning();
+    if (!bLasted)
+        m_bMayRun.store(true); // a stop that comes from here on, with the question open, ends the run
     bool bSolveMirrors = false;
     if (!bQuick) {
         const EAnswer answer = m_host.AskYesNoCancel(kRegressionQuestion, kTitle);
@@ -120,6 +129,8 @@ bool CRegression::Start(bool bQuick) {
         return false;
     }
     m_thread.Join();
+    if (bLasted)
+        m_bMayRun.store(true);
     KeepPreviousRegressionLog(m_setup.m_logPath);
     Begin(bSolveMirrors);
     try {
@@ -138,6 +149,7 @@ void CRegression::Join() {
 }
 
 void CRegression::RunRegression(bool solveMirrors, bool quick) {
+    m_bMayRun.store(true);
     Begin(solveMirrors);
     Run(quick);
     Join();
@@ -146,19 +158,24 @@ void CRegression::RunRegression(bool solveMirrors, bool quick) {
 void CRegression::Begin(bool bSolveMirrors) {
     m_bSolveMirrors.store(bSolveMirrors);
     m_nNext.store(0);
-    m_bMayRun.store(true);
+    {
+        const std::lock_guard lock(m_failureMutex);
+        m_failure = nullptr; // of a run that nobody has waited for
+    }
     m_bRunning.store(true);
 }
 
 void CRegression::Run(bool bQuick) {
     try {
-        const CTimeLimit limit(TimeLimitSeconds, bQuick);
+        std::optional<CQuickTimeLimit> limit;
+        if (bQuick)
+            limit.emplace(TimeLimitSeconds);
         SolveAll();
     } catch (...) {
         Fail(std::current_exception());
     }
+    m_bMayRun.store(false); // first: behind the end of a run it belongs to the next
     m_bRunning.store(false);
-    m_bMayRun.store(false);
     try {
         m_host.RegressionEnded();
     } catch (...) {
@@ -170,7 +187,7 @@ void CRegression::SolveAll() {
     std::vector<const ChessProblem*> problems;
     for (const auto& [id, problem] : m_host.Library())
         problems.push_back(problem.get());
-    CReport report(m_host, m_hostMutex, m_setup.m_logPath);
+    CReport report(*this);
     std::vector<CThread> others;
     try {
         for (int job = 1; job < m_setup.m_nJobs; ++job)
@@ -194,13 +211,18 @@ void CRegression::SolveShare(const std::vector<const ChessProblem*>& problems, C
     }
 }
 
+/// However it ends, those behind it are told of.
 void CRegression::RunProblem(const ChessProblem& problem, std::size_t nPlace, CReport& report) {
-    if (IsToRun(problem, nPlace, report))
-        for (const TMirror mirror : RunsOf(problem, SolveMirrors())) {
-            if (!m_bMayRun.load())
-                break;
-            report.Add(nPlace, RunOnce(problem, mirror));
-        }
+    try {
+        if (IsToRun(problem, nPlace, report))
+            for (const TMirror mirror : RunsOf(problem, SolveMirrors())) {
+                if (!m_bMayRun.load())
+                    break;
+                report.Add(nPlace, RunOnce(problem, mirror));
+            }
+    } catch (...) {
+        Fail(std::current_exception());
+    }
     report.Close(nPlace);
 }
 
@@ -224,10 +246,10 @@ TRegressionRun CRegression::RunOnce(const ChessProblem& problem, TMirror mirror)
     TRegressionRun run;
     run.m_nId = problem.id;
     run.m_mirror = mirror;
-    TRunName name{RunModeText({}), problem.id, mirror};
+    TRunName name{RunModeText(problem), problem.id, mirror};
     try {
         ChessProblem solved = MirroredProblem(problem, mirror);
-        const TSolveRequest request = MakeRequest(solved);
+        const TSolveRequest request = MakeRequest(problem, solved, mirror);
         name.m_mode = RunModeText(request);
         CUnattended notifier(m_host, m_hostMutex);
         const int nLimitSeconds = TimeLimitSeconds.load();
@@ -254,13 +276,15 @@ TRegressionRun CRegression::RunOnce(const ChessProblem& problem, TMirror mirror)
 }
 
 /// Of a run there are no questions: what the engine would ask for on its own stays as the problem has it.
-TSolveRequest CRegression::MakeRequest(const ChessProblem& problem) {
+TSolveRequest CRegression::MakeRequest(const ChessProblem& problem, const ChessProblem& copy, TMirror mirror) {
     const std::lock_guard lock(m_hostMutex);
-    TSolveRequest request = m_host.MakeRequest(problem);
+    TSolveRequest request = m_host.MakeRequest(copy);
+    if (mirror != kAsGiven)
+        request.m_sortIndications = MirrorIndications(m_host.MakeRequest(problem).m_sortIndications, mirror);
     request.m_bAllowThreadDemand = false;
-    if ((problem.flags & kFlagExpectedSortWhiteMoves) != 0)
-        request.m_expectedWhiteMoves = problem.expectedWhiteMoves;
-    request.m_bExpectedWhiteMovesOnly = (problem.flags & kFlagExpectedSortWhiteMovesOnly) != 0;
+    if ((copy.flags & kFlagExpectedSortWhiteMoves) != 0)
+        request.m_expectedWhiteMoves = copy.expectedWhiteMoves;
+    request.m_bExpectedWhiteMovesOnly = (copy.flags & kFlagExpectedSortWhiteMovesOnly) != 0;
     return request;
 }
 

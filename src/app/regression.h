@@ -79,7 +79,7 @@ class CRegression {
     void RunProblem(const ChessProblem& problem, std::size_t nPlace, CReport& report);
     [[nodiscard]] bool IsToRun(const ChessProblem& problem, std::size_t nPlace, CReport& report);
     [[nodiscard]] TRegressionRun RunOnce(const ChessProblem& problem, TMirror mirror);
-    [[nodiscard]] TSolveRequest MakeRequest(const ChessProblem& problem);
+    [[nodiscard]] TSolveRequest MakeRequest(const ChessProblem& problem, const ChessProblem& copy, TMirror mirror);
     void Fail(std::exception_ptr failure);
 
     IRegressionHost& m_host;

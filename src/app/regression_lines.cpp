@@ -1,5 +1,8 @@
 #include "app/regression_lines.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "app/expected_answer.h"
 #include "library/one_line.h"
 
@@ -8,6 +11,7 @@ namespace quillon {
 namespace {
 
 constexpr const char* kNoSolution = "No solution";
+constexpr const char* kNothingCompared = ": the order of White's moves was not compared (no position was sorted).\n";
 
 bool Has(const ChessProblem& problem, ProblemFlags flags) { return (problem.flags & flags) != 0; }
 
@@ -20,7 +24,7 @@ std::string NumberText(const TRunName& name) {
 std::string TestText(const TRunName& name) { return "[" + name.m_mode + "] Test " + NumberText(name); }
 
 std::string TimeText(const TSolvingResult& result) {
-    return " (" + std::to_string(static_cast<long long>(result.m_seconds * 1000)) + " msec)";
+    return " (" + std::to_string(std::llround(result.m_seconds * 1000)) + " msec)";
 }
 
 std::string OkText(const TRunName& name, const TSolvingResult& result) {
@@ -59,6 +63,12 @@ TRunVerdict JudgeAnswer(const TRunName& name, const ChessProblem& problem, const
     return {bDoubtful ? ERegressionOutcome::Doubtful : ERegressionOutcome::Passed, OkText(name, result) + ".\n"};
 }
 
+TRunVerdict JudgeOrderAlone(const TRunName& name, const TSolvingResult& result) {
+    if (!result.m_bExpectedWhiteMovesCompared)
+        return {ERegressionOutcome::Doubtful, TestText(name) + kNothingCompared};
+    return {ERegressionOutcome::Passed, OkText(name, result) + " - ExpectedSortWhiteMovesOnly.\n"};
+}
+
 TRunVerdict JudgeStopped(ESolveEnd end, int nLimitSeconds) {
     if (end == ESolveEnd::User)
         return {ERegressionOutcome::Stopped, ""};
@@ -79,6 +89,17 @@ std::string RunModeText(const TSolveRequest& request) {
            (request.m_bHybrid ? ", Hybrid brute force" : "");
 }
 
+std::string RunModeText(const ChessProblem& problem) {
+    TSolveRequest request;
+    request.m_nThreads = std::max<int>(problem.threads, 1);
+    request.m_nMultithreadingLevels = std::max<int>(problem.levels, 1);
+    request.m_nSchedulerLevels = std::max<int>(problem.schedulerLevels, 0);
+    request.m_bSafeMode = Has(problem, kFlagSafeMode);
+    request.m_bHybrid = Has(problem, kFlagHybridBruteForce);
+    request.m_bBruteForce = Has(problem, kFlagBruteForce);
+    return RunModeText(request);
+}
+
 TRunVerdict JudgeRun(const TRunName& name, const ChessProblem& problem, const TSolvingResult& result, ESolveEnd end,
                      int nLimitSeconds) {
     if (const std::string fault = ExpectedSortWhiteMovesCheck(problem); !fault.empty())
@@ -86,7 +107,7 @@ TRunVerdict JudgeRun(const TRunName& name, const ChessProblem& problem, const TS
     if (result.m_bStopped && end != ESolveEnd::Itself && !result.m_bStoppedByExpectation)
         return JudgeStopped(end, nLimitSeconds);
     if (Has(problem, kFlagExpectedSortWhiteMovesOnly))
-        return {ERegressionOutcome::Passed, OkText(name, result) + " - ExpectedSortWhiteMovesOnly.\n"};
+        return JudgeOrderAlone(name, result);
     if (Has(problem, kFlagAnswer))
         return JudgeAnswer(name, problem, result);
     const bool bDoubtful = result.m_verdict == EVerdict::Doubtful;

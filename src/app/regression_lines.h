@@ -16,7 +16,8 @@ enum class ERegressionOutcome {
     Passed,    // as the problem expects
     Failed,    // otherwise, or an error ended the solve
     Solved,    // the problem expects nothing
-    Doubtful,  // nothing was found, as far as expected, and the passes ended without a proof
+    Doubtful,  // nothing was found, as far as expected, and the passes ended without a proof; or the order of White's
+               // moves is all that is expected, and the solve has sorted none of them
     TimeLimit, // stopped at the limit
     Stopped,   // stopped by the user; nothing is logged
     Skipped,   // not run: what the problem requires is not there
@@ -39,6 +40,9 @@ struct TRunVerdict {
 
 /// Threads and heuristics of a run: "Threads = 4^2, Safe mode". Brute force has neither.
 [[nodiscard]] std::string RunModeText(const TSolveRequest& request);
+
+/// As far as the problem itself tells: for a run that has come to no request.
+[[nodiscard]] std::string RunModeText(const ChessProblem& problem);
 
 /// Behind a solve.
 ///   problem        as it was solved, mirrored or not, with the marks that the solve has left on its expected moves.

@@ -5,18 +5,20 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <utility>
 
 #include "parallel/search_thread.h"
 #include "platform/thread.h"
+#include "search/control.h"
 
 namespace quillon {
 
 namespace {
 
-using TClock = std::chrono::steady_clock;
-using namespace std::chrono_literals;
+using TDuration = std::chrono::milliseconds;
 
-constexpr TClock::duration kPollStep = 20ms;
+constexpr TDuration kPollStep{20};
+constexpr TDuration kLongestStep{1000};
 
 class CTimedSolve {
   public:
@@ -24,7 +26,8 @@ class CTimedSolve {
 
     TTimedResult Run(int nLimitSeconds, const std::atomic<bool>& bMayRun) {
         if (nLimitSeconds > 0)
-            m_limit = TClock::now() + std::chrono::seconds(nLimitSeconds);
+            m_limit = std::chrono::seconds(nLimitSeconds);
+        m_nTicks = AnalysisTicks(m_solve.Analysis());
         CThread thread(SearchStackBytes(kStackSlots), [this] { Solve(); });
         Poll(bMayRun);
         thread.Join();
@@ -48,17 +51,25 @@ class CTimedSolve {
     void Poll(const std::atomic<bool>& bMayRun) {
         std::unique_lock lock(m_mutex);
         while (!m_changed.wait_for(lock, NextStep(), [this] { return m_bDone; })) {
+            CountTime();
             if (!bMayRun.load(std::memory_order_relaxed))
                 Stop(ESolveEnd::User);
-            else if (TClock::now() >= m_limit)
+            else if (m_spent >= m_limit)
                 Stop(ESolveEnd::TimeLimit);
         }
     }
 
-    [[nodiscard]] TClock::duration NextStep() const {
+    /// A step that has taken far longer than it should: the process stood still, and so did the solve.
+    void CountTime() {
+        const std::uint64_t now = AnalysisTicks(m_solve.Analysis());
+        const TDuration step{static_cast<TDuration::rep>(now - std::exchange(m_nTicks, now))};
+        m_spent += std::min(step, kLongestStep);
+    }
+
+    [[nodiscard]] TDuration NextStep() const {
         if (m_timed.m_end != ESolveEnd::Itself)
             return kPollStep;
-        return std::clamp(m_limit - TClock::now(), TClock::duration(1ms), kPollStep);
+        return std::clamp(m_limit - m_spent, TDuration(1), kPollStep);
     }
 
     void Stop(ESolveEnd end) {
@@ -69,7 +80,9 @@ class CTimedSolve {
 
     CSolve m_solve;
     INotifier& m_notifier;
-    TClock::time_point m_limit = TClock::time_point::max();
+    TDuration m_limit = TDuration::max();
+    TDuration m_spent{0};       // by the clock of the solve
+    std::uint64_t m_nTicks = 0; // of that clock, when it was last looked at
 
     TTimedResult m_timed; // its result is the solving thread's, read behind Join
     std::exception_ptr m_failure;

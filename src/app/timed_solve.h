@@ -15,7 +15,7 @@ struct TTimedResult {
 };
 
 /// Runs the solve to its end; no thread is left when it returns.
-///   nLimitSeconds  0: none.
+///   nLimitSeconds  0: none. The time in which the process stood still does not count.
 ///   bMayRun        cleared by another thread it stops the solve.
 ///   Errors         what StartSolving throws; std::system_error when there is no thread.
 [[nodiscard]] TTimedResult SolveInTime(const TSolveRequest& request, INotifier& notifier, int nLimitSeconds,

@@ -37,7 +37,8 @@ Examples:
 The ending of OUT tells the format: .cp or .cpx a library, .epd, .pgn, .json.
 An EPD file holds direct mates only. In PGN a problem is a game that begins
 with its position; the main variant is the game, and other variants and the
-expected keys are variations of it. A file that OUT replaces stays as OUT.BAK.
+expected keys are variations of it. A file that OUT replaces stays as OUT.BAK;
+IN itself is not replaced while something in it is not understood.
 
 Exit status: 0 all of it, 1 what the format cannot hold was left out, 2 some
 problems cannot be read, or bad usage, 3 OUT could not be written whole.)";
@@ -115,9 +116,19 @@ const TFormat& FormatOf(const TConvertOptions& options) {
                          (name.empty() ? options.m_out : name));
 }
 
-/// Problems that cannot be read, or whose id another has, would be lost with the only file that has them.
+/// What would be lost if nothing had the text but what was read of it; empty for nothing.
+std::string WhatIsLost(const TLibrarySource& source) {
+    if (source.HasUnreadable())
+        return "problems that cannot be read";
+    if (source.HasRepeatedIds())
+        return "problems with a repeated id";
+    return source.m_errors.empty() ? "" : "what the warnings name"; // such as a variant that another one replaces
+}
+
+/// What was not understood would be lost with the only file that has it.
 void RefuseToLose(const TConvertOptions& options, const TLibrarySource& source, const TProblemFileOptions& files) {
-    if (!source.HasUnreadable() && !source.HasRepeatedIds())
+    const std::string lost = WhatIsLost(source);
+    if (lost.empty())
         return;
     const std::vector<std::filesystem::path> written = FilesOfLibrary(options.m_out, files);
     const bool bReplaced = std::ranges::any_of(written, [&](const std::filesystem::path& file) {
@@ -126,9 +137,7 @@ void RefuseToLose(const TConvertOptions& options, const TLibrarySource& source, 
     });
     if (!bReplaced)
         return;
-    throw ChessException(options.m_out + " is not written: " +
-                         (source.HasUnreadable() ? "problems that cannot be read" : "problems with a repeated id") +
-                         " would be lost");
+    throw ChessException(options.m_out + " is not written: " + lost + " would be lost");
 }
 
 EExitStatus Convert(const TConvertOptions& options) {

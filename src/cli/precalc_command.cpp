@@ -77,7 +77,8 @@ std::string FormText(const TPrecalcFileFound& found) {
 
 std::string FileLine(const TPrecalcFileFound& found) {
     return Padded(found.m_typeName, 8) + Padded(FormText(found), 16) + Padded(std::to_string(found.m_nSize), 14) +
-           WithoutControls(found.m_path.string()) + "\n";
+           WithoutControls(found.m_path.string()) +
+           (IsCustomType(found.m_typeName) ? " (not used by the search yet)" : "") + "\n";
 }
 
 std::string FileJson(const TPrecalcFileFound& found) {
@@ -85,6 +86,7 @@ std::string FileJson(const TPrecalcFileFound& found) {
     object["type"] = found.m_typeName;
     object["form"] = NameOfForm(FormOf(found.m_path));
     object["details"] = found.m_file.m_bDetails;
+    object["searched"] = !IsCustomType(found.m_typeName);
     object["elements"] = TPositionIndexing(found.m_typeName).GetSize();
     object["bytes"] = found.m_nSize;
     object["path"] = found.m_path.string();

@@ -30,7 +30,7 @@ void AddPrecalcOptions(CLI::App& command, TPrecalcChoice& choice, const char* gr
     command
         .add_option("--precalc-memory", choice.m_memoryMB,
                     "Memory for precalculated data, in MiB; 0: do not use any. Without the option a fifth of the "
-                    "memory of the machine, or what the problem says")
+                    "memory of the machine, or what the problem says. A problem that forbids them gets none")
         ->type_name("MB")
         ->transform(WholeNumber(0, kMostPrecalcMB))
         ->group(group);
@@ -56,10 +56,10 @@ TPrecalcOptions MakePrecalcOptions(const TSettings& settings, const TPrecalcChoi
 
 std::uint64_t PrecalcQuota(const TSettings& settings, const TPrecalcChoice& choice, const ChessProblem* problem) {
     constexpr int kMegabyteBits = 20;
-    if (choice.m_memoryMB)
-        return static_cast<std::uint64_t>(*choice.m_memoryMB) << kMegabyteBits;
     if (problem != nullptr && (problem->flags & kFlagNoGlobReg) != 0)
         return 0;
+    if (choice.m_memoryMB)
+        return static_cast<std::uint64_t>(*choice.m_memoryMB) << kMegabyteBits;
     if (problem != nullptr && problem->globRegMB != kUnset && problem->globRegMB >= 0)
         return static_cast<std::uint64_t>(problem->globRegMB) << kMegabyteBits;
     return ComputeMemoryLimits(settings).m_nPrecalculatedBytes;

@@ -25,8 +25,8 @@ void AddPrecalcOptions(CLI::App& command, TPrecalcChoice& choice, const char* gr
 ///   Errors  ChessException: the folder is none.
 [[nodiscard]] TPrecalcOptions MakePrecalcOptions(const TSettings& settings, const TPrecalcChoice& choice);
 
-/// Bytes that the data may take: what the command line says, else the problem, else the settings' share of the memory
-/// of the machine.
+/// Bytes that the data may take: none if the problem forbids them; what the command line says, else the problem, else
+/// the settings' share of the memory of the machine.
 ///   problem  null: none.
 [[nodiscard]] std::uint64_t PrecalcQuota(const TSettings& settings, const TPrecalcChoice& choice,
                                          const ChessProblem* problem);

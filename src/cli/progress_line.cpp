@@ -54,4 +54,10 @@ void CProgressLine::WriteReport(std::string_view text) {
     std::cerr << text << std::flush;
 }
 
+void CProgressLine::WriteResult(std::string_view text) {
+    const std::lock_guard lock(m_mutex);
+    EraseLocked();
+    WriteOutput(text);
+}
+
 } // namespace quillon

@@ -36,6 +36,10 @@ class CProgressLine {
     /// The same for lines of text, each with its end.
     void WriteReport(std::string_view text);
 
+    /// The same on standard output, where a terminal shows both.
+    ///   Errors  COutputError.
+    void WriteResult(std::string_view text);
+
   private:
     void EraseLocked();
 

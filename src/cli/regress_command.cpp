@@ -1,7 +1,6 @@
 #include "cli/regress_command.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -13,13 +12,16 @@
 #include "cli/console_notifier.h"
 #include "cli/option_values.h"
 #include "cli/output.h"
+#include "cli/precalc_data.h"
 #include "cli/problem_source.h"
 #include "cli/regress_report.h"
 #include "cli/solve_options.h"
 #include "cli/solve_report.h"
 #include "cli/solve_settings.h"
 #include "core/chess_exception.h"
+#include "globalregister/active_registers.h"
 #include "platform/interrupt.h"
+#include "platform/memory_info.h"
 #include "platform/sleep.h"
 #include "platform/terminal.h"
 
@@ -43,7 +45,8 @@ Solves the problems of the file in the order of their numbers and holds what is
 found against what they expect: the answer, the order of White's moves. The lines
 go to standard output and to the file RegressionTest.log in the working folder;
 the log before stays as RegressionTest.log.BAK. A problem that requires data
-which are not there is left out and told. Ctrl+C stops the run, and the log keeps
+which are not there is left out and told. With --jobs all problems share the
+data, and what one says of the memory for them does not count. Ctrl+C stops the run, and the log keeps
 what was done; a second one ends the program.
 
 Exit status: 0 all that was run is as expected, 1 something failed, was left in
@@ -57,6 +60,7 @@ struct TRegressOptions {
     bool m_bMirrors = false;
     bool m_bNoMirrors = false;
     int m_nJobs = 1;
+    TPrecalcChoice m_precalc;
     std::optional<int> m_limitSeconds;
     std::optional<std::string> m_threads;
     bool m_bJson = false;
@@ -70,11 +74,13 @@ std::atomic<int> g_nRegressInterrupts{0};
 class CRegressHost : public IRegressionHost {
   public:
     CRegressHost(const TRegressOptions& options, TProblemMap library, CProgressLine& line)
-        : m_options(options), m_library(std::move(library)), m_line(line) {
+        : m_options(options), m_library(std::move(library)), m_line(line), m_notifier(line) {
         m_solveOptions.m_threads = options.m_threads;
         m_totals.m_nProblems = m_totals.m_nNotRun = static_cast<int>(m_library.size());
-        CConsoleNotifier notifier(line);
-        m_settings = LoadSettings(notifier, CommandLineDefaults());
+        m_settings = LoadSettings(m_notifier, CommandLineDefaults());
+        ApplyRegisterSettings(m_settings);
+        m_registers.emplace(MakePrecalcOptions(m_settings, options.m_precalc), m_notifier, QuotaFor(nullptr));
+        m_active.emplace(*m_registers);
     }
 
     [[nodiscard]] const TSettings& Settings() const { return m_settings; }
@@ -83,7 +89,7 @@ class CRegressHost : public IRegressionHost {
 
     /// "problem 12 of 94": how far the run has come. From any thread.
     [[nodiscard]] std::string ProgressText() const {
-        return "problem " + std::to_string(m_nShown.load()) + " of " + std::to_string(m_totals.m_nProblems);
+        return "problem " + std::to_string(m_nBegun.load()) + " of " + std::to_string(m_totals.m_nProblems);
     }
 
     // ---- what the run asks
@@ -99,39 +105,57 @@ class CRegressHost : public IRegressionHost {
     }
     [[nodiscard]] bool IsSolving() const override { return false; }
     [[nodiscard]] const TProblemMap& Library() const override { return m_library; }
-    void ShowProblem(std::int32_t) override { m_nShown.fetch_add(1); }
+    void ShowProblem(std::int32_t) override { m_nBegun.fetch_add(1); }
 
     [[nodiscard]] TSolveRequest MakeRequest(const ChessProblem& problem) override {
         if (problem.kind != kDirectMate)
             throw ChessException(kNoRunOfOtherKinds);
         TSolveRequest request = quillon::MakeRequest(problem, m_solveOptions);
         ApplySettings(m_settings, problem, m_solveOptions, request);
-        request.m_nMemoryShare = std::max(request.m_nMemoryShare / m_options.m_nJobs, 1); // for all jobs together
+        ShareMemory(request, m_options.m_nJobs, PhysicalMemory());
+        AllowData(&problem);
         return request;
     }
 
     void RunEnded(const TRegressionRun& run) override {
+        AllowData(nullptr); // what the next problem requires is asked before its own limit is known
         CountRun(m_totals, run);
         if (std::exchange(m_lastId, run.m_nId) != run.m_nId) // the runs of a problem come together
             --m_totals.m_nNotRun;
-        m_line.Erase();
+        if (run.m_outcome == ERegressionOutcome::Skipped) // it has not been shown
+            m_nBegun.fetch_add(1);
         if (!run.m_bLogged && !std::exchange(m_bLogLost, true))
-            WriteDiagnostic(RegressionLogPath().string() + " cannot be written; the run goes on without it");
-        WriteOutput(m_options.m_bJson ? RunJson(run) : RunText(run));
+            m_line.WriteMessage(RegressionLogPath().string() + " cannot be written; the run goes on without it");
+        m_line.WriteResult(m_options.m_bJson ? RunJson(run) : RunText(run));
     }
 
     void RegressionEnded() override { m_line.Erase(); }
 
   private:
+    [[nodiscard]] std::uint64_t QuotaFor(const ChessProblem* problem) const {
+        return PrecalcQuota(m_settings, m_options.m_precalc, problem);
+    }
+
+    /// As this problem allows, null for none. While others are searched the limit has to stay what it is.
+    void AllowData(const ChessProblem* problem) {
+        if (m_options.m_nJobs > 1)
+            return;
+        m_registers->SetQuota(QuotaFor(problem));
+        SetActiveRegisters(&*m_registers);
+    }
+
     const TRegressOptions& m_options;
     const TProblemMap m_library;
     CProgressLine& m_line;
+    CConsoleNotifier m_notifier;
     TSolveOptions m_solveOptions;
     TSettings m_settings;
+    std::optional<CGlobalRegisters> m_registers;
+    std::optional<CActiveRegisters> m_active;
     TRegressTotals m_totals;
     std::optional<std::int32_t> m_lastId; // of the run told of last
     bool m_bLogLost = false;
-    std::atomic<int> m_nShown{0};
+    std::atomic<int> m_nBegun{0}; // problems, those left out among them
 };
 
 class CRegressCommand {
@@ -144,7 +168,7 @@ class CRegressCommand {
             CRegressHost host(m_options, ReadLibrary(), m_line);
             InstallInterruptHandler(g_nRegressInterrupts);
             RunAll(host);
-            WriteOutput(m_options.m_bJson ? RegressTotalsJson(host.Totals()) : RegressTotalsText(host.Totals()));
+            m_line.WriteResult(m_options.m_bJson ? RegressTotalsJson(host.Totals()) : RegressTotalsText(host.Totals()));
             Worsen(StatusOf(host));
         } catch (const ChessException& failure) {
             WriteDiagnostic(failure.what());
@@ -181,6 +205,7 @@ class CRegressCommand {
         TRegressionSetup setup;
         setup.m_nLichessLevels = host.Settings().m_nLichessLevels;
         setup.m_nJobs = m_options.m_nJobs;
+        setup.m_isTypeAvailable = IsTypeAvailable;
         CRegression regression(host, setup);
         regression.TimeLimitSeconds.store(m_options.m_limitSeconds.value_or(0));
         if (!regression.Start(m_options.m_bQuick))
@@ -245,6 +270,7 @@ void AddRegressCommand(CLI::App& app, TChosenCommand& chosen) {
                      "Threads of each problem, as for solve; without the option the problem's own number, or one")
         ->type_name("T[^L]")
         ->check(Threads());
+    AddPrecalcOptions(*command, options->m_precalc, "Data");
     command->add_flag("--json", options->m_bJson, "One JSON object a run, and one for the whole, each on one line");
     command->add_flag("--progress", options->m_bProgress,
                       "Show the live line of progress even if standard error is no terminal");

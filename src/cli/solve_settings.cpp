@@ -8,6 +8,8 @@ namespace quillon {
 
 namespace {
 
+constexpr std::int64_t kSharedMegabyte = 1 << 20;
+
 /// Who names a number of levels on the command line has said all about the scheduler.
 void ApplyScheduler(const TSettings& settings, const ChessProblem& problem, const TSolveOptions& options,
                     TSolveRequest& request) {
@@ -45,6 +47,15 @@ void ApplySettings(const TSettings& settings, const ChessProblem& problem, const
         request.m_nLichessLevels = std::max(settings.m_nLichessLevels, 0);
     if (problem.useMainVariantAsSortIndications == 0)
         request.m_sortIndications = IndicationsOf(problem, settings.m_nUseMainVariantAsSortIndications);
+}
+
+void ShareMemory(TSolveRequest& request, int nJobs, std::uint64_t nPhysicalBytes) {
+    if (nJobs < 2)
+        return;
+    if (request.m_nMemoryBudgetMB < 0)
+        request.m_nMemoryBudgetMB =
+            static_cast<std::int64_t>(nPhysicalBytes / 100) * request.m_nMemoryShare / kSharedMegabyte;
+    request.m_nMemoryBudgetMB /= nJobs;
 }
 
 } // namespace quillon

@@ -17,4 +17,8 @@ void ApplyRegisterSettings(const TSettings& settings);
 void ApplySettings(const TSettings& settings, const ChessProblem& problem, const TSolveOptions& options,
                    TSolveRequest& request);
 
+/// Of several solves at a time each has its part of the memory; 0, no register, stays. A lone one has what `solve` has.
+///   nPhysicalBytes  of the machine.
+void ShareMemory(TSolveRequest& request, int nJobs, std::uint64_t nPhysicalBytes);
+
 } // namespace quillon

@@ -15,9 +15,8 @@ namespace {
 
 constexpr std::uint8_t kWhiteMates = 1; // of a pair of bit data
 
-/// While a table is made, a byte holds the length in its low seven bits, all of them set where nothing is settled, and
-/// above them a mark about Black. What has settled plainly is below.
-constexpr std::uint16_t kMostSettledHalfMoves = HalfMovesOfByte(126);
+constexpr std::uint16_t kFirstUnsettledOfByte = HalfMovesOfByte(kFirstUnsettledByte);
+constexpr std::uint16_t kFirstUnsettledOfWord = HalfMovesOfWord(kFirstUnsettledWord);
 
 constexpr std::uint64_t kSmallTypeMen = 5; // types with fewer men are counted as plain tables
 
@@ -69,7 +68,16 @@ std::uint16_t TGlobalRegister::BitDataHalfMoves(std::uint64_t index) const {
     if ((BitPair(data.data(), index) & kWhiteMates) == 0)
         return bCompactUnfinished ? kUnknownHalfMoves : 0;
     const std::uint16_t length = detailStream.is_open() ? ReadFrom(detailStream, index) : kUnknownHalfMoves;
-    return length == 0 ? kUnknownHalfMoves : length;
+    return length == 0 ? kUnknownHalfMoves : Settled(length);
+}
+
+// A table that nobody has looked through may be one in the making whatever its name says.
+std::uint16_t TGlobalRegister::Settled(std::uint16_t halfMoves) const {
+    if (halfMoves == 0)
+        return bCompactUnfinished ? kUnknownHalfMoves : 0;
+    if (halfMoves < (nElementSize == 1 ? kFirstUnsettledOfByte : kFirstUnsettledOfWord))
+        return halfMoves;
+    return bAllSettled && !bCompactUnfinished ? halfMoves : kUnknownHalfMoves;
 }
 
 std::uint16_t TGlobalRegister::ProvedHalfMoves(const TChessboard& b) const {
@@ -78,9 +86,7 @@ std::uint16_t TGlobalRegister::ProvedHalfMoves(const TChessboard& b) const {
         return kUnknownHalfMoves;
     if (bBitData && !diskStream.is_open())
         return BitDataHalfMoves(index);
-    const std::uint16_t halfMoves = IsMateByIndex(index);
-    const bool bSettled = halfMoves != 0 && halfMoves <= kMostSettledHalfMoves;
-    return bCompactUnfinished && !bSettled ? kUnknownHalfMoves : halfMoves;
+    return Settled(IsMateByIndex(index));
 }
 
 void TGlobalRegister::Update(std::uint64_t index, std::uint16_t value) {

@@ -45,7 +45,8 @@ struct TGlobalRegister : TPositionIndexing {
     [[nodiscard]] std::uint16_t IsMate(const TChessboard& b) const { return IsMateByIndex(GetIndex(b)); }
 
     /// Half-moves to mate in every form of the data, as far as they are proved: of bit data from the details, of a
-    /// table that was not finished only what it has settled.
+    /// table that was not finished only what it has settled, and lengths from 127 on only of one that has been looked
+    /// through.
     ///   Returns  0, kUnknownHalfMoves, or an odd number. kUnknownHalfMoves for a custom type without this position.
     ///   Errors   ChessException: damaged data.
     [[nodiscard]] std::uint16_t ProvedHalfMoves(const TChessboard& b) const;
@@ -57,10 +58,12 @@ struct TGlobalRegister : TPositionIndexing {
     /// Bytes that count against the quota: 0 for a table on disk.
     [[nodiscard]] std::uint64_t GetMemoryInUse() const;
 
-    std::filesystem::path path; // a file chosen by name; empty for those of the folders
+    std::filesystem::path path;       // a file chosen by name; empty for those of the folders
+    std::filesystem::path loadedFrom; // the file that the elements came from; empty: no file
     bool bFullyLoaded = false;
     bool bBitData = false;
     bool bCompactUnfinished = false; // the table is, or was left, in the making
+    bool bAllSettled = false;        // every element has been looked at, and none is of a table in the making
     mutable std::ifstream diskStream;
     mutable std::ifstream detailStream;
     std::uint8_t nElementSize = 1; // bytes, of the table or of the details
@@ -75,6 +78,7 @@ struct TGlobalRegister : TPositionIndexing {
     [[nodiscard]] std::uint16_t ReadFrom(std::ifstream& stream, std::uint64_t index) const;
     [[nodiscard]] std::uint16_t OtherForm(std::uint64_t index) const;
     [[nodiscard]] std::uint16_t BitDataHalfMoves(std::uint64_t index) const;
+    [[nodiscard]] std::uint16_t Settled(std::uint16_t halfMoves) const;
     void Update(std::uint64_t index, std::uint16_t value);
 };
 

@@ -70,12 +70,11 @@ void CGlobalRegisters::ReadFolders() {
 
 TGlobalRegister* CGlobalRegisters::GetRegister(const TChessboard& b, const TSearchGate& gate) {
     TRegisterSlot* const slot = FindSlot(GetPositionType(b));
-    if (slot == nullptr)
+    if (slot == nullptr || Quota() == 0) // data in use stay when the quota goes, but answer no more
         return nullptr;
     if (TGlobalRegister* const data = slot->Acquire()) [[likely]]
         return data;
-    if (slot->State() != EDataState::Present || Quota() == 0 ||
-        !IsWorthLoading(b, gate, m_options.m_nUseDataPackedForRandomAccess))
+    if (slot->State() != EDataState::Present || !IsWorthLoading(b, gate, m_options.m_nUseDataPackedForRandomAccess))
         return nullptr;
     return LoadSlot(*slot, &b, gate);
 }
@@ -96,11 +95,13 @@ TGlobalRegister* CGlobalRegisters::LoadSlot(TRegisterSlot& slot, const TChessboa
         const std::lock_guard lock(m_loadingLock);
         if (TGlobalRegister* const data = slot.Acquire())
             return data;
-        if (slot.State() == EDataState::Unavailable)
+        if (slot.State() == EDataState::Unavailable || slot.State() == EDataState::NoRoom)
             return nullptr;
         if (!slot.m_bLoading) {
             slot.m_bLoading = true;
             slot.m_nReserved = 0;
+            slot.m_bRoomRefused = false;
+            slot.m_stateBefore = slot.State();
             break;
         }
     }
@@ -124,7 +125,7 @@ std::unique_ptr<TGlobalRegister> CGlobalRegisters::LoadData(TRegisterSlot& slot)
 void CGlobalRegisters::EndLoad(TRegisterSlot& slot, std::unique_ptr<TGlobalRegister> data) {
     const std::lock_guard registers(m_registersLock);
     const std::lock_guard loading(m_loadingLock);
-    slot.SetState(data ? EDataState::Present : EDataState::Unavailable);
+    slot.SetState(data ? EDataState::Present : slot.m_bRoomRefused ? EDataState::NoRoom : EDataState::Unavailable);
     if (data)
         slot.Publish(data.release());
     slot.m_bLoading = false;
@@ -163,8 +164,10 @@ bool CGlobalRegisters::TryMakeRoom(TRegisterSlot& slot, std::uint64_t size) {
     const std::lock_guard loading(m_loadingLock);
     const std::uint64_t nQuota = Quota();
     slot.m_nReserved = 0;
-    if (size >= nQuota)
+    if (size >= nQuota) {
+        slot.m_bRoomRefused = true;
         return false;
+    }
     slot.m_nReserved = size;
     std::uint64_t used = MemoryInUseUnderLocks(&slot);
     const std::uint64_t nMost = nQuota - size;
@@ -176,6 +179,7 @@ bool CGlobalRegisters::TryMakeRoom(TRegisterSlot& slot, std::uint64_t size) {
     if (used <= nMost || (!IsGenerating() && Evict(used - nMost) == 0))
         return true;
     slot.m_nReserved = 0;
+    slot.m_bRoomRefused = true;
     return false;
 }
 
@@ -202,9 +206,15 @@ std::uint64_t CGlobalRegisters::Evict(std::uint64_t nNeeded) {
 }
 
 void CGlobalRegisters::SetQuota(std::uint64_t nBytes) {
-    m_nPrecalcQuota.store(nBytes, std::memory_order_relaxed);
     const std::lock_guard registers(m_registersLock);
     const std::lock_guard loading(m_loadingLock);
+    const bool bMore = nBytes > m_nPrecalcQuota.exchange(nBytes, std::memory_order_relaxed);
+    for (const std::unique_ptr<TRegisterSlot>& slot : m_slots) {
+        if (bMore && slot->State() == EDataState::NoRoom)
+            slot->SetState(slot->m_stateBefore);
+        if (nBytes == 0 && slot->RefCount() == 0) // those on disk, too, which take no memory
+            delete slot->TryTakeOut();
+    }
     const std::uint64_t used = MemoryInUseUnderLocks(nullptr);
     if (used > nBytes)
         (void)Evict(used - nBytes);
@@ -278,7 +288,7 @@ TRegistersStatus CGlobalRegisters::Status() const {
     for (const std::unique_ptr<TRegisterSlot>& slot : m_slots) {
         const TGlobalRegister* const data = slot->Peek();
         status.m_nPending += slot->m_bLoading;
-        if (data == nullptr && slot->State() != EDataState::Unavailable)
+        if (data == nullptr && slot->State() != EDataState::Unavailable && slot->State() != EDataState::NoRoom)
             continue;
         TRegisterStatus type{PositionTypeToString(slot->Type()), data != nullptr};
         if (data != nullptr) {

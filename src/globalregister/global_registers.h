@@ -92,7 +92,7 @@ class CGlobalRegisters final : private IPrecalcRoom {
 
     [[nodiscard]] std::uint64_t Quota() const override { return m_nPrecalcQuota.load(std::memory_order_relaxed); }
 
-    /// Unloads what exceeds the new quota; with 0 everything.
+    /// Unloads what exceeds the new quota; with 0 everything. With more than before, what had no room is tried again.
     void SetQuota(std::uint64_t nBytes);
 
     /// While tables are made: nothing is unloaded, and a lack of room is told.

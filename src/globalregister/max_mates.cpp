@@ -1,6 +1,7 @@
 #include "globalregister/max_mates.h"
 
 #include <algorithm>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <system_error>
@@ -18,7 +19,7 @@ namespace {
 constexpr std::size_t kNumberBytes = sizeof(std::uint64_t);
 constexpr std::uint32_t kFirstMark = 128; // in elements of one byte
 constexpr std::uint64_t kPieceBytes = 1 << 20;
-constexpr std::size_t kWantedIndexes = 2048; // of a type that is looked at for its maximum
+constexpr std::size_t kWantedIndexes = 2048; // at least so many are kept: a file with fewer has all
 
 /// The greatest element so far, and where it stands.
 class CMaximum {
@@ -54,6 +55,8 @@ std::optional<std::uint32_t> ReadCache(const std::filesystem::path& path, std::u
     if (!content || content->size() < kNumberBytes || content->size() % kNumberBytes != 0)
         return std::nullopt;
     const std::size_t nIndexes = content->size() / kNumberBytes - 1;
+    if (nIndexes >= kWantedIndexes && nIndexes < nLimit) // more were not wanted then
+        return std::nullopt;
     const std::uint64_t nMoves = NumberAt(*content, 0);
     if (nMoves > UINT16_MAX || (nMoves != 0) != (nIndexes != 0))
         return std::nullopt;
@@ -64,6 +67,14 @@ std::optional<std::uint32_t> ReadCache(const std::filesystem::path& path, std::u
         indexes.insert(NumberAt(*content, i + 1));
     }
     return static_cast<std::uint32_t>(nMoves);
+}
+
+/// Was the first written before the second? Of what cannot be told: no.
+bool IsOlder(const std::filesystem::path& first, const std::filesystem::path& second) {
+    std::error_code firstError, secondError;
+    const auto firstTime = std::filesystem::last_write_time(first, firstError);
+    const auto secondTime = std::filesystem::last_write_time(second, secondError);
+    return !firstError && !secondError && firstTime < secondTime;
 }
 
 /// A cache that cannot be written is none.
@@ -117,7 +128,8 @@ std::uint32_t Scan(const TGlobalRegister& data, std::set<std::uint64_t>& indexes
         TakeElements(data.data.data(), 0, data.GetSize(), data.nElementSize, maximum);
     else
         for (std::uint64_t index = 1; index < data.GetSize(); ++index)
-            maximum.Take(index, (data.IsMateByIndex(index) + 1u) / 2);
+            if (const std::uint16_t n = data.IsMateByIndex(index); n != kUnknownHalfMoves)
+                maximum.Take(index, (n + 1u) / 2);
     return maximum.Greatest();
 }
 
@@ -142,12 +154,15 @@ std::uint32_t GetMaxMoves(const TGlobalRegister& data, const std::filesystem::pa
                           std::set<std::uint64_t>& indexes, std::size_t nLimit, bool bUseCache) {
     const std::filesystem::path cache =
         installation / kMaxMatesFolder / (PrecalcBaseName(data.typeName) + std::string(kMaxMatesExtension));
-    if (bUseCache)
+    if (!bUseCache || data.bCompactUnfinished) // what a table in the making has today is no answer for tomorrow
+        return Scan(data, indexes, nLimit);
+    if (!IsOlder(cache, data.loadedFrom))
         if (const std::optional<std::uint32_t> known = ReadCache(cache, data.GetSize(), indexes, nLimit))
             return *known;
-    const std::uint32_t nMoves = Scan(data, indexes, nLimit);
-    if (bUseCache)
-        WriteCache(cache, nMoves, indexes);
+    const std::uint32_t nMoves = Scan(data, indexes, std::max(nLimit, kWantedIndexes));
+    WriteCache(cache, nMoves, indexes);
+    if (indexes.size() > nLimit)
+        indexes.erase(std::next(indexes.begin(), static_cast<std::ptrdiff_t>(nLimit)), indexes.end());
     return nMoves;
 }
 

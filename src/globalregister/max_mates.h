@@ -4,7 +4,7 @@
 // They are kept beside the data, in `MaxMateIndexesCache/<name of the type>.idx`. Numbers are little-endian:
 //   offset  bytes   content
 //   0       8       moves of the longest mate
-//   8       8 each  indices of positions that have it, ascending; as many as were wanted when the file was written
+//   8       8 each  indices of positions that have it, ascending: all, or as many as were wanted, 2048 at least
 //
 // Threads: any; files are replaced whole.
 
@@ -24,7 +24,8 @@ inline constexpr std::string_view kMaxMatesExtension = ".idx";
 
 /// Moves of the longest mate in the data, 0 for none.
 ///   indexes    receives up to nLimit of the positions that have it.
-///   bUseCache  takes both from the file, if it has them; what had to be found is written there.
+///   bUseCache  takes both from the file, if it has them and is not older than the table; what had to be found is
+///              written there, unless the table is in the making.
 ///   Of a table of one byte an element values from 128 up do not count: they are marks of a table in the making.
 ///   Errors     ChessException: damaged data.
 [[nodiscard]] std::uint32_t GetMaxMoves(const TGlobalRegister& data, const std::filesystem::path& installation,

@@ -23,11 +23,6 @@ void AddFilesIn(const fs::path& folder, bool bSubFolders, std::vector<fs::path>&
     }
 }
 
-bool HasDetails(const fs::path& path) {
-    return path.filename().string().find(std::string(kTableExtension) + std::string(kDetailsExtension)) !=
-           std::string::npos;
-}
-
 /// A file that stands where it is looked for: with a sub-folder for its men, those beside that are not.
 std::optional<TPrecalcFileFound> Found(const fs::path& path, const TPrecalcFolders& folders) {
     const std::optional<std::string> typeName = TypeOfFile(path);
@@ -51,12 +46,26 @@ auto Order(const TPrecalcFileFound& found) {
                            found.m_path);
 }
 
+/// The plain file of the table, not that of its lengths.
+std::string PlainTableName(const fs::path& path) {
+    std::string name = path.string();
+    name.resize(name.size() - kPrecalcExtensions[static_cast<std::size_t>(KindOfFile(path))].size());
+    if (name.ends_with(kDetailsExtension))
+        name.resize(name.size() - kDetailsExtension.size());
+    return name;
+}
+
 bool IsFolder(const fs::path& path) {
     std::error_code error;
     return fs::is_directory(path, error);
 }
 
 } // namespace
+
+bool HasDetails(const fs::path& path) {
+    return path.filename().string().find(std::string(kTableExtension) + std::string(kDetailsExtension)) !=
+           std::string::npos;
+}
 
 std::vector<TPrecalcFileFound> FindPrecalcFiles(const TPrecalcFolders& folders) {
     std::vector<fs::path> files;
@@ -70,6 +79,19 @@ std::vector<TPrecalcFileFound> FindPrecalcFiles(const TPrecalcFolders& folders) 
             all.push_back(std::move(*found));
     std::ranges::sort(all, [](const auto& a, const auto& b) { return Order(a) < Order(b); });
     return all;
+}
+
+bool IsLeftInTheMaking(const fs::path& path) {
+    if (path.empty())
+        return false;
+    const std::string name = PlainTableName(path);
+    for (const std::string& plain : {name, name + std::string(kDetailsExtension)})
+        for (const std::string_view mark : {kIterationExtension, kSavePendingExtension}) {
+            std::error_code error;
+            if (fs::exists(plain + std::string(mark), error))
+                return true;
+        }
+    return false;
 }
 
 TPrecalcFolders FoldersOf(const fs::path& folder, const fs::path& secondRoot) {

@@ -17,10 +17,17 @@ struct TPrecalcFileFound {
     std::uint64_t m_nSize = 0; // bytes
 };
 
+/// Does its name say that a file holds the lengths beside bit data?
+[[nodiscard]] bool HasDetails(const std::filesystem::path& path);
+
 /// Every file that a load of its type would look at, by type and then by kind. Folders that are not there, and those
 /// that cannot be read, have none.
 ///   Errors  std::bad_alloc.
 [[nodiscard]] std::vector<TPrecalcFileFound> FindPrecalcFiles(const TPrecalcFolders& folders);
+
+/// True if the table that a file holds, in whatever form, was left in the making, or while it was saved: the mark of
+/// that stands beside its plain file. False for an empty path.
+[[nodiscard]] bool IsLeftInTheMaking(const std::filesystem::path& path);
 
 /// The folders that a user means by a folder: one that has `Precalc` or `CustomPrecalc` in it, or one with the files
 /// themselves.

@@ -7,7 +7,7 @@
 //   1    2     groups of equal pieces are combinations
 //   2    4     elements have two bytes; honoured for types of at least four men besides the kings
 //
-// Elements: 0 no mate; n White, to move, mates in n; 255 in an element of one byte unknown.
+// Elements: 0 no mate; n White, to move, mates in n; unknown are 255 in one byte, 32768 and above in two.
 //
 // Bit data: two bits an index, lowest first, in files of types of six and more men and of "PPp". Bit 0 of a pair:
 // White, to move, mates; the lengths are in the details file, a table of elements as above.
@@ -26,7 +26,13 @@ inline constexpr std::uint16_t kFlagCombinations = 2;
 inline constexpr std::uint16_t kFlagWideElements = 4;
 
 inline constexpr std::uint8_t kUnknownElement = 255;
+inline constexpr std::uint16_t kFirstUnknownWord = 0x8000; // from here on no number of half-moves stands for a length
 inline constexpr std::uint16_t kUnknownHalfMoves = 65535;
+
+/// While a table is made, an element holds the length below its highest bit, all of those bits set where nothing is
+/// settled, and a mark about Black in the highest. What is less than this has settled plainly.
+inline constexpr std::uint16_t kFirstUnsettledByte = 127;
+inline constexpr std::uint16_t kFirstUnsettledWord = 32767;
 
 /// Half-moves to mate with White to move: 0 no mate, kUnknownHalfMoves, otherwise odd.
 [[nodiscard]] constexpr std::uint16_t HalfMovesOfByte(std::uint8_t element) {
@@ -35,6 +41,8 @@ inline constexpr std::uint16_t kUnknownHalfMoves = 65535;
     return static_cast<std::uint16_t>(element == 0 ? 0 : 2 * element - 1);
 }
 [[nodiscard]] constexpr std::uint16_t HalfMovesOfWord(std::uint16_t element) {
+    if (element >= kFirstUnknownWord)
+        return kUnknownHalfMoves;
     return static_cast<std::uint16_t>(element == 0 ? 0 : 2 * element - 1);
 }
 

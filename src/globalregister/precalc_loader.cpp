@@ -4,12 +4,15 @@
 #include <array>
 #include <new>
 #include <optional>
+#include <span>
 #include <string>
 #include <system_error>
 
-#include "globalregister/packed/byte_streams.h"
+#include "globalregister/packed/little_endian.h"
 #include "globalregister/packed/packed_block.h"
 #include "globalregister/packed/packed_table_header.h"
+#include "globalregister/packed/simple_packing.h"
+#include "globalregister/precalc_files.h"
 #include "globalregister/precalc_read.h"
 #include "globalregister/recompression.h"
 #include "globalregister/table_conversion.h"
@@ -32,7 +35,38 @@ bool Exists(const fs::path& path) {
     return !path.empty() && fs::is_regular_file(path, error);
 }
 
-fs::path WithAppended(fs::path path, std::string_view end) { return path += end; }
+/// Which values the elements of a table of bytes have.
+using TSeenElements = std::array<bool, 256>;
+
+/// Do these elements tell that their table was not finished? One that is has no unknown ones, and behind a long mate
+/// there are shorter ones.
+bool LookUnfinished(const TSeenElements& bSeen) {
+    const auto unsettled = bSeen.begin() + kFirstUnsettledByte, unknown = bSeen.begin() + kUnknownElement;
+    return *unknown || (std::find(unsettled, unknown, true) != unknown &&
+                        std::find(bSeen.begin() + 1, unsettled, false) != unsettled);
+}
+
+bool LookUnfinished(std::span<const std::uint8_t> table, std::size_t nElementSize) {
+    if (nElementSize == 2) {
+        for (std::size_t at = 2; at + 1 < table.size(); at += 2)
+            if (LoadLittleEndian<std::uint16_t>(table.data() + at) >= kFirstUnsettledWord)
+                return true;
+        return false;
+    }
+    TSeenElements bSeen{};
+    for (const std::uint8_t element : table.subspan(1))
+        bSeen[element] = true;
+    return LookUnfinished(bSeen);
+}
+
+/// Of the stream of simple packing, where bytes between 127 and 255 are runs.
+TSeenElements SeenInSimple(std::span<const std::uint8_t> simple) {
+    TSeenElements bSeen{};
+    for (const std::uint8_t byte : simple.subspan(SimpleStreamStart(simple) + 1))
+        bSeen[byte] = true;
+    std::fill(bSeen.begin() + kFirstUnsettledByte + 1, bSeen.begin() + kUnknownElement, false);
+    return bSeen;
+}
 
 class CPrecalcLoad {
   public:
@@ -41,6 +75,8 @@ class CPrecalcLoad {
         : m_data(data), m_options(options), m_room(room), m_notifier(notifier), m_mode(mode), m_numbering(data) {}
 
     bool Run() {
+        m_bInTheMaking = IsInTheMaking();
+        m_data.bCompactUnfinished = m_bInTheMaking;
         m_bDiskWanted = m_options.m_bGlobalRegisterForceDiskAccess && m_mode.m_bAllowDisk;
         if (!m_bDiskWanted && !CheckQuota())
             return false;
@@ -65,6 +101,12 @@ class CPrecalcLoad {
 
     [[nodiscard]] fs::path Name(EPrecalcKind kind, bool bSecondRoot, bool bDetails = false) const {
         return GetFileName(m_data, m_options.m_folders, {kind, bDetails, bSecondRoot}, m_data.path);
+    }
+
+    /// A packed form of an unfinished table is no more finished than the plain one, in whichever root they are.
+    [[nodiscard]] bool IsInTheMaking() const {
+        return IsLeftInTheMaking(Name(EPrecalcKind::Plain, false)) ||
+               IsLeftInTheMaking(Name(EPrecalcKind::Plain, true)) || IsLeftInTheMaking(m_data.path);
     }
 
     /// The files of a kind that exist, in the order in which they are tried.
@@ -113,32 +155,44 @@ class CPrecalcLoad {
 
     bool LoadWhole() {
         for (const fs::path& file : Files(EPrecalcKind::Lz4, false))
-            if (!file.empty() && (ReadLz4File(file) || StartAnew()))
+            if (!file.empty() && (From(file, ReadLz4File(file)) || StartAnew()))
                 return true;
         for (const fs::path& file : Files(EPrecalcKind::Plain, true))
-            if (!file.empty() && (LoadPlain(file) || StartAnew()))
+            if (!file.empty() && (From(file, LoadPlain(file)) || StartAnew()))
                 return true;
         return false;
+    }
+
+    bool From(const fs::path& file, bool bLoaded) {
+        if (bLoaded)
+            m_data.loadedFrom = file;
+        return bLoaded;
     }
 
     /// What a file that is of no use has left behind is taken back. Always false.
     bool StartAnew() {
         static_cast<TPositionIndexing&>(m_data) = m_numbering;
-        m_data.bBitData = m_data.bCompactUnfinished = false;
+        m_data.bBitData = m_data.bAllSettled = false;
+        m_data.bCompactUnfinished = m_bInTheMaking;
         m_data.detailStream = {};
+        m_data.diskStream = {};
         m_data.data = {};
+        m_data.nPackedSize = 0;
         m_data.packed.reset();
         m_data.nRandomAccessKind = kPlainAccess;
         m_data.nElementSize = 1;
+        if (!m_mode.m_bVerifying)
+            (void)m_room.MakeRoom(m_data.nPositionType, 0);
         return false;
     }
 
     bool ReadLz4File(const fs::path& file) {
-        if (!CanHold(TableBytes()))
+        const std::optional<std::uint64_t> size = ReadUnpackedSize(file);
+        if (size && !CanHold(*size))
             return false;
         std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
         std::vector<std::uint8_t> table;
-        if (!content || !UnpackBlock(*content, table) || table.empty()) {
+        if (!size || !content || !UnpackBlock(*content, table) || table.empty()) {
             WarnAboutSize(file, FileSize(file), TableBytes());
             return false;
         }
@@ -159,7 +213,6 @@ class CPrecalcLoad {
         }
         if (!TakeForm(file, *flags, size))
             return false;
-        m_data.bCompactUnfinished = Exists(WithAppended(file, kIterationExtension));
         if (!m_data.bBitData && IsLargeForMemory(size))
             return OpenOnDisk(file);
         if (CanHold(size) && ReadTable(file, size)) {
@@ -231,15 +284,20 @@ class CPrecalcLoad {
         return true;
     }
 
-    /// A table of one byte an element that has a 255 is not finished.
     void CheckLoadedTable(const fs::path& file, EPrecalcKind kind) {
-        const bool bElements = !m_data.bBitData && m_data.nElementSize == 1;
-        if (bElements && std::find(m_data.data.begin() + 1, m_data.data.end(), kUnknownElement) != m_data.data.end()) {
-            m_data.bCompactUnfinished = true;
-            m_notifier.Inform("Dane dla pozycji typu " + m_data.typeName + " wyglądają na nie do końca wygenerowane.",
-                              "Warning");
-        }
+        if (!m_data.bBitData)
+            TakeLook(LookUnfinished(m_data.data, m_data.nElementSize));
         OfferPacking(file, kind);
+    }
+
+    /// The elements have been looked at.
+    void TakeLook(bool bUnfinished) {
+        m_data.bAllSettled = !bUnfinished;
+        if (!bUnfinished)
+            return;
+        m_data.bCompactUnfinished = true;
+        m_notifier.Inform("Dane dla pozycji typu " + m_data.typeName + " wyglądają na nie do końca wygenerowane.",
+                          "Warning");
     }
 
     void OfferPacking(const fs::path& file, EPrecalcKind kind) {
@@ -251,7 +309,7 @@ class CPrecalcLoad {
 
     bool LoadPackedOfRoots() {
         for (const fs::path& file : Files(EPrecalcKind::PackedLzw, true))
-            if (!file.empty() && (LoadPacked(file, false, m_mode.m_bVerifying) || StartAnew()))
+            if (!file.empty() && (From(file, LoadPacked(file, false, m_mode.m_bVerifying)) || StartAnew()))
                 return true;
         return false;
     }
@@ -283,7 +341,8 @@ class CPrecalcLoad {
     /// Packed tables where packed ones are not wanted.
     bool LoadUnpacked() {
         for (const fs::path& file : Files(EPrecalcKind::PackedLzw, true))
-            if (!file.empty() && ((LoadPacked(file, true, m_mode.m_bVerifying) && UnpackLoaded(file)) || StartAnew()))
+            if (!file.empty() &&
+                (From(file, LoadPacked(file, true, m_mode.m_bVerifying) && UnpackLoaded(file)) || StartAnew()))
                 return true;
         return false;
     }
@@ -298,6 +357,7 @@ class CPrecalcLoad {
                 m_data.data = std::move(*table);
                 m_data.packed.reset();
                 m_data.nRandomAccessKind = kPlainAccess;
+                TakeLook(LookUnfinished(m_data.data, m_data.nElementSize));
                 OfferSaving(file);
                 return true;
             }
@@ -325,13 +385,14 @@ class CPrecalcLoad {
     /// Archives have the same extension, and are none of this.
     bool LoadSimple() {
         for (const fs::path& file : Files(EPrecalcKind::PackedLz4, false))
-            if (!file.empty() && (ReadSimple(file) || StartAnew()))
+            if (!file.empty() && (From(file, ReadSimple(file)) || StartAnew()))
                 return true;
         return false;
     }
 
     bool ReadSimple(const fs::path& file) {
-        if (FormOf(file) != ETableForm::Simple || m_data.custom || UsesBitData(m_data) || !CanHold(TableBytes()))
+        if (FormOf(file) != ETableForm::Simple || m_data.custom || UsesBitData(m_data) ||
+            !CanHold(ReadUnpackedSize(file).value_or(TableBytes())))
             return false;
         const std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
         std::vector<std::uint8_t> simple;
@@ -344,9 +405,10 @@ class CPrecalcLoad {
 
     bool TakeSimple(std::vector<std::uint8_t> simple) {
         const std::optional<std::uint8_t> flags = SimpleFlags(simple);
-        if (!flags || !ApplyFlags(m_data, *flags) || !HasSimpleElements(simple, m_data.GetSize()) ||
+        if (!flags || !ApplyFlags(m_data, *flags) || !IsWholeSimple(simple, m_data.GetSize()) ||
             !CanHold(simple.size()))
             return false;
+        TakeLook(LookUnfinished(SeenInSimple(simple)));
         m_data.nPackedSize = static_cast<std::uint32_t>(simple.size());
         m_data.data = std::move(simple);
         m_data.nRandomAccessKind = kSimpleAccess;
@@ -364,6 +426,7 @@ class CPrecalcLoad {
     const TLoadMode m_mode;
     const TPositionIndexing m_numbering; // as it was before a file had its say
     bool m_bDiskWanted = false;
+    bool m_bInTheMaking = false;
 };
 
 } // namespace

@@ -1,9 +1,11 @@
 #include "globalregister/precalc_read.h"
 
+#include <array>
 #include <fstream>
 #include <system_error>
 
 #include "globalregister/packed/byte_streams.h"
+#include "globalregister/packed/packed_block.h"
 #include "globalregister/packed/simple_packing.h"
 #include "platform/large_pages.h"
 #include "platform/save_file.h"
@@ -37,10 +39,12 @@ std::optional<TPackedTableHeader> ReadPackedHeader(const std::filesystem::path& 
     return DecodePackedTableHeader(bytes);
 }
 
-std::optional<std::uint8_t> SimpleFlags(std::span<const std::uint8_t> simple) { return SimpleElement(simple, 0); }
-
-bool HasSimpleElements(std::span<const std::uint8_t> simple, std::uint64_t nElements) {
-    return nElements > 0 && SimpleElement(simple, nElements - 1) && !SimpleElement(simple, nElements);
+std::optional<std::uint64_t> ReadUnpackedSize(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::array<std::uint8_t, kBlockHeaderBytes> head{};
+    return ReadBytes(file, head.data(), head.size()) ? UnpackedSize(head) : std::nullopt;
 }
+
+std::optional<std::uint8_t> SimpleFlags(std::span<const std::uint8_t> simple) { return SimpleElement(simple, 0); }
 
 } // namespace quillon

@@ -21,10 +21,10 @@ namespace quillon {
 /// The head of a ".packed.lzw" file; none if it is too short or cannot be read.
 [[nodiscard]] std::optional<TPackedTableHeader> ReadPackedHeader(const std::filesystem::path& path);
 
+/// What the head of a block or container (packed_block.h) says that it unpacks to; none if the file is none.
+[[nodiscard]] std::optional<std::uint64_t> ReadUnpackedSize(const std::filesystem::path& path);
+
 /// The flags of a table in simple packing (simple_packing.h).
 [[nodiscard]] std::optional<std::uint8_t> SimpleFlags(std::span<const std::uint8_t> simple);
-
-/// True if a table in simple packing has exactly so many elements.
-[[nodiscard]] bool HasSimpleElements(std::span<const std::uint8_t> simple, std::uint64_t nElements);
 
 } // namespace quillon

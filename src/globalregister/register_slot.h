@@ -25,7 +25,8 @@ struct TGlobalRegister;
 enum class EDataState : std::uint8_t {
     NotAsked,    // no file is known; none has been looked for since the folders were read
     Present,     // there are files
-    Unavailable, // there are none, they are of no use, or there was no room: not tried again until all is unloaded
+    Unavailable, // there are none, or they are of no use: not tried again until all is unloaded
+    NoRoom,      // there was no room: not tried again until all is unloaded or more memory is allowed
 };
 
 class TRegisterSlot {
@@ -85,6 +86,8 @@ class TRegisterSlot {
     // Of a load in progress; both under the manager's lock of loads.
     bool m_bLoading = false;
     std::uint64_t m_nReserved = 0; // bytes
+    bool m_bRoomRefused = false;   // there was none for it, at some step
+    EDataState m_stateBefore = EDataState::NotAsked;
 
   private:
     static constexpr std::size_t kGroups = 16; // of threads: each its own line of the cache

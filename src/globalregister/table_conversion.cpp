@@ -14,6 +14,7 @@
 #include "globalregister/packed/random_access_packed_buffer.h"
 #include "globalregister/packed/simple_packing.h"
 #include "globalregister/precalc_file_name.h"
+#include "globalregister/precalc_files.h"
 #include "globalregister/precalc_format.h"
 #include "globalregister/precalc_read.h"
 
@@ -48,6 +49,52 @@ TPositionIndexing IndexingOf(const fs::path& path) {
     if (!typeName)
         Fail(path, "not the name of a file of precalculated data");
     return TPositionIndexing(*typeName);
+}
+
+/// A name tells what is in a file, so a wrong one would give the content away as other data; and it may be that of the
+/// source by another way.
+void CheckTarget(const fs::path& source, const fs::path& target, EPrecalcKind kind) {
+    std::error_code error;
+    if (fs::equivalent(source, target, error))
+        Fail(target, "is the file that is to be converted");
+    if (TypeOfFile(target) != TypeOfFile(source) || KindOfFile(target) != kind ||
+        HasDetails(target) != HasDetails(source))
+        Fail(target, "not a name for these data in this form");
+}
+
+/// A file under a name of its own until it is whole: then it takes the place of the target in one step.
+class CNewFile {
+  public:
+    explicit CNewFile(const fs::path& target) : m_target(target) {
+        std::error_code error;
+        if (fs::is_symlink(target, error)) // the link stays, the file that it names is replaced
+            m_target = fs::weakly_canonical(target, error);
+        m_path = m_target;
+        m_path += kNewExtension;
+    }
+    ~CNewFile() {
+        std::error_code error;
+        fs::remove(m_path, error);
+    }
+    CNewFile(const CNewFile&) = delete;
+    CNewFile& operator=(const CNewFile&) = delete;
+
+    [[nodiscard]] const fs::path& Path() const { return m_path; }
+    [[nodiscard]] bool TakePlace() const {
+        std::error_code error;
+        fs::rename(m_path, m_target, error);
+        return !error;
+    }
+
+  private:
+    static constexpr std::string_view kNewExtension = ".NEW";
+    fs::path m_target, m_path;
+};
+
+/// Where its content goes nothing tells that it is not all there.
+void RefuseUnfinished(const fs::path& path) {
+    if (IsLeftInTheMaking(path))
+        Fail(path, "its table was left unfinished");
 }
 
 TBytes Content(const fs::path& path) {
@@ -109,7 +156,8 @@ void PackLzw(const fs::path& source, const TPlainFile& plain, const fs::path& ta
         Fail(source, "bit data have no such form; their details have");
     std::ifstream table(source, std::ios::binary);
     const auto writer = RandomAccessLZWBuffer::MakePackedWriter(plain.m_nElementSize);
-    if (!table || !writer->CompressStream(target, table, plain.m_nElements, plain.m_wFlags))
+    const CNewFile file(target);
+    if (!table || !writer->CompressStream(file.Path(), table, plain.m_nElements, plain.m_wFlags) || !file.TakePlace())
         Fail(target, "cannot be written in this form");
 }
 
@@ -119,7 +167,9 @@ void PackArchive(const fs::path& source, const TPlainFile& plain, const fs::path
     std::ifstream table(source, std::ios::binary);
     std::ofstream log(fs::path(target) += kPackingLogExtension, std::ios::app);
     const auto write = [&log](std::string_view line) { log << line << std::flush; };
-    if (error || !table || !SavePackedLz4(target, table, nSize, plain.m_wFlags, write, nProcessors))
+    const CNewFile file(target);
+    if (error || !table || !SavePackedLz4(file.Path(), table, nSize, plain.m_wFlags, write, nProcessors) ||
+        !file.TakePlace())
         Fail(target, "cannot be written in this form");
 }
 
@@ -211,12 +261,16 @@ fs::path NameInForm(const fs::path& path, ETableForm form) {
 }
 
 void PackTableFile(const fs::path& source, ETableForm form, const fs::path& target, int nProcessors) {
+    RefuseUnfinished(source);
     if (FormOf(source) != ETableForm::Plain)
         Fail(source, "is packed already");
+    if (form == ETableForm::Plain)
+        Fail(target, "is no packed form");
+    CheckTarget(source, target, KindOf(form));
     const TPlainFile plain = DescribeFile(source);
     switch (form) {
     case ETableForm::Plain:
-        Fail(target, "is no packed form");
+        return;
     case ETableForm::Lz4:
         return PackLz4(source, target, nProcessors);
     case ETableForm::Lzw:
@@ -229,6 +283,8 @@ void PackTableFile(const fs::path& source, ETableForm form, const fs::path& targ
 }
 
 void UnpackTableFile(const fs::path& source, const fs::path& target) {
+    RefuseUnfinished(source);
+    CheckTarget(source, target, EPrecalcKind::Plain);
     const TBytes table = Unpacked(source);
     (void)Describe(source, table.empty() ? 0 : table[0], table.size());
     Write(target, table);

@@ -23,8 +23,10 @@ enum class ETableForm : std::uint8_t {
 [[nodiscard]] std::filesystem::path NameInForm(const std::filesystem::path& path, ETableForm form);
 
 /// Packs a plain file, of a table, of bit data or of their details. An archive has a log of its buckets beside it.
-///   target   replaced.
-///   Errors   ChessException: not a plain file of its type, data that this form has no place for, a file that cannot
+/// A table that was left in the making is refused: in another form, or folder, it would pass for a finished one.
+///   target   replaced once the new file is whole. Its name has to be that of the same data in this form.
+///   Errors   ChessException: not a plain file of its type, a target of another name, or that is the source, data that
+///   this form has no place for, a file that cannot
 ///            be read or written. std::bad_alloc.
 void PackTableFile(const std::filesystem::path& source, ETableForm form, const std::filesystem::path& target,
                    int nProcessors);

@@ -17,6 +17,7 @@
 #include "heuristics/thread_demand.h"
 #include "platform/processors.h"
 #include "search/control.h"
+#include "search/expected_white_moves.h"
 #include "search/find_mate.h"
 #include "search/helper_threads.h"
 #include "search/move_sort.h"
@@ -391,6 +392,8 @@ class CRootRun final : public IRootMoves {
             return;
         }
         const TMateResult result = SearchBehind(*child);
+        if (m_analysis.m_pExpectedWhiteMoves != nullptr)
+            m_analysis.m_pExpectedWhiteMoves->RootMoveEnded();
         if (result == MR_MATE) {
             const std::lock_guard lock(m_mutex);
             if (HasEnough()) // another thread was first
@@ -486,8 +489,15 @@ class CRootRun final : public IRootMoves {
             m_run.m_bSafeModeForced = m_run.m_bSafeModeForced || (m_analysis.m_bSafeMode && !bWasSafe);
             return result;
         }
+        PlanProofOnly();
         m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
         return kNothingLeftToRelax;
+    }
+
+    /// Behind the passes there have been only the proof is left: what was planned between is not announced any more.
+    void PlanProofOnly() {
+        const std::size_t planned = m_run.m_passRecords.size() + (m_context.m_bRunPass2 ? 1 : 0);
+        m_analysis.m_nPassesPlanned.store(planned, std::memory_order_relaxed);
     }
 
     [[nodiscard]] bool HasEnough() const {

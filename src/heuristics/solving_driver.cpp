@@ -158,6 +158,15 @@ void CSolve::SetMode() {
     a.m_bCustomScheduler = m_request.m_bCustomScheduler && a.m_nSchedulerLevels != 0;
     m_context->m_bLetRelaxHeuristics = m_request.m_bLetRelaxHeuristics;
     m_context->m_bRunPass2 = m_request.m_bRunPass2;
+    if (m_request.m_bExpectedWhiteMovesOnly) // moves tried in turn tell when the line has been left
+        SetOneThread();
+}
+
+void CSolve::SetOneThread() {
+    m_analysis.m_nThreads = 1;
+    m_analysis.m_nMultithreadingLevels = 1;
+    m_analysis.m_nSchedulerLevels = 0;
+    m_analysis.m_bCustomScheduler = false;
 }
 
 /// What brute force overrides: no heuristics, stored ones neither, one thread, no scheduler, safe mode, the default
@@ -169,10 +178,7 @@ void CSolve::SwitchToBruteForce() {
     m_run.m_bChosenHeuristics = true;
     m_run.m_nChosenHeuristics = m_run.m_nOfClauses = 0;
     m_run.m_clauses.clear();
-    m_analysis.m_nThreads = 1;
-    m_analysis.m_nMultithreadingLevels = 1;
-    m_analysis.m_nSchedulerLevels = 0;
-    m_analysis.m_bCustomScheduler = false;
+    SetOneThread();
     m_analysis.m_bSafeMode = true;
     m_analysis.m_shLookForQuickerMateDepth = kDefaultQuickerMateDepth;
 }
@@ -191,13 +197,13 @@ bool CSolve::IsRegisterWorthwhile() const {
 }
 
 /// The best-first proof of the first key. Its table is taken out of the register's memory, unless that is hardly enough
-/// for the register alone. Brute force has none: it is there to exclude solutions. Nor has a test of the sort: it would
-/// put its moves before those that are sorted.
+/// for the register alone. Brute force has none: it is there to exclude solutions. Nor has a test of the sort, alone or
+/// not: it would put its moves before those that are sorted.
 void CSolve::PrepareGuide() {
     m_analysis.m_pGuide = m_run.m_pGuide = nullptr;
     m_guide.reset();
     std::int64_t& budget = m_analysis.m_nRegisterBudget;
-    if (m_request.m_bBruteForce || m_request.m_bExpectedWhiteMovesOnly ||
+    if (m_request.m_bBruteForce || m_request.m_bExpectedWhiteMovesOnly || !m_request.m_expectedWhiteMoves.empty() ||
         PliesOf(m_request.m_nStipulation) < kShortestGuidedRun || (budget > 0 && budget < kFewestSharedBytes))
         return;
     const std::int64_t share = budget > 0 ? std::min(budget / 4, kMostGuideBytes) : kGuideBytesAlone;
@@ -209,7 +215,7 @@ void CSolve::PrepareGuide() {
 
 void CSolve::PrepareExpectedWhiteMoves() {
     m_expectedWhiteMoves.reset();
-    if (!m_request.m_expectedWhiteMoves.empty())
+    if (m_request.m_bExpectedWhiteMovesOnly || !m_request.m_expectedWhiteMoves.empty())
         m_expectedWhiteMoves = std::make_unique<CExpectedWhiteMoves>(
             m_request.m_expectedWhiteMoves, m_request.m_bExpectedWhiteMovesOnly, [this] { RequestStop(); });
     m_analysis.m_pExpectedWhiteMoves = m_expectedWhiteMoves.get();
@@ -333,18 +339,25 @@ TSolvingResult CSolve::Collect(double seconds) {
         result.m_verdict = EVerdict::Stopped;
     else
         result.m_verdict = result.m_bComplete ? EVerdict::NoMate : EVerdict::Doubtful;
+    TakeExpectedWhiteMoves(result);
     result.m_variant = VariantTexts();
     FlushPositions(*m_context, m_analysis);
     result.m_nPositions = m_analysis.m_nPositions.load(std::memory_order_relaxed);
     result.m_nTrialPositions = m_analysis.m_nTrialPositions.load(std::memory_order_relaxed);
     result.m_seconds = seconds;
     result.m_register = RegisterFigures();
-    if (m_expectedWhiteMoves != nullptr) {
-        result.m_expectedWhiteMoves = m_expectedWhiteMoves->Moves();
-        result.m_bStoppedByExpectation = m_expectedWhiteMoves->HasStopped();
-    }
     FillTexts(result);
     return result;
+}
+
+/// What is sorted from here on, for the main variant, is not what the solve has sorted.
+void CSolve::TakeExpectedWhiteMoves(TSolvingResult& result) {
+    m_analysis.m_pExpectedWhiteMoves = nullptr;
+    if (m_expectedWhiteMoves == nullptr)
+        return;
+    result.m_expectedWhiteMoves = m_expectedWhiteMoves->Moves();
+    result.m_bExpectedWhiteMovesCompared = m_expectedWhiteMoves->HasCompared();
+    result.m_bStoppedByExpectation = m_expectedWhiteMoves->HasStopped();
 }
 
 TRegisterFigures CSolve::RegisterFigures() const {

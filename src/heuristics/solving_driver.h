@@ -64,7 +64,7 @@ struct TSolveRequest {
     std::vector<TVariantMove> m_mainVariant;       // White's moves of a known variant, tried first; empty for none
 
     // A regression's test of the sort (search/expected_white_moves.h): White's moves of a line that are to be sorted
-    // first; empty for no such test. A run for the test alone ends with it.
+    // first; empty for no such test. A run for the test alone ends with it, and has one thread whatever is asked for.
     std::vector<TMove> m_expectedWhiteMoves;
     bool m_bExpectedWhiteMovesOnly = false;
 };
@@ -101,8 +101,9 @@ struct TSolvingResult {
     double m_seconds = 0;                   // wall clock, without pauses
     TRegisterFigures m_register;
 
-    std::vector<TMove> m_expectedWhiteMoves; // of the request; what was not sorted first is marked
-    bool m_bStoppedByExpectation = false;    // the test of the sort has ended the run, not the user or a limit
+    std::vector<TMove> m_expectedWhiteMoves;    // of the request; what was not sorted first is marked
+    bool m_bExpectedWhiteMovesCompared = false; // at least one of them
+    bool m_bStoppedByExpectation = false;       // the test of the sort has ended the run, not the user or a limit
 
     std::string m_text;  // the result text for the user
     std::string m_title; // and the title it goes under
@@ -147,6 +148,7 @@ class CSolve {
     void TakeRequest();
     void Prepare(INotifier& notifier);
     void SetMode();
+    void SetOneThread();
     void SetRegisterMemory();
     void PrepareRegister(INotifier& notifier);
     void PrepareGuide();
@@ -157,6 +159,7 @@ class CSolve {
     void TakeChosenHeuristics();
     void SwitchToBruteForce();
     [[nodiscard]] TSolvingResult Collect(double seconds);
+    void TakeExpectedWhiteMoves(TSolvingResult& result);
     void FillTexts(TSolvingResult& result) const;
     [[nodiscard]] std::string InitialSetText() const;
     [[nodiscard]] std::vector<std::string> VariantTexts();

@@ -113,15 +113,20 @@ bool TakeCheapestManOff(TChessboard& b) {
     return true;
 }
 
-/// The answer of the data for the position with as few white men taken off as brings it within them.
-TMateResult AskReduced(TChessboard b) {
+/// Do the data say that White does not mate in time from the position with as few white men taken off as brings it
+/// within them? A man that goes may leave the black king in check: of such a position they say nothing. The moves that
+/// a short-mate search allows in addition are no matter here, and stay untouched.
+bool HasNoMateReduced(TChessboard b) {
     while (TakeCheapestManOff(b)) {
         if (!IsPrecalcDataAvailable(GetPositionType(b)))
             continue;
         RebuildWhiteLists(b);
-        return AskPrecalcDataAnyhow(b);
+        if (IsAttackedByWhite(b, b.m_blackKingFile, b.m_blackKingRank))
+            return false;
+        const std::uint16_t n = HalfMovesByData(b);
+        return n == 0 || (n != kUnknownHalfMoves && n > b.m_nMoves);
     }
-    return MR_NONE;
+    return false;
 }
 
 } // namespace
@@ -176,7 +181,7 @@ ERuling DoubtsReducedMaterial(CVerifiedMove& move) {
     if (b.m_nMoves < kFewestPlies || b.m_blackPawns >= 4 || WhiteFigureCount(b) + BlackFigureCount(b) >= 5 ||
         b.m_whiteKnights >= 2)
         return ERuling::NotDoubtful;
-    return AskReduced(b) == MR_NOMATE ? move.DoubtfulUnlessMateInOne() : ERuling::NotDoubtful;
+    return HasNoMateReduced(b) ? move.DoubtfulUnlessMateInOne() : ERuling::NotDoubtful;
 }
 
 } // namespace quillon

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <set>
 #include <string>
 
@@ -10,27 +11,19 @@
 #include "library/file_text.h"
 #include "library/problem_file_writer.h"
 #include "library/problem_resync.h"
+#include "library/text_decoding.h"
 
 namespace quillon {
 
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kUtf8Mark = "UTF-8";
 constexpr std::string_view kDefaultClause = "//!default";
 
-/// Skips the mark of the encoding; true if it is there. Editors put a byte order mark before it or in its place.
+/// Skips the mark of the encoding; true if it is there.
 bool SkipUtf8Mark(CTextPosition& position) {
-    bool bUtf8 = false;
-    if (position.Rest().starts_with(kByteOrderMark)) {
-        position.Advance(kByteOrderMark.size());
-        bUtf8 = true;
-    }
-    position.Advance(position.Rest().find_first_not_of(" \t"));
-    if (position.Rest().starts_with(kUtf8Mark)) {
-        position.Advance(kUtf8Mark.size());
-        bUtf8 = true;
-    }
+    std::string_view rest = position.Rest();
+    const bool bUtf8 = TakeUtf8Mark(rest);
+    position.Advance(position.Rest().size() - rest.size());
     return bUtf8;
 }
 
@@ -75,23 +68,34 @@ bool HasMoreProblems(CTextPosition position) {
     }
 }
 
-/// Hands failures and warnings on, up to the most that are told.
+/// Hands failures and warnings on, up to the most that are told of each.
 class CTold {
   public:
     explicit CTold(const TOnError& onError) : m_onError(onError) {}
 
     /// False: it was the last, and nothing that stands behind `place` is to be read.
-    bool Tell(const ProblemFileError& error, TTextPlace place) {
+    bool Fail(const ProblemFileError& error, TTextPlace place) {
         m_onError(error);
-        if (++m_nTold <= kMostFailures)
+        if (++m_nFailures <= kMostFailures)
             return true;
         m_onError(TooManyFailures(place));
         return false;
     }
 
+    /// However many there are, the problems can be read.
+    void Warn(const ProblemFileError& warning) {
+        ++m_nWarnings;
+        if (m_nWarnings <= kMostFailures)
+            m_onError(warning);
+        else if (m_nWarnings == kMostFailures + 1)
+            m_onError({"More than " + std::to_string(kMostFailures) + " warnings: the rest is not told.",
+                       warning.Place(), ProblemFileError::ESeverity::Warning});
+    }
+
   private:
     const TOnError& m_onError;
-    int m_nTold = 0;
+    int m_nFailures = 0;
+    std::int64_t m_nWarnings = 0;
 };
 
 /// False if there was too much to tell.
@@ -100,7 +104,7 @@ bool ReadDefaultClauses(CTextPosition& position, CTold& told, TDefaultClauses& d
         try {
             ReadDefaultClause(position, defaults);
         } catch (const ProblemFileError& error) {
-            if (!told.Tell(error, position.Place()))
+            if (!told.Fail(error, position.Place()))
                 return false;
         }
     }
@@ -154,7 +158,7 @@ void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnE
             Parse(parser, defaults);
         } catch (const ProblemFileError& error) {
             position = FindNextProblem(position, parser.m_position, parser.m_bInBody);
-            if (!told.Tell(error, position.Place()))
+            if (!told.Fail(error, position.Place()))
                 return;
             continue;
         }
@@ -163,14 +167,11 @@ void ReadProblems(std::string_view text, const TOnProblem& onProblem, const TOnE
             parser.Warn("Two main variants: only one is kept.", {problem->line, 1});
         if (!ids.insert(problem->id).second)
             parser.m_warnings.push_back(RedefinitionWarning(problem->id, problem->line));
-        bool bGoOn = true;
         for (ProblemFileError& warning : parser.m_warnings) {
             warning.SetProblemId(problem->id);
-            bGoOn = bGoOn && told.Tell(warning, position.Place());
+            told.Warn(warning);
         }
         onProblem(std::move(problem));
-        if (!bGoOn)
-            return;
     }
 }
 

@@ -27,8 +27,8 @@ using TOnProblem = std::function<void(std::unique_ptr<ChessProblem>)>;
 /// Takes a failure, which is the loss of one problem or line, or a warning (ProblemFileError::IsWarning).
 using TOnError = std::function<void(const ProblemFileError&)>;
 
-/// So many failures and warnings are told of one text. A text that has more is none of this format: what follows is not
-/// read, and the last failure says so.
+/// So many failures are told of one text, and so many warnings. A text that has more failures is none of this format:
+/// what follows is not read, and the last failure says so. More warnings are not told, which the last one says.
 inline constexpr int kMostFailures = 20'000;
 
 /// That last failure.

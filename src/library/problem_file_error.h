@@ -37,7 +37,7 @@ class ProblemFileError : public ChessException {
     [[nodiscard]] std::optional<std::int32_t> ProblemId() const { return m_problemId; }
     void SetProblemId(std::int32_t id) { m_problemId = id; }
 
-    /// A warning does not end the reading, and what it is about can be read.
+    /// A warning does not end the reading: its problem is there, perhaps without something that the text has.
     [[nodiscard]] bool IsWarning() const { return m_severity != ESeverity::Error; }
     [[nodiscard]] ESeverity Severity() const { return m_severity; }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/chess_exception.h"
@@ -21,7 +22,13 @@ void Save(const std::vector<TFileToSave>& files) {
         return;
     const bool bOpened = result.m_step != ESaveStep::Open;
     const char* const what = bOpened ? "Error saving to file: " : "Error opening file: ";
-    throw CSaveError(what + files[result.m_nFile].m_path.string() + " (" + result.m_error.message() + ")", bOpened);
+    std::string message = what + files[result.m_nFile].m_path.string() + " (" + result.m_error.message() + ")";
+    std::vector<std::filesystem::path> savedFiles;
+    for (const std::size_t n : result.m_saved) {
+        savedFiles.push_back(files[n].m_path);
+        message += "\n" + savedFiles.back().string() + " is saved.";
+    }
+    throw CSaveError(message, bOpened, std::move(savedFiles));
 }
 
 /// The Ukrainian text has no line end: the line of the white figures is part of it, and readers refuse the file.

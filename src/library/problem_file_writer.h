@@ -3,29 +3,39 @@
 // either the old or the new one (platform/save_file.h), and the old one stays beside it as "NAME.BAK".
 
 #include <filesystem>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "core/notifier.h"
 #include "library/problem_file.h"
 
 namespace quillon {
 
-/// A file that could not be written. What there was before is still there.
+/// A file that could not be written. What there was before is still there, but for the files that SavedFiles names.
 class CSaveError : public CFileError {
   public:
-    CSaveError(const std::string& message, bool bOpened) : CFileError(message), m_bOpened(bOpened) {}
+    CSaveError(const std::string& message, bool bOpened, std::vector<std::filesystem::path> savedFiles = {})
+        : CFileError(message), m_bOpened(bOpened), m_savedFiles(std::move(savedFiles)) {}
 
     /// False: it may not be written at that place; true: writing began and failed, as on a full disk.
     [[nodiscard]] bool IsOpened() const { return m_bOpened; }
 
+    /// Those of the library that are new all the same.
+    [[nodiscard]] const std::vector<std::filesystem::path>& SavedFiles() const { return m_savedFiles; }
+
   private:
     bool m_bOpened;
+    std::vector<std::filesystem::path> m_savedFiles;
 };
 
 /// Writes the library in ascending order of id. With comments kept apart two files are written. Both are on the disk
 /// before the first takes its name, so that a full disk changes neither. The one with comments, which alone has all
 /// that the library holds, comes first: a kill between the two leaves it new, and the other as it was.
 ///   Errors  CSaveError: "Error opening file: ", path and reason, if the file cannot be written to; "Error saving
-///           to file: ", path and reason, if it could not be written whole or the old one not be kept.
+///           to file: ", path and reason, if it could not be written whole or the old one not be kept. Where the other
+///           file is new all the same the message says so.
 void WriteProblemFile(const std::filesystem::path& path, const TProblemMap& library,
                       const TProblemFileOptions& options = {});
 

@@ -181,9 +181,9 @@ bool CProblemModel::Open(const std::filesystem::path& path) {
     m_host.ShowStatus("Opening file...");
     const TFileTimes times = LastWritesOf(path); // before the reading: what changes meanwhile is noticed later
     TProblemMap library;
+    std::string oddities;
     try {
-        ReadProblemFile(
-            path, library, [](const ProblemFileError&) {}, m_options);
+        Read(path, library, oddities);
         if (library.empty())
             throw ChessException(kEmptyFile);
     } catch (const CFileError& failure) {
@@ -195,7 +195,23 @@ bool CProblemModel::Open(const std::filesystem::path& path) {
         return false;
     }
     TakeLibrary(std::move(library), path, times);
+    if (!oddities.empty())
+        m_host.Inform(oddities, kProduct);
     return true;
+}
+
+/// Reads a file. What is odd in it ends up in `oddities` if there is no log that has it.
+void CProblemModel::Read(const std::filesystem::path& path, TProblemMap& problems, std::string& oddities) const {
+    constexpr int kMostShown = 5;
+    int nWarnings = 0;
+    std::string shown;
+    const auto take = [&](const ProblemFileError& warning) {
+        if (++nWarnings <= kMostShown)
+            shown += "\n" + FailureText(path.string(), warning);
+    };
+    ReadProblemFile(path, problems, take, m_options);
+    if (nWarnings > 0 && !m_options.m_log)
+        oddities = "Warnings: " + std::to_string(nWarnings) + shown + (nWarnings > kMostShown ? "\n..." : "");
 }
 
 void CProblemModel::TakeLibrary(TProblemMap library, const std::filesystem::path& path, const TFileTimes& times) {
@@ -273,28 +289,67 @@ bool CProblemModel::MaySavePosition() {
     return true;
 }
 
+bool CProblemModel::IsOfOpenLibrary(const std::filesystem::path& file) const {
+    if (m_path.empty())
+        return false;
+    const std::vector<std::filesystem::path> files = FilesOfLibrary(m_path, m_options);
+    return std::any_of(files.begin(), files.end(), [&](const std::filesystem::path& own) {
+        std::error_code ignored;
+        return own == file || std::filesystem::equivalent(own, file, ignored);
+    });
+}
+
 /// What others have written there since it was read would be in the backup only.
 bool CProblemModel::MayOverwrite(const std::filesystem::path& path) {
-    std::error_code ignored;
-    const bool bOpenFile = FilesOfLibrary(path, m_options) == FilesOfLibrary(m_path, m_options) ||
-                           std::filesystem::equivalent(path, m_path, ignored);
-    return m_path.empty() || !bOpenFile || !IsChangedSince(m_lastWrites) ||
+    const std::vector<std::filesystem::path> files = FilesOfLibrary(path, m_options);
+    const bool bOpenFile =
+        std::any_of(files.begin(), files.end(), [&](const auto& file) { return IsOfOpenLibrary(file); });
+    return !bOpenFile || !IsChangedSince(m_lastWrites) ||
            m_host.AskYesNo(std::string(kChanged) + "Do you want to overwrite it?", kProduct);
 }
 
+/// `chosen` is what the user has named, and was asked about.
+bool CProblemModel::MayReplaceFiles(const std::filesystem::path& path, const std::filesystem::path& chosen) {
+    for (const std::filesystem::path& file : FilesOfLibrary(path, m_options)) {
+        std::error_code ignored;
+        if (file != chosen && std::filesystem::exists(file, ignored) && !IsOfOpenLibrary(file) &&
+            !m_host.AskYesNo("File " + file.string() + " already exists.\nDo you want to replace it?", kProduct))
+            return false;
+    }
+    return true;
+}
+
+/// Of the files of the open library these are what has just been written: the others may have been changed by others.
+void CProblemModel::TakeWrites(const std::vector<std::filesystem::path>& files) {
+    const TFileTimes now = LastWritesOf(m_path);
+    for (const std::filesystem::path& file : files)
+        if (const auto written = now.find(file); written != now.end())
+            m_lastWrites[file] = m_toldWrites[file] = written->second;
+}
+
 bool CProblemModel::WriteLibrary(const std::filesystem::path& path) {
+    const std::vector<std::filesystem::path> files = FilesOfLibrary(path, m_options);
+    std::vector<std::filesystem::path> written = files;
     try {
         WriteProblemFile(path, m_library, m_options);
+    } catch (const CSaveError& failure) {
+        m_host.Inform(std::string("Error saving to file\n") + failure.what(), kErrorTitle);
+        written = failure.SavedFiles();
     } catch (const ChessException& failure) {
-        if (path == m_path) // of two files one may have been written
-            m_lastWrites = m_toldWrites = LastWritesOf(m_path);
         m_host.Inform(std::string("Error saving to file\n") + failure.what(), kErrorTitle);
         return false;
     }
-    m_path = path;
-    m_lastWrites = m_toldWrites = LastWritesOf(m_path);
-    TakeTags();
-    return true;
+    // The first has all that the library holds.
+    const bool bSaved = std::find(written.begin(), written.end(), files.front()) != written.end();
+    if (bSaved && path != m_path) {
+        m_path = path;
+        m_lastWrites.clear();
+        m_toldWrites.clear();
+    }
+    TakeWrites(written);
+    if (bSaved)
+        TakeTags();
+    return bSaved;
 }
 
 bool CProblemModel::WriteEdited(const std::filesystem::path& path) {
@@ -326,15 +381,17 @@ bool CProblemModel::SaveProblemFileAs(const std::filesystem::path& path) {
     std::filesystem::path file = path;
     if (!file.has_extension())
         file += ".cp";
-    return WriteEdited(file);
+    return MayReplaceFiles(file, path) && WriteEdited(file);
 }
 
 bool CProblemModel::ReadOther(const std::filesystem::path& path, TProblemMap& problems) {
     if (!MayReplaceLibrary())
         return false;
     try {
-        ReadProblemFile(
-            path, problems, [](const ProblemFileError&) {}, m_options);
+        std::string oddities;
+        Read(path, problems, oddities);
+        if (!oddities.empty())
+            m_host.Inform(oddities, kProduct);
         return true;
     } catch (const ChessException& failure) {
         m_host.Inform(TextOf(failure, path), kErrorTitle);

@@ -91,9 +91,14 @@ class CProblemModel {
     bool OpenProblemFile(const std::filesystem::path& path);
     bool NewProblemFile(const std::filesystem::path& path);
     bool SaveProblemFile();
+
+    /// The dialog has asked about the path itself: a file that exists is only asked about here where its name has been
+    /// made from it, by the ending ".cp" or as that of the twin.
     bool SaveProblemFileAs(const std::filesystem::path& path);
 
-    // A file that others have changed since it was read is only written over if the user says so.
+    // A file that others have changed since it was read is only written over if the user says so. Where the twin
+    // without comments cannot be saved any more when the other is, that is told, and the library counts as saved. What
+    // is odd in a file that is read goes to the log; without a log it is told here.
 
     /// Adds the problems of another file whose positions are not there, or removes those whose positions are; what came
     /// of it is told, and saved or taken back as the user answers.
@@ -127,7 +132,11 @@ class CProblemModel {
     [[nodiscard]] bool WriteEdited(const std::filesystem::path& path);
     [[nodiscard]] bool WriteLibrary(const std::filesystem::path& path);
     [[nodiscard]] bool MaySavePosition();
+    [[nodiscard]] bool IsOfOpenLibrary(const std::filesystem::path& file) const;
+    [[nodiscard]] bool MayReplaceFiles(const std::filesystem::path& path, const std::filesystem::path& chosen);
     [[nodiscard]] bool MayOverwrite(const std::filesystem::path& path);
+    void TakeWrites(const std::vector<std::filesystem::path>& files);
+    void Read(const std::filesystem::path& path, TProblemMap& problems, std::string& oddities) const;
     void TakeLibrary(TProblemMap library, const std::filesystem::path& path, const TFileTimes& times);
     void MakeLibraryOfOneProblem();
     void TakeTags();

@@ -31,7 +31,8 @@ struct TProblemParser {
     bool m_bIdRead = false; // m_problem.id is that of the text
     bool m_bInBody = false; // the opening bracket has been read, the closing one not
 
-    std::vector<ProblemFileError> m_warnings{}; // what is odd and loses no problem
+    std::vector<ProblemFileError>
+        m_warnings{}; // the problem can be read; a part of it may be lost, as a variant that another replaces
 
     [[nodiscard]] std::string Decode(std::string_view bytes) const;
 

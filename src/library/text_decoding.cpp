@@ -16,6 +16,8 @@ namespace {
 
 constexpr const char* kFallback = "windows-1250";
 constexpr const char* kUtf8 = "UTF-8";
+constexpr std::string_view kUtf8Mark = kUtf8;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
 
 bool IsPlainAscii(std::string_view bytes) {
@@ -99,6 +101,20 @@ std::string DecodeLegacyText(std::string_view bytes) {
     if (!codePage.empty() && !SameCodePage(codePage, kUtf8))
         return Convert(bytes, codePage.c_str());
     return IsValidUtf8(bytes) ? std::string(bytes) : Convert(bytes, kFallback);
+}
+
+bool TakeUtf8Mark(std::string_view& text) {
+    bool bUtf8 = false;
+    if (text.starts_with(kByteOrderMark)) {
+        text.remove_prefix(kByteOrderMark.size());
+        bUtf8 = true;
+    }
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    if (text.starts_with(kUtf8Mark)) {
+        text.remove_prefix(kUtf8Mark.size());
+        bUtf8 = true;
+    }
+    return bUtf8;
 }
 
 bool SetLegacyCodePage(const std::string& name) {

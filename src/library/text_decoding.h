@@ -18,6 +18,10 @@ namespace quillon {
 /// the code page of the machines on which such files were written.
 [[nodiscard]] std::string DecodeLegacyText(std::string_view bytes);
 
+/// Takes the mark of UTF-8 off the front of a file's text; true if it is there: the word "UTF-8", perhaps behind
+/// blanks, or a byte order mark, which editors put before it or in its place.
+[[nodiscard]] bool TakeUtf8Mark(std::string_view& text);
+
 /// Fixes the code page of DecodeLegacyText by a name such as "windows-1251"; empty for the locale's, as at the start.
 /// False, and nothing changes, if there is no such code page.
 [[nodiscard]] bool SetLegacyCodePage(const std::string& name);

@@ -10,6 +10,7 @@
 #include <span>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace quillon {
 
@@ -20,12 +21,13 @@ enum class ESaveStep {
     Rename, // the new file could not take its place
 };
 
-/// How a save ended. Unless it succeeded the file is what it was before.
+/// How a save ended. Unless it succeeded the file is what it was before; of several files those are new that are named.
 struct TSaveResult {
     std::error_code m_error;            // none: saved
     ESaveStep m_step = ESaveStep::Open; // that failed
     std::filesystem::path m_oldFile;    // the backup that was made, empty for none; of several files the last one
     std::size_t m_nFile = 0;            // of several files the one that failed
+    std::vector<std::size_t> m_saved{}; // of several files those that are new, although one may have failed
 };
 
 /// Writes a file with this content.
@@ -41,8 +43,9 @@ struct TFileToSave {
 };
 
 /// The same for files that belong together. The contents of all are on the disk before the first gets its name: a full
-/// disk leaves all of them as they were. Then they get their names in this order, so that a kill at the worst moment
-/// leaves new files before old ones.
+/// disk leaves all of them as they were, earlier backups included. Then devices and pipes are written to, since that
+/// may fail as well, and the others get their names in this order, so that a kill at the worst moment leaves new files
+/// before old ones. Where links make one file of two paths, the file gets the content of the first.
 [[nodiscard]] TSaveResult SaveFiles(std::span<const TFileToSave> files, bool bBackup);
 
 } // namespace quillon

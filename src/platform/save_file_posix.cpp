@@ -1,5 +1,6 @@
 #include "platform/save_file.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -146,25 +147,30 @@ std::error_code LinkOrCopy(const fs::path& from, const fs::path& to) {
     return error ? error : SyncFile(to);
 }
 
+/// What keeps a name from being looked up, other than that it is free.
+std::error_code LookUpError(const fs::path& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 || errno == ENOENT ? std::error_code() : LastError();
+}
+
 bool IsFree(const fs::path& path) {
     struct stat status {};
     return lstat(path.c_str(), &status) != 0 && errno == ENOENT;
 }
 
-/// Keeps the file under a second name; it has its first name all the while.
-std::error_code KeepOldFile(const fs::path& file, fs::path& backup) {
+fs::path BackupOf(const fs::path& file) { return file.native() + ".BAK"; }
+
+/// Gives the copy of the old file the name of a backup.
+std::error_code NameBackup(const fs::path& copy, const fs::path& file, fs::path& backup) {
     constexpr int kMostBackups = 10'000;
-    const CNeighbour copy(file);
-    if (const std::error_code error = LinkOrCopy(file, copy.Path()))
-        return error;
-    backup = file.native() + ".BAK";
-    if (rename(copy.Path().c_str(), backup.c_str()) == 0)
+    backup = BackupOf(file);
+    if (rename(copy.c_str(), backup.c_str()) == 0)
         return {};
     const std::error_code error = LastError();
     for (int n = 1; n <= kMostBackups; ++n) {
-        backup = file.native() + ".BAK" + std::to_string(n);
+        backup = BackupOf(file) += std::to_string(n);
         if (IsFree(backup))
-            return rename(copy.Path().c_str(), backup.c_str()) == 0 ? std::error_code() : LastError();
+            return rename(copy.c_str(), backup.c_str()) == 0 ? std::error_code() : LastError();
     }
     return error;
 }
@@ -205,6 +211,8 @@ std::error_code FindTarget(const fs::path& path, TTarget& target) {
         target.m_file = path;
         if (const std::error_code error = FollowLinks(target.m_file))
             return error;
+        if (const fs::path folder = fs::canonical(target.m_file.parent_path(), notThere); !notThere)
+            target.m_file = folder / target.m_file.filename(); // one spelling for one file
     }
     target.m_bExists = stat(target.m_file.c_str(), &target.m_old) == 0;
     if (!target.m_bExists)
@@ -216,11 +224,16 @@ std::error_code FindTarget(const fs::path& path, TTarget& target) {
     return {};
 }
 
-/// A save in its three steps. Until the last one the file is what it was.
+/// A save in its steps. Until the last one the file is what it was.
 class CSave {
   public:
     CSave(TTarget target, std::string_view content)
-        : m_target(std::move(target)), m_content(content), m_fresh(m_target.m_file) {}
+        : m_target(std::move(target)), m_content(content), m_fresh(m_target.m_file), m_copy(m_target.m_file) {}
+
+    [[nodiscard]] const fs::path& Target() const { return m_target.m_file; }
+
+    /// A device or pipe.
+    [[nodiscard]] bool IsInPlace() const { return m_target.m_bExists && !S_ISREG(m_target.m_old.st_mode); }
 
     /// Brings the content to the disk.
     [[nodiscard]] TSaveResult Write() const {
@@ -234,30 +247,92 @@ class CSave {
         return {WriteNew(descriptor, m_content, pOld), ESaveStep::Write, {}};
     }
 
-    [[nodiscard]] TSaveResult KeepOld() const {
+    /// Keeps the old file under a name that is not yet that of the backup: an earlier backup stays until the new file
+    /// is about to take its name.
+    [[nodiscard]] TSaveResult KeepOld() {
+        if (!m_target.m_bExists || IsInPlace())
+            return {};
+        m_bKept = true;
+        if (const std::error_code error = LookUpError(BackupOf(m_target.m_file)))
+            return {error, ESaveStep::Backup, {}}; // such as a name that would be too long
+        return {LinkOrCopy(m_target.m_file, m_copy.Path()), ESaveStep::Backup, {}};
+    }
+
+    /// The last step.
+    [[nodiscard]] TSaveResult Finish() const { return IsInPlace() ? WriteInPlace(m_target.m_file, m_content) : Name(); }
+
+  private:
+    [[nodiscard]] TSaveResult Name() const {
         TSaveResult result;
-        if (m_target.m_bExists && !IsInPlace())
-            if (const std::error_code error = KeepOldFile(m_target.m_file, result.m_oldFile))
+        if (m_bKept)
+            if (const std::error_code error = NameBackup(m_copy.Path(), m_target.m_file, result.m_oldFile))
                 return {error, ESaveStep::Backup, {}};
+        if (rename(m_fresh.Path().c_str(), m_target.m_file.c_str()) != 0)
+            return {LastError(), ESaveStep::Rename, result.m_oldFile};
+        SyncFolder(m_target.m_file.parent_path());
         return result;
     }
 
-    [[nodiscard]] TSaveResult Name() const {
-        if (IsInPlace())
-            return WriteInPlace(m_target.m_file, m_content);
-        if (rename(m_fresh.Path().c_str(), m_target.m_file.c_str()) != 0)
-            return {LastError(), ESaveStep::Rename, {}};
-        SyncFolder(m_target.m_file.parent_path());
-        return {};
+    const TTarget m_target;
+    const std::string_view m_content;
+    const CNeighbour m_fresh, m_copy;
+    bool m_bKept = false; // the old file has a second name, m_copy
+};
+
+/// Files that are saved together.
+class CSaves {
+  public:
+    [[nodiscard]] TSaveResult Run(std::span<const TFileToSave> files, bool bBackup) {
+        if (Prepare(files) && (!bBackup || KeepOld()) && Finish(/*bInPlace=*/true))
+            static_cast<void>(Finish(/*bInPlace=*/false));
+        return m_result;
     }
 
   private:
-    /// A device or pipe.
-    [[nodiscard]] bool IsInPlace() const { return m_target.m_bExists && !S_ISREG(m_target.m_old.st_mode); }
+    bool Prepare(std::span<const TFileToSave> files) {
+        for (std::size_t i = 0; i < files.size(); ++i) {
+            TTarget target;
+            if (!Take(i, {FindTarget(files[i].m_path, target), ESaveStep::Open, {}}))
+                return false;
+            const bool bKnown = std::any_of(m_saves.begin(), m_saves.end(),
+                                            [&](const auto& save) { return save.second->Target() == target.m_file; });
+            if (bKnown)
+                continue;
+            m_saves.emplace_back(i, std::make_unique<CSave>(std::move(target), files[i].m_content));
+            if (!Take(i, m_saves.back().second->Write()))
+                return false;
+        }
+        return true;
+    }
 
-    const TTarget m_target;
-    const std::string_view m_content;
-    const CNeighbour m_fresh;
+    bool KeepOld() {
+        return std::all_of(m_saves.begin(), m_saves.end(),
+                           [&](const auto& save) { return Take(save.first, save.second->KeepOld()); });
+    }
+
+    bool Finish(bool bInPlace) {
+        for (const auto& [nFile, save] : m_saves) {
+            if (save->IsInPlace() != bInPlace)
+                continue;
+            if (!Take(nFile, save->Finish()))
+                return false;
+            m_result.m_saved.push_back(nFile);
+        }
+        return true;
+    }
+
+    /// Takes over how a step ended; true if it succeeded.
+    bool Take(std::size_t nFile, const TSaveResult& step) {
+        m_result.m_error = step.m_error;
+        m_result.m_step = step.m_step;
+        m_result.m_nFile = nFile;
+        if (!step.m_oldFile.empty())
+            m_result.m_oldFile = step.m_oldFile;
+        return !step.m_error;
+    }
+
+    std::vector<std::pair<std::size_t, std::unique_ptr<CSave>>> m_saves; // each with the number of its file
+    TSaveResult m_result;
 };
 
 } // namespace
@@ -269,31 +344,7 @@ TSaveResult SaveFile(const fs::path& path, std::string_view content, bool bBacku
 
 TSaveResult SaveFiles(std::span<const TFileToSave> files, bool bBackup) {
     const CFileSizeSignalHeld held;
-    std::vector<std::unique_ptr<CSave>> saves;
-    TSaveResult result;
-    const auto failed = [&](std::size_t i, const TSaveResult& step) {
-        result.m_error = step.m_error;
-        result.m_step = step.m_step;
-        result.m_nFile = i;
-        if (!step.m_oldFile.empty())
-            result.m_oldFile = step.m_oldFile;
-        return static_cast<bool>(step.m_error);
-    };
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        TTarget target;
-        if (failed(i, {FindTarget(files[i].m_path, target), ESaveStep::Open, {}}))
-            return result;
-        saves.push_back(std::make_unique<CSave>(std::move(target), files[i].m_content));
-        if (failed(i, saves[i]->Write()))
-            return result;
-    }
-    for (std::size_t i = 0; bBackup && i < files.size(); ++i)
-        if (failed(i, saves[i]->KeepOld()))
-            return result;
-    for (std::size_t i = 0; i < files.size(); ++i)
-        if (failed(i, saves[i]->Name()))
-            return result;
-    return result;
+    return CSaves().Run(files, bBackup);
 }
 
 } // namespace quillon

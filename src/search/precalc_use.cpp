@@ -18,9 +18,15 @@ namespace quillon {
 
 namespace {
 
+/// Does a heuristic keep a black pawn from advancing?
+bool HasHeldPawn(const TChessboard& b) {
+    return b.m_blackPawns > 0 &&
+           std::ranges::any_of(b.m_board, [](TFigure figure) { return (figure & kPawnMayNotAdvance) != 0; });
+}
+
 /// Would the table's answer be about this very position?
 bool IsKnownToTables(const TChessboard& b) {
-    return BishopMode(b) == 0 && !IsEnPassantAvailable(b) &&
+    return BishopMode(b) == 0 && !HasHeldPawn(b) && !IsEnPassantAvailable(b) &&
            (WhiteCastlingsOnBoard(b) == 0 || WhiteCastlingsLeft(b) == 0) &&
            (BlackCastlingsOnBoard(b) == 0 || BlackCastlingsLeft(b) == 0);
 }
@@ -58,7 +64,7 @@ bool IsLengthWorthReading(const TChessboard& b) {
 
 std::uint16_t HalfMovesByData(const TChessboard& b) {
     CGlobalRegisters* const registers = ActiveRegisters();
-    if (registers == nullptr || !IsKnownToTables(b))
+    if (registers == nullptr || !ArePrecalcDataAtHand() || !IsKnownToTables(b))
         return kUnknownHalfMoves;
     try {
         const CRegisterUse data(registers->GetRegister(b, GateOf(b)));

@@ -2,7 +2,8 @@
 // How the search uses precalculated data: which positions may be asked about, and what an answer means for a node.
 //
 // Data are exact for a position with White to move, whatever is in force: a node that they answer needs no search and
-// no doubt. They know neither castling nor en passant, and nothing of a bishop that is off the board.
+// no doubt. They know neither castling nor en passant, and nothing of a bishop that is off the board or a pawn that may
+// not advance.
 
 #include <cstdint>
 

@@ -93,6 +93,18 @@ TEST(MirroredProblem, TakesAllThatASolveLooksAt) {
     EXPECT_EQ(FormatSortIndications(copy.sortIndications), "Qa8; 1.Kg3-f2");
 }
 
+TEST(MirroredProblem, IndicationsKeepTheirOrder) {
+    SortIndication first, second;
+    first.m_nTo = 0; // a1, in the copy h1
+    second.m_nFrom = 9;
+    second.m_nTo = 1;
+    const std::vector<SortIndication> copy = MirrorIndications({first, second}, kMirrorFiles);
+    EXPECT_EQ(copy[0].m_nFrom, kNoSquare);
+    EXPECT_EQ(copy[0].m_nTo, 7);
+    EXPECT_EQ(copy[1].m_nFrom, 14);
+    EXPECT_EQ(copy[1].m_nTo, 6);
+}
+
 TEST(MirroredProblem, AClauseThatCannotBeReadStays) {
     ChessProblem problem = Problem(kWithPawn);
     for (const char* const text : {"OFF", "z9"}) {

@@ -25,7 +25,7 @@ TSolvingResult Found(std::vector<TSolution> keys) {
     result.m_verdict = keys.empty() ? EVerdict::NoMate : EVerdict::Mate;
     result.m_bComplete = true;
     result.m_solutions = std::move(keys);
-    result.m_seconds = 1.2345;
+    result.m_seconds = 1.234;
     return result;
 }
 
@@ -48,6 +48,14 @@ TEST(RegressionLines, AProblemWithoutAnswerAndWithoutSolution) {
     const TRunVerdict verdict = Judge(Problem(0), Found({}));
     EXPECT_EQ(verdict.m_outcome, ERegressionOutcome::Solved);
     EXPECT_EQ(verdict.m_line, "[MODE] Prob.#7 No solution (1234 msec).\n");
+}
+
+TEST(RegressionLines, WholeMillisecondsAreToldAsTheyAre) {
+    TSolvingResult result = Found({kFoundKey});
+    for (int nMs = 1000; nMs < 1100; ++nMs) { // 1.001 is not a whole number of binary digits
+        result.m_seconds = static_cast<double>(nMs) / 1000.0;
+        EXPECT_EQ(Judge(Problem(0), result).m_line, "[MODE] Prob.#7 Kb3-c2 (" + std::to_string(nMs) + " msec).\n");
+    }
 }
 
 TEST(RegressionLines, DoubtIsNoProof) {
@@ -105,7 +113,7 @@ constexpr ProblemFlags kOnly = kFlagExpectedSortWhiteMoves | kFlagExpectedSortWh
 TSolvingResult StoppedByExpectation() {
     TSolvingResult result = Found({});
     result.m_verdict = EVerdict::Stopped;
-    result.m_bStopped = result.m_bStoppedByExpectation = true;
+    result.m_bStopped = result.m_bStoppedByExpectation = result.m_bExpectedWhiteMovesCompared = true;
     return result;
 }
 
@@ -135,6 +143,15 @@ TEST(RegressionLines, ARunForTheOrderAlone) {
     const TRunVerdict verdict = Judge(problem, StoppedByExpectation());
     EXPECT_EQ(verdict.m_outcome, ERegressionOutcome::Passed);
     EXPECT_EQ(verdict.m_line, "[MODE] Test #7 ok (1234 msec) - ExpectedSortWhiteMovesOnly.\n");
+}
+
+TEST(RegressionLines, AnOrderThatWasNotComparedIsNoPass) {
+    ChessProblem problem = Problem(kOnly);
+    problem.expectedWhiteMoves = {kKey};
+    const TRunVerdict verdict = Judge(problem, Found({kFoundKey}));
+    EXPECT_EQ(verdict.m_outcome, ERegressionOutcome::Doubtful);
+    EXPECT_EQ(verdict.m_line,
+              "[MODE] Test #7: the order of White's moves was not compared (no position was sorted).\n");
 }
 
 TEST(RegressionLines, WithTheOrderAsExpectedTheSolutionsAreTold) {
@@ -203,6 +220,18 @@ TEST(RegressionLines, TheModeOfARun) {
     EXPECT_EQ(RunModeText(request), "Threads = 4^2, Scheduler levels = 3, Safe mode, Hybrid brute force");
     request.m_bBruteForce = true;
     EXPECT_EQ(RunModeText(request), "Brute force");
+}
+
+TEST(RegressionLines, TheModeOfAProblemThatHasNoRequest) {
+    ChessProblem problem = Problem(kFlagSafeMode);
+    EXPECT_EQ(RunModeText(problem), "Threads = 1, Safe mode");
+    problem.threads = 4;
+    problem.levels = 2;
+    problem.schedulerLevels = 3;
+    problem.flags = kFlagHybridBruteForce;
+    EXPECT_EQ(RunModeText(problem), "Threads = 4^2, Scheduler levels = 3, Quick mode, Hybrid brute force");
+    problem.flags = kFlagBruteForce;
+    EXPECT_EQ(RunModeText(problem), "Brute force");
 }
 
 } // namespace

@@ -14,15 +14,17 @@
 #include "core/generation.h"
 #include "core/notation.h"
 #include "library/problem_file.h"
+#include "platform/sleep.h"
 #include "platform/temporary_folder.h"
 #include "search/move_sort.h"
 
 namespace quillon {
 namespace {
 
-constexpr const char* kMate = "{ FEN: kbK5/pp6/1P6/8/8/8/8/R7\n";                           // #2, Ra1-a6
-constexpr const char* kMateInThree = "{ FEN: 8/8/8/8/8/1K5Q/1p6/kn6\n";                     // Kb3-c2
-constexpr const char* kHopeless = "{ FEN: rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR }\n"; // in 20: days
+constexpr const char* kMate = "{ FEN: kbK5/pp6/1P6/8/8/8/8/R7\n";       // #2, Ra1-a6
+constexpr const char* kMateInThree = "{ FEN: 8/8/8/8/8/1K5Q/1p6/kn6\n"; // Kb3-c2
+constexpr const char* kHopelessPosition = "{ FEN: rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR\n";
+const std::string kHopeless = std::string(kHopelessPosition) + "}\n"; // in 20: days
 
 class CNotingHost : public IRegressionHost {
   public:
@@ -37,6 +39,8 @@ class CNotingHost : public IRegressionHost {
     }
     [[nodiscard]] EAnswer AskYesNoCancel(std::string_view text, std::string_view) override {
         m_asked.emplace_back(text);
+        if (m_onAsk)
+            m_onAsk();
         return m_answer;
     }
     [[nodiscard]] bool IsSolving() const override { return m_bSolving; }
@@ -60,6 +64,7 @@ class CNotingHost : public IRegressionHost {
             (problem.flags & kFlagAllSolutions) != 0 ? ESolveMode::AllSolutions : ESolveMode::FirstSolution;
         request.m_bBruteForce = (problem.flags & kFlagBruteForce) != 0;
         request.m_nMemoryBudgetMB = 16;
+        request.m_nThreads = std::max<int>(problem.threads, 1);
         request.m_bAllowThreadDemand = true;
         return request;
     }
@@ -83,7 +88,7 @@ class CNotingHost : public IRegressionHost {
     std::vector<std::string> m_informed, m_asked;
     std::vector<std::int32_t> m_shown;
     std::vector<TRegressionRun> m_runs;
-    std::function<void()> m_onShow, m_onRun;
+    std::function<void()> m_onAsk, m_onShow, m_onRun;
     int m_nEnds = 0;
 
   private:
@@ -164,8 +169,8 @@ TEST_F(Regression, AnUnmetRequirementSkipsTheProblemAndNothingElse) {
 }
 
 TEST_F(Regression, AnErrorOfASolveEndsThatSolve) {
-    EXPECT_EQ(Run(std::string("1 s#2 ") + kMate + "}\n2 #2 " + kMate + "Answer: Ra1-a6 }"),
-              "[Threads = 1, Quick mode] Test #1 failed: no direct mate\n"
+    EXPECT_EQ(Run(std::string("1 s#2 THREADS 2 SafeMode ") + kMate + "}\n2 #2 " + kMate + "Answer: Ra1-a6 }"),
+              "[Threads = 2, Safe mode] Test #1 failed: no direct mate\n"
               "[Threads = 1, Quick mode] Test #2 ok (T msec).\n");
 }
 
@@ -231,6 +236,28 @@ TEST_F(Regression, TheOrderAloneIsComparedWithoutSolving) {
               "[Threads = 1, Quick mode] Test #1 ok (T msec) - ExpectedSortWhiteMovesOnly.\n");
 }
 
+TEST_F(Regression, TheMainVariantIsNoPartOfTheComparison) {
+    constexpr const char* kQueen = "{ FEN: 8/8/5Q2/8/8/8/8/2K3k1\nSWM: Qf6-f3, Qf3-f2 }\n";
+    const std::string log = Run(std::string("1 #7 ") + kQueen + "2 #8 THREADS 2 " + kQueen);
+    EXPECT_NE(log.find("Prob.#1 Qf6-f3 ("), std::string::npos) << log;
+    EXPECT_NE(log.find("[Threads = 2, Quick mode] Prob.#2 Q"), std::string::npos) << log; // of several keys any
+}
+
+TEST_F(Regression, TheSecondMoveIsComparedInASolveThatGoesOn) {
+    EXPECT_EQ(Run("1 #8 { FEN: 8/8/5Q2/8/8/8/8/2K3k1\nSWM: Qf6-f3, Kc1-b1 }"),
+              "[Threads = 1, Quick mode] Test #1 failed: ExpectedSortWhiteMoves failed: move 2\n");
+}
+
+TEST_F(Regression, AnOrderThatNoSortHasMetIsNoPass) {
+    const std::string only = "ExpectedSortWhiteMovesOnly: Ra1-a6 }\n";
+    CNotingHost host(std::string("1 #2 ") + kMate + only + "2 #20 " + kHopelessPosition +
+                     "ExpectedSortWhiteMovesOnly: }");
+    CRegression(host, Setup()).RunRegression(false, false);
+    const std::string text = ": the order of White's moves was not compared (no position was sorted).\n";
+    EXPECT_EQ(Log(), "[Threads = 1, Quick mode] Test #1" + text + "[Threads = 1, Quick mode] Test #2" + text);
+    EXPECT_EQ(host.m_runs[0].m_outcome, ERegressionOutcome::Doubtful);
+}
+
 // ---- the limit, stops, failures
 
 TEST_F(Regression, TheTimeLimitEndsASolveAndIsTold) {
@@ -263,6 +290,15 @@ TEST_F(Regression, AQuickRunHasItsLimitAndPutsTheOldOneBack) {
     EXPECT_EQ(host.m_nEnds, 1);
 }
 
+TEST_F(Regression, AFullRunLeavesALimitThatIsSetMeanwhile) {
+    CNotingHost host(std::string("1 #2 ") + kMate + "}");
+    CRegression regression(host, Setup());
+    regression.TimeLimitSeconds.store(7);
+    host.m_onShow = [&] { regression.TimeLimitSeconds.store(3); };
+    regression.RunRegression(false, false);
+    EXPECT_EQ(regression.TimeLimitSeconds.load(), 3);
+}
+
 TEST_F(Regression, AStopEndsTheRunAndTheLogKeepsWhatWasDone) {
     CNotingHost host(std::string("1 #2 ") + kMate + "}\n2 #20 " + kHopeless + "3 #2 " + kMate + "}");
     CRegression regression(host, Setup());
@@ -289,6 +325,18 @@ TEST_F(Regression, AFailureOfTheHostEndsTheRunAndReachesWhoWaits) {
     EXPECT_FALSE(regression.RegressionRunning());
     host.m_onRun = {};
     EXPECT_NO_THROW(regression.RunRegression(false, false)) << "and the next run knows nothing of it";
+}
+
+TEST_F(Regression, AFailureOfTheHostThatNobodyHasWaitedForIsNoneOfTheNextRun) {
+    CNotingHost host(std::string("1 #2 ") + kMate + "}");
+    host.m_onRun = [] { throw std::runtime_error("no output"); };
+    CRegression regression(host, Setup());
+    ASSERT_TRUE(regression.Start(true));
+    while (regression.RegressionRunning())
+        SleepMs(1);
+    host.m_onRun = {};
+    ASSERT_TRUE(regression.Start(true));
+    EXPECT_NO_THROW(regression.Join());
 }
 
 TEST_F(Regression, ALogThatCannotBeWrittenEndsNothing) {
@@ -319,8 +367,18 @@ TEST_F(Regression, WithJobsTheLogHasTheSameOrder) {
     EXPECT_EQ(order, expected);
 }
 
+TEST_F(Regression, WhatHasBeenRunReachesTheLogWhenTheHostFails) {
+    CNotingHost host("1 #20 " + kHopeless + "2 #2 " + kMate + "}");
+    host.m_onRun = [] { throw std::runtime_error("no output"); };
+    CRegression regression(host, Setup(2));
+    regression.TimeLimitSeconds.store(1);
+    EXPECT_THROW(regression.RunRegression(false, false), std::runtime_error);
+    EXPECT_EQ(Log(), "Solving time limit hit: 1 seconds\n[Threads = 1, Quick mode] Prob.#2 Ra1-a6 (T msec).\n");
+    EXPECT_EQ(host.m_runs.size(), 1u);
+}
+
 TEST_F(Regression, AStopEndsAllJobs) {
-    CNotingHost host("1 #20 " + std::string(kHopeless) + "2 #20 " + kHopeless + "3 #20 " + kHopeless);
+    CNotingHost host("1 #20 " + kHopeless + "2 #20 " + kHopeless + "3 #20 " + kHopeless);
     CRegression regression(host, Setup(2));
     ASSERT_TRUE(regression.Start(true));
     host.WaitForShown(2);
@@ -348,6 +406,19 @@ TEST_F(Regression, TheFullRunAsksAboutMirrors) {
     EXPECT_EQ(host.m_runs.size(), 2u);
 }
 
+TEST_F(Regression, AStopDuringTheQuestionEndsTheRun) {
+    CNotingHost host(std::string("1 #2 ") + kMate + "}");
+    CRegression regression(host, Setup());
+    host.m_onAsk = [&] { regression.Stop(); };
+    ASSERT_TRUE(regression.Start(false));
+    regression.Join();
+    EXPECT_TRUE(host.m_shown.empty());
+    host.m_onAsk = {};
+    ASSERT_TRUE(regression.Start(false));
+    regression.Join();
+    EXPECT_EQ(host.m_shown.size(), 1u);
+}
+
 TEST_F(Regression, CancelStartsNothingAndLeavesTheLog) {
     AppendRegressionLog("old\n", LogPath());
     CNotingHost host(std::string("1 #2 ") + kMate + "}");
@@ -369,7 +440,7 @@ TEST_F(Regression, APendingSearchStartsNothing) {
 }
 
 TEST_F(Regression, ARunThatLastsIsAPendingSearch) {
-    CNotingHost host("1 #20 " + std::string(kHopeless));
+    CNotingHost host("1 #20 " + kHopeless);
     CRegression regression(host, Setup());
     ASSERT_TRUE(regression.Start(true));
     host.WaitForShown(1);

@@ -183,7 +183,7 @@ TEST_F(LibraryCommands, CheckForPrograms) {
     EXPECT_EQ(object["findings"][0]["column"], 6);
 }
 
-TEST_F(LibraryCommands, WhatIsOddIsToldAndLosesNothing) {
+TEST_F(LibraryCommands, WhatIsOddIsTold) {
     const std::string text = "7 #9 THREADS many\n{\nW: Ke1, Ra1 B: Ke5\n}\n";
     const std::string path = Given("a.cp", text);
     const std::string told = path + ":1:14: problem 7: ", message = "Number expected after THREADS. Found: many";
@@ -192,8 +192,23 @@ TEST_F(LibraryCommands, WhatIsOddIsToldAndLosesNothing) {
     EXPECT_EQ(check.m_nStatus, 1);
     EXPECT_EQ(check.OutLines(), (TLines{told + message, "1 problems read, 1 remark"}));
     EXPECT_EQ(TJson::parse(RunQuillon({"check", path, "--json"}).m_out)["findings"][0]["finding"], "odd");
-    EXPECT_EQ(RunQuillon({"convert", path, path}).m_nStatus, 0);
-    EXPECT_EQ(ContentOf("a.cp"), "UTF-8\n\n\n7 #9\n{\n\tFEN: 8/8/8/4k3/8/8/8/R3K3\n}\n");
+    EXPECT_EQ(RunQuillon({"convert", path, PathOf("b.cp")}).m_nStatus, 0);
+    EXPECT_EQ(ContentOf("b.cp"), "UTF-8\n\n\n7 #9\n{\n\tFEN: 8/8/8/4k3/8/8/8/R3K3\n}\n");
+}
+
+TEST_F(LibraryCommands, ConvertDoesNotLoseWhatAWarningIsAbout) {
+    const std::string body = "\n{\nW: Ke1, Ra1 B: Ke5\n}\n", variants = "\n//!VARIANTS\n";
+    for (const std::string& text :
+         {"7 #9" + variants + "//!{a} Ra1-a5\n//!{a} Ra1-a6\n//!ENDVARIANTS" + body,
+          "7 #9" + variants + "//!{Main variant} Ra1-a5\n//!{Wariant główny} Ra1-a6\n//!ENDVARIANTS" + body,
+          "7 #9NoMirror" + body, "7 #9 THREADS NoMirror" + body}) {
+        const std::string path = Given("a.cp", "UTF-8\n" + text);
+        const TProgramResult result = RunQuillon({"convert", path, path});
+        EXPECT_EQ(result.m_nStatus, 2) << text;
+        EXPECT_TRUE(result.m_err.ends_with(path + " is not written: what the warnings name would be lost\n"))
+            << result.m_err;
+        EXPECT_EQ(ContentOf("a.cp"), "UTF-8\n" + text);
+    }
 }
 
 // ---- what options.ini and the options of the program say about files

@@ -80,6 +80,8 @@ TEST_F(PrecalcCommands, QuotaIsThatOfTheCommandLineTheProblemOrTheSettings) {
     problem.flags = kFlagNoGlobReg;
     EXPECT_EQ(PrecalcQuota(settings, choice, &problem), 0u);
     choice.m_memoryMB = 7;
+    EXPECT_EQ(PrecalcQuota(settings, choice, &problem), 0u) << "the problem forbids data";
+    problem.flags = 0;
     EXPECT_EQ(PrecalcQuota(settings, choice, &problem), 7u << 20);
 }
 
@@ -117,6 +119,12 @@ TEST_F(PrecalcCommands, ListAndStatus) {
     const auto listed = nlohmann::json::parse(RunQuillon({"precalc", "list", "--json", "--precalc", Folder()}).m_out);
     EXPECT_EQ(listed["elements"], 40960);
     EXPECT_EQ(listed["form"], "plain");
+    EXPECT_EQ(listed["searched"], true);
+    const std::string custom = Folder() + "/CustomPrecalc/Kk+Pa2.precalc";
+    WriteElements(custom, {0});
+    EXPECT_NE(
+        RunQuillon({"precalc", "list", "--precalc", Folder()}).m_out.find(custom + " (not used by the search yet)\n"),
+        std::string::npos);
     EXPECT_EQ(RunQuillon({"precalc", "status", "--precalc", Folder()}).m_nStatus, 0);
     const TProgramResult status = RunQuillon({"precalc", "status", "R", "QR", "--precalc", Folder()});
     EXPECT_EQ(status.m_nStatus, 1);
@@ -137,6 +145,27 @@ TEST_F(PrecalcCommands, FormsAreConvertedBothWays) {
         EXPECT_EQ(unpacked.m_nStatus, 0) << form << unpacked.m_err;
         EXPECT_EQ(ReadWholeFile(copy), ThreeMenElements("R")) << form;
     }
+}
+
+// The user's only copy of a table must outlive every mistake.
+TEST_F(PrecalcCommands, NothingOverwritesItsSourceOrAForeignFile) {
+    const TElements whole = ThreeMenElements("R");
+    std::filesystem::create_hard_link(Table(), Table(".packed.lzw"));
+    EXPECT_EQ(RunQuillon({"precalc", "pack", Table(), "--force"}).m_nStatus, 2);
+    std::filesystem::remove(Table(".packed.lzw"));
+    for (const std::string& target : {Folder() + "/Precalc/./R.precalc", Folder() + "/Precalc/R.precalc.lz4",
+                                      Folder() + "/Precalc/Q.precalc.packed.lzw", Folder() + "/notes.txt"}) {
+        EXPECT_EQ(RunQuillon({"precalc", "pack", Table(), "--force", "--output", target}).m_nStatus, 2) << target;
+        EXPECT_EQ(ReadWholeFile(Table()), whole) << target;
+    }
+    WriteElements(Table(".iter"), {1, 0, 0, 0});
+    ExpectFailure({"precalc", "pack", Table()}, Table() + ": its table was left unfinished");
+    std::filesystem::remove(Table(".iter"));
+    WriteLzw(Table(".packed.lzw"), whole);
+    const auto old = ReadWholeFile(Table(".packed.lzw"));
+    std::filesystem::create_directory(Table(".packed.lzw.NEW")); // no new file can be made
+    EXPECT_EQ(RunQuillon({"precalc", "pack", Table(), "--force"}).m_nStatus, 2);
+    EXPECT_EQ(ReadWholeFile(Table(".packed.lzw")), old);
 }
 
 TEST_F(PrecalcCommands, WrongInputIsToldInOneLine) {

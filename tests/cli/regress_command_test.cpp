@@ -10,6 +10,7 @@
 #include <string>
 
 #include "cli/program_run.h"
+#include "globalregister/table_files.h"
 
 namespace quillon {
 namespace {
@@ -61,6 +62,21 @@ TEST_F(RegressCommand, TellsTheLinesOfTheLogAndTheTotals) {
         WithoutMilliseconds(result.m_out),
         head + "#3: Requires clause not satisfied\n3 problems, 2 runs: 1 passed, 1 failed, 0 solved, 1 skipped; T s\n");
     EXPECT_EQ(Log(), head + "Requires clause not satisfied\n");
+}
+
+// A rook mates in fourteen: without the data that would take long. A problem that forbids them does not take them from
+// the next one.
+TEST_F(RegressCommand, SolvesWithDataAsSolveDoes) {
+    WriteElements(m_folder.Path() / "Precalc/R.precalc", ThreeMenElements("R"));
+    const std::string far = " #14 AllSolutions Requires R { FEN: 8/8/8/3k4/8/8/8/K3R3 }\n";
+    const TProgramResult result =
+        Run("1" + far + "2 #2 NOGLOBREG { FEN: kbK5/pp6/1P6/8/8/8/8/R7\nAnswer: Ra1-a6 }\n3" + far,
+            {"--json", "--time-limit", "60"});
+    EXPECT_EQ(result.m_nStatus, 0) << result.m_out;
+    EXPECT_NE(result.m_out.find(R"("passed":1,"failed":0,"solved":2,"doubtful":0,"timeLimit":0)"), std::string::npos)
+        << result.m_out << result.m_err;
+    const TProgramResult none = Run("1" + far, {"--precalc-memory", "0"});
+    EXPECT_NE(none.m_out.find("Requires clause not satisfied"), std::string::npos) << none.m_out;
 }
 
 TEST_F(RegressCommand, AllAsExpectedIsStatusZeroAndTheOldLogStays) {

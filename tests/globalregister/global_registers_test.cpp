@@ -121,6 +121,43 @@ TEST_F(GlobalRegisters, WithoutQuotaNothingLoads) {
     EXPECT_FALSE(IsLoaded("Q"));
 }
 
+// A problem that forbids data gets none, though others before it have loaded some and still hold them.
+TEST_F(GlobalRegisters, WithoutQuotaLoadedDataAreSilent) {
+    Write("Q", NoMates());
+    CGlobalRegisters& registers = Open(kTable + 1000);
+    {
+        const CRegisterUse disk(registers.GetRegisterForTool(TypeOf("Q")));
+        ASSERT_TRUE(disk);
+        EXPECT_TRUE(disk->diskStream.is_open());
+        registers.SetQuota(0);
+        EXPECT_TRUE(IsLoaded("Q")) << "in use";
+        EXPECT_EQ(registers.GetRegister(WithMoves(QueenBoard(), 99), {}), nullptr);
+    }
+    registers.SetQuota(0);
+    EXPECT_FALSE(IsLoaded("Q"));
+}
+
+TEST_F(GlobalRegisters, MoreMemoryIsANewChance) {
+    TElements cut = NoMates();
+    cut.pop_back();
+    Write("Q", NoMates());
+    Write("R", cut);
+    m_options.m_bGlobalRegisterForceDiskAccess = false;
+    CGlobalRegisters& registers = Open(kTable);
+    for (const char* const type : {"Q", "B"})
+        EXPECT_FALSE(Use(type)) << "no room";
+    EXPECT_FALSE(registers.IsTypeAvailable(TypeOf("Q")));
+    registers.SetQuota(kTable);
+    EXPECT_FALSE(Use("Q"));
+    registers.SetQuota(1 << 20);
+    EXPECT_TRUE(registers.IsTypeAvailable(TypeOf("Q")));
+    EXPECT_FALSE(registers.IsTypeAvailable(TypeOf("B"))) << "there is no file";
+    EXPECT_TRUE(Use("Q"));
+    EXPECT_FALSE(Use("R"));
+    registers.SetQuota(2 << 20);
+    EXPECT_FALSE(registers.IsTypeAvailable(TypeOf("R"))) << "memory does not mend a file";
+}
+
 TEST_F(GlobalRegisters, DataNotUsedForLongestGoFirst) {
     WriteFive();
     Open(kFourTables);

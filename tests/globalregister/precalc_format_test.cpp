@@ -16,6 +16,9 @@ TEST(PrecalcFormat, ElementsAreMovesToMate) {
     EXPECT_EQ(HalfMovesOfWord(0), 0);
     EXPECT_EQ(HalfMovesOfWord(255), 509) << "nothing special in two bytes";
     EXPECT_EQ(HalfMovesOfWord(545), 1089);
+    EXPECT_EQ(HalfMovesOfWord(32767), 65533);
+    for (const std::uint16_t word : {std::uint16_t{32768}, std::uint16_t{32769}, std::uint16_t{65535}})
+        EXPECT_EQ(HalfMovesOfWord(word), 65535) << word;
 }
 
 TEST(PrecalcFormat, FourPairsAByteLowestFirst) {

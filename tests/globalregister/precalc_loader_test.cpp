@@ -15,8 +15,9 @@ class CRoom final : public IPrecalcRoom {
   public:
     [[nodiscard]] std::uint64_t Quota() const override { return m_nQuota; }
     [[nodiscard]] bool MakeRoom(TPositionType, std::uint64_t size) override {
-        m_nReserved = m_bRoom || size == 0 ? size : 0;
-        return m_bRoom || size == 0;
+        const bool bRoom = size == 0 || (m_bRoom && (!m_bLimited || size < m_nQuota));
+        m_nReserved = bRoom ? size : 0;
+        return bRoom;
     }
     [[nodiscard]] bool IsGenerating() const override { return false; }
     [[nodiscard]] bool MayStayPacked(INotifier& notifier) override {
@@ -25,6 +26,7 @@ class CRoom final : public IPrecalcRoom {
     std::uint64_t m_nQuota = 64 * kMegabyte;
     std::uint64_t m_nReserved = 0;
     bool m_bRoom = true;
+    bool m_bLimited = false; // by the quota
 };
 
 const TElements& Rooks() {
@@ -265,6 +267,128 @@ TEST_F(PrecalcLoader, UnfinishedTablesAnswerWhatTheyHaveSettled) {
         << "no mate is not settled in such a table";
 }
 
+// A root that fails leaves nothing behind for the next one.
+TEST_F(PrecalcLoader, NothingStaysOfAFileThatWasOfNoUse) {
+    WriteSimple(First(".packed.lz4"), TElements(98304, 1));
+    EXPECT_FALSE(LoadRook());
+    EXPECT_EQ(m_room.m_nReserved, 0u);
+    EXPECT_EQ(m_data->nPackedSize, 0u);
+    EXPECT_TRUE(m_data->data.empty());
+}
+
+// What an ".lz4" unpacks to is what it takes: its own head tells, not the type.
+TEST_F(PrecalcLoader, PackedBlocksAreCountedAsTheyUnpack) {
+    WriteLz4(First(".lz4"), Rooks());
+    EXPECT_EQ(ReadUnpackedSize(First(".lz4")), Rooks().size());
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_room.m_nReserved, Rooks().size());
+    m_room.m_bLimited = true;
+    TElements head(kBlockHeaderBytes, 0);
+    std::copy_n("LZ4 ", 4, head.begin());
+    head[7] = 16; // 256 MB
+    head[8] = kBlockHeaderBytes;
+    WriteElements(First(".lz4"), head);
+    EXPECT_FALSE(LoadRook());
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{}) << "not even unpacked";
+}
+
+// Of a table that stops after its first level, and has no element that a finished one could not have.
+TEST_F(PrecalcLoader, TablesInTheMakingTellOfNoMissingMateInAnyForm) {
+    const TPositionIndexing indexing("R");
+    const TChessboard mate = ThreeMenBoard("R", 41, 7, 56), far = ThreeMenBoard("R", 0, 9, 36),
+                      black = ThreeMenBoard("R", 0, 9, 37), none = ThreeMenBoard("R", 0, 63, 63 - 8);
+    TElements elements = Rooks();
+    for (std::uint8_t& element : elements)
+        element = element > 1 ? kFirstUnsettledByte : element;
+    elements[indexing.GetIndex(black)] = 128 + 3;
+    ASSERT_EQ(elements[indexing.GetIndex(mate)], 1);
+    ASSERT_EQ(elements[indexing.GetIndex(none)], 0);
+    const auto expectSilence = [&](const char* form, bool bKnown) {
+        for (const bool bMemory : {true, false}) {
+            m_room.m_nQuota = bMemory ? 64 * kMegabyte : elements.size() + 1;
+            ASSERT_TRUE(LoadRook()) << form;
+            EXPECT_EQ(m_data->ProvedHalfMoves(mate), 1) << form;
+            EXPECT_EQ(m_data->ProvedHalfMoves(far), kUnknownHalfMoves) << form;
+            EXPECT_EQ(m_data->ProvedHalfMoves(black), kUnknownHalfMoves) << form;
+            if (bKnown) {
+                EXPECT_EQ(m_data->ProvedHalfMoves(none), kUnknownHalfMoves) << form;
+            }
+        }
+    };
+    for (const char* const mark : {"", ".iter", ".SAVE_PENDING"}) {
+        const std::string markFile = First("").string() + mark;
+        const bool bMarked = *mark != '\0';
+        if (bMarked)
+            WriteElements(markFile, {1, 0, 0, 0});
+        WriteElements(First(""), elements);
+        expectSilence("plain", bMarked);
+        fs::remove(First(""));
+        WriteLz4(First(".lz4"), elements);
+        expectSilence("lz4", bMarked);
+        fs::remove(First(".lz4"));
+        WriteLzw(Second(".packed.lzw"), elements);
+        expectSilence("lzw of the other root", bMarked);
+        m_options.m_nUseDataPackedForRandomAccess = 1;
+        expectSilence("lzw, unpacked", bMarked);
+        m_options.m_nUseDataPackedForRandomAccess = 2;
+        fs::remove(Second(".packed.lzw"));
+        elements[indexing.GetIndex(black)] = kFirstUnsettledByte; // simple packing has no marks
+        WriteSimple(First(".packed.lz4"), elements);
+        expectSilence("simple", bMarked);
+        elements[indexing.GetIndex(black)] = 128 + 3;
+        fs::remove(First(".packed.lz4"));
+        if (bMarked)
+            fs::remove(markFile);
+    }
+}
+
+// Lengths from 127 on are believed of a table that has all the shorter ones.
+TEST_F(PrecalcLoader, LongLengthsAreThoseOfTablesLookedThrough) {
+    const TPositionIndexing indexing("R");
+    const TChessboard far = ThreeMenBoard("R", 0, 9, 36);
+    TElements elements(Rooks().size(), 0);
+    for (std::size_t i = 1; i < 200; ++i)
+        elements[elements.size() - i] = static_cast<std::uint8_t>(i);
+    elements[indexing.GetIndex(far)] = 199;
+    WriteElements(First(""), elements);
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_data->ProvedHalfMoves(far), 2 * 199 - 1);
+    m_room.m_nQuota = elements.size() + 1;
+    ASSERT_TRUE(LoadRook());
+    EXPECT_TRUE(m_data->diskStream.is_open());
+    EXPECT_EQ(m_data->ProvedHalfMoves(far), kUnknownHalfMoves);
+    m_room.m_nQuota = 64 * kMegabyte;
+    *std::find(elements.begin(), elements.end(), 100) = 0;
+    WriteElements(First(""), elements);
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_data->ProvedHalfMoves(far), kUnknownHalfMoves);
+    EXPECT_EQ(m_boxes.m_told.size(), 1u);
+}
+
+TEST(ProvedHalfMoves, WordsOfATableInTheMakingAreNone) {
+    TGlobalRegister data("QQrr");
+    data.bBitData = false;
+    data.nElementSize = 2;
+    const TChessboard b = [&] {
+        TChessboard position = EmptyChessboard();
+        std::uint64_t index = 1;
+        while (!data.GetPositionByIndex(index, position))
+            ++index;
+        return position;
+    }();
+    const std::uint64_t index = data.GetIndex(b);
+    ASSERT_LT(index, 10'000'000u);
+    data.data.resize(2 * index + 2);
+    const auto proved = [&](std::uint16_t element) {
+        data.SetMateByIndex(index, element);
+        return data.ProvedHalfMoves(b);
+    };
+    EXPECT_EQ(proved(300), 599);
+    EXPECT_EQ(proved(32766), 65531);
+    for (const std::uint16_t unsettled : {std::uint16_t{32767}, std::uint16_t{32768}, std::uint16_t{32769}})
+        EXPECT_EQ(proved(unsettled), kUnknownHalfMoves) << unsettled;
+}
+
 TEST_F(PrecalcLoader, SavingWhatWasUnpackedIsAsked) {
     WriteLzw(First(".packed.lzw"), Rooks());
     m_options.m_nUseDataPackedForRandomAccess = 1;
@@ -359,6 +483,14 @@ TEST_F(BitData, LengthsComeFromTheDetails) {
     EXPECT_EQ(m_data->ProvedHalfMoves(mate), 33);
     EXPECT_EQ(m_data->ProvedHalfMoves(none), kUnknownHalfMoves) << "the levels are not all there";
     fs::remove(Name(".iter"));
+
+    std::ofstream(Name(".details.SAVE_PENDING")) << "";
+    Set(".details", a, 127);
+    ASSERT_TRUE(LoadPawns());
+    EXPECT_EQ(m_data->ProvedHalfMoves(mate), kUnknownHalfMoves) << "not settled";
+    EXPECT_EQ(m_data->ProvedHalfMoves(none), kUnknownHalfMoves);
+    Set(".details", a, 17);
+    fs::remove(Name(".details.SAVE_PENDING"));
 
     m_room.m_bRoom = false;
     ASSERT_TRUE(LoadPawns());

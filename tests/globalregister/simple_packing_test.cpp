@@ -51,6 +51,22 @@ TEST(SimplePacking, LargeElementsHaveNoForm) {
     EXPECT_NE(PackSimple(TBytes{127, 255}), std::nullopt);
 }
 
+// One block with an element too many and the next with one too few: each element is there, and half are others.
+TEST(SimplePacking, EveryBlockHasItsElements) {
+    const TBytes good = PackSimple(TBytes(3 * 2048, 9)).value();
+    ASSERT_TRUE(IsWholeSimple(good, 3 * 2048));
+    const std::size_t first = SimpleStreamStart(good);
+    for (const auto& [byte, change] : {std::pair{first + 16, -1}, {first + 33, -1}, {8, 1}, {4, -1}}) {
+        TBytes wrong = good;
+        wrong[byte] = static_cast<std::uint8_t>(wrong[byte] + change);
+        EXPECT_FALSE(IsWholeSimple(wrong, 3 * 2048)) << byte;
+    }
+    TBytes shifted = good;
+    ++shifted[first + 16];
+    EXPECT_FALSE(IsWholeSimple(shifted, 3 * 2048));
+    EXPECT_EQ(UnpackSimple(shifted, 3 * 2048), std::nullopt);
+}
+
 TEST(SimplePacking, DamageDoesNoHarm) {
     std::mt19937_64 rng(96);
     const TBytes good = PackSimple(SimpleTable(rng, 6000)).value();

@@ -301,6 +301,7 @@ TEST(FindMateRoot, WithAKeyARunMayBeToldToGoToTheProof) {
             run.m_run.m_solutions.push_back({ParseMove("Ka1-a2", true), "Ka1-a2", ""}); // found before this run
         (void)run.Go(kNoMate, 7);
         EXPECT_EQ(PassesAndKeys(run.m_run), bKey ? "1:0 2:0" : "1:0 1b:0 1c:0 2:0");
+        EXPECT_EQ(run.m_analysis.m_nPassesPlanned.load(), bKey ? 2u : 4u) << "what is left out is not announced";
     }
 }
 

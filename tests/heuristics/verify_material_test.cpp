@@ -216,6 +216,24 @@ TEST(ReducedMaterial, DataThatTellOfNoMateAreDoubt) {
     EXPECT_FALSE(shallow.Doubts(SH_REDUCTIONTOGLOBREGPOS)) << "so few plies are searched";
 }
 
+// Without the bishop the rook would give check: no position, and no answer.
+TEST(ReducedMaterial, PositionsThatCannotBeAreNotAskedAbout) {
+    const CActiveTables tables(true, {"R"});
+    CMadeMove line("R1B1k3/8/8/8/8/8/8/K7", 41, "Ka1-b1 Ke8-f7 Kb1-a1 Kf7-e8");
+    EXPECT_FALSE(line.Doubts(SH_REDUCTIONTOGLOBREGPOS));
+}
+
+// The doubt is about the moves that are left, and takes none of those that a short-mate search allows in addition.
+TEST(ReducedMaterial, AdditionalMovesStayUnused) {
+    const CActiveTables tables(true, {"R"});
+    CMadeMove line("8/8/8/3k4/8/8/8/K3R1B1", 23, "Ka1-b1 Kd5-c4");
+    line.Context().m_nQuickerLevel = 1;
+    line.Context().m_nAdditionalMoves = 40;
+    line.Context().m_bAdditionalMovesUsed = false;
+    EXPECT_TRUE(line.Doubts(SH_REDUCTIONTOGLOBREGPOS));
+    EXPECT_FALSE(line.Context().m_bAdditionalMovesUsed);
+}
+
 TEST(HasNothingToSave, HeavyFiguresPawnsInTimeAndMajorBishops) {
     CMadeMove line("8/8/8/3k4/8/8/8/K1B5", 9, "Ka1-b1");
     EXPECT_TRUE(HasNothingToSave(line.After()));

@@ -331,13 +331,25 @@ TEST(HugeInput, OfFailuresOnlySoManyAreTold) {
     reading = Read(Repeated("//!default\n", 300'000) + Problem("1 #2"));
     EXPECT_EQ(reading.m_errors.size(), kMostFailures + 2u);
     EXPECT_TRUE(reading.m_problems.empty());
-    reading = Read(Repeated("1 #2 THREADS x\n" + std::string(kPlainBody), 1'500'000));
-    EXPECT_EQ(reading.m_errors.size(), kMostFailures + 2u);
-    EXPECT_FALSE(reading.m_errors.back().IsWarning());
     reading = {};
     ReadEpdProblems(epd, Problems(reading), Errors(reading));
     ASSERT_EQ(reading.m_errors.size(), kMostFailures + 2u);
     EXPECT_EQ(reading.m_errors.back().Line(), kMostFailures + 2);
+}
+
+TEST(HugeInput, WarningsDoNotEndTheReading) {
+    constexpr std::size_t kProblems = 25'000;
+    const std::string odd = "1 #2 THREADS x\n" + std::string(kPlainBody);
+    std::string text;
+    for (std::size_t i = 0; i < kProblems; ++i)
+        text += odd;
+    const TReading reading = Read(text + "1 #2 Foo\n");
+    EXPECT_EQ(reading.m_problems.size(), kProblems);
+    ASSERT_EQ(reading.m_errors.size(), kMostFailures + 2u);
+    const ProblemFileError& last = reading.m_errors[reading.m_errors.size() - 2];
+    EXPECT_TRUE(last.IsWarning());
+    EXPECT_STREQ(last.what(), "More than 20000 warnings: the rest is not told.");
+    EXPECT_FALSE(reading.m_errors.back().IsWarning()) << "failures are told all the same";
 }
 
 TEST(HugeInput, LinesOfTenMegabytes) {

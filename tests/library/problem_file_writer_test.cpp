@@ -82,6 +82,21 @@ TEST(ProblemFileWriter, CommentsKeptApartMakeTwoFiles) {
     EXPECT_FALSE(fs::exists(folder.Path() / "a.cpx.BAK"));
 }
 
+TEST(ProblemFileWriter, TwinsThatAreOneFileKeepTheComments) {
+    const CTemporaryFolder folder;
+    const fs::path with = folder.Path() / "a.cpx", without = folder.Path() / "a.cp";
+    fs::create_symlink("a.cpx", without);
+    WriteProblemFile(without, Library(), Twins());
+    EXPECT_EQ(ContentOf(with), kWithComment);
+    WriteProblemFile(without, Library(), Twins()); // now that the file exists
+    EXPECT_EQ(ContentOf(with), kWithComment);
+    fs::remove(without);
+    fs::rename(with, without);
+    fs::create_symlink("a.cp", with);
+    WriteProblemFile(without, Library(), Twins());
+    EXPECT_EQ(ContentOf(without), kWithComment);
+}
+
 TEST(ProblemFileWriter, NamesOfTheTwins) {
     EXPECT_EQ(PathWithComments("a.cp"), "a.cpx");
     EXPECT_EQ(PathWithComments("a.cpx"), "a.cpx");
@@ -115,12 +130,16 @@ TEST(ProblemFileWriter, AFullDiskChangesNeitherTwin) {
     folder.Write("a.cpx", "old");
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    // Enough for the file without comments only.
-    const rlimit small{kWithComment.size() - 1, before.rlim_max};
+    const std::size_t nWithout = FormatProblems(Library(), false).size();
+    ASSERT_LT(nWithout, kWithComment.size() - 1);
+    const rlimit small{nWithout + 1, before.rlim_max}; // enough for the file without comments only
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
     const std::string failure = FailureOf([&] { WriteProblemFile(folder.Path() / "a.cp", Library(), Twins()); });
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
     EXPECT_EQ(failure, "Error saving to file: " + (folder.Path() / "a.cpx").string() + " (File too large)");
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cp"), "old");
+    EXPECT_EQ(ContentOf(folder.Path() / "a.cpx"), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()), 2);
     fs::remove(folder.Path() / "a.cp");
     folder.Write("a.cp/in the way", ""); // now the other one cannot be written
     EXPECT_EQ(FailureOf([&] { WriteProblemFile(folder.Path() / "a.cp", Library(), Twins()); }),

@@ -418,5 +418,107 @@ TEST_F(ProblemModel, AChangeOfEitherTwinIsSeen) {
     }
 }
 
+/// A model that keeps the comments of variants in a file of their own.
+class ProblemModelWithTwins : public ProblemModel {
+  protected:
+    void SetUp() override {
+        m_path = Given("a.cp", Problem(1, kQueen));
+        Given("a.cpx", Problem(1, kQueen));
+        ASSERT_TRUE(m_twins.OpenProblemFile(m_path));
+    }
+    void ChangeByOthers(const std::string& name) const {
+        const fs::path file = m_folder.Path() / name;
+        fs::last_write_time(file, fs::last_write_time(file) + std::chrono::seconds(5));
+    }
+    void RemoveFile(const std::string& name) const { fs::remove(m_folder.Path() / name); }
+
+    CProblemModel m_twins{m_host, {.m_bCommentCompatibility = true, .m_log = {}}};
+};
+
+TEST_F(ProblemModel, SavingAsAsksAboutAFileThatWasNotNamed) {
+    GivenThree();
+    const fs::path other = Given("b.cp", Problem(1, kQueen));
+    m_host.m_answer = EAnswer::No;
+    EXPECT_FALSE(m_model.SaveProblemFileAs(m_folder.Path() / "b"));
+    EXPECT_EQ(m_host.m_asked, (TTexts{"File " + other.string() + " already exists.\nDo you want to replace it?"}));
+    EXPECT_EQ(m_model.Path(), m_path);
+    EXPECT_TRUE(m_model.SaveProblemFileAs(m_folder.Path() / "a")); // the open file
+    EXPECT_TRUE(m_model.SaveProblemFileAs(other));                 // named as it is: the dialog has asked
+    EXPECT_EQ(m_host.m_asked.size(), 1u);
+}
+
+TEST_F(ProblemModelWithTwins, SavingAsAsksAboutTheOtherTwin) {
+    const fs::path twin = Given("b.cpx", Problem(1, kQueen));
+    Given("b.cp", Problem(1, kQueen));
+    m_host.m_answer = EAnswer::No;
+    EXPECT_FALSE(m_twins.SaveProblemFileAs(m_folder.Path() / "b.cp"));
+    EXPECT_EQ(m_host.m_asked, (TTexts{"File " + twin.string() + " already exists.\nDo you want to replace it?"}));
+    EXPECT_TRUE(m_twins.SaveProblemFileAs(m_folder.Path() / "a.cpx")); // of the open library
+    EXPECT_EQ(m_host.m_asked.size(), 1u);
+}
+
+TEST_F(ProblemModelWithTwins, AChangeByOthersIsSeenWhateverTheTwinIsCalled) {
+    ChangeByOthers("a.cpx");
+    fs::create_symlink("a.cpx", m_folder.Path() / "c.cpx");
+    m_host.m_answer = EAnswer::No;
+    for (const fs::path& name : {m_folder.Path() / "." / "a.cpx", m_folder.Path() / "c.cpx"})
+        EXPECT_FALSE(m_twins.SaveProblemFileAs(name)) << name;
+    ASSERT_EQ(m_host.m_asked.size(), 2u);
+    for (const std::string& asked : m_host.m_asked)
+        EXPECT_TRUE(asked.ends_with("Do you want to overwrite it?")) << asked;
+}
+
+TEST_F(ProblemModelWithTwins, ASaveThatFailsDoesNotTakeAChangeByOthersForItsOwn) {
+    ChangeByOthers("a.cpx");
+    RemoveFile("a.cp");
+    fs::create_symlink("/dev/full", m_folder.Path() / "a.cp");
+    EXPECT_FALSE(m_twins.SaveProblemFile()); // overwrite: yes
+    ASSERT_FALSE(m_host.m_asked.empty());
+    m_host.m_asked.clear();
+    EXPECT_FALSE(m_twins.SaveProblemFile());
+    EXPECT_FALSE(m_host.m_asked.empty()); // it is theirs still
+    EXPECT_FALSE(fs::exists(m_folder.Path() / "a.cpx.BAK"));
+}
+
+TEST_F(ProblemModel, ALibraryIsSavedWhenTheFileThatHasAllOfItIs) {
+    CProblemModel twins(m_host, {.m_bCommentCompatibility = true, .m_log = {}});
+    Given("a.cpx", Problem(1, kQueen));
+    ASSERT_TRUE(twins.OpenProblemFile(m_folder.Path() / "a.cp"));
+    twins.Edited().m_description = "new";
+    fs::create_symlink("/dev/null", m_folder.Path() / "b.cpx");
+    fs::create_symlink("/dev/full", m_folder.Path() / "b.cp");
+    const fs::path file = m_folder.Path() / "b.cp";
+    EXPECT_TRUE(twins.SaveProblemFileAs(file));
+    EXPECT_EQ(m_host.m_told, (TTexts{"Error saving to file\nError saving to file: " + file.string() +
+                                     " (No space left on device)\n" + file.string() + "x is saved."}));
+    EXPECT_EQ(twins.Path(), file);
+    EXPECT_FALSE(twins.IsProblemChanged());
+    EXPECT_EQ(twins.Current().description, "new");
+}
+
+TEST_F(ProblemModel, WhatIsOddInAFileIsTold) {
+    std::string odd;
+    for (int id = 1; id <= 7; ++id)
+        odd += Problem(id, kQueen, "#2 THREADS x");
+    const fs::path file = Given("a.cp", odd);
+    ASSERT_TRUE(m_model.OpenProblemFile(file));
+    ASSERT_EQ(m_host.m_told.size(), 1u);
+    EXPECT_TRUE(m_host.m_told[0].starts_with("Warnings: 7\n" + file.string() +
+                                             ":4:14: problem 1: warning: Number expected after THREADS. Found: x\n" +
+                                             file.string() + ":9:14: problem 2: "))
+        << m_host.m_told[0];
+    EXPECT_TRUE(m_host.m_told[0].ends_with("\n..."));
+    m_host.m_answer = EAnswer::No;
+    EXPECT_FALSE(m_model.AppendProblems(Given("b.cp", Problem(1, kRook) + Problem(1, kRook))));
+    ASSERT_EQ(m_host.m_told.size(), 2u);
+    EXPECT_NE(m_host.m_told[1].find("Problem id=1 redefinition"), std::string::npos) << m_host.m_told[1];
+
+    std::vector<std::string> log;
+    CProblemModel logging(m_host, {.m_log = [&](const std::string& line) { log.push_back(line); }});
+    EXPECT_TRUE(logging.OpenProblemFile(file));
+    EXPECT_EQ(m_host.m_told.size(), 2u);
+    EXPECT_EQ(log.size(), 14u); // a line for each problem too
+}
+
 } // namespace
 } // namespace quillon

@@ -31,6 +31,21 @@ TEST(TagScan, FindsTheTagsOfEveryProblem) {
     EXPECT_EQ(TagsIn(""), (TTags{"known"}));
 }
 
+TEST(TagScan, OtherCommentsBetweenTagsMeanNothing) {
+    EXPECT_EQ(TagsIn("UTF-8\n1 #2\n//#TAGS\n//#one\n// note\n//#two\n/* a\nb */ //#three\n//@other\n//#four\n"
+                     "//!VARIANTS\n//#no\n"),
+              (TTags{"known", "one", "two", "three", "four"}));
+    EXPECT_EQ(TagsIn("//#TAGS\n//#one\n/* open\n//#TAGS\n//#two"), (TTags{"known", "one", "two"}));
+}
+
+TEST(TagScan, AByteOrderMarkAloneMeansUtf8) {
+    EXPECT_EQ(TagsIn("\xEF\xBB\xBF"
+                     "1 #2\n//#TAGS\n//#wie\xC5\xBC"
+                     "a\n"),
+              (TTags{"known", "wie\xC5\xBC"
+                              "a"}));
+}
+
 TEST(TagScan, DecodesALegacyFile) {
     EXPECT_EQ(TagsIn("1 #2\n//#TAGS\n//#wie\xBF"
                      "a\n"),

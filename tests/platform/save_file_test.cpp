@@ -201,6 +201,57 @@ TEST(SaveFile, OfSeveralFilesNoneChangesUnlessAllCanBeWritten) {
     EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a", "a.BAK", "b", "b.BAK"}));
 }
 
+TEST(SaveFile, LinksToOneFileGetTheContentOfTheFirst) {
+    const CTemporaryFolder folder;
+    const fs::path a = folder.Path() / "a", b = folder.Path() / "b";
+    fs::create_symlink("a", b);
+    const TFileToSave files[] = {{a, "first"}, {b, "second"}}, others[] = {{b, "third"}, {a, "fourth"}};
+    for (const bool bThere : {false, true}) {
+        EXPECT_EQ(fs::exists(a), bThere);
+        EXPECT_FALSE(SaveFiles(files, true).m_error);
+        EXPECT_EQ(ContentOf(a), "first");
+        EXPECT_TRUE(fs::is_symlink(b));
+    }
+    EXPECT_FALSE(SaveFiles(others, true).m_error);
+    EXPECT_EQ(ContentOf(a), "third");
+    fs::remove(b);
+    fs::create_hard_link(a, b); // each name has a file of its own afterwards
+    EXPECT_FALSE(SaveFiles(files, true).m_error);
+    EXPECT_EQ(ContentOf(a), "first");
+    EXPECT_EQ(ContentOf(b), "second");
+}
+
+TEST(SaveFile, AFullDeviceAmongSeveralLeavesTheOthersAndTheirBackups) {
+    const CTemporaryFolder folder;
+    folder.Write("a", "first");
+    folder.Write("a.BAK", "earlier");
+    fs::create_symlink("/dev/full", folder.Path() / "b");
+    const TFileToSave files[] = {{folder.Path() / "a", "second"}, {folder.Path() / "b", "second"}};
+    const TSaveResult result = SaveFiles(files, true);
+    EXPECT_EQ(result.m_error, std::errc::no_space_on_device);
+    EXPECT_EQ(result.m_nFile, 1u);
+    EXPECT_TRUE(result.m_saved.empty());
+    EXPECT_EQ(ContentOf(folder.Path() / "a"), "first");
+    EXPECT_EQ(ContentOf(folder.Path() / "a.BAK"), "earlier");
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a", "a.BAK", "b"}));
+}
+
+TEST(SaveFile, ABackupThatCannotHaveItsNameChangesNothing) {
+    const CTemporaryFolder folder;
+    const std::string longName(253, 'b'); // with the ending of a backup it would be too long
+    folder.Write("a", "first");
+    folder.Write("a.BAK", "earlier");
+    folder.Write(longName, "first");
+    const TFileToSave files[] = {{folder.Path() / "a", "second"}, {folder.Path() / longName, "second"}};
+    const TSaveResult result = SaveFiles(files, true);
+    EXPECT_EQ(result.m_error, std::errc::filename_too_long);
+    EXPECT_EQ(result.m_step, ESaveStep::Backup);
+    EXPECT_EQ(ContentOf(folder.Path() / "a"), "first");
+    EXPECT_EQ(ContentOf(folder.Path() / "a.BAK"), "earlier");
+    EXPECT_EQ(NamesIn(folder.Path()), (TNames{"a", "a.BAK", longName}));
+    EXPECT_EQ(SaveFiles(files, false).m_saved, (std::vector<std::size_t>{0, 1}));
+}
+
 TEST(SaveFile, PlacesThatCannotBeWrittenAreTold) {
     const CTemporaryFolder folder;
     folder.Write("file", "");

@@ -4,6 +4,8 @@
 
 #include "core/expected_move.h"
 #include "core/generation.h"
+#include "search/bounded_look.h"
+#include "search/move_score.h"
 #include "search/searched_position.h"
 
 namespace quillon::test {
@@ -106,6 +108,22 @@ TEST(ExpectedWhiteMoves, ATrialOfAnotherLengthSaysNothing) {
     EXPECT_EQ(expecting.m_nStops, 0);
 }
 
+TEST(ExpectedWhiteMoves, ABoundedLookSaysNothing) {
+    CSearchedPosition position(kPlacement, kPlies);
+    TExpecting expecting(position, {AnotherMove(position.Root())});
+    const CBoundedLook look(position.Context(), position.Analysis(), 1000);
+    (void)FirstSorted(position.Root());
+    EXPECT_EQ(expecting.m_nStops, 0);
+}
+
+TEST(ExpectedWhiteMoves, ASortWithinASortSaysNothing) {
+    CSearchedPosition position(kPlacement, kPlies);
+    TExpecting expecting(position, {AnotherMove(position.Root())});
+    const CSortMark mark(position.Context().m_nSortNesting);
+    (void)FirstSorted(position.Root());
+    EXPECT_EQ(expecting.m_nStops, 0);
+}
+
 // ---- further down the line
 
 class ExpectedLine : public ::testing::Test {
@@ -148,6 +166,46 @@ TEST_F(ExpectedLine, TheSecondMoveEndsARunForThemAlone) {
     (void)FirstSorted(m_position.Now());
     EXPECT_EQ(expecting.m_nStops, 1);
     EXPECT_FALSE(IsMarked(expecting.m_expected.Moves()[1]));
+}
+
+/// Behind the comparison of the key, does a sort in the position on the board end a run for the order alone?
+TEST_F(ExpectedLine, IsOverForARunForThemAloneOnceItHasBeenLeft) {
+    const TMove key = FirstSorted(m_position.Root());
+    TExpecting expecting(m_position, {key, {0, 0, 0, 0}, key}, true);
+    SetReply(1);
+    (void)FirstSorted(m_position.Now());
+    EXPECT_EQ(expecting.m_nStops, 0) << "a move that is tried before the sort of the root";
+    (void)FirstSorted(m_position.Root());
+    EXPECT_EQ(expecting.m_nStops, 0);
+    (void)FirstSorted(m_position.Now());
+    EXPECT_EQ(expecting.m_nStops, 1);
+    EXPECT_TRUE(expecting.m_expected.HasCompared());
+    EXPECT_FALSE(IsMarked(expecting.m_expected.Moves()[1]));
+}
+
+TEST_F(ExpectedLine, ThatHasBeenLeftLetsAnotherSolveGoOn) {
+    TExpecting expecting(m_position, {FirstSorted(m_position.Root()), kKey, kKey});
+    SetReply(1);
+    (void)FirstSorted(m_position.Root());
+    (void)FirstSorted(m_position.Now());
+    expecting.m_expected.RootMoveEnded();
+    EXPECT_EQ(expecting.m_nStops, 0);
+}
+
+TEST_F(ExpectedLine, IsOverWhenAMoveOfTheRootHasEnded) {
+    TExpecting expecting(m_position, {kKey, kKey}, true);
+    EXPECT_FALSE(expecting.m_expected.HasCompared());
+    expecting.m_expected.RootMoveEnded();
+    EXPECT_EQ(expecting.m_nStops, 1);
+    EXPECT_FALSE(expecting.m_expected.HasCompared());
+}
+
+TEST(ExpectedWhiteMoves, ARunForNoneAtAllEndsWithTheFirstSort) {
+    CSearchedPosition position(kPlacement, kPlies);
+    TExpecting expecting(position, {}, true);
+    (void)FirstSorted(position.Root());
+    EXPECT_EQ(expecting.m_nStops, 1);
+    EXPECT_FALSE(expecting.m_expected.HasCompared());
 }
 
 } // namespace

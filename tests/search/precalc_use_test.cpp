@@ -115,6 +115,28 @@ TEST(PrecalcUse, BishopOffTheBoardIsUnknownToTables) {
     EXPECT_EQ(AskPrecalcData(position.Root()), MR_NONE);
 }
 
+TEST(PrecalcUse, HeldPawnIsUnknownToTables) {
+    CActiveTables tables(false, {});
+    TElements pawns(TPositionIndexing("Pp").GetSize(), 0);
+    pawns[0] = kFlagPawnRanks48;
+    tables.Write("Pp", pawns);
+    ASSERT_TRUE(tables.Registers().UnloadAll());
+    tables.Activate(true);
+    ASSERT_TRUE(IsTypeAvailable(TPositionIndexing("Pp").nPositionType));
+    CSearchedPosition position("8/3p4/8/6P1/8/8/8/K6k", 31);
+    ASSERT_EQ(AskPrecalcData(position.Root()), MR_NOMATE);
+    position.Root().m_board[String2Square("d7")] |= kPawnMayNotAdvance;
+    EXPECT_EQ(AskPrecalcData(position.Root()), MR_NONE);
+}
+
+TEST(PrecalcUse, ForbiddenDataAreSilent) {
+    CActiveTables tables(true, {"R"});
+    CSearchedPosition position(kMateInOne, 31);
+    ASSERT_EQ(HalfMovesByData(position.Root()), 1);
+    tables.Registers().SetQuota(0);
+    EXPECT_EQ(HalfMovesByData(position.Root()), kUnknownHalfMoves);
+}
+
 TEST(PrecalcUse, ShallowNodesDoNotLoad) {
     CActiveTables tables(false, {"R"});
     CSearchedPosition shallow(kFarMate, 19), deep(kFarMate, 21), loaded(kMateInOne, 1);

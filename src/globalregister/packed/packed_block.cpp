@@ -185,6 +185,13 @@ bool UnpackBlock(TByteSpan packed, TBytes& unpacked) {
     return bUnpacked;
 }
 
+std::optional<std::uint64_t> UnpackedSize(TByteSpan packed) {
+    const bool bOld = HasMagic(packed, kOldMagic);
+    if (packed.size() < kBlockHeaderBytes || !(bOld || IsPackedBlock(packed)))
+        return std::nullopt;
+    return WordAt(packed, bOld ? 12 : 4);
+}
+
 bool IsPackedBlock(TByteSpan bytes) {
     return IsContainer(bytes) || HasMagic(bytes, BlockMagic(EBlockForm::Short)) ||
            HasMagic(bytes, BlockMagic(EBlockForm::Long));

@@ -26,6 +26,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -58,6 +59,10 @@ inline constexpr std::size_t kUnpackSlack = 16;
 /// Unpacks a block or container of any magic.
 ///   Errors  false, and `unpacked` empty: these bytes are not a whole stream of this format, or memory is short.
 [[nodiscard]] bool UnpackBlock(std::span<const std::uint8_t> packed, std::vector<std::uint8_t>& unpacked);
+
+/// The size that a block or container says that it unpacks to; none if the bytes begin with none of the magics. Its
+/// first kBlockHeaderBytes are enough.
+[[nodiscard]] std::optional<std::uint64_t> UnpackedSize(std::span<const std::uint8_t> packed);
 
 /// True if the bytes begin with one of the four magics that are written.
 [[nodiscard]] bool IsPackedBlock(std::span<const std::uint8_t> bytes);

@@ -17,6 +17,9 @@ constexpr std::size_t kShortestRun = kFirstRun - kRunBase, kLongestRun = kLastRu
 
 bool IsRun(std::uint8_t byte) { return byte >= kFirstRun && byte <= kLastRun; }
 
+/// That a byte stands for.
+std::size_t ElementsOf(std::uint8_t byte) { return IsRun(byte) ? byte - kRunBase : 1u; }
+
 void AppendBlock(std::span<const std::uint8_t> block, std::vector<std::uint8_t>& packed) {
     for (std::size_t i = 0; i < block.size();) {
         const std::uint8_t element = block[i];
@@ -48,26 +51,41 @@ std::optional<std::vector<std::uint8_t>> PackSimple(std::span<const std::uint8_t
     return packed;
 }
 
-// Block by block, each to its own number of elements: blocks are stored one behind the other, in order.
+bool IsWholeSimple(std::span<const std::uint8_t> packed, std::uint64_t nElements) {
+    const std::uint64_t nBlocks = (nElements + kSimpleBlockElements - 1) / kSimpleBlockElements;
+    if (nBlocks == 0 || packed.size() < kHeadBytes || nBlocks > (packed.size() - kHeadBytes) / kOffsetBytes ||
+        LoadLittleEndian<std::uint32_t>(packed.data() + 4) != nBlocks)
+        return false;
+    std::uint64_t at = kHeadBytes + nBlocks * kOffsetBytes;
+    for (std::uint64_t block = 0, rest = nElements; block < nBlocks; ++block) {
+        if (LoadLittleEndian<std::uint32_t>(packed.data() + kHeadBytes + block * kOffsetBytes) != at ||
+            at >= packed.size() || IsRun(packed[at]))
+            return false;
+        std::uint64_t count = std::min(rest, kSimpleBlockElements);
+        rest -= count;
+        for (; count > 0; ++at) {
+            const std::uint64_t nOfByte = at < packed.size() ? ElementsOf(packed[at]) : 0;
+            if (nOfByte == 0 || nOfByte > count)
+                return false;
+            count -= nOfByte;
+        }
+    }
+    return at == packed.size();
+}
+
+std::size_t SimpleStreamStart(std::span<const std::uint8_t> packed) {
+    return LoadLittleEndian<std::uint32_t>(packed.data() + kHeadBytes);
+}
+
 std::optional<std::vector<std::uint8_t>> UnpackSimple(std::span<const std::uint8_t> packed, std::uint64_t nElements) {
-    if (nElements == 0 || !SimpleElement(packed, nElements - 1) || SimpleElement(packed, nElements))
+    if (!IsWholeSimple(packed, nElements))
         return std::nullopt;
     std::vector<std::uint8_t> table;
     table.reserve(nElements);
-    const std::size_t nBlocks = (nElements + kSimpleBlockElements - 1) / kSimpleBlockElements;
-    for (std::size_t block = 0; block < nBlocks; ++block) {
-        std::size_t at = LoadLittleEndian<std::uint32_t>(packed.data() + kHeadBytes + block * kOffsetBytes);
-        const std::uint64_t end = std::min<std::uint64_t>((block + 1) * kSimpleBlockElements, nElements);
-        for (std::uint8_t current = 0; table.size() < end; ++at) {
-            if (at >= packed.size())
-                return std::nullopt;
-            const bool bRun = IsRun(packed[at]);
-            const std::size_t count = bRun ? packed[at] - kRunBase : 1u;
-            current = bRun ? current : packed[at];
-            if (count > end - table.size() || (bRun && table.size() % kSimpleBlockElements == 0))
-                return std::nullopt;
-            table.insert(table.end(), count, current);
-        }
+    std::uint8_t current = 0;
+    for (const std::uint8_t byte : packed.subspan(SimpleStreamStart(packed))) {
+        current = IsRun(byte) ? current : byte;
+        table.insert(table.end(), ElementsOf(byte), current);
     }
     return table;
 }
@@ -87,7 +105,7 @@ std::optional<std::uint8_t> SimpleElement(std::span<const std::uint8_t> packed, 
             current = byte;
         else if (at == start)
             return std::nullopt;
-        count += IsRun(byte) ? byte - kRunBase : 1u;
+        count += ElementsOf(byte);
         if (count > wanted)
             return current;
     }

@@ -30,6 +30,13 @@ inline constexpr std::uint64_t kSimpleBlockElements = 2048;
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> UnpackSimple(std::span<const std::uint8_t> packed,
                                                                     std::uint64_t nElements);
 
+/// True if every block has its elements, begins with one, and ends where the next one begins, the last at the end: then
+/// each of nElements elements is there. One pass.
+[[nodiscard]] bool IsWholeSimple(std::span<const std::uint8_t> packed, std::uint64_t nElements);
+
+/// Where the first block of a whole one begins.
+[[nodiscard]] std::size_t SimpleStreamStart(std::span<const std::uint8_t> packed);
+
 /// The element at `index`; none if what is packed has no such element or is damaged.
 [[nodiscard]] std::optional<std::uint8_t> SimpleElement(std::span<const std::uint8_t> packed, std::uint64_t index);
 
