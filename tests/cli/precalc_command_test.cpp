@@ -120,7 +120,7 @@ TEST_F(PrecalcCommands, ListAndStatus) {
     EXPECT_EQ(listed["elements"], 40960);
     EXPECT_EQ(listed["form"], "plain");
     EXPECT_EQ(listed["searched"], true);
-    const std::string custom = Folder() + "/CustomPrecalc/Kk+Pa2.precalc";
+    const std::string custom = Folder() + "/CustomPrecalc/KQk_+Pa2.precalc";
     WriteElements(custom, {0});
     EXPECT_NE(
         RunQuillon({"precalc", "list", "--precalc", Folder()}).m_out.find(custom + " (not used by the search yet)\n"),
