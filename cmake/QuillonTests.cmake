@@ -47,3 +47,14 @@ function(quillon_add_tests folder)
     quillon_add_test_program(quillon_${folder}_golden_tests golden 600 SOURCES ${golden} LIBRARIES ${ARGN})
     quillon_add_test_program(quillon_${folder}_slow_tests slow 3600 SOURCES ${slow} LIBRARIES ${ARGN})
 endfunction()
+
+# quillon_join_test_files(PROGRAM [APART...])
+#
+# Compiles several files of a test program at a time: most of what one takes goes into the headers that all of them have. Names in
+# their unnamed namespaces then have to differ; files that share names on purpose are named as APART.
+function(quillon_join_test_files program)
+    if(TARGET ${program})
+        set_target_properties(${program} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+        set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+    endif()
+endfunction()
