@@ -93,14 +93,20 @@ TEST(PrecalcUse, CastlingIsUnknownToTables) {
     EXPECT_EQ(AskPrecalcData(castling.Now()), MR_MATE) << "the right is lost";
 }
 
-TEST(PrecalcUse, EnPassantIsUnknownToTables) {
-    CActiveTables tables(false, {});
+/// Whether a table of `Pp` that knows no mate is at hand from now on.
+bool OffersPawnsWithoutMates(CActiveTables& tables) {
     TElements pawns(TPositionIndexing("Pp").GetSize(), 0);
     pawns[0] = kFlagPawnRanks48;
     tables.Write("Pp", pawns);
-    ASSERT_TRUE(tables.Registers().UnloadAll());
+    if (!tables.Registers().UnloadAll())
+        return false;
     tables.Activate(true);
-    ASSERT_TRUE(IsTypeAvailable(TPositionIndexing("Pp").nPositionType));
+    return IsTypeAvailable(TPositionIndexing("Pp").nPositionType);
+}
+
+TEST(PrecalcUse, EnPassantIsUnknownToTables) {
+    CActiveTables tables(false, {});
+    ASSERT_TRUE(OffersPawnsWithoutMates(tables));
     CSearchedPosition beside("8/3p4/8/4P3/8/8/8/K6k", 31), apart("8/3p4/8/6P1/8/8/8/K6k", 31);
     EXPECT_EQ(AskPrecalcData(beside.Root()), MR_NOMATE);
     EXPECT_EQ(AskPrecalcData(beside.Play("Ka1-a2 d7-d5").Now()), MR_NONE);
@@ -117,12 +123,7 @@ TEST(PrecalcUse, BishopOffTheBoardIsUnknownToTables) {
 
 TEST(PrecalcUse, HeldPawnIsUnknownToTables) {
     CActiveTables tables(false, {});
-    TElements pawns(TPositionIndexing("Pp").GetSize(), 0);
-    pawns[0] = kFlagPawnRanks48;
-    tables.Write("Pp", pawns);
-    ASSERT_TRUE(tables.Registers().UnloadAll());
-    tables.Activate(true);
-    ASSERT_TRUE(IsTypeAvailable(TPositionIndexing("Pp").nPositionType));
+    ASSERT_TRUE(OffersPawnsWithoutMates(tables));
     CSearchedPosition position("8/3p4/8/6P1/8/8/8/K6k", 31);
     ASSERT_EQ(AskPrecalcData(position.Root()), MR_NOMATE);
     position.Root().m_board[String2Square("d7")] |= kPawnMayNotAdvance;
