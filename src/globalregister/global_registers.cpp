@@ -152,6 +152,13 @@ std::uint64_t CGlobalRegisters::TotalMemoryInUse(TPositionType leftOut) const {
     return MemoryInUseUnderLocks(leftOut == 0 ? nullptr : FindSlot(leftOut));
 }
 
+std::uint64_t CGlobalRegisters::MemoryShown() const {
+    if (const std::unique_lock registers(m_registersLock, std::try_to_lock); registers)
+        if (const std::unique_lock loading(m_loadingLock, std::try_to_lock); loading)
+            m_nMemoryShown.store(MemoryInUseUnderLocks(nullptr), std::memory_order_relaxed);
+    return m_nMemoryShown.load(std::memory_order_relaxed);
+}
+
 bool CGlobalRegisters::MakeRoom(TPositionType type, std::uint64_t size) {
     const bool bRoom = TryMakeRoom(SlotOf(type), size);
     if (!bRoom && IsGenerating())

@@ -90,6 +90,9 @@ class CGlobalRegisters final : private IPrecalcRoom {
     /// Bytes of all data but those of a type, and of all other loads in progress.
     [[nodiscard]] std::uint64_t TotalMemoryInUse(TPositionType leftOut = 0) const;
 
+    /// The same of all types, for those who watch: never waits. While a load or an unload is entered, what it was before.
+    [[nodiscard]] std::uint64_t MemoryShown() const;
+
     [[nodiscard]] std::uint64_t Quota() const override { return m_nPrecalcQuota.load(std::memory_order_relaxed); }
 
     /// Unloads what exceeds the new quota; with 0 everything. With more than before, what had no room is tried again.
@@ -166,6 +169,7 @@ class CGlobalRegisters final : private IPrecalcRoom {
     std::vector<std::unique_ptr<TRegisterSlot>> m_slots;        // of m_places; under the lock of registers
     mutable std::mutex m_registersLock;                         // adding slots, and showing and taking out data
     mutable std::mutex m_loadingLock;                           // loads in progress: m_bLoading, m_nReserved
+    mutable std::atomic<std::uint64_t> m_nMemoryShown{0};       // bytes, as MemoryShown has last seen them
     std::mutex m_answerLock;
     std::uint8_t m_nStayPacked = kNotAsked; // the user's word, under m_answerLock: 0, 1
 
