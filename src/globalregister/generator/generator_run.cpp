@@ -100,7 +100,7 @@ template <class TCells, class TBase> class CLevels final : public TBase {
         };
 
         if (bFirst)
-            Sweep(threads, [&](TGeneratorThread& thread, std::uint64_t index) { m_work.TryMated(thread, index); });
+            Sweep(threads, [&](TGeneratorThread&, std::uint64_t index) { m_work.TryMated(index); });
         if (m_materials.Root().HasPawnsOfBothColours())
             m_bWhiteKnown ? Walk(threads, m_work.WaitingWhite(), false, doubleSteps) : Sweep(threads, doubleSteps);
         m_bWhiteKnown ? Walk(threads, m_work.WaitingWhite(), true, conversions) : Sweep(threads, conversions);

@@ -58,11 +58,11 @@ template <class TCells> class CLevelWork {
     void SetLevelBegun(bool bBegun) { m_bLevelBegun = bBegun; }
 
     /// Black is mated at this index: a loss in 0 moves.
-    void TryMated(TGeneratorThread& thread, std::uint64_t index) {
+    void TryMated(std::uint64_t index) {
         TPlacement p;
         if (!m_cells.IsLost(index) && m_geometry.PlacementOf(index, p) && !IsWhiteKingAttacked(p) &&
             IsBlackMated(p, kNoDoubleStep))
-            EnterLost(thread, p, index);
+            static_cast<void>(EnterLost(p, index)); // what the level after this one finds
     }
 
     /// White's captures and promotions; with bQuiet his other moves, too.
@@ -187,9 +187,12 @@ template <class TCells> class CLevelWork {
         m_newWhite.Mark(canonical);
     }
 
-    void EnterLost(TGeneratorThread& thread, const TPlacement& p, std::uint64_t index) {
+    // The number of indices that are lost from now on.
+    [[nodiscard]] std::uint64_t EnterLost(const TPlacement& p, std::uint64_t index) {
+        std::uint64_t nFound = 0;
         m_newLost.Mark(
-            m_geometry.ForAliases(p, index, [&](std::uint64_t alias) { thread.m_nFound += m_cells.SetLost(alias); }));
+            m_geometry.ForAliases(p, index, [&](std::uint64_t alias) { nFound += m_cells.SetLost(alias) ? 1 : 0; }));
+        return nFound;
     }
 
     // The man goes back from `to` to `from`; `index` is that of the position then, kNoIndex if it is still to be found.
@@ -222,7 +225,7 @@ template <class TCells> class CLevelWork {
     void TryBlackPosition(TGeneratorThread& thread, const TPlacement& p, std::uint64_t index, unsigned n) {
         const unsigned value = FindMateByGlobalRegister(p, index, kNoDoubleStep, n);
         if (value <= n)
-            EnterLost(thread, p, index);
+            thread.m_nFound += EnterLost(p, index);
         else if (value != kNotLost)
             m_waitingBlack.Mark(m_geometry.CanonicalOf(p, index));
     }
