@@ -54,6 +54,9 @@ struct TFileToSave {
 /// a full disk, leaves no file of this name.
 [[nodiscard]] std::error_code WriteToDisk(const std::filesystem::path& path, std::string_view content);
 
+/// From now on a write beyond the limit on the size of files fails, on every thread, instead of ending the process.
+void FailAtFileSizeLimit();
+
 /// Waits until the disk has what has been written to the file, through whatever descriptor.
 [[nodiscard]] std::error_code SyncFile(const std::filesystem::path& path);
 

@@ -333,6 +333,8 @@ std::error_code WriteToDisk(const fs::path& path, std::string_view content) {
     return error;
 }
 
+void FailAtFileSizeLimit() { (void)std::signal(SIGXFSZ, SIG_IGN); }
+
 std::error_code SyncFile(const fs::path& path) {
     CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (file.Get() < 0 || fsync(file.Get()) != 0)

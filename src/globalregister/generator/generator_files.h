@@ -10,8 +10,8 @@
 //
 // A save: 1 the next state goes to a file of its own, down to the disk; 2 SAVE_PENDING tells what is to be done; 3 the
 // files get their names, the level is written; 4 SAVE_PENDING goes. A kill before 2 leaves the old state, a kill behind
-// it a save that FinishPendingSave ends from what is there: NAME and NAME.iter are of one level whenever SAVE_PENDING is
-// not there. Only a SAVE_PENDING that does not tell what is to be done stays.
+// it a save that FinishPendingSave ends from what is there: NAME and NAME.iter are of one level whenever SAVE_PENDING
+// is not there. Only a SAVE_PENDING that does not tell what is to be done stays.
 //
 // Details need no state of their own: a level that is run again finds the same lengths.
 //
