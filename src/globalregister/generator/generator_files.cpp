@@ -9,6 +9,7 @@
 #include "globalregister/packed/byte_streams.h"
 #include "globalregister/packed/little_endian.h"
 #include "globalregister/precalc_file_name.h"
+#include "globalregister/precalc_read.h"
 #include "platform/save_file.h"
 
 namespace quillon {
@@ -175,16 +176,16 @@ std::string CGeneratorFiles::TextOf(const TSaveTask& task) {
 }
 
 std::optional<CGeneratorFiles::TSaveTask> CGeneratorFiles::ReadTask() const {
-    std::ifstream file(PendingMark());
-    std::string line;
-    if (!std::getline(file, line))
+    const std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(PendingMark());
+    if (!content)
         return std::nullopt;
+    const std::string text(AsText(*content));
     unsigned level = 0, finished = 0, keep = 0;
     unsigned long long nBytes = 0;
-    if (std::sscanf(line.c_str(), kTaskFormat, &level, &finished, &keep, &nBytes) != 4)
+    if (std::sscanf(text.c_str(), kTaskFormat, &level, &finished, &keep, &nBytes) != 4)
         return std::nullopt;
     const TSaveTask task{level, finished != 0, keep != 0, nBytes};
-    return TextOf(task) == line + "\n" ? std::optional(task) : std::nullopt;
+    return TextOf(task) == text ? std::optional(task) : std::nullopt;
 }
 
 bool CGeneratorFiles::FinishPendingSave() {
