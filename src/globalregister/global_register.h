@@ -52,6 +52,9 @@ struct TGlobalRegister : TPositionIndexing {
     ///   Errors   ChessException: damaged data.
     [[nodiscard]] std::uint16_t ProvedHalfMoves(const TChessboard& b) const;
 
+    /// The same for an index < GetSize().
+    [[nodiscard]] std::uint16_t ProvedHalfMovesByIndex(std::uint64_t index) const;
+
     /// Writes an element; of bit data the pair, to which bits are added.
     ///   Errors  ChessException for packed data, which cannot be written.
     void SetMateByIndex(std::uint64_t index, std::uint16_t value);
