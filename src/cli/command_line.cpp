@@ -21,6 +21,7 @@
 #include "cli/show_command.h"
 #include "cli/solve_command.h"
 #include "cli/uci_command.h"
+#include "cli/verify_command.h"
 #include "library/text_decoding.h"
 
 namespace quillon {
@@ -88,6 +89,7 @@ EExitStatus Run(int argc, const char* const* argv) {
     AddCheckCommand(app, chosen);
     AddProbeCommand(app, chosen);
     AddPrecalcCommand(app, chosen);
+    AddVerifyCommand(app, chosen);
     AddRegressCommand(app, chosen);
     AddBenchCommand(app, chosen);
     AddUciCommand(app, chosen);

@@ -51,7 +51,8 @@ struct TGlobalRegister : TPositionIndexing {
     ///   Errors   ChessException: damaged data.
     [[nodiscard]] std::uint16_t ProvedHalfMoves(const TChessboard& b) const;
 
-    /// Of bit data: half-moves by the details alone, whatever the pair of bits says. Precondition: detailStream is open.
+    /// Of bit data: half-moves by the details alone, whatever the pair of bits says. Precondition: detailStream is
+    /// open.
     [[nodiscard]] std::uint16_t DetailHalfMoves(std::uint64_t index) const { return ReadFrom(detailStream, index); }
 
     /// Writes an element; of bit data the pair, to which bits are added.

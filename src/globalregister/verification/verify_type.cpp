@@ -93,6 +93,8 @@ class CVerification {
 
     void ChooseIndexes(const TGlobalRegister& data) {
         const fs::path log = LogPath(false);
+        if (m_request.m_bSecondPassOnly && !HasContent(log))
+            throw ChessException("Cannot open file " + log.string());
         m_bSecondPass = HasContent(log) && m_host.AskYesNo("Unempty log file " + log.string() +
                                                                " already exists\nApply second-pass fixes to data?",
                                                            "Question");
@@ -147,7 +149,7 @@ class CVerification {
     void Take(const TPrecalcFault& fault, CFailureLog& log, CTableUpdate* update) {
         ++m_result.m_nFaults;
         if (fault.m_nStored == 0 && update && !m_bFixAnswer)
-            m_bFixAnswer = m_host.AskYesNo("Error encountered. Try fix?", "Question");
+            m_bFixAnswer = m_host.AskYesNo(kTryFixQuestion, "Question");
         log.Write(fault);
         if (!IsFixable(fault))
             return;

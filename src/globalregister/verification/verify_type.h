@@ -47,15 +47,19 @@ inline constexpr std::string_view kShouldVerifyQuestion =
     "Should correctness of data be verified?\n\n(it would slow down significantly - in case of error detection, error "
     "logs will be created)";
 
+/// Asked at the first element that wrongly says "no mate", where fixing is wanted.
+inline constexpr std::string_view kTryFixQuestion = "Error encountered. Try fix?";
+
 /// Indices between two reports of how far a run has come, and between two rounds of corrections.
 inline constexpr std::uint64_t kCheckedAtOnce = 500'000;
 
 struct TVerifyRequest {
-    std::string m_typeName;            // of an ordinary type
-    bool m_bPartial = false;           // the levels of the table are not done, whatever its files say
-    bool m_bFix = false;               // correct what is fixable
-    int m_nThreads = 1;                // at least 1
-    std::filesystem::path m_logFolder; // empty: the working folder
+    std::string m_typeName;              // of an ordinary type
+    bool m_bPartial = false;             // the levels of the table are not done, whatever its files say
+    bool m_bFix = false;                 // correct what is fixable
+    bool m_bSecondPassOnly = false;      // do not begin without the log of an earlier run
+    int m_nThreads = 1;                  // at least 1
+    std::filesystem::path m_logFolder{}; // empty: the working folder
 };
 
 enum class EVerifyEnd : std::uint8_t {
