@@ -215,6 +215,10 @@ EExitStatus TellLongest(const TPrecalcCommandOptions& options) {
         WriteDiagnostic("No info on positions of this type");
         return EExitStatus::Unanswered;
     }
+    if (LooksUnfinished(*data)) { // what is not resolved looks like a long mate
+        WriteDiagnostic("The data of type " + options.m_type + " are not finished: their longest mate is not known");
+        return EExitStatus::Unanswered;
+    }
     CBrowseMaxMates mates(*data, precalc.m_folders.m_installation, static_cast<std::size_t>(options.m_nLimit));
     WriteOutput(LongestText(mates, options.m_type, notifier, options.m_bJson));
     return EExitStatus::Answered;

@@ -33,14 +33,24 @@ Every element is compared with what the rules of chess and the elements one
 move ahead make it, so the tables of what captures and promotions lead to must
 be there. Faults go to PrecalcFailuresTYPE.txt in the working folder: index,
 FEN, stored and computed half-moves. A log that is left over there is kept as
-.BAK, or with --second-pass is the list of what is checked.
+.BAK, or with --second-pass is the list of what is checked. The list of a run
+that did not come to its end (.unfinished beside it) mends mates on the move
+only.
+
+Looked at is the file that the search would read; it is named, and so are other
+files of the type, which are not looked at. --unpack takes the plain file where
+there is one, unpacks others, and holds all in memory: that is quicker.
 
 --fix corrects elements that say "no mate", or a longer one than there is, in
-the plain file. What one table of a run has corrected the next ones use; run
-again until nothing is left, for a correction can show another fault.
+the plain file. What an element must be is computed from others, so verify the
+types that captures and promotions lead to first. A fault that cannot be mended
+(a mate that is too short, or where there is none) can make others look faulty:
+if there is one, only mates on the move are written, and the table has to be
+made anew. Otherwise run again until nothing is left, for a correction can show
+another fault.
 
 Exit status: 0 all right, 1 faults were found, mended or not, or it was
-stopped, 2 no data, or bad usage.)";
+stopped, 2 no data, or bad usage, 3 memory or disk were full.)";
 
 constexpr int kMostVerifyThreads = 256;
 constexpr int kMostVerifyMB = 1 << 20;
@@ -48,15 +58,15 @@ constexpr int kMostVerifyMB = 1 << 20;
 struct TVerifyOptions {
     std::vector<std::string> m_types;
     TPrecalcChoice m_precalc;
-    bool m_bFix = false, m_bPartial = false, m_bSecondPass = false;
+    bool m_bFix = false, m_bPartial = false, m_bSecondPass = false, m_bUnpack = false;
     int m_nThreads = 0; // 0: as many as there are processors
     bool m_bJson = false, m_bProgress = false;
 };
 
 std::atomic<int> g_nVerifyInterrupts{0};
 
-/// Answers what options have decided, and shows how far it has come. For a whole table the settings that are made for
-/// the search are turned off; where memory is short data stay packed.
+/// Answers what options have decided, and shows how far it has come. Where memory is short data stay packed; nothing
+/// is packed or saved that no option asks for.
 class CVerifyConsole final : public IVerificationHost {
   public:
     CVerifyConsole(CProgressLine& line, const TVerifyOptions& options)
@@ -66,9 +76,13 @@ class CVerifyConsole final : public IVerificationHost {
     bool AskYesNo(std::string_view text, std::string_view) override {
         if (text == kStayPackedQuestion || text == kTryFixQuestion)
             return true;
-        return m_options.m_bSecondPass; // what is left to be asked is about the log
+        if (text.starts_with(kLeftoverLogQuestion))
+            return m_options.m_bSecondPass;
+        return text.starts_with(kSaveUnpackedQuestion) && m_options.m_bFix;
     }
-    ESlowSetting AskAboutSlowSetting(std::string_view) override { return ESlowSetting::TurnOff; }
+    ESlowSetting AskAboutSlowSetting(std::string_view) override {
+        return m_options.m_bUnpack ? ESlowSetting::TurnOff : ESlowSetting::GoOn;
+    }
     void ShowStatus(std::string_view text) override { m_line.Show(text); }
     ERunState RunState() override {
         return g_nVerifyInterrupts.load(std::memory_order_relaxed) > 0 ? ERunState::Break : ERunState::Run;
@@ -94,6 +108,12 @@ std::string WordForEnd(const TVerifyResult& result) {
 std::string VerifyJson(const std::string& typeName, const TVerifyResult& result, double seconds) {
     nlohmann::ordered_json object;
     object["type"] = typeName;
+    object["file"] =
+        result.m_file.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(result.m_file.string());
+    object["not_looked_at"] = nlohmann::ordered_json::array();
+    for (const std::filesystem::path& other : result.m_otherFiles)
+        object["not_looked_at"].push_back(other.string());
+    object["second_pass"] = result.m_bSecondPass;
     object["result"] = WordForEnd(result);
     object["faults"] = result.m_nFaults;
     object["fixable"] = result.m_nFixable;
@@ -106,6 +126,8 @@ std::string VerifyJson(const std::string& typeName, const TVerifyResult& result,
 }
 
 EExitStatus StatusOfVerification(const TVerifyResult& result) {
+    if (result.m_bSystemFailure)
+        return EExitStatus::SystemFailure;
     if (result.m_eEnd == EVerifyEnd::NotBegun || result.m_eEnd == EVerifyEnd::Failed)
         return EExitStatus::BadInput;
     return result.m_eEnd == EVerifyEnd::AllChecked && result.m_nFaults == 0 ? EExitStatus::Answered
@@ -126,8 +148,20 @@ EExitStatus VerifyOne(const std::string& typeName, const TVerifyOptions& options
     if (options.m_bJson)
         line.WriteResult(VerifyJson(typeName, result, seconds));
     else if (!result.m_status.empty())
-        line.WriteResult(result.m_status + "\n");
+        line.WriteResult(result.m_status + "\nFile: " + WithoutControls(result.m_file.string()) + "\n");
     return StatusOfVerification(result);
+}
+
+/// A type that nobody has looked at is not all right.
+EExitStatus TellNotBegun(const std::string& typeName, const TVerifyOptions& options, CProgressLine& line) {
+    TVerifyResult stopped;
+    stopped.m_eEnd = EVerifyEnd::Stopped;
+    if (options.m_bJson)
+        line.WriteResult(VerifyJson(typeName, stopped, 0));
+    else
+        line.WriteResult("Verification of precalculated data for position type " + typeName +
+                         " not begun: stopped by user.\n");
+    return EExitStatus::Unanswered;
 }
 
 /// Memory for the data, where no option says how much: it is not shared with a search.
@@ -153,8 +187,9 @@ EExitStatus RunVerify(const TVerifyOptions& options) {
                                    VerifyQuota(options, settings));
         EExitStatus status = EExitStatus::Answered;
         for (const std::string& typeName : options.m_types)
-            if (g_nVerifyInterrupts.load() == 0)
-                status = Graver(status, VerifyOne(typeName, options, registers, line, host));
+            status =
+                Graver(status, g_nVerifyInterrupts.load() == 0 ? VerifyOne(typeName, options, registers, line, host)
+                                                               : TellNotBegun(typeName, options, line));
         return status;
     } catch (const ChessException& failure) {
         WriteDiagnostic(failure.what());
@@ -172,6 +207,8 @@ void AddVerifyCommand(CLI::App& app, TChosenCommand& chosen) {
     command->add_flag("--partial", options->m_bPartial,
                       "The table is not finished: mates longer than its longest one may be missing");
     command->add_flag("--second-pass", options->m_bSecondPass, "Check only what the log of the last run names");
+    command->add_flag("--unpack", options->m_bUnpack,
+                      "Unpack data and hold them in memory, whatever the settings say: the plain file goes first");
     command->add_option("--threads", options->m_nThreads, "Threads; without the option one a processor")
         ->type_name("T")
         ->transform(WholeNumber(1, kMostVerifyThreads));

@@ -4,6 +4,7 @@
 
 #include "core/chess_exception.h"
 #include "globalregister/max_mates.h"
+#include "globalregister/table_position.h"
 
 namespace quillon {
 
@@ -12,7 +13,11 @@ CBrowseMaxMates::CBrowseMaxMates(const TGlobalRegister& data, const std::filesys
     : m_data(data) {
     std::set<std::uint64_t> indexes;
     m_nMoves = GetMaxMoves(data, installation, indexes, nLimit, true);
-    m_indexes.assign(indexes.begin(), indexes.end());
+    for (const std::uint64_t index : indexes)
+        if (TChessboard b = EmptyChessboard(); GetTablePosition(data, index, b))
+            m_indexes.push_back(index);
+    if (m_indexes.empty() && m_nMoves != 0)
+        throw ChessException("Error reading data of type " + data.typeName);
 }
 
 std::optional<TChessboard> CBrowseMaxMates::Next(INotifier& notifier) {
@@ -24,7 +29,7 @@ std::optional<TChessboard> CBrowseMaxMates::Next(INotifier& notifier) {
         m_nShown = 0;
     }
     TChessboard b = EmptyChessboard();
-    if (!m_data.GetPositionByIndex(m_indexes[m_nShown++], b) || !TryRecountFigures(b, true))
+    if (!GetTablePosition(m_data, m_indexes[m_nShown++], b))
         throw ChessException("Error reading data of type " + m_data.typeName);
     return b;
 }

@@ -19,7 +19,7 @@ class CBrowseMaxMates {
     /// Before the first position.
     ///   data      used until this goes.
     ///   nLimit    positions at most.
-    ///   Errors    ChessException: damaged data.
+    ///   Errors    ChessException: damaged data, among them a longest mate that no legal position has.
     CBrowseMaxMates(const TGlobalRegister& data, const std::filesystem::path& installation, std::size_t nLimit);
 
     /// Moves of the longest mate; 0: the table has none, and there are no positions.

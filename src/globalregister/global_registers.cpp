@@ -6,6 +6,7 @@
 
 #include "core/chess_exception.h"
 #include "globalregister/precalc_files.h"
+#include "globalregister/table_conversion.h"
 #include "platform/memory_info.h"
 
 namespace quillon {
@@ -59,7 +60,8 @@ void CGlobalRegisters::ReadFolders() {
     m_bAnyFile = false;
     for (const TPrecalcFileFound& found : FindPrecalcFiles(m_options.m_folders)) {
         const TPositionType type = TPositionIndexing(found.m_typeName).nPositionType;
-        if (found.m_file.m_bDetails || type == 0 || found.m_typeName.size() > kMaxTypeMen)
+        if (found.m_file.m_bDetails || type == 0 || found.m_typeName.size() > kMaxTypeMen ||
+            FormOf(found.m_path) == ETableForm::Archive)
             continue;
         SlotOf(type).SetState(EDataState::Present);
         m_bAnyFile = true;

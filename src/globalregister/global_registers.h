@@ -84,6 +84,12 @@ class CGlobalRegisters final : private IPrecalcRoom {
         return slot != nullptr && slot->State() == EDataState::Present && Quota() != 0;
     }
 
+    /// Has a load of this type found no room?
+    [[nodiscard]] bool LacksRoom(TPositionType type) const {
+        const TRegisterSlot* const slot = FindSlot(type);
+        return slot != nullptr && slot->State() == EDataState::NoRoom;
+    }
+
     /// Does IsTypeAvailable say yes for any type?
     [[nodiscard]] bool IsAnyAvailable() const { return m_bAnyFile && Quota() != 0; }
 

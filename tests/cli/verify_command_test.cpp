@@ -42,7 +42,8 @@ const std::string kVerification = "Verification of precalculated data for positi
 TEST_F(VerifyCommand, RightTable) {
     const TProgramResult right = Run({"verify", "R"});
     EXPECT_EQ(right.m_nStatus, 0);
-    EXPECT_EQ(right.m_out, kVerification + " complete - all OK\n");
+    EXPECT_EQ(right.m_out, kVerification + " complete - all OK\nFile: " +
+                               (std::filesystem::path("Precalc") / "R.precalc").string() + "\n");
     EXPECT_EQ(right.m_err, "quillon: Information: Complete (0 fault(s) found, 0 fixable, 0 fixed)\n");
 }
 

@@ -133,7 +133,15 @@ TEST_F(TableLengths, BitDataHaveTheirLengthsInTheDetails) {
     EXPECT_EQ(lengths.HalfMoves(10), kUnknownLength) << "a bit without a length";
     EXPECT_EQ(lengths.HalfMoves(11), 0);
     EXPECT_EQ(lengths.HalfMoves(12), 0);
-    EXPECT_EQ(lengths.LongestMate(), 7);
+    EXPECT_TRUE(lengths.PairAgrees(9));
+    EXPECT_FALSE(lengths.PairAgrees(10));
+    EXPECT_TRUE(lengths.PairAgrees(11));
+    EXPECT_FALSE(lengths.PairAgrees(12)) << "a length without a bit";
+    EXPECT_EQ(lengths.DetailHalfMoves(12), 9);
+    EXPECT_EQ(lengths.HoldDetails(size - 1), 0u) << "no room";
+    EXPECT_EQ(lengths.HoldDetails(size), size);
+    EXPECT_EQ(lengths.HalfMoves(9), 13);
+    EXPECT_FALSE(lengths.PairAgrees(12));
 
     CTableUpdate update(lengths, m_data.loadedFrom);
     ASSERT_TRUE(update.IsOpen());
@@ -145,6 +153,39 @@ TEST_F(TableLengths, BitDataHaveTheirLengthsInTheDetails) {
     details[11] = 254;
     EXPECT_EQ(ReadWholeFile(m_data.loadedFrom), pairs) << "Black's bit stays";
     EXPECT_EQ(ReadWholeFile(DetailsBeside(m_data.loadedFrom)), details);
+}
+
+TEST_F(TableLengths, PairsThatAreNotInMemoryAreHeldAgainstTheDetails) {
+    const std::uint64_t size = m_data.GetSize();
+    TElements pairs(size / 4, 0), details(size, 0);
+    AddToBitPair(pairs.data(), 9, 1);
+    details[9] = 7;
+    AddToBitPair(pairs.data(), 10, 3);
+    details[12] = 5;
+    WriteFiles(pairs, details);
+    m_data.data.clear();
+    m_data.bBitData = true;
+    m_data.diskStream.open(DetailsBeside(m_data.loadedFrom), std::ios::binary);
+    const CTableLengths lengths(m_data, false);
+    EXPECT_EQ(lengths.HalfMoves(12), 9) << "the details alone answer";
+    EXPECT_TRUE(lengths.PairAgrees(9));
+    EXPECT_FALSE(lengths.PairAgrees(10));
+    EXPECT_TRUE(lengths.PairAgrees(11));
+    EXPECT_FALSE(lengths.PairAgrees(12));
+}
+
+TEST_F(TableLengths, MarksOfATableInTheMakingAreNoLengths) {
+    TElements table(m_data.GetSize(), 0);
+    table[5] = 127;
+    table[6] = 3;
+    WriteFiles(table, {});
+    CTableLengths lengths(m_data, false);
+    EXPECT_TRUE(lengths.LooksUnfinished());
+    EXPECT_EQ(lengths.HalfMoves(5), kUnknownLength);
+    EXPECT_EQ(lengths.HalfMoves(6), 5);
+    for (std::uint8_t n = 1; n < 127; ++n)
+        m_data.data[100 + n] = n;
+    EXPECT_EQ(CTableLengths(m_data, false).HalfMoves(5), 253) << "a long mate with all shorter ones";
 }
 
 TEST_F(TableLengths, BitDataWithoutTheirDetailsInTheFile) {

@@ -93,8 +93,8 @@ TEST_P(VerifyPlanted, IsFoundLoggedAndFixedWhereItIsFixable) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryKind, VerifyPlanted,
-                         ::testing::Values(TPlanted{0, 0, 1}, TPlanted{12, 23, 1}, TPlanted{254, 507, 1},
-                                           TPlanted{9, 17, 0}, TPlanted{255, -1, 0}));
+                         ::testing::Values(TPlanted{0, 0, 1}, TPlanted{12, 23, 1}, TPlanted{100, 199, 1},
+                                           TPlanted{254, -1, 0}, TPlanted{9, 17, 0}, TPlanted{255, -1, 0}));
 
 TEST(VerifyType, MateWhereThereIsNoneIsFoundAndNotFixable) {
     CVerifiedTables tables;
@@ -123,6 +123,64 @@ TEST_F(VerifyQueen, EveryFaultIsMendedInTheEnd) {
         (void)m_tables.Verify({.m_typeName = "Q", .m_bFix = true, .m_nThreads = 2});
     }
     EXPECT_EQ(m_tables.Read("Q"), QueenTable());
+}
+
+/// The positions from which the planted one is reached, and others, come out too short: nothing of that is written.
+TEST_F(VerifyQueen, ElementsThatAreTooShortSpoilNoneThatAreRight) {
+    constexpr std::uint64_t kEvery = 401;
+    for (std::uint64_t i = 1; i < m_elements.size(); i += kEvery)
+        if (m_elements[i] > 2)
+            m_elements[i] = i % 2 == 0 ? 1 : 2;
+    Plant(0);
+    m_tables.Write("Q", m_elements);
+    for (int run = 0; run < 3; ++run) {
+        std::filesystem::remove(m_tables.Folder() / "PrecalcFailuresQ.txt");
+        const TVerifyResult result = m_tables.Verify({.m_typeName = "Q", .m_bFix = true, .m_nThreads = 2});
+        EXPECT_GT(result.m_nFixable, 100u) << "what rests on them";
+        EXPECT_EQ(result.m_nFixed, 0u);
+        EXPECT_EQ(m_tables.Read("Q"), m_elements);
+        EXPECT_NE(m_tables.m_user.m_told[m_tables.m_user.m_told.size() - 2].find(
+                      " correction(s) not written: there are elements with mates that are too short"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(VerifyQueen, MateOnTheMoveIsCertainWhateverElseIsFaulty) {
+    Plant(1);
+    const std::uint64_t nMate =
+        IndexOf(m_elements, 1) == m_nIndex
+            ? static_cast<std::uint64_t>(
+                  std::find(m_elements.begin() + static_cast<std::ptrdiff_t>(m_nIndex) + 1, m_elements.end(), 1) -
+                  m_elements.begin())
+            : IndexOf(m_elements, 1);
+    m_elements[nMate] = 0;
+    EXPECT_EQ(Verify({.m_typeName = "Q", .m_bFix = true}).m_nFixed, 1u);
+    m_elements[nMate] = 1;
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
+}
+
+TEST_F(VerifyQueen, OtherFilesOfTheTypeAreNamed) {
+    LeaveLog();
+    WriteLzw(m_tables.Path("Q", ".packed.lzw"), m_elements);
+    const TVerifyResult result = Verify();
+    EXPECT_EQ(result.m_file, m_tables.Path("Q"));
+    ASSERT_EQ(result.m_otherFiles.size(), 1u);
+    EXPECT_NE(result.m_otherFiles[0], result.m_file);
+    EXPECT_EQ(m_tables.m_user.m_told.front(), "Warning: Verified is " + result.m_file.string() + ". Not looked at:\n" +
+                                                  result.m_otherFiles[0].string());
+}
+
+TEST_F(VerifyQueen, FixesOfARunThatWasStoppedAreNotWritten) {
+    Plant(0);
+    LeaveLog();
+    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt.unfinished", {});
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(result.m_nFixable, 1u);
+    EXPECT_EQ(result.m_nFixed, 0u);
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
+    EXPECT_NE(m_tables.m_user.m_told[m_tables.m_user.m_told.size() - 2].find("1 correction(s) not written: only a run "
+                                                                             "over the whole table can tell"),
+              std::string::npos);
 }
 
 TEST_F(VerifyQueen, NoToTheFirstFaultLeavesTheFile) {
@@ -231,6 +289,32 @@ TEST_F(VerifyQueen, PartialTableIsComparedUpToWhatItHas) {
     EXPECT_GT(m_tables.Verify({.m_typeName = "Q"}).m_nFaults, 0u) << "as a finished table it is wrong";
 }
 
+TEST_F(VerifyQueen, PartialTableIsNotMisledByOneElement) {
+    for (std::uint64_t i = 1; i < m_elements.size(); ++i)
+        if (m_elements[i] > kReached)
+            m_elements[i] = 0;
+    Plant(60);
+    LeaveLog();
+    WriteElements(m_tables.Path("Q", ".iter"), {2 * kReached - 1, 0, 0, 0});
+    EXPECT_EQ(Verify().m_nFaults, 1u);
+    EXPECT_EQ(m_tables.Log("PrecalcFailuresQ_pass2.txt"), std::vector<std::string>{LogLine("Q", m_nIndex, 119, 0)});
+}
+
+TEST_F(VerifyQueen, TableThatLooksUnfinishedKeepsBlacksMarks) {
+    for (std::uint64_t i = 1; i < m_elements.size(); ++i) {
+        if (m_elements[i] == 0 || m_elements[i] > kReached)
+            m_elements[i] = 127;
+        m_elements[i] |= i % 3 == 0 ? 128 : 0;
+    }
+    LeaveLog();
+    m_tables.m_nQuota = 3 * m_elements.size(); // so that it stays on disk
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_TRUE(m_tables.Use("Q")->diskStream.is_open());
+    EXPECT_GT(result.m_nFaults, 100u);
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
+    EXPECT_EQ(m_tables.m_user.m_told.front().find("Warning: The data of type Q look unfinished"), 0u);
+}
+
 TEST_F(VerifyQueen, PartialTableWithAFaultBelowItsLongestMate) {
     for (std::uint64_t i = 1; i < m_elements.size(); ++i)
         if (m_elements[i] > kReached)
@@ -289,6 +373,15 @@ TEST_F(VerifyQueen, WithoutASecondPassTheLeftoverLogIsKept) {
     EXPECT_EQ(Verify().m_eEnd, EVerifyEnd::Stopped);
     EXPECT_EQ(m_tables.Log("PrecalcFailuresQ.txt.BAK"), std::vector<std::string>{"1,"});
     EXPECT_TRUE(m_tables.Log("PrecalcFailuresQ.txt").empty());
+    EXPECT_TRUE(std::filesystem::exists(m_tables.Folder() / "PrecalcFailuresQ.txt.unfinished"));
+}
+
+TEST_F(VerifyQueen, SecondPassOverALogWithoutFaultsHasNothingToCheck) {
+    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", {});
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bSecondPassOnly = true});
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::AllChecked);
+    EXPECT_TRUE(result.m_bSecondPass);
+    EXPECT_EQ(result.m_nChecked, 0u);
 }
 
 TEST_F(VerifyQueen, LogThatIsNoneIsRefused) {

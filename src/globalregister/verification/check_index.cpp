@@ -15,15 +15,26 @@ constexpr std::uint32_t kWatchMs = 20;
 constexpr std::uint32_t kFirstLooksMs = 1; // a short run is not to wait for the watch
 constexpr int kFirstLooks = 20;
 
+/// What to tell of bit data whose pair and details differ: the one of them that is wrong.
+int StoredApart(const CTableLengths& own, std::uint64_t index, int nComputed) {
+    if (own.PairSaysMate(index))
+        return kUnknownLength;
+    return nComputed == 0 ? own.DetailHalfMoves(index) : 0;
+}
+
 } // namespace
 
 void CIndexChecker::CheckIndex(std::uint64_t index) {
     if (!m_expected.SetPosition(index))
         return;
-    const int nStored = m_tables.Own().HalfMoves(index);
+    const CTableLengths& own = m_tables.Own();
+    int nStored = own.HalfMoves(index);
     const int nComputed = m_expected.ComputeExpected();
-    if (nComputed == nStored || (m_nLimit != 0 && nStored == 0 && nComputed >= m_nLimit))
+    const bool bPairAgrees = own.PairAgrees(index);
+    if (bPairAgrees && (nComputed == nStored || (m_nLimit != 0 && nStored == 0 && nComputed >= m_nLimit)))
         return;
+    if (!bPairAgrees)
+        nStored = StoredApart(own, index, nComputed);
     m_faults.push_back({index, TablePositionFEN(m_expected.Position()), nStored, nComputed});
 }
 

@@ -6,6 +6,7 @@
 #include "core/fen.h"
 #include "core/generation.h"
 #include "core/makers.h"
+#include "globalregister/table_position.h"
 #include "globalregister/verification/one_move_types.h"
 
 namespace quillon {
@@ -15,12 +16,25 @@ COneMoveTables::COneMoveTables(CTableLengths& own, CGlobalRegisters& registers) 
         const TPositionType type = TPositionIndexing(typeName).nPositionType;
         if (type == own.Data().nPositionType)
             continue;
+        const bool bHasFiles = registers.IsTypeAvailable(type);
         auto use = std::make_unique<CRegisterUse>(registers.GetRegisterForTool(type));
-        if (!*use || (*use)->bCompactUnfinished)
+        if (!*use && bHasFiles && registers.LacksRoom(type))
+            throw ChessException(NoRoomText(typeName));
+        if (!*use)
             continue;
-        m_others.emplace(type, std::make_unique<CTableLengths>(**use, false));
+        if (auto lengths = std::make_unique<CTableLengths>(**use, false); !lengths->LooksUnfinished())
+            m_others.emplace(type, std::move(lengths));
         m_uses.push_back(std::move(use));
     }
+    HoldDetails(registers);
+}
+
+// What else is loaded while this is used would not know of them: all has been loaded.
+void COneMoveTables::HoldDetails(const CGlobalRegisters& registers) {
+    std::uint64_t nFree = registers.Quota() - std::min(registers.Quota(), registers.TotalMemoryInUse());
+    nFree -= m_own.HoldDetails(nFree);
+    for (const auto& [type, lengths] : m_others)
+        nFree -= lengths->HoldDetails(nFree);
 }
 
 CExpectedMate::CExpectedMate(const COneMoveTables& tables)
@@ -33,8 +47,7 @@ bool CExpectedMate::SetPosition(std::uint64_t index) {
     root = m_empty;
     root.m_pContext = m_context.get();
     root.m_nMoves = root.m_nInitialMoves = kPlies;
-    return m_tables.Own().Data().GetPositionByIndex(index, root) && TryRecountFigures(root, true) &&
-           root.m_blackChecker == kNoChecker;
+    return GetTablePosition(m_tables.Own().Data(), index, root);
 }
 
 int CExpectedMate::ComputeExpected() { return BestWhiteMove(RootSlot(*m_context, kPlies), false, false); }
@@ -98,7 +111,16 @@ int CExpectedMate::Look(const TChessboard& b, bool bOtherType) const {
         if (table == nullptr)
             throw CNoTable("Register not found or loaded for position " + TablePositionFEN(b) + " !");
     }
-    return table->HalfMoves(table->Data().GetIndex(b));
+    const int length = table->HalfMoves(table->Data().GetIndex(b));
+    if (bOtherType && length == kUnknownLength)
+        throw CNoTable("The data of type " + table->Data().typeName + " are damaged: they tell no length of position " +
+                       TablePositionFEN(b) + ". Verify that type first.");
+    return length;
+}
+
+std::string NoRoomText(std::string_view typeName) {
+    return "Not enough memory for the data of type " + std::string(typeName) +
+           ". Allow more, or let data be read from disk (ini: GlobalRegisterForceDiskAccess).";
 }
 
 std::string TablePositionFEN(const TChessboard& b) { return WriteFEN(b, false) + " w - -"; }

@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/chess_exception.h"
@@ -28,8 +29,9 @@ namespace quillon {
 class COneMoveTables {
   public:
     /// Loads the data of all other types that can be needed, as far as there are any and they are finished.
+    /// Those that look unfinished are not used. Details of bit data are held in memory as far as the quota allows.
     ///   own   of the type itself, kept by the caller.
-    ///   Errors  ChessException: damaged data.
+    ///   Errors  ChessException: damaged data; data that there is no room for.
     COneMoveTables(CTableLengths& own, CGlobalRegisters& registers);
 
     [[nodiscard]] const CTableLengths& Own() const { return m_own; }
@@ -41,12 +43,14 @@ class COneMoveTables {
     }
 
   private:
+    void HoldDetails(const CGlobalRegisters& registers);
+
     CTableLengths& m_own;
     std::vector<std::unique_ptr<CRegisterUse>> m_uses;
     std::map<TPositionType, std::unique_ptr<CTableLengths>> m_others;
 };
 
-/// A table that a position needs is not there.
+/// A table that a position needs is not there, or tells nothing of it.
 class CNoTable : public ChessException {
   public:
     using ChessException::ChessException;
@@ -79,6 +83,9 @@ class CExpectedMate {
     TChessboard m_empty; // the root of the game as castlings see it: no king is at home
     std::unique_ptr<TSearchContext> m_context;
 };
+
+/// What to tell of data that there is no room for.
+[[nodiscard]] std::string NoRoomText(std::string_view typeName);
 
 /// As in logs and messages: with White to move and without castlings.
 [[nodiscard]] std::string TablePositionFEN(const TChessboard& b);

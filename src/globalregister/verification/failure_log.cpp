@@ -19,7 +19,7 @@ CFailureLog::CFailureLog(const std::filesystem::path& path) : m_path(path), m_fi
 void CFailureLog::Write(const TPrecalcFault& fault) {
     m_file << fault.m_nIndex << ',' << fault.m_fen << ',' << fault.m_nStored << ',' << fault.m_nComputed << '\n';
     if (!m_file.flush())
-        throw ChessException("Error writing to file: " + m_path.string());
+        throw CWriteFailure("Error writing to file: " + m_path.string());
 }
 
 std::vector<std::uint64_t> ReadFailureLog(const std::filesystem::path& path, std::uint64_t nElements) {

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "core/chess_exception.h"
+
 namespace quillon {
 
 struct TPrecalcFault {
@@ -17,6 +19,12 @@ struct TPrecalcFault {
     std::string m_fen;
     int m_nStored = 0;   // half-moves
     int m_nComputed = 0; // half-moves
+};
+
+/// A file cannot be written.
+class CWriteFailure : public ChessException {
+  public:
+    using ChessException::ChessException;
 };
 
 [[nodiscard]] std::string FailureLogName(std::string_view typeName, bool bSecondPass);
@@ -28,7 +36,7 @@ class CFailureLog {
     explicit CFailureLog(const std::filesystem::path& path);
 
     /// Adds a line; it is in the file when this returns.
-    ///   Errors  ChessException "Error writing to file: " with the name.
+    ///   Errors  CWriteFailure "Error writing to file: " with the name.
     void Write(const TPrecalcFault& fault);
 
   private:

@@ -7,9 +7,12 @@
 //            second pass, if the user wants that; if not, it is kept as ".BAK".
 //   fixable  a fault where no mate is stored, or a longer one than there is. Others are only told: what such an element
 //            hides can be a fault elsewhere, and "no mate" cannot be proved by one ply.
-//   fixing   elements are corrected in the plain file and in memory, a part of the table (kCheckedAtOnce) at a time:
-//   what
-//            one part has corrected, the following ones count on. A second pass mends what was computed before.
+//   fixing   elements are corrected in the plain file and in memory. A mate on the move is certain, and written at
+//   once.
+//            A longer one may rest on an element that is too short, or tells a mate where there is none. The shortest
+//            of those cannot be explained by one ply, so it is a fault that is not fixable: if all elements have been
+//            looked at and there is none of these, what is computed is never too short, and all is written at the end.
+//            If not, nothing but mates on the move is written.
 //
 // Threads: VerifyType is called while nobody else uses the data; the host is called on the thread of VerifyType.
 
@@ -50,7 +53,14 @@ inline constexpr std::string_view kShouldVerifyQuestion =
 /// Asked at the first element that wrongly says "no mate", where fixing is wanted.
 inline constexpr std::string_view kTryFixQuestion = "Error encountered. Try fix?";
 
-/// Indices between two reports of how far a run has come, and between two rounds of corrections.
+/// Begins the question whether the log of an earlier run is to be the list of this one.
+inline constexpr std::string_view kLeftoverLogQuestion = "Unempty log file ";
+
+/// Beside a log while its run goes on, and afterwards if that did not look at all elements: a second pass over it
+/// cannot tell that there are no further faults.
+inline constexpr std::string_view kUnfinishedLogExtension = ".unfinished";
+
+/// Indices between two reports of how far a run has come.
 inline constexpr std::uint64_t kCheckedAtOnce = 500'000;
 
 struct TVerifyRequest {
@@ -66,7 +76,7 @@ enum class EVerifyEnd : std::uint8_t {
     AllChecked,
     Stopped,  // by the user
     NotBegun, // no data, no log, or the user did not want to go on; it has been told
-    Failed,   // data are missing or damaged, a file cannot be written; it has been told
+    Failed,   // data are missing or damaged, memory or disk were full; it has been told
 };
 
 struct TVerifyResult {
@@ -74,12 +84,16 @@ struct TVerifyResult {
     std::size_t m_nFaults = 0;
     std::size_t m_nFixable = 0;
     std::size_t m_nFixed = 0;
-    std::uint64_t m_nChecked = 0; // indices
-    std::filesystem::path m_log;  // empty: none was written
-    std::string m_status;         // the last line of ShowStatus
+    std::uint64_t m_nChecked = 0;                    // indices
+    bool m_bSecondPass = false;                      // only what a log of an earlier run names
+    bool m_bSystemFailure = false;                   // Failed for want of memory, or a file could not be written
+    std::filesystem::path m_file;                    // that was verified; empty: none
+    std::vector<std::filesystem::path> m_otherFiles; // of the same type, not looked at
+    std::filesystem::path m_log;                     // empty: none was written
+    std::string m_status;                            // the last line of ShowStatus
 };
 
-///   Errors  std::bad_alloc; std::system_error when there is no thread. Everything else is told through the host.
+///   Errors  std::system_error when there is no thread. Everything else is told through the host.
 [[nodiscard]] TVerifyResult VerifyType(const TVerifyRequest& request, CGlobalRegisters& registers,
                                        IVerificationHost& host);
 
