@@ -36,7 +36,7 @@ bool Exists(const fs::path& path) {
     return !path.empty() && fs::is_regular_file(path, error);
 }
 
-bool LookUnfinished(std::span<const std::uint8_t> table, std::size_t nElementSize) {
+bool LooksUnfinished(std::span<const std::uint8_t> table, std::size_t nElementSize) {
     CUnfinishedLook look(nElementSize);
     look.Take(table.data(), 0, table.size() / nElementSize);
     return look.IsUnfinished();
@@ -269,7 +269,7 @@ class CPrecalcLoad {
 
     void CheckLoadedTable(const fs::path& file, EPrecalcKind kind) {
         if (!m_data.bBitData)
-            TakeLook(LookUnfinished(m_data.data, m_data.nElementSize));
+            TakeLook(LooksUnfinished(m_data.data, m_data.nElementSize));
         OfferPacking(file, kind);
     }
 
@@ -340,7 +340,7 @@ class CPrecalcLoad {
                 m_data.data = std::move(*table);
                 m_data.packed.reset();
                 m_data.nRandomAccessKind = kPlainAccess;
-                TakeLook(LookUnfinished(m_data.data, m_data.nElementSize));
+                TakeLook(LooksUnfinished(m_data.data, m_data.nElementSize));
                 OfferSaving(file);
                 return true;
             }
