@@ -43,11 +43,11 @@ there is one, unpacks others, and holds all in memory: that is quicker.
 
 --fix corrects elements that say "no mate", or a longer one than there is, in
 the plain file. What an element must be is computed from others, so verify the
-types that captures and promotions lead to first. A fault that cannot be mended
-(a mate that is too short, or where there is none) can make others look faulty:
-if there is one, only mates on the move are written, and the table has to be
-made anew. Otherwise run again until nothing is left, for a correction can show
-another fault.
+types that captures and promotions lead to first. Written is what is certain:
+a fault that cannot be mended (a mate that is too short, or where there is none)
+can make others look faulty, so longer mates than the shortest of these are left
+as they are. Run again until nothing is left, for a correction can show another
+fault, or that one was none; where nothing more is written, make the table anew.
 
 Exit status: 0 all right, 1 faults were found, mended or not, or it was
 stopped, 2 no data, or bad usage, 3 memory or disk were full.)";

@@ -94,7 +94,7 @@ TEST_P(VerifyPlanted, IsFoundLoggedAndFixedWhereItIsFixable) {
 
 INSTANTIATE_TEST_SUITE_P(EveryKind, VerifyPlanted,
                          ::testing::Values(TPlanted{0, 0, 1}, TPlanted{12, 23, 1}, TPlanted{100, 199, 1},
-                                           TPlanted{254, -1, 0}, TPlanted{9, 17, 0}, TPlanted{255, -1, 0}));
+                                           TPlanted{9, 17, 0}, TPlanted{255, -1, 0}));
 
 TEST(VerifyType, MateWhereThereIsNoneIsFoundAndNotFixable) {
     CVerifiedTables tables;
@@ -136,11 +136,11 @@ TEST_F(VerifyQueen, ElementsThatAreTooShortSpoilNoneThatAreRight) {
     for (int run = 0; run < 3; ++run) {
         std::filesystem::remove(m_tables.Folder() / "PrecalcFailuresQ.txt");
         const TVerifyResult result = m_tables.Verify({.m_typeName = "Q", .m_bFix = true, .m_nThreads = 2});
-        EXPECT_GT(result.m_nFixable, 100u) << "what rests on them";
+        EXPECT_GT(result.m_nFixable, 50u) << "what rests on them";
         EXPECT_EQ(result.m_nFixed, 0u);
         EXPECT_EQ(m_tables.Read("Q"), m_elements);
         EXPECT_NE(m_tables.m_user.m_told[m_tables.m_user.m_told.size() - 2].find(
-                      " correction(s) not written: there are elements with mates that are too short"),
+                      " correction(s) not written: they may rest on elements that are too short, which cannot"),
                   std::string::npos);
     }
 }

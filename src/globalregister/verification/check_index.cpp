@@ -19,6 +19,9 @@ constexpr int kFirstLooks = 20;
 int StoredApart(const CTableLengths& own, std::uint64_t index, int nComputed) {
     if (own.PairSaysMate(index))
         return kUnknownLength;
+    const int nLooked = own.HalfMoves(index); // what neighbours see: pairs that are in memory go first
+    if (nLooked != nComputed)
+        return nLooked;
     return nComputed == 0 ? own.DetailHalfMoves(index) : 0;
 }
 

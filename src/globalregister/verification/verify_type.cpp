@@ -1,6 +1,7 @@
 #include "globalregister/verification/verify_type.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <memory>
 #include <new>
@@ -98,6 +99,8 @@ class CVerification {
         const COneMoveTables tables(lengths, m_registers);
         ChooseIndexes(*data);
         CFailureLog log(PrepareLog());
+        if (!m_result.m_bSecondPass)
+            (void)CFailureLog(UnfinishedMark());
         const std::unique_ptr<CTableUpdate> update = m_request.m_bFix ? OpenUpdate(lengths) : nullptr;
         m_bBegun = true;
         Check(tables, log, update.get());
@@ -169,8 +172,6 @@ class CVerification {
             fs::rename(m_result.m_log, FreeNameBeside(m_result.m_log), error);
         if (error)
             throw ChessException("Cannot open file " + m_result.m_log.string());
-        if (!m_result.m_bSecondPass)
-            (void)CFailureLog(UnfinishedMark());
         return m_result.m_log;
     }
 
@@ -227,7 +228,8 @@ class CVerification {
             m_bFixAnswer = m_host.AskYesNo(kTryFixQuestion, "Question");
         log.Write(fault);
         if (!IsFixable(fault)) {
-            m_bCertain = false;
+            if (fault.m_nStored > 0)
+                m_nShortestDoubtful = std::min(m_nShortestDoubtful, fault.m_nStored);
             return;
         }
         ++m_result.m_nFixable;
@@ -246,25 +248,34 @@ class CVerification {
         int m_nComputed; // half-moves
     };
 
-    /// All elements have been looked at: is what they make of their neighbours certain?
+    /// Elements with a length below the shortest doubtful one are not too short (verify_type.h), and a length rests on
+    /// such that are shorter by two half-moves at least.
     void WriteFixes(CTableUpdate& update) {
         if (m_fixes.empty())
             return;
-        const std::string count = std::to_string(m_fixes.size()) + " correction(s) not written: ";
-        if (!m_bCertain)
-            m_host.Inform(count +
-                              "there are elements with mates that are too short, or where there is none, or that "
-                              "tell nothing. That cannot be mended, and the corrections may rest on them. Make the "
-                              "data of type " +
-                              m_request.m_typeName + " anew.",
-                          "Warning");
-        else if (!m_bWholeTable || m_result.m_eEnd != EVerifyEnd::AllChecked)
-            m_host.Inform(count + "only a run over the whole table can tell that they are certain. Verify it to the "
-                                  "end.",
-                          "Warning");
-        else
-            for (const TFix& fix : m_fixes)
+        if (!m_bWholeTable || m_result.m_eEnd != EVerifyEnd::AllChecked) {
+            TellNotWritten(m_fixes.size(),
+                           "only a run over the whole table can tell that they are certain. Verify it to "
+                           "the end.");
+            return;
+        }
+        std::size_t nLeft = 0;
+        for (const TFix& fix : m_fixes)
+            if (fix.m_nComputed <= m_nShortestDoubtful)
                 Write(update, fix);
+            else
+                ++nLeft;
+        if (nLeft != 0 && m_result.m_nFixed != 0)
+            TellNotWritten(nLeft, "they may rest on elements that are too short. Verify again: what has been written "
+                                  "may show that they are not.");
+        else if (nLeft != 0)
+            TellNotWritten(nLeft, "they may rest on elements that are too short, which cannot be mended. Make the data "
+                                  "of type " +
+                                      m_request.m_typeName + " anew.");
+    }
+
+    void TellNotWritten(std::size_t nFixes, const std::string& reason) {
+        m_host.Inform(std::to_string(nFixes) + " correction(s) not written: " + reason, "Warning");
     }
 
     void Write(CTableUpdate& update, const TFix& fix) {
@@ -310,8 +321,8 @@ class CVerification {
     std::vector<std::uint64_t> m_indexes; // of a second pass
     std::uint64_t m_nItems = 0;           // indices to check
     bool m_bBegun = false;
-    bool m_bWholeTable = true; // the indices are all that can be faulty
-    bool m_bCertain = true;    // no fault was met that is not fixable
+    bool m_bWholeTable = true;         // the indices are all that can be faulty
+    int m_nShortestDoubtful = INT_MAX; // half-moves stored where more, or no mate, is computed
     bool m_bWriteFailureTold = false;
     std::vector<TFix> m_fixes;        // not written yet
     std::optional<bool> m_bFixAnswer; // the user's word on the first fault of a stored "no mate"
