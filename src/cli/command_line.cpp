@@ -22,6 +22,7 @@
 #include "cli/show_command.h"
 #include "cli/solve_command.h"
 #include "cli/uci_command.h"
+#include "cli/verify_command.h"
 #include "library/text_decoding.h"
 
 namespace quillon {
@@ -89,6 +90,7 @@ EExitStatus Run(int argc, const char* const* argv) {
     AddCheckCommand(app, chosen);
     AddProbeCommand(app, chosen);
     AddPrecalcCommand(app, chosen);
+    AddVerifyCommand(app, chosen);
     AddGenerateCommand(app, chosen);
     AddRegressCommand(app, chosen);
     AddBenchCommand(app, chosen);

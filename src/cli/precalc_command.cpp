@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -11,13 +12,17 @@
 #include <vector>
 
 #include "cli/console_notifier.h"
+#include "cli/option_values.h"
 #include "cli/output.h"
 #include "cli/precalc_data.h"
 #include "cli/solve_settings.h"
 #include "core/chess_exception.h"
+#include "globalregister/browse_max_mates.h"
 #include "globalregister/global_registers.h"
+#include "globalregister/missing_types.h"
 #include "globalregister/precalc_files.h"
 #include "globalregister/table_conversion.h"
+#include "globalregister/verification/compute_expected.h"
 #include "platform/processors.h"
 
 namespace quillon {
@@ -30,6 +35,8 @@ constexpr const char* kPrecalcExamples = R"(
 Examples:
   quillon precalc list --precalc DIR
   quillon precalc status QR QRr --precalc DIR
+  quillon precalc missing 4 --precalc DIR
+  quillon precalc longest QR --limit 5 --precalc DIR
   quillon precalc pack DIR/Precalc/QR.precalc --form lzw
   quillon precalc unpack DIR/Precalc/QR.precalc.packed.lzw
 
@@ -38,8 +45,10 @@ A file is named for its data: the letters of the men besides the kings, with
 is loaded; lzw (.packed.lzw), read as it is; archive (.packed.lz4), only kept;
 simple (.packed.lz4), quick to read, for tables with no mate above 127 moves.
 
-Exit status: 0 done, 1 some types cannot be had (status), 2 bad usage, or a
-file that is not what its name says.)";
+Exit status: 0 done, 1 some types cannot be had (status, missing, longest), 2
+bad usage, or a file that is not what its name says.)";
+
+constexpr int kMostPositions = 1'000'000; // of longest
 
 struct TFormName {
     std::string_view m_name;
@@ -52,6 +61,9 @@ constexpr std::array kFormNames{TFormName{"plain", ETableForm::Plain}, TFormName
 struct TPrecalcCommandOptions {
     TPrecalcChoice m_precalc;
     std::vector<std::string> m_types; // of status
+    std::string m_type;               // of longest
+    int m_nPieces = kFewestTableMen;  // of missing
+    int m_nLimit = 10;                // of longest
     std::string m_file, m_form = "lzw", m_output;
     bool m_bForce = false;
     bool m_bJson = false;
@@ -120,6 +132,19 @@ std::string StatusJson(const TRegistersStatus& status) {
     return object.dump() + "\n";
 }
 
+/// 0 for letters of no type that is looked up.
+TPositionType TypeToLookUp(const std::string& name) {
+    return IsCustomType(name) || name.size() > kMaxTypeMen ? 0 : TPositionIndexing(name).nPositionType;
+}
+
+///   Errors  ChessException: the letters are none of a type that is looked up.
+TPositionType AskedType(const std::string& name) {
+    const TPositionType type = TypeToLookUp(name);
+    if (type == 0)
+        throw ChessException("not the letters of one to five men besides the kings: " + name);
+    return type;
+}
+
 /// Those that are named, else those that have files.
 std::set<TPositionType> AskedTypes(const TPrecalcCommandOptions& options, const TPrecalcFolders& folders) {
     std::vector<std::string> names = options.m_types;
@@ -127,14 +152,9 @@ std::set<TPositionType> AskedTypes(const TPrecalcCommandOptions& options, const 
         for (const TPrecalcFileFound& found : FindPrecalcFiles(folders))
             names.push_back(found.m_typeName);
     std::set<TPositionType> types;
-    for (const std::string& name : names) {
-        const TPositionType type = IsCustomType(name) ? 0 : TPositionIndexing(name).nPositionType;
-        const bool bOrdinary = type != 0 && name.size() <= kMaxTypeMen;
-        if (bOrdinary)
-            types.insert(type);
-        else if (!options.m_types.empty())
-            throw ChessException("not the letters of one to five men besides the kings: " + name);
-    }
+    for (const std::string& name : names)
+        if (!options.m_types.empty() || TypeToLookUp(name) != 0)
+            types.insert(AskedType(name));
     return types;
 }
 
@@ -150,6 +170,57 @@ EExitStatus TellStatus(const TPrecalcCommandOptions& options) {
     const TRegistersStatus status = registers.Status();
     WriteOutput(options.m_bJson ? StatusJson(status) : ShowStatus(status) + "\n");
     return bAll ? EExitStatus::Answered : EExitStatus::Unanswered;
+}
+
+// --- missing
+
+EExitStatus TellMissing(const TPrecalcCommandOptions& options) {
+    CProgressLine line(false);
+    CConsoleNotifier notifier(line);
+    const TSettings settings = LoadSettings(notifier, CommandLineDefaults());
+    const CGlobalRegisters registers(MakePrecalcOptions(settings, options.m_precalc), notifier, 1);
+    const std::vector<std::string> types = MissingTypes(options.m_nPieces, registers);
+    TPrecalcJson object;
+    object["pieces"] = options.m_nPieces;
+    object["missing"] = types;
+    WriteOutput((options.m_bJson ? object.dump() : MissingTypesText(options.m_nPieces, types)) + "\n");
+    return types.empty() ? EExitStatus::Answered : EExitStatus::Unanswered;
+}
+
+// --- longest
+
+std::string LongestText(CBrowseMaxMates& mates, const std::string& typeName, INotifier& notifier, bool bJson) {
+    TPrecalcJson object;
+    object["type"] = typeName;
+    object["mate"] = mates.Moves();
+    object["positions"] = TPrecalcJson::array();
+    std::string text = mates.Count() == 0 ? "No checkmate in positions of this type\n" : "";
+    while (const std::optional<TChessboard> b = mates.Next(notifier)) { // to the end: nobody says to begin anew
+        const std::string fen = TablePositionFEN(*b);
+        object["positions"].push_back(fen);
+        text += mates.Caption() + " " + fen + "\n";
+    }
+    return bJson ? object.dump() + "\n" : text;
+}
+
+EExitStatus TellLongest(const TPrecalcCommandOptions& options) {
+    CProgressLine line(false);
+    CConsoleNotifier notifier(line);
+    const TSettings settings = LoadSettings(notifier, CommandLineDefaults());
+    const TPrecalcOptions precalc = MakePrecalcOptions(settings, options.m_precalc);
+    CGlobalRegisters registers(precalc, notifier, PrecalcQuota(settings, options.m_precalc, nullptr));
+    const CRegisterUse data(registers.GetRegisterForTool(AskedType(options.m_type)));
+    if (!data) {
+        WriteDiagnostic("No info on positions of this type");
+        return EExitStatus::Unanswered;
+    }
+    if (LooksUnfinished(*data)) { // what is not resolved looks like a long mate
+        WriteDiagnostic("The data of type " + options.m_type + " are not finished: their longest mate is not known");
+        return EExitStatus::Unanswered;
+    }
+    CBrowseMaxMates mates(*data, precalc.m_folders.m_installation, static_cast<std::size_t>(options.m_nLimit));
+    WriteOutput(LongestText(mates, options.m_type, notifier, options.m_bJson));
+    return EExitStatus::Answered;
 }
 
 // --- pack, unpack
@@ -237,6 +308,23 @@ void AddPrecalcCommand(CLI::App& app, TChosenCommand& chosen) {
     AddPrecalcOptions(*status, options->m_precalc, "Data");
     status->add_flag("--json", options->m_bJson, "One JSON object");
     SetPrecalcCallback(*status, chosen, options, TellStatus);
+
+    CLI::App* const missing = command->add_subcommand("missing", "List the types of so many men that have no data");
+    missing->add_option("N", options->m_nPieces, "Men of a position, the kings among them: 3 to 7")
+        ->transform(WholeNumber(kFewestTableMen, kMostTableMen))
+        ->required();
+    AddPrecalcOptions(*missing, options->m_precalc, "Data");
+    missing->add_flag("--json", options->m_bJson, "One JSON object");
+    SetPrecalcCallback(*missing, chosen, options, TellMissing);
+
+    CLI::App* const longest = command->add_subcommand("longest", "Show positions of the longest mate of a type");
+    longest->add_option("TYPE", options->m_type, "Letters of the men besides the kings, as QRr")->required();
+    longest->add_option("--limit", options->m_nLimit, "Positions at most; without the option 10")
+        ->type_name("K")
+        ->transform(WholeNumber(1, kMostPositions));
+    AddPrecalcOptions(*longest, options->m_precalc, "Data");
+    longest->add_flag("--json", options->m_bJson, "One JSON object");
+    SetPrecalcCallback(*longest, chosen, options, TellLongest);
 
     CLI::App* const pack = command->add_subcommand("pack", "Pack a plain file");
     AddConversion(*pack, *options);

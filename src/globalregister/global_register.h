@@ -56,6 +56,11 @@ struct TGlobalRegister : TPositionIndexing {
     /// The same for an index < GetSize().
     [[nodiscard]] std::uint16_t ProvedHalfMovesByIndex(std::uint64_t index) const;
 
+    /// Of bit data: half-moves by the details alone, whatever the pair of bits says. Precondition: detailStream is
+    /// open.
+    [[nodiscard]] std::uint16_t DetailHalfMoves(std::uint64_t index) const { return ReadFrom(detailStream, index); }
+
+
     /// Writes an element; of bit data the pair, to which bits are added.
     ///   Errors  ChessException for packed data, which cannot be written.
     void SetMateByIndex(std::uint64_t index, std::uint16_t value);

@@ -6,6 +6,7 @@
 
 #include "core/chess_exception.h"
 #include "globalregister/precalc_files.h"
+#include "globalregister/table_conversion.h"
 #include "platform/memory_info.h"
 
 namespace quillon {
@@ -71,7 +72,7 @@ void CGlobalRegisters::ReadFolders() {
             continue;
         }
         const TPositionType type = TPositionIndexing(found.m_typeName).nPositionType;
-        if (type == 0 || found.m_typeName.size() > kMaxTypeMen)
+        if (type == 0 || found.m_typeName.size() > kMaxTypeMen || FormOf(found.m_path) == ETableForm::Archive)
             continue;
         SlotOf(type).SetState(EDataState::Present);
         m_bAnyFile = true;

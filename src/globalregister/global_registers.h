@@ -90,6 +90,12 @@ class CGlobalRegisters final : private IPrecalcRoom {
         return slot != nullptr && slot->State() == EDataState::Present && Quota() != 0;
     }
 
+    /// Has a load of this type found no room?
+    [[nodiscard]] bool LacksRoom(TPositionType type) const {
+        const TRegisterSlot* const slot = FindSlot(type);
+        return slot != nullptr && slot->State() == EDataState::NoRoom;
+    }
+
     [[nodiscard]] bool HasCustomTypes() const { return !m_customs.empty(); }
 
     /// Are there data of a custom type with these men, wherever they stand? As IsTypeAvailable.

@@ -2,23 +2,19 @@
 
 #include <algorithm>
 #include <iterator>
-#include <mutex>
 #include <optional>
 #include <system_error>
 
-#include "core/chess_exception.h"
-#include "globalregister/disk_access.h"
-#include "globalregister/packed/byte_streams.h"
 #include "globalregister/packed/little_endian.h"
 #include "globalregister/precalc_read.h"
+#include "globalregister/table_pieces.h"
 
 namespace quillon {
 
 namespace {
 
 constexpr std::size_t kNumberBytes = sizeof(std::uint64_t);
-constexpr std::uint32_t kFirstMark = 128; // in elements of one byte
-constexpr std::uint64_t kPieceBytes = 1 << 20;
+constexpr std::uint32_t kFirstMark = 128;    // in elements of one byte
 constexpr std::size_t kWantedIndexes = 2048; // at least so many are kept: a file with fewer has all
 
 /// The greatest element so far, and where it stands.
@@ -98,21 +94,10 @@ void TakeElements(const std::uint8_t* bytes, std::uint64_t first, std::uint64_t 
     }
 }
 
-/// A table on disk, piece by piece: lookups of others may come between.
 std::uint32_t ScanStream(std::ifstream& stream, const TGlobalRegister& data, CMaximum& maximum) {
-    const std::uint64_t nPiece = kPieceBytes / data.nElementSize;
-    std::vector<std::uint8_t> piece(kPieceBytes);
-    for (std::uint64_t first = 0; first < data.GetSize(); first += nPiece) {
-        const std::uint64_t nElements = std::min(nPiece, data.GetSize() - first);
-        {
-            const std::lock_guard lock(DiskAccessSection());
-            stream.clear();
-            stream.seekg(static_cast<std::streamoff>(first * data.nElementSize));
-            if (!ReadBytes(stream, piece.data(), nElements * data.nElementSize))
-                throw ChessException("Error reading data of type " + data.typeName);
-        }
-        TakeElements(piece.data(), first, nElements, data.nElementSize, maximum);
-    }
+    ForTablePieces(stream, data, [&](const std::uint8_t* bytes, std::uint64_t first, std::uint64_t nElements) {
+        TakeElements(bytes, first, nElements, data.nElementSize, maximum);
+    });
     return maximum.Greatest();
 }
 

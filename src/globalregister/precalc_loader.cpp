@@ -16,6 +16,7 @@
 #include "globalregister/precalc_read.h"
 #include "globalregister/recompression.h"
 #include "globalregister/table_conversion.h"
+#include "globalregister/unfinished_look.h"
 #include "platform/memory_info.h"
 
 namespace quillon {
@@ -35,28 +36,10 @@ bool Exists(const fs::path& path) {
     return !path.empty() && fs::is_regular_file(path, error);
 }
 
-/// Which values the elements of a table of bytes have.
-using TSeenElements = std::array<bool, 256>;
-
-/// Do these elements tell that their table was not finished? One that is has no unknown ones, and behind a long mate
-/// there are shorter ones.
-bool LookUnfinished(const TSeenElements& bSeen) {
-    const auto unsettled = bSeen.begin() + kFirstUnsettledByte, unknown = bSeen.begin() + kUnknownElement;
-    return *unknown || (std::find(unsettled, unknown, true) != unknown &&
-                        std::find(bSeen.begin() + 1, unsettled, false) != unsettled);
-}
-
-bool LookUnfinished(std::span<const std::uint8_t> table, std::size_t nElementSize) {
-    if (nElementSize == 2) {
-        for (std::size_t at = 2; at + 1 < table.size(); at += 2)
-            if (LoadLittleEndian<std::uint16_t>(table.data() + at) >= kFirstUnsettledWord)
-                return true;
-        return false;
-    }
-    TSeenElements bSeen{};
-    for (const std::uint8_t element : table.subspan(1))
-        bSeen[element] = true;
-    return LookUnfinished(bSeen);
+bool LooksUnfinished(std::span<const std::uint8_t> table, std::size_t nElementSize) {
+    CUnfinishedLook look(nElementSize);
+    look.Take(table.data(), 0, table.size() / nElementSize);
+    return look.IsUnfinished();
 }
 
 /// Of the stream of simple packing, where bytes between 127 and 255 are runs.
@@ -286,7 +269,7 @@ class CPrecalcLoad {
 
     void CheckLoadedTable(const fs::path& file, EPrecalcKind kind) {
         if (!m_data.bBitData)
-            TakeLook(LookUnfinished(m_data.data, m_data.nElementSize));
+            TakeLook(LooksUnfinished(m_data.data, m_data.nElementSize));
         OfferPacking(file, kind);
     }
 
@@ -357,7 +340,7 @@ class CPrecalcLoad {
                 m_data.data = std::move(*table);
                 m_data.packed.reset();
                 m_data.nRandomAccessKind = kPlainAccess;
-                TakeLook(LookUnfinished(m_data.data, m_data.nElementSize));
+                TakeLook(LooksUnfinished(m_data.data, m_data.nElementSize));
                 OfferSaving(file);
                 return true;
             }
@@ -374,7 +357,7 @@ class CPrecalcLoad {
         const std::string name = packed.string();
         const std::string plain =
             name.substr(0, name.size() - kPrecalcExtensions[static_cast<std::size_t>(EPrecalcKind::PackedLzw)].size());
-        if (!m_notifier.AskYesNo("Save full decompressed data file " + plain + "?", "Question"))
+        if (!m_notifier.AskYesNo(std::string(kSaveUnpackedQuestion) + plain + "?", "Question"))
             return;
         if (WriteWholeFile(plain, m_data.data))
             m_notifier.Inform("File saved.", "Information");

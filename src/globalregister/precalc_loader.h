@@ -42,6 +42,9 @@ class IPrecalcRoom {
 inline constexpr std::string_view kStayPackedQuestion =
     "Not enough memory to load all the data unpacked.\n\nLet program use some data from disk and decompress?";
 
+/// The question whether a table that was unpacked for memory is to be saved as a plain file begins so.
+inline constexpr std::string_view kSaveUnpackedQuestion = "Save full decompressed data file ";
+
 struct TLoadMode {
     bool m_bAllowDisk = true;  // false: into memory, whatever the settings say
     bool m_bVerifying = false; // also for the table being made: the quota is not looked at, nothing is offered

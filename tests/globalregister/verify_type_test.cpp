@@ -1,0 +1,443 @@
+#include "globalregister/verification/verify_type.h"
+
+#include <algorithm>
+
+#include "core/fen.h"
+#include "globalregister/verified_tables.h"
+
+namespace quillon {
+namespace {
+
+const TElements& QueenTable() {
+    static const TElements elements = ThreeMenElements("Q");
+    return elements;
+}
+
+/// The first index with this element: of the longest mates, on which no other element depends.
+std::uint64_t IndexOf(const TElements& elements, std::uint8_t element) {
+    return static_cast<std::uint64_t>(std::ranges::find(elements.begin() + 1, elements.end(), element) -
+                                      elements.begin());
+}
+
+std::string LogLine(const std::string& type, std::uint64_t index, int stored, int computed) {
+    const TPositionIndexing indexing(type);
+    TChessboard b = EmptyChessboard();
+    EXPECT_TRUE(indexing.GetPositionByIndex(index, b));
+    return std::to_string(index) + "," + WriteFEN(b, false) + " w - -," + std::to_string(stored) + "," +
+           std::to_string(computed);
+}
+
+constexpr std::uint8_t kLongest = 10;
+const std::string kBeginning = "Verification of precalculated data for position type Q";
+
+class VerifyQueen : public ::testing::Test {
+  protected:
+    VerifyQueen() : m_elements(QueenTable()), m_nIndex(IndexOf(m_elements, kLongest)) {}
+
+    TVerifyResult Verify(const TVerifyRequest& request = {.m_typeName = "Q"}) {
+        m_tables.Write("Q", m_elements);
+        return m_tables.Verify(request);
+    }
+    void Plant(std::uint8_t element) { m_elements[m_nIndex] = element; }
+
+    /// The leftover log of a run makes the next one check a part of the table only, this index among it.
+    void LeaveLog() const {
+        std::string log;
+        for (std::uint64_t index = m_nIndex % 83 + 1; index < m_elements.size(); index += 83)
+            log += std::to_string(index) + ",\n";
+        log += std::to_string(m_nIndex) + ",\n";
+        WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", TElements(log.begin(), log.end()));
+    }
+
+    CVerifiedTables m_tables;
+    TElements m_elements;
+    std::uint64_t m_nIndex;
+};
+
+TEST_F(VerifyQueen, RightTableIsAllOKWithAnEmptyLog) {
+    const TVerifyResult result = Verify();
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::AllChecked);
+    EXPECT_EQ(result.m_nFaults, 0u);
+    EXPECT_EQ(result.m_nChecked, m_elements.size());
+    EXPECT_EQ(result.m_status, kBeginning + " complete - all OK");
+    EXPECT_EQ(m_tables.m_user.m_status,
+              (std::vector<std::string>{"Starting verification of precalculated data for position type Q",
+                                        "100.0% (0 fault(s) found, 0 fixable, 0 fixed)", result.m_status}));
+    EXPECT_EQ(m_tables.m_user.m_told,
+              std::vector<std::string>{"Information: Complete (0 fault(s) found, 0 fixable, 0 fixed)"});
+    EXPECT_EQ(std::filesystem::file_size(m_tables.Folder() / "PrecalcFailuresQ.txt"), 0u);
+}
+
+struct TPlanted {
+    std::uint8_t m_element;
+    int m_stored;
+    std::size_t m_nFixable;
+};
+
+class VerifyPlanted : public VerifyQueen, public ::testing::WithParamInterface<TPlanted> {};
+
+TEST_P(VerifyPlanted, IsFoundLoggedAndFixedWhereItIsFixable) {
+    Plant(GetParam().m_element);
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::AllChecked);
+    EXPECT_EQ(result.m_nFaults, 1u);
+    EXPECT_EQ(result.m_nFixable, GetParam().m_nFixable);
+    EXPECT_EQ(result.m_nFixed, GetParam().m_nFixable);
+    EXPECT_EQ(result.m_status, kBeginning + " complete: 1 failure(s) detected");
+    EXPECT_EQ(m_tables.Log("PrecalcFailuresQ.txt"),
+              std::vector<std::string>{LogLine("Q", m_nIndex, GetParam().m_stored, 2 * kLongest - 1)});
+    EXPECT_EQ(m_tables.Read("Q"), GetParam().m_nFixable != 0 ? QueenTable() : m_elements);
+    const CRegisterUse data = m_tables.Use("Q");
+    const int expected = GetParam().m_nFixable != 0 ? 2 * kLongest - 1 : GetParam().m_stored;
+    EXPECT_EQ(data->IsMateByIndex(m_nIndex), static_cast<std::uint16_t>(expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryKind, VerifyPlanted,
+                         ::testing::Values(TPlanted{0, 0, 1}, TPlanted{12, 23, 1}, TPlanted{100, 199, 1},
+                                           TPlanted{9, 17, 0}, TPlanted{255, -1, 0}));
+
+TEST(VerifyType, MateWhereThereIsNoneIsFoundAndNotFixable) {
+    CVerifiedTables tables;
+    const TPositionIndexing indexing("N");
+    TElements elements(indexing.GetSize(), 0);
+    TChessboard b = ChessboardFromFEN("8/8/8/4k3/8/8/1N6/2K5");
+    elements[indexing.GetIndex(b)] = 2;
+    tables.Write("N", elements);
+    const TVerifyResult result = tables.Verify({.m_typeName = "N", .m_bFix = true});
+    EXPECT_EQ(result.m_nFaults, 1u);
+    EXPECT_EQ(result.m_nFixable, 0u);
+    EXPECT_EQ(tables.Log("PrecalcFailuresN.txt"), std::vector<std::string>{LogLine("N", indexing.GetIndex(b), 3, 0)});
+    EXPECT_EQ(tables.Read("N"), elements);
+}
+
+TEST_F(VerifyQueen, EveryFaultIsMendedInTheEnd) {
+    for (std::uint64_t i = 1; i < m_elements.size(); i += 7)
+        if (m_elements[i] > 1)
+            m_elements[i] = 0;
+    const TVerifyResult first = Verify({.m_typeName = "Q", .m_bFix = true, .m_nThreads = 2});
+    EXPECT_GT(first.m_nFaults, 1000u);
+    EXPECT_EQ(m_tables.m_user.m_asked.back(), "Error encountered. Try fix?");
+    EXPECT_EQ(std::ranges::count(m_tables.m_user.m_asked, "Error encountered. Try fix?"), 1);
+    for (int pass = 0; pass < 20 && m_tables.Read("Q") != QueenTable(); ++pass) {
+        std::filesystem::remove(m_tables.Folder() / "PrecalcFailuresQ.txt");
+        (void)m_tables.Verify({.m_typeName = "Q", .m_bFix = true, .m_nThreads = 2});
+    }
+    EXPECT_EQ(m_tables.Read("Q"), QueenTable());
+}
+
+/// The positions from which the planted one is reached, and others, come out too short: nothing of that is written.
+TEST_F(VerifyQueen, ElementsThatAreTooShortSpoilNoneThatAreRight) {
+    constexpr std::uint64_t kEvery = 401;
+    for (std::uint64_t i = 1; i < m_elements.size(); i += kEvery)
+        if (m_elements[i] > 2)
+            m_elements[i] = i % 2 == 0 ? 1 : 2;
+    Plant(0);
+    m_tables.Write("Q", m_elements);
+    for (int run = 0; run < 3; ++run) {
+        std::filesystem::remove(m_tables.Folder() / "PrecalcFailuresQ.txt");
+        const TVerifyResult result = m_tables.Verify({.m_typeName = "Q", .m_bFix = true, .m_nThreads = 2});
+        EXPECT_GT(result.m_nFixable, 50u) << "what rests on them";
+        EXPECT_EQ(result.m_nFixed, 0u);
+        EXPECT_EQ(m_tables.Read("Q"), m_elements);
+        EXPECT_NE(m_tables.m_user.m_told[m_tables.m_user.m_told.size() - 2].find(
+                      " correction(s) not written: they may rest on elements that are too short, which cannot"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(VerifyQueen, MateOnTheMoveIsCertainWhateverElseIsFaulty) {
+    Plant(1);
+    const std::uint64_t nMate =
+        IndexOf(m_elements, 1) == m_nIndex
+            ? static_cast<std::uint64_t>(
+                  std::find(m_elements.begin() + static_cast<std::ptrdiff_t>(m_nIndex) + 1, m_elements.end(), 1) -
+                  m_elements.begin())
+            : IndexOf(m_elements, 1);
+    m_elements[nMate] = 0;
+    EXPECT_EQ(Verify({.m_typeName = "Q", .m_bFix = true}).m_nFixed, 1u);
+    m_elements[nMate] = 1;
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
+}
+
+TEST_F(VerifyQueen, OtherFilesOfTheTypeAreNamed) {
+    LeaveLog();
+    WriteLzw(m_tables.Path("Q", ".packed.lzw"), m_elements);
+    const TVerifyResult result = Verify();
+    EXPECT_EQ(result.m_file, m_tables.Path("Q"));
+    ASSERT_EQ(result.m_otherFiles.size(), 1u);
+    EXPECT_NE(result.m_otherFiles[0], result.m_file);
+    EXPECT_EQ(m_tables.m_user.m_told.front(), "Warning: Verified is " + result.m_file.string() + ". Not looked at:\n" +
+                                                  result.m_otherFiles[0].string());
+}
+
+TEST_F(VerifyQueen, FixesOfARunThatWasStoppedAreNotWritten) {
+    Plant(0);
+    LeaveLog();
+    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt.unfinished", {});
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(result.m_nFixable, 1u);
+    EXPECT_EQ(result.m_nFixed, 0u);
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
+    EXPECT_NE(m_tables.m_user.m_told[m_tables.m_user.m_told.size() - 2].find("1 correction(s) not written: only a run "
+                                                                             "over the whole table can tell"),
+              std::string::npos);
+}
+
+TEST_F(VerifyQueen, NoToTheFirstFaultLeavesTheFile) {
+    Plant(0);
+    LeaveLog();
+    m_tables.m_user.m_bFixes = false;
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(m_tables.m_user.m_asked.back(), "Error encountered. Try fix?");
+    EXPECT_EQ(result.m_nFixable, 1u);
+    EXPECT_EQ(result.m_nFixed, 0u);
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
+}
+
+TEST_F(VerifyQueen, FaultsDoNotDependOnTheNumberOfThreads) {
+    for (std::uint64_t i = 1; i < m_elements.size(); i += 97)
+        m_elements[i] = static_cast<std::uint8_t>(m_elements[i] / 2);
+    const TVerifyResult one = Verify();
+    const std::vector<std::string> log = m_tables.Log("PrecalcFailuresQ.txt");
+    std::filesystem::remove(m_tables.Folder() / "PrecalcFailuresQ.txt");
+    const TVerifyResult three = Verify({.m_typeName = "Q", .m_nThreads = 3});
+    EXPECT_GT(log.size(), 100u);
+    EXPECT_EQ(log, m_tables.Log("PrecalcFailuresQ.txt"));
+    EXPECT_EQ(one.m_nFixable, three.m_nFixable);
+    EXPECT_EQ(one.m_nFaults, log.size());
+}
+
+// --- packed tables, settings
+
+TEST_F(VerifyQueen, FaultIsToldAndStaysWhereNobodyWantsItFixed) {
+    Plant(0);
+    LeaveLog();
+    const TVerifyResult result = Verify();
+    EXPECT_EQ(result.m_nFixable, 1u);
+    EXPECT_EQ(result.m_nFixed, 0u);
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
+    EXPECT_EQ(std::ranges::count(m_tables.m_user.m_asked, "Error encountered. Try fix?"), 0);
+}
+
+TEST_F(VerifyQueen, PackedTableIsVerifiedAndNotFixed) {
+    Plant(0);
+    LeaveLog();
+    WriteLzw(m_tables.Path("Q", ".packed.lzw"), m_elements);
+    const TVerifyResult result = m_tables.Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(result.m_nFaults, 1u);
+    EXPECT_EQ(result.m_nFixed, 0u);
+    EXPECT_EQ(m_tables.m_user.m_told.front(),
+              "Warning: Cannot open file " + m_tables.Path("Q").string() +
+                  " for update.\nAny detected incoherencies will not be fixed.\n\nUse ini option "
+                  "AskIfSaveAfterDecompressAllToMem in order to create updatable uncompressed precalc file.");
+}
+
+TEST_F(VerifyQueen, TableOnDiskIsVerifiedAndFixed) {
+    Plant(0);
+    LeaveLog();
+    m_tables.m_nQuota = 3 * m_elements.size();
+    m_tables.m_options.m_bGlobalRegisterForceDiskAccess = true;
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_TRUE(m_tables.Use("Q")->diskStream.is_open());
+    EXPECT_EQ(result.m_nFixed, 1u);
+    EXPECT_EQ(m_tables.Use("Q")->IsMateByIndex(m_nIndex), 2 * kLongest - 1);
+    EXPECT_EQ(m_tables.Read("Q"), QueenTable());
+}
+
+TEST_F(VerifyQueen, SlowSettingsAreAskedAboutAndComeBack) {
+    LeaveLog();
+    m_tables.m_options.m_bGlobalRegisterForceDiskAccess = true;
+    m_tables.m_user.m_eSlow = ESlowSetting::TurnOff;
+    WriteLzw(m_tables.Path("Q", ".packed.lzw"), m_elements);
+    bool bPacked = true;
+    m_tables.m_user.m_runState = [&] {
+        bPacked = m_tables.Use("Q")->nRandomAccessKind != kPlainAccess;
+        return ERunState::Run;
+    };
+    EXPECT_EQ(m_tables.Verify({.m_typeName = "Q"}).m_status, kBeginning + " complete - all OK");
+    EXPECT_FALSE(bPacked) << "unpacked for the run";
+    ASSERT_GE(m_tables.m_user.m_asked.size(), 2u);
+    EXPECT_EQ(m_tables.m_user.m_asked[0].find("Option to use compressed data \"random access\" (ini: "
+                                              "UseDataPackedForRandomAccess) is on"),
+              0u);
+    EXPECT_EQ(
+        m_tables.m_user.m_asked[1].find("Option to use data from disk (ini: GlobalRegisterForceDiskAccess) without "
+                                        "loading to memory is on - it SIGNIFICANTLY slows down"),
+        0u);
+    EXPECT_EQ(m_tables.Registers().Options().m_nUseDataPackedForRandomAccess, 2);
+    EXPECT_TRUE(m_tables.Registers().Options().m_bGlobalRegisterForceDiskAccess);
+}
+
+TEST_F(VerifyQueen, NoToASlowSettingEndsIt) {
+    m_tables.m_user.m_eSlow = ESlowSetting::End;
+    EXPECT_EQ(Verify().m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_EQ(m_tables.m_user.m_asked.size(), 1u);
+    EXPECT_TRUE(m_tables.m_user.m_told.empty());
+    EXPECT_FALSE(std::filesystem::exists(m_tables.Folder() / "PrecalcFailuresQ.txt"));
+}
+
+// --- tables in the making
+
+constexpr std::uint8_t kReached = 5;
+
+TEST_F(VerifyQueen, PartialTableIsComparedUpToWhatItHas) {
+    for (std::uint64_t i = 1; i < m_elements.size(); ++i)
+        if (m_elements[i] > kReached)
+            m_elements[i] = 0;
+    EXPECT_EQ(Verify({.m_typeName = "Q", .m_bPartial = true}).m_nFaults, 0u);
+    EXPECT_EQ(m_tables.m_user.m_told.front(), "Information: Max. mate in the partially generated file is #5");
+    EXPECT_GT(m_tables.Verify({.m_typeName = "Q"}).m_nFaults, 0u) << "as a finished table it is wrong";
+}
+
+TEST_F(VerifyQueen, PartialTableIsNotMisledByOneElement) {
+    for (std::uint64_t i = 1; i < m_elements.size(); ++i)
+        if (m_elements[i] > kReached)
+            m_elements[i] = 0;
+    Plant(60);
+    LeaveLog();
+    WriteElements(m_tables.Path("Q", ".iter"), {2 * kReached - 1, 0, 0, 0});
+    EXPECT_EQ(Verify().m_nFaults, 1u);
+    EXPECT_EQ(m_tables.Log("PrecalcFailuresQ_pass2.txt"), std::vector<std::string>{LogLine("Q", m_nIndex, 119, 0)});
+}
+
+TEST_F(VerifyQueen, TableThatLooksUnfinishedKeepsBlacksMarks) {
+    for (std::uint64_t i = 1; i < m_elements.size(); ++i) {
+        if (m_elements[i] == 0 || m_elements[i] > kReached)
+            m_elements[i] = 127;
+        m_elements[i] |= i % 3 == 0 ? 128 : 0;
+    }
+    LeaveLog();
+    m_tables.m_nQuota = 3 * m_elements.size(); // so that it stays on disk
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_TRUE(m_tables.Use("Q")->diskStream.is_open());
+    EXPECT_GT(result.m_nFaults, 100u);
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
+    EXPECT_EQ(m_tables.m_user.m_told.front().find("Warning: The data of type Q look unfinished"), 0u);
+}
+
+TEST_F(VerifyQueen, PartialTableWithAFaultBelowItsLongestMate) {
+    for (std::uint64_t i = 1; i < m_elements.size(); ++i)
+        if (m_elements[i] > kReached)
+            m_elements[i] = 0;
+    m_nIndex = IndexOf(m_elements, kReached - 1);
+    Plant(0);
+    EXPECT_GE(Verify({.m_typeName = "Q", .m_bPartial = true}).m_nFaults, 1u);
+    const std::vector<std::string> log = m_tables.Log("PrecalcFailuresQ.txt");
+    EXPECT_TRUE(std::ranges::count(log, LogLine("Q", m_nIndex, 0, 2 * kReached - 3)));
+}
+
+TEST_F(VerifyQueen, TableInTheMakingIsFixedWithBlacksMarks) {
+    for (std::uint64_t i = 1; i < m_elements.size(); ++i) {
+        if (m_elements[i] == 0 || m_elements[i] > kReached)
+            m_elements[i] = 127;
+        m_elements[i] |= i % 3 == 0 ? 128 : 0;
+    }
+    const TElements right = m_elements;
+    m_nIndex = static_cast<std::uint64_t>(std::ranges::find(m_elements, 128 | (kReached - 1)) - m_elements.begin());
+    Plant(128 | 127);
+    WriteElements(m_tables.Path("Q", ".iter"), {9, 0, 0, 0});
+    LeaveLog();
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_GE(result.m_nFixed, 1u);
+    EXPECT_EQ(m_tables.Read("Q")[m_nIndex], right[m_nIndex]);
+    EXPECT_TRUE(
+        std::ranges::count(m_tables.m_user.m_told, "Information: Max. mate in the partially generated file is #5"));
+}
+
+// --- logs
+
+TEST_F(VerifyQueen, SecondPassChecksTheLeftoverLinesOnly) {
+    Plant(0);
+    const std::string line = LogLine("Q", m_nIndex, 0, 2 * kLongest - 1) + "\n";
+    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", TElements(line.begin(), line.end()));
+    const TVerifyResult second = Verify({.m_typeName = "Q", .m_bFix = true, .m_bSecondPassOnly = true});
+    EXPECT_EQ(m_tables.m_user.m_asked[1], "Unempty log file " + (m_tables.Folder() / "PrecalcFailuresQ.txt").string() +
+                                              " already exists\nApply second-pass fixes to data?");
+    EXPECT_EQ(second.m_nChecked, 1u);
+    EXPECT_EQ(second.m_nFixed, 1u);
+    EXPECT_EQ(m_tables.Log("PrecalcFailuresQ_pass2.txt"), m_tables.Log("PrecalcFailuresQ.txt"));
+    EXPECT_EQ(m_tables.Log("PrecalcFailuresQ.txt").size(), 1u) << "the first log stays";
+    EXPECT_EQ(m_tables.Read("Q"), QueenTable());
+}
+
+TEST_F(VerifyQueen, SecondPassAloneNeedsALog) {
+    EXPECT_EQ(Verify({.m_typeName = "Q", .m_bSecondPassOnly = true}).m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_EQ(m_tables.m_user.m_told.back(),
+              "Error: Cannot open file " + (m_tables.Folder() / "PrecalcFailuresQ.txt").string());
+}
+
+TEST_F(VerifyQueen, WithoutASecondPassTheLeftoverLogIsKept) {
+    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", {'1', ',', '\n'});
+    m_tables.m_user.m_bSecondPass = false;
+    m_tables.m_user.m_runState = [] { return ERunState::Break; };
+    EXPECT_EQ(Verify().m_eEnd, EVerifyEnd::Stopped);
+    EXPECT_EQ(m_tables.Log("PrecalcFailuresQ.txt.BAK"), std::vector<std::string>{"1,"});
+    EXPECT_TRUE(m_tables.Log("PrecalcFailuresQ.txt").empty());
+    EXPECT_TRUE(std::filesystem::exists(m_tables.Folder() / "PrecalcFailuresQ.txt.unfinished"));
+}
+
+TEST_F(VerifyQueen, SecondPassOverALogWithoutFaultsHasNothingToCheck) {
+    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", {});
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bSecondPassOnly = true});
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::AllChecked);
+    EXPECT_TRUE(result.m_bSecondPass);
+    EXPECT_EQ(result.m_nChecked, 0u);
+}
+
+TEST_F(VerifyQueen, LogThatIsNoneIsRefused) {
+    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", {'1', ',', '\n', '4', '0', '9', '6', '0', ','});
+    EXPECT_EQ(Verify().m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_EQ(m_tables.m_user.m_told.back(),
+              "Error: " + (m_tables.Folder() / "PrecalcFailuresQ.txt").string() + ", line 2: no index of this type");
+    EXPECT_EQ(m_tables.Log("PrecalcFailuresQ.txt").size(), 2u);
+}
+
+TEST_F(VerifyQueen, LogThatCannotBeWrittenEndsItBeforeItBegins) {
+    m_tables.Write("Q", m_elements);
+    const TVerifyRequest request{.m_typeName = "Q", .m_logFolder = m_tables.Folder() / "none"};
+    EXPECT_EQ(VerifyType(request, m_tables.Registers(), m_tables.m_user).m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_EQ(m_tables.m_user.m_told.back(),
+              "Error: Cannot open file " + (m_tables.Folder() / "none/PrecalcFailuresQ.txt").string());
+}
+
+// --- ends
+
+TEST_F(VerifyQueen, StopEndsItWithTheCountsOfWhatWasChecked) {
+    Plant(0);
+    m_tables.m_user.m_runState = [] { return ERunState::Break; };
+    const TVerifyResult result = Verify();
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::Stopped);
+    EXPECT_LT(result.m_nChecked, m_elements.size());
+    EXPECT_EQ(result.m_status, kBeginning + " but stopped by user.");
+    EXPECT_EQ(m_tables.m_user.m_status.back(), result.m_status);
+    EXPECT_EQ(m_tables.m_user.m_told.back().find("Information: Complete ("), 0u);
+}
+
+TEST_F(VerifyQueen, PauseWaitsAndGoesOn) {
+    LeaveLog();
+    int nAsked = 0;
+    m_tables.m_user.m_runState = [&] { return ++nAsked < 10 ? ERunState::Pause : ERunState::Run; };
+    EXPECT_EQ(Verify({.m_typeName = "Q", .m_nThreads = 2}).m_eEnd, EVerifyEnd::AllChecked);
+    EXPECT_GE(nAsked, 10);
+}
+
+TEST(VerifyType, TypeWithoutData) {
+    CVerifiedTables tables;
+    EXPECT_EQ(tables.Verify({.m_typeName = "Q"}).m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_EQ(tables.m_user.m_told.back(), "Information: No information about positions of this type");
+}
+
+TEST(VerifyType, MissingTableOfWhatACaptureLeadsToEndsIt) {
+    CVerifiedTables tables;
+    tables.Write("Qn", TElements(TPositionIndexing("Qn").GetSize(), 0));
+    const TVerifyResult result = tables.Verify({.m_typeName = "Qn"});
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::Failed);
+    EXPECT_EQ(result.m_status, "Verification of precalculated data for position type Qn could not be completed.");
+    ASSERT_GE(tables.m_user.m_told.size(), 2u);
+    const std::string& told = tables.m_user.m_told[tables.m_user.m_told.size() - 2];
+    EXPECT_EQ(told.find("Info: Register not found or loaded for position "), 0u) << told;
+    EXPECT_TRUE(told.ends_with(" w - - !")) << told;
+}
+
+} // namespace
+} // namespace quillon
