@@ -49,6 +49,7 @@ struct TGlobalRegister : TPositionIndexing {
     /// table that was not finished only what it has settled, and lengths from 127 on only of one that has been looked
     /// through.
     ///   Returns  0, kUnknownHalfMoves, or an odd number. kUnknownHalfMoves for a custom type without this position.
+    ///            A custom type counts what leaves it as no mate: 0 proves nothing then, and a mate may be shorter.
     ///   Errors   ChessException: damaged data.
     [[nodiscard]] std::uint16_t ProvedHalfMoves(const TChessboard& b) const;
 

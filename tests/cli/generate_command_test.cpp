@@ -83,8 +83,8 @@ TEST_F(GenerateCommand, MissingTypesAreNamedOrMade) {
     EXPECT_TRUE(made.OutLines()[2].starts_with("P: longest mate #28, ")) << made.m_out;
 }
 
-/// However far it has come: the table is finished afterwards.
-TEST_F(GenerateCommand, AnInterruptedRunGoesOn) {
+/// However far it has come, a table that is not finished is known as such.
+TEST_F(GenerateCommand, AnInterruptedRunLeavesOneState) {
     CProgramRun run(Arguments({"B", "QR", "--with-subtypes", "--progress"}));
     ASSERT_TRUE(run.WaitForError(": level "));
     run.Signal(SIGUSR1);

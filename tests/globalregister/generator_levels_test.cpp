@@ -88,26 +88,32 @@ TEST(GeneratorLevels, LongestMatesOfThreeMen) {
 
 TEST(GeneratorLevels, MarksFindWhatSweepsFind) {
     CGeneratedTables& tables = ThreeMenTables();
-    for (const char* const type : {"R", "P"}) {
-        const TElements marks = tables.Generate(type, Threads(1));
-        EXPECT_EQ(marks, tables.Generate(type, Threads(2))) << type;
-        EXPECT_EQ(marks, tables.Generate(type, Threads(2, true))) << type;
-    }
+    for (const char* const type : {"Q", "R", "P"})
+        EXPECT_EQ(tables.Generate(type, Threads(1)), tables.Generate(type, Threads(2))) << type;
+    EXPECT_EQ(tables.Generate("Q", Threads(2)), tables.Generate("Q", Threads(2, true)));
 }
 
 TEST(GeneratorLevels, TakenUpAfterAnyLevelTheTableIsTheSame) {
     CGeneratedTables& tables = ThreeMenTables();
-    const TElements expected = tables.Generate("P");
-    const auto registers = tables.Registers();
-    TGlobalRegister table("P");
-    ASSERT_TRUE(MakeWorkTable(table));
-    for (int level = 1; level <= 2 * 28 + 1; ++level)
-        for (int time = 0; time < (level % 3 == 0 ? 2 : 1); ++time) { // some levels are repeated
-            CGeneratorRun run(table, *registers, tables.Control());
-            ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone) << level;
+    for (const auto& [type, nLevels, nAtATime] :
+         std::initializer_list<std::tuple<const char*, int, int>>{{"R", 33, 1}, {"P", 57, 8}}) {
+        const TElements expected = tables.Generate(type);
+        const auto registers = tables.Registers();
+        TGlobalRegister table(type);
+        ASSERT_TRUE(MakeWorkTable(table));
+        std::unique_ptr<CGeneratorRun> run;
+        for (int level = 1; level <= nLevels; ++level) {
+            if (level % nAtATime == 1 || nAtATime == 1) {
+                run = std::make_unique<CGeneratorRun>(table, *registers, tables.Control());
+                if (level > 1 && level % 3 == 0) { // the last level is repeated
+                    ASSERT_EQ(run->RunLevel(level - 1).m_nResult, kLevelDone);
+                }
+            }
+            ASSERT_EQ(run->RunLevel(level).m_nResult, kLevelDone) << level;
         }
-    FinishTable(table);
-    EXPECT_EQ(table.data, expected);
+        FinishTable(table);
+        EXPECT_EQ(table.data, expected) << type;
+    }
 }
 
 TEST(GeneratorLevels, UnfinishedTableTellsTheLevelsDone) {
@@ -116,9 +122,16 @@ TEST(GeneratorLevels, UnfinishedTableTellsTheLevelsDone) {
     TGlobalRegister table("R");
     ASSERT_TRUE(MakeWorkTable(table));
     CGeneratorRun run(table, *registers, tables.Control());
-    for (int level = 1; level <= 9; ++level)
-        ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone);
+    std::uint64_t nFound = 0;
+    for (int level = 1; level <= 9; ++level) {
+        const TLevelResult result = run.RunLevel(level);
+        ASSERT_EQ(result.m_nResult, kLevelDone);
+        nFound += level % 2 != 0 ? result.m_nFound : 0;
+    }
     const TElements finished = ThreeMenElements("R");
+    EXPECT_EQ(nFound, static_cast<std::uint64_t>(std::count_if(finished.begin(), finished.end(), [](unsigned element) {
+                  return element != 0 && element <= 5;
+              })));
     for (std::size_t index = 1; index < finished.size(); ++index) {
         const unsigned element = table.data[index] & 0x7f;
         ASSERT_EQ(element, finished[index] != 0 && finished[index] <= 5 ? finished[index] : 127u) << index;
