@@ -60,7 +60,6 @@ struct TGlobalRegister : TPositionIndexing {
     /// open.
     [[nodiscard]] std::uint16_t DetailHalfMoves(std::uint64_t index) const { return ReadFrom(detailStream, index); }
 
-
     /// Writes an element; of bit data the pair, to which bits are added.
     ///   Errors  ChessException for packed data, which cannot be written.
     void SetMateByIndex(std::uint64_t index, std::uint16_t value);
