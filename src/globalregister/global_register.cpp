@@ -63,15 +63,15 @@ std::uint16_t TGlobalRegister::OtherForm(std::uint64_t index) const {
     throw ChessException("Unknown random access buffer in TGlobalRegister::IsMateByIndex()");
 }
 
-// Only a set bit is certain in a table in the making. The details hold plain lengths, all of a byte too: what is open
-// and what is lost for Black are told by the bits alone.
+// Only a set bit is certain in a table in the making. Details of a finished one hold plain lengths, all of a byte too:
+// what is open and what is lost for Black are told by the bits alone.
 std::uint16_t TGlobalRegister::BitDataHalfMoves(std::uint64_t index) const {
     if (diskStream.is_open())
         return bCompactUnfinished ? kUnknownHalfMoves : ReadFrom(diskStream, index);
     if ((BitPair(data.data(), index) & kWhiteMates) == 0)
         return bCompactUnfinished ? kUnknownHalfMoves : 0;
     const std::uint16_t length = detailStream.is_open() ? ReadFrom(detailStream, index) : kUnknownHalfMoves;
-    return length == 0 ? kUnknownHalfMoves : length;
+    return length == 0 ? kUnknownHalfMoves : bCompactUnfinished ? Settled(length) : length;
 }
 
 // A table that nobody has looked through may be one in the making whatever its name says.
