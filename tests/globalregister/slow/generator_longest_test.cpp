@@ -24,7 +24,7 @@ TEST(GeneratorLongest, FourMenWithoutPawns) {
 
 TEST(GeneratorLongest, SweepsFindTheSame) {
     CGeneratedTables tables;
-    for (const char* const type : {"Q", "R", "RR", "Qr", "BB"})
+    for (const char* const type : {"Q", "R", "P", "RR", "Qr", "BB"})
         EXPECT_EQ(Generated(tables, type, false), Generated(tables, type, true)) << type;
 }
 
