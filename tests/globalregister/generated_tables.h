@@ -61,6 +61,20 @@ class CGeneratedTables {
     TGeneratorControl m_control;
 };
 
+/// The work table of a small type in a form that only larger types have.
+struct TOtherForm {
+    explicit TOtherForm(const std::string& type, std::uint8_t nElementSize, bool bBitData) : m_table(type) {
+        EXPECT_TRUE(MakeWorkTable(m_table));
+        const std::uint64_t size = m_table.GetSize();
+        m_table.nElementSize = nElementSize;
+        m_table.bBitData = bBitData;
+        m_table.data.assign(bBitData ? size / 4 : size * nElementSize, 0);
+        for (std::size_t i = 0; !bBitData && i < m_table.data.size(); ++i)
+            m_table.data[i] = i % 2 == 0 ? 0xff : 0x7f;
+    }
+    TGlobalRegister m_table;
+};
+
 [[nodiscard]] inline unsigned LongestMate(const TElements& elements) {
     return *std::max_element(elements.begin() + 1, elements.end());
 }

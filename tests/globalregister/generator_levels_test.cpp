@@ -45,20 +45,6 @@ void ExpectLikeReference(const std::string& type, const TElements& elements) {
     }
 }
 
-// The work table of a three-men type in a form that only larger types have.
-struct TOtherForm {
-    explicit TOtherForm(const std::string& type, std::uint8_t nElementSize, bool bBitData) : m_table(type) {
-        EXPECT_TRUE(MakeWorkTable(m_table));
-        const std::uint64_t size = m_table.GetSize();
-        m_table.nElementSize = nElementSize;
-        m_table.bBitData = bBitData;
-        m_table.data.assign(bBitData ? size / 4 : size * nElementSize, 0);
-        for (std::size_t i = 0; !bBitData && i < m_table.data.size(); ++i)
-            m_table.data[i] = i % 2 == 0 ? 0xff : 0x7f;
-    }
-    TGlobalRegister m_table;
-};
-
 std::vector<std::string> ErrorsOfLevelOne(CGeneratedTables& tables, const std::string& type, int nThreads) {
     const auto registers = tables.Registers();
     TGlobalRegister table(type);

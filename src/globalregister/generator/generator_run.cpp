@@ -86,7 +86,7 @@ template <class TCells, class TBase> class CLevels final : public TBase {
 
     void WhiteLevel(CLevelThreads& threads, unsigned n, bool bFirst) {
         const bool bQuiet = UsesFullSweeps();
-        m_work.SetLevelBegun(!m_bWhiteKnown && !bFirst);
+        m_work.SetReadsLengths(!m_bWhiteKnown && !bFirst);
         if (!m_bWhiteKnown)
             m_work.NewLost().Clear(); // all losses are looked at
         const auto conversions = [&](TGeneratorThread& thread, std::uint64_t index) {
@@ -106,14 +106,16 @@ template <class TCells, class TBase> class CLevels final : public TBase {
         m_bWhiteKnown ? Walk(threads, m_work.WaitingWhite(), true, conversions) : Sweep(threads, conversions);
         if (!bQuiet)
             m_bWhiteKnown || bFirst ? Walk(threads, m_work.NewLost(), true, unmove) : Sweep(threads, unmove);
-        for (TGeneratorThread& thread : threads.Threads()) {
-            m_work.EnterDoubleSteps(thread, n);
-            threads.AddFound(thread);
-        }
+        for (TGeneratorThread& thread : threads.Threads())
+            if (threads.IsDone()) {
+                m_work.EnterDoubleSteps(thread, n);
+                threads.AddFound(thread);
+            }
         m_bWhiteKnown = true;
     }
 
     void BlackLevel(CLevelThreads& threads, unsigned n) {
+        m_work.SetReadsLengths(false); // every mate found is of this level or of one before it
         const auto look = [&](TGeneratorThread& thread, std::uint64_t index) { m_work.TryBlack(thread, index, n); };
         const auto unmove = [&](TGeneratorThread& thread, std::uint64_t index) {
             m_work.UnmoveBlack(thread, index, n);

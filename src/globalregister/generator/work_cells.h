@@ -7,6 +7,7 @@
 //
 // Threads: any. Elements that share a byte are changed by atomic operations; who sets what was set already is told so.
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
@@ -26,11 +27,15 @@ class CByteCells {
 
     explicit CByteCells(std::uint8_t* data) : m_data(data) {}
 
-    /// Does White mate in at most n moves?
-    [[nodiscard]] bool IsWhiteWithin(std::uint64_t index, unsigned n) const { return White(index) - 1u < n; }
+    /// Does White mate in at most n moves? What is open does not, however large n is.
+    [[nodiscard]] bool IsWhiteWithin(std::uint64_t index, unsigned n) const {
+        return White(index) - 1u < std::min(n, kLongest);
+    }
 
     /// Has White's mate been found in the level of n moves? Forms that do not tell lengths say: has it been found?
-    [[nodiscard]] bool IsWhiteOfLevel(std::uint64_t index, unsigned n) const { return White(index) == n; }
+    [[nodiscard]] bool IsWhiteOfLevel(std::uint64_t index, unsigned n) const {
+        return n <= kLongest && White(index) == n;
+    }
     [[nodiscard]] bool IsWhiteOpen(std::uint64_t index) const { return White(index) == kOpen; }
     [[nodiscard]] bool IsLost(std::uint64_t index) const { return (Load(index) & kLost) != 0; }
 
@@ -71,8 +76,12 @@ class CWordCells {
 
     explicit CWordCells(std::uint8_t* data) : m_data(data) {}
 
-    [[nodiscard]] bool IsWhiteWithin(std::uint64_t index, unsigned n) const { return White(index) - 1u < n; }
-    [[nodiscard]] bool IsWhiteOfLevel(std::uint64_t index, unsigned n) const { return White(index) == n; }
+    [[nodiscard]] bool IsWhiteWithin(std::uint64_t index, unsigned n) const {
+        return White(index) - 1u < std::min(n, kLongest);
+    }
+    [[nodiscard]] bool IsWhiteOfLevel(std::uint64_t index, unsigned n) const {
+        return n <= kLongest && White(index) == n;
+    }
     [[nodiscard]] bool IsWhiteOpen(std::uint64_t index) const { return White(index) == kOpen; }
     [[nodiscard]] bool IsLost(std::uint64_t index) const { return (Load(index) & kLost) != 0; }
 
