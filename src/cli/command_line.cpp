@@ -11,6 +11,7 @@
 #include "cli/bench_command.h"
 #include "cli/check_command.h"
 #include "cli/convert_command.h"
+#include "cli/generate_command.h"
 #include "cli/help_formatter.h"
 #include "cli/list_command.h"
 #include "cli/output.h"
@@ -88,6 +89,7 @@ EExitStatus Run(int argc, const char* const* argv) {
     AddCheckCommand(app, chosen);
     AddProbeCommand(app, chosen);
     AddPrecalcCommand(app, chosen);
+    AddGenerateCommand(app, chosen);
     AddRegressCommand(app, chosen);
     AddBenchCommand(app, chosen);
     AddUciCommand(app, chosen);

@@ -11,7 +11,6 @@
 #include "parallel/observer.h"
 #include "parallel/search_thread.h"
 #include "parallel/status_texts.h"
-#include "platform/sleep.h"
 #include "platform/terminal.h"
 #include "platform/thread.h"
 
@@ -27,21 +26,16 @@ constexpr int kObserverLevels = 6; // plies whose moves a report shows
 constexpr auto kWatchStep = 20ms;     // a signal is noticed within this time
 constexpr auto kProgressStep = 250ms; // between two states of the live line
 
-constexpr std::uint32_t kLongestFallingAsleepMs = 200; // before the process stops
-constexpr std::uint32_t kLongestWakingMs = 50;         // until the signal that has continued it is counted
-
 constexpr const char* kPausedMessage = "paused, clock and time limit stand still; to go on: fg, or SIGCONT";
-constexpr const char* kPausedHereMessage =
-    "the process cannot be stopped here and waits instead; to go on: SIGCONT, or Ctrl+Z again";
-constexpr const char* kGoingOnMessage = "going on";
 
 class CWatchedSolve {
   public:
     CWatchedSolve(const TSolveRequest& request, CProgressLine& line, TUserSignals& signals,
                   const std::function<void(const TPlanReport&)>& planSink)
         : m_solve(request), m_observer(m_solve, kObserverLevels), m_line(line), m_bLog(!IsTerminal(EStream::Error)),
-          m_notifier(line), m_signals(signals) {
-        m_signals.m_jobs.m_bWatched.store(true);
+          m_notifier(line), m_signals(signals), m_suspension(signals, line,
+                                                             {[this] { m_solve.Pause(); }, [this] { m_solve.Resume(); },
+                                                              [this] { return AllSleep(); }, kPausedMessage}) {
         m_solve.SetPlanSink([this, planSink](const TPlanReport& plan) {
             m_plan = plan;
             if (planSink)
@@ -49,7 +43,6 @@ class CWatchedSolve {
         });
     }
 
-    ~CWatchedSolve() { m_signals.m_jobs.m_bWatched.store(false); }
     CWatchedSolve(const CWatchedSolve&) = delete;
     CWatchedSolve& operator=(const CWatchedSolve&) = delete;
 
@@ -103,7 +96,7 @@ class CWatchedSolve {
     }
 
     [[nodiscard]] TClock::duration NextLook() const {
-        if (!m_secondsLimit || m_cause != EStopCause::None || m_bPaused)
+        if (!m_secondsLimit || m_cause != EStopCause::None || m_suspension.IsPaused())
             return kWatchStep;
         const std::chrono::duration<double> left(*m_secondsLimit - m_observer.Seconds());
         return left < kWatchStep ? std::chrono::ceil<TClock::duration>(left) : TClock::duration(kWatchStep);
@@ -118,37 +111,9 @@ class CWatchedSolve {
     // ---- signals
 
     void ObeySignals() {
-        TJobSignals& jobs = m_signals.m_jobs;
-        if (jobs.m_nReports.exchange(0) > 0)
+        if (m_signals.m_jobs.m_nReports.exchange(0) > 0)
             m_line.WriteReport(ProgressReport(m_observer));
-        const bool bSuspend = jobs.m_nSuspends.exchange(0) > 0;
-        if (!m_bPaused && bSuspend)
-            Suspend();
-        else if (m_bPaused && (bSuspend || jobs.m_nContinues.load() > 0))
-            GoOn();
-    }
-
-    /// The threads are put to sleep first, so that the clock of the solve knows of the time that passes.
-    void Suspend() {
-        const auto isContinued = [this] { return m_signals.m_jobs.m_nContinues.load() > 0; };
-        m_solve.Pause();
-        m_bPaused = true;
-        m_line.WriteMessage(kPausedMessage);
-        WaitUpTo(kLongestFallingAsleepMs, [&] { return AllSleep() || isContinued(); });
-        if (!isContinued())
-            StopProcess();
-        WaitUpTo(kLongestWakingMs, isContinued);
-        m_signals.m_jobs.m_nSuspends.store(0); // one more while it fell asleep has had its effect
-        if (isContinued())
-            GoOn();
-        else
-            m_line.WriteMessage(kPausedHereMessage);
-    }
-
-    void GoOn() {
-        m_bPaused = false;
-        m_solve.Resume();
-        m_line.WriteMessage(kGoingOnMessage);
+        m_suspension.Obey();
     }
 
     [[nodiscard]] bool AllSleep() const {
@@ -156,11 +121,6 @@ class CWatchedSolve {
         return analysis.m_nSleepingThreads.load(std::memory_order_relaxed) >=
                analysis.m_nRunningThreads.load(std::memory_order_relaxed) +
                    analysis.m_nSchedulerThreads.load(std::memory_order_relaxed);
-    }
-
-    template <class TCondition> static void WaitUpTo(std::uint32_t nMs, TCondition condition) {
-        for (std::uint32_t ms = 0; ms < nMs && !condition(); ++ms)
-            SleepMs(1);
     }
 
     // ---- progress
@@ -197,12 +157,12 @@ class CWatchedSolve {
     const bool m_bLog;
     CConsoleNotifier m_notifier;
     TUserSignals& m_signals;
+    CSuspension m_suspension;
 
     TClock::time_point m_nextProgress{};
     std::int64_t m_nToldSeconds = 0; // in the log
     std::optional<double> m_secondsLimit;
     EStopCause m_cause = EStopCause::None;
-    bool m_bPaused = false;
 
     std::mutex m_mutex;
     std::condition_variable m_changed;

@@ -2,13 +2,12 @@
 // A solve under watch: on a thread of its own, while the caller's thread shows the progress, obeys the user's signals
 // and ends it in time.
 
-#include <atomic>
 #include <functional>
 #include <optional>
 
 #include "cli/progress_line.h"
+#include "cli/user_signals.h"
 #include "heuristics/solving_driver.h"
-#include "platform/job_signals.h"
 
 namespace quillon {
 
@@ -18,12 +17,6 @@ struct TWatchedResult {
     TSolvingResult m_result;
     TPlanReport m_plan;                    // as it was before the first pass
     EStopCause m_cause = EStopCause::None; // what was asked to stop the solve; it may have ended just before
-};
-
-/// What signals have asked for. Above 0, interrupts stop the solve, and stay.
-struct TUserSignals {
-    std::atomic<int> m_nInterrupts{0};
-    TJobSignals m_jobs;
 };
 
 /// Runs the solve to its end; no thread is left when it returns.

@@ -82,8 +82,10 @@ std::uint16_t TGlobalRegister::Settled(std::uint16_t halfMoves) const {
 
 std::uint16_t TGlobalRegister::ProvedHalfMoves(const TChessboard& b) const {
     const std::uint64_t index = GetIndex(b);
-    if (index == kNoIndex)
-        return kUnknownHalfMoves;
+    return index == kNoIndex ? kUnknownHalfMoves : ProvedHalfMovesByIndex(index);
+}
+
+std::uint16_t TGlobalRegister::ProvedHalfMovesByIndex(std::uint64_t index) const {
     if (bBitData && !diskStream.is_open())
         return BitDataHalfMoves(index);
     return Settled(IsMateByIndex(index));

@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "globalregister/generator/detail_queue.h"
 #include "globalregister/packed/random_access_packed_buffer.h"
 #include "globalregister/position_indexing.h"
 #include "globalregister/precalc_format.h"
@@ -51,6 +52,9 @@ struct TGlobalRegister : TPositionIndexing {
     ///   Errors   ChessException: damaged data.
     [[nodiscard]] std::uint16_t ProvedHalfMoves(const TChessboard& b) const;
 
+    /// The same for an index < GetSize().
+    [[nodiscard]] std::uint16_t ProvedHalfMovesByIndex(std::uint64_t index) const;
+
     /// Writes an element; of bit data the pair, to which bits are added.
     ///   Errors  ChessException for packed data, which cannot be written.
     void SetMateByIndex(std::uint64_t index, std::uint16_t value);
@@ -71,6 +75,7 @@ struct TGlobalRegister : TPositionIndexing {
     std::uint32_t nPackedSize = 0; // of the simple form
     std::unique_ptr<RandomAccessLZWBuffer::CRandomAccessPackedBufferBase> packed;
     std::vector<std::uint8_t> data;
+    std::unique_ptr<TDetailQueue> details; // while bit data are made: the way into the details file
     TRegisterSlot* pSlot = nullptr; // its place in the manager; null: it is nobody's
 
   private:

@@ -184,45 +184,48 @@ std::uint64_t TPositionIndexing::CollectSquares(const TChessboard& b) const {
     return squares;
 }
 
-std::uint64_t TPositionIndexing::IndexWithPawns(const TChessboard& b) const {
-    std::uint64_t squares = CollectSquares(b);
-    std::uint64_t white = WhiteKingSquare(b);
-    if (white % 8 >= 4) {
-        squares = MirrorFiles(squares);
-        white ^= 7;
-    }
-    return IndexOf(squares, white / 8 * 4 + white % 8);
+std::uint64_t TPositionIndexing::IndexOfBoard(const TChessboard& b) const {
+    TMenSquares men;
+    const std::uint64_t squares = CollectSquares(b);
+    std::memcpy(men.m_squares.data(), &squares, sizeof squares);
+    men.m_whiteKing = WhiteKingSquare(b);
+    return IndexOfMen(men);
 }
 
 // The white king alone decides the folding: on the diagonal the two halves of the board stay apart.
-std::uint64_t TPositionIndexing::IndexWithoutPawns(const TChessboard& b) const {
-    std::uint64_t squares = CollectSquares(b);
-    int file = FileOf(WhiteKingSquare(b)), rank = RankOf(WhiteKingSquare(b));
+void TPositionIndexing::FoldMen(TMenSquares& men) const {
+    std::uint64_t squares = 0;
+    std::memcpy(&squares, men.m_squares.data(), sizeof squares);
+    int file = FileOf(men.m_whiteKing), rank = RankOf(men.m_whiteKing);
     if (file >= 4) {
         squares = MirrorFiles(squares);
         file = 7 - file;
     }
-    if (rank >= 4) {
+    if (!bHasPawns && rank >= 4) {
         squares = MirrorRanks(squares);
         rank = 7 - rank;
     }
-    if (rank > file) {
+    if (!bHasPawns && rank > file) {
         squares = SwapFilesAndRanks(squares);
         std::swap(file, rank);
     }
-    return IndexOf(squares, kTriangleNumber[SquareAt(file, rank)]);
+    std::memcpy(men.m_squares.data(), &squares, sizeof squares);
+    men.m_whiteKing = SquareAt(file, rank);
 }
 
-std::uint64_t TPositionIndexing::IndexOf(std::uint64_t squares, std::uint64_t slot) const {
+std::uint64_t TPositionIndexing::IndexOfFolded(const TMenSquares& men) const {
     assert(!bHasSpecialPiece);
-    std::array<std::uint8_t, kUnusedLane> lanes;
-    std::memcpy(lanes.data(), &squares, sizeof squares);
-    const std::uint64_t low = lanes[kBlackKingLane] * WhiteKingSquares() + slot;
-    if (bUseCombinations)
+    const int white = men.m_whiteKing;
+    const auto slot = static_cast<std::uint64_t>(bHasPawns ? RankOf(white) * 4 + FileOf(white)
+                                                           : kTriangleNumber[static_cast<std::size_t>(white)]);
+    const std::uint64_t low = men.BlackKing() * WhiteKingSquares() + slot;
+    if (bUseCombinations) {
+        auto lanes = men.m_squares;
         return GroupedFields(lanes.data()) + low;
+    }
     std::uint64_t fields = 0;
     for (std::size_t i = 0; i < typeName.size(); ++i)
-        fields += lanes[i] * strides[i];
+        fields += men.m_squares[i] * strides[i];
     return fields - m_nPawnOffset + low;
 }
 
@@ -244,32 +247,44 @@ std::uint64_t TPositionIndexing::GroupedFields(std::uint8_t* squares) const {
 bool TPositionIndexing::GetPositionByIndex(std::uint64_t index, TChessboard& b) const {
     if (custom)
         return custom->GetPositionByIndex(index, b);
-    const std::uint64_t slot = TakeField(index, WhiteKingSquares());
-    const auto white = static_cast<TSquare>(bHasPawns ? (slot & 28) * 2 + (slot & 3) : kTriangle[slot]);
-    const auto black = static_cast<TSquare>(TakeField(index, kSquares));
     b.m_board.fill(kNoFigure);
-    if (KingSteps(white, black) <= 1)
+    TMenSquares men;
+    if (!GetMenByIndex(index, men))
         return false;
-    return PlacePiece(b, white, kWhiteKing) && PlacePiece(b, black, kBlackKing) && PlaceLetters(index, b);
+    bool bPlaced = PlacePiece(b, men.m_whiteKing, kWhiteKing) && PlacePiece(b, men.BlackKing(), kBlackKing);
+    for (std::size_t i = 0; bPlaced && i < typeName.size(); ++i)
+        bPlaced = PlacePiece(b, men.m_squares[i], m_figures[i]);
+    return bPlaced;
 }
 
-bool TPositionIndexing::PlaceLetters(std::uint64_t fields, TChessboard& b) const {
-    if (bHasSpecialPiece)
+bool TPositionIndexing::GetMenByIndex(std::uint64_t index, TMenSquares& men) const {
+    const std::uint64_t slot = TakeField(index, WhiteKingSquares());
+    men.m_whiteKing = static_cast<TSquare>(bHasPawns ? (slot & 28) * 2 + (slot & 3) : kTriangle[slot]);
+    men.m_squares[kMaxTypeLetters] = static_cast<TSquare>(TakeField(index, kSquares));
+    if (KingSteps(men.m_whiteKing, men.BlackKing()) <= 1 || bHasSpecialPiece || !TakeLetters(index, men))
         return false;
+    TMask occupied = MaskOf(men.m_whiteKing) | MaskOf(men.BlackKing());
+    for (std::size_t i = 0; i < typeName.size(); ++i) {
+        if ((occupied & MaskOf(men.m_squares[i])) != 0)
+            return false;
+        occupied |= MaskOf(men.m_squares[i]);
+    }
+    return true;
+}
+
+bool TPositionIndexing::TakeLetters(std::uint64_t fields, TMenSquares& men) const {
     for (std::size_t i = typeName.size(); i-- > 0;) {
         if (strides[i] == 0)
             continue;
         const std::uint64_t first = bPawnSquares[i] ? kFirstPawnSquare : 0;
         if (mappings[i] == nullptr) {
             const std::uint64_t value = bPawnSquares[i] ? TakeField(fields, kPawnSquares) : TakeField(fields, kSquares);
-            if (!PlacePiece(b, static_cast<TSquare>(value + first), m_figures[i]))
-                return false;
+            men.m_squares[i] = static_cast<TSquare>(value + first);
             continue;
         }
         const unsigned char* set = mappings[i]->GetSet(TakeField(fields, groupCounts[i]));
         for (std::size_t man = 0; man < groupSizes[i]; ++man)
-            if (!PlacePiece(b, static_cast<TSquare>(set[man] + first), m_figures[i]))
-                return false;
+            men.m_squares[i + man] = static_cast<TSquare>(set[man] + first);
     }
     return fields == 0;
 }

@@ -37,6 +37,15 @@ namespace quillon {
 /// Letters of an ordinary type.
 inline constexpr std::size_t kMaxTypeLetters = 7;
 
+/// The men of a position of an ordinary type.
+struct TMenSquares {
+    /// Of the letters, in the order of the type; the last of the eight is the black king's. Unused ones are 0.
+    std::array<TSquare, kMaxTypeLetters + 1> m_squares{};
+    TSquare m_whiteKing = 0;
+
+    [[nodiscard]] TSquare BlackKing() const { return m_squares[kMaxTypeLetters]; }
+};
+
 struct TPositionIndexing {
     /// Of an ordinary type ("QRp", "" for bare kings) or a custom one, with combinations off.
     ///   Errors  ChessException for a text that is neither.
@@ -46,12 +55,29 @@ struct TPositionIndexing {
     [[nodiscard]] std::uint64_t GetIndex(const TChessboard& b) const {
         if (custom)
             return custom->GetIndex(b);
-        return bHasPawns ? IndexWithPawns(b) : IndexWithoutPawns(b);
+        return IndexOfBoard(b);
     }
 
     /// Fills m_board and the four king fields; what else a record holds stays as it is (RecountFigures).
     ///   Result  false when the index names no placement; the board then holds a part of one.
     [[nodiscard]] bool GetPositionByIndex(std::uint64_t index, TChessboard& b) const;
+
+    /// The men of an index of an ordinary type: a sixth of the time of GetPositionByIndex.
+    ///   Result  false when the index names no placement; the men then mean nothing.
+    [[nodiscard]] bool GetMenByIndex(std::uint64_t index, TMenSquares& men) const;
+
+    /// Mirrors the men of an ordinary type so that the white king stands where an index can have it.
+    void FoldMen(TMenSquares& men) const;
+
+    /// The index of folded men. Equal letters may have their squares in any order: without combinations each order has
+    /// an index of its own.
+    [[nodiscard]] std::uint64_t IndexOfFolded(const TMenSquares& men) const;
+
+    /// The index that GetIndex gives a position with these men, if of equal letters the first has the lowest square.
+    [[nodiscard]] std::uint64_t IndexOfMen(TMenSquares men) const {
+        FoldMen(men);
+        return IndexOfFolded(men);
+    }
 
     /// Elements of the table.
     [[nodiscard]] std::uint64_t GetSize() const;
@@ -83,14 +109,12 @@ struct TPositionIndexing {
     std::optional<TCustomIndexing> custom; // of a custom type, which has no letters, groups or strides
 
   private:
+    [[nodiscard]] std::uint64_t IndexOfBoard(const TChessboard& b) const;
     void SetLetters();
     [[nodiscard]] std::size_t RunFrom(std::size_t i) const;
-    [[nodiscard]] std::uint64_t IndexWithPawns(const TChessboard& b) const;
-    [[nodiscard]] std::uint64_t IndexWithoutPawns(const TChessboard& b) const;
     [[nodiscard]] std::uint64_t CollectSquares(const TChessboard& b) const;
-    [[nodiscard]] std::uint64_t IndexOf(std::uint64_t squares, std::uint64_t slot) const;
     [[nodiscard]] std::uint64_t GroupedFields(std::uint8_t* squares) const;
-    [[nodiscard]] bool PlaceLetters(std::uint64_t fields, TChessboard& b) const;
+    [[nodiscard]] bool TakeLetters(std::uint64_t fields, TMenSquares& men) const;
 
     static constexpr std::size_t kKinds = 11; // the ten kinds of pieces besides the kings, and everything else
 

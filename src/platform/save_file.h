@@ -48,4 +48,19 @@ struct TFileToSave {
 /// before old ones. Where links make one file of two paths, the file gets the content of the first.
 [[nodiscard]] TSaveResult SaveFiles(std::span<const TFileToSave> files, bool bBackup);
 
+// ---- The steps of a save, for those that are more than one file in the place of another
+
+/// Writes a file of this name, new or in the place of what it held, and waits until the disk has it. A failure, such as
+/// a full disk, leaves no file of this name.
+[[nodiscard]] std::error_code WriteToDisk(const std::filesystem::path& path, std::string_view content);
+
+/// From now on a write beyond the limit on the size of files fails, on every thread, instead of ending the process.
+void FailAtFileSizeLimit();
+
+/// Waits until the disk has what has been written to the file, through whatever descriptor.
+[[nodiscard]] std::error_code SyncFile(const std::filesystem::path& path);
+
+/// Makes changes of names in a folder last. A file system that cannot do this has done what it can.
+void SyncFolder(const std::filesystem::path& folder);
+
 } // namespace quillon

@@ -130,14 +130,6 @@ TSaveResult WriteInPlace(const fs::path& path, std::string_view content) {
     return {error, ESaveStep::Write, {}};
 }
 
-/// Waits until the disk has the file.
-std::error_code SyncFile(const fs::path& path) {
-    CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.Get() < 0 || fsync(file.Get()) != 0)
-        return LastError();
-    return file.Close();
-}
-
 /// A second name for the file or, where the file system knows no such thing, a copy.
 std::error_code LinkOrCopy(const fs::path& from, const fs::path& to) {
     if (link(from.c_str(), to.c_str()) == 0)
@@ -173,13 +165,6 @@ std::error_code NameBackup(const fs::path& copy, const fs::path& file, fs::path&
             return rename(copy.c_str(), backup.c_str()) == 0 ? std::error_code() : LastError();
     }
     return error;
-}
-
-/// Makes the change of a name last. A file system that cannot do this has done what it can.
-void SyncFolder(const fs::path& folder) {
-    const CDescriptor descriptor(open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (descriptor.Get() >= 0)
-        static_cast<void>(fsync(descriptor.Get()));
 }
 
 /// Where a file is to be written to.
@@ -336,6 +321,32 @@ class CSaves {
 };
 
 } // namespace
+
+std::error_code WriteToDisk(const fs::path& path, std::string_view content) {
+    const CFileSizeSignalHeld held;
+    CDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (file.Get() < 0)
+        return LastError();
+    const std::error_code error = WriteNew(file, content, nullptr);
+    if (error)
+        unlink(path.c_str());
+    return error;
+}
+
+void FailAtFileSizeLimit() { (void)std::signal(SIGXFSZ, SIG_IGN); }
+
+std::error_code SyncFile(const fs::path& path) {
+    CDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.Get() < 0 || fsync(file.Get()) != 0)
+        return LastError();
+    return file.Close();
+}
+
+void SyncFolder(const fs::path& folder) {
+    const CDescriptor descriptor(open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor.Get() >= 0)
+        static_cast<void>(fsync(descriptor.Get()));
+}
 
 TSaveResult SaveFile(const fs::path& path, std::string_view content, bool bBackup) {
     const TFileToSave file{path, content};

@@ -1,0 +1,64 @@
+#include "globalregister/generator/detail_queue.h"
+
+#include <array>
+
+#include "globalregister/global_register.h"
+#include "globalregister/packed/little_endian.h"
+
+namespace quillon {
+
+namespace {
+
+// Both vectors are taken out of the queue under its lock, so that the others go on at once.
+bool WriteBatch(TDetailQueue& queue, std::size_t nElementSize) {
+    for (std::size_t i = 0; i < queue.writingIndexes.size() && !queue.bFailed; ++i) {
+        const std::uint64_t offset = queue.writingIndexes[i] << (nElementSize - 1);
+        if (offset != queue.detailPosition)
+            queue.detailFile.seekp(static_cast<std::streamoff>(offset));
+        std::array<std::uint8_t, 2> element{};
+        StoreLittleEndian(element.data(), queue.writingValues[i]);
+        queue.detailFile.write(reinterpret_cast<const char*>(element.data()),
+                               static_cast<std::streamsize>(nElementSize));
+        queue.detailPosition = offset + nElementSize;
+        queue.bFailed = !queue.detailFile;
+    }
+    queue.writingIndexes.clear();
+    queue.writingValues.clear();
+    return !queue.bFailed;
+}
+
+// The queue's lock is held on entry, and given up as soon as the batch has been taken.
+bool TakeAndWrite(TGlobalRegister& table, std::unique_lock<std::mutex>& queueLock) {
+    TDetailQueue& queue = *table.details;
+    const std::lock_guard writeLock(queue.writeLock);
+    queue.pendingIndexes.swap(queue.writingIndexes);
+    queue.pendingValues.swap(queue.writingValues);
+    queueLock.unlock();
+    return WriteBatch(queue, table.nElementSize);
+}
+
+} // namespace
+
+bool SetBitData(TGlobalRegister& table, std::uint64_t index, std::uint16_t value) {
+    TDetailQueue& queue = *table.details;
+    std::unique_lock queueLock(queue.queueLock);
+    if (queue.pendingIndexes.capacity() < TDetailQueue::kCapacity) {
+        queue.pendingIndexes.reserve(TDetailQueue::kCapacity);
+        queue.pendingValues.reserve(TDetailQueue::kCapacity);
+    }
+    queue.pendingIndexes.push_back(index);
+    queue.pendingValues.push_back(value);
+    return queue.pendingIndexes.size() < TDetailQueue::kCapacity || TakeAndWrite(table, queueLock);
+}
+
+bool FlushBitData(TGlobalRegister& table, bool bFinal) {
+    if (!table.details)
+        return true;
+    std::unique_lock queueLock(table.details->queueLock);
+    bool bWritten = TakeAndWrite(table, queueLock);
+    if (bFinal)
+        bWritten = static_cast<bool>(table.details->detailFile.flush()) && bWritten;
+    return bWritten;
+}
+
+} // namespace quillon

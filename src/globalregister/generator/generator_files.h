@@ -1,0 +1,107 @@
+#pragma once
+// CGeneratorFiles: the files of a table in the making.
+//
+//   NAME                  the table as the last finished level left it
+//   NAME.iter             the number of that level, four bytes, little-endian
+//   NAME.SAVE_PENDING     a save is taking its place: what is to be done
+//   NAME.NEW, .BIT_DATA   the next state, a table or bit data, until it is whole
+//   DETAILS               of bit data, the lengths, written while a level runs; DETAILS.NEW until the first save
+//   NAME.BAK, DETAILS.BAK what was there before the run
+//
+// A save: 1 the next state goes to a file of its own, down to the disk; 2 SAVE_PENDING tells what is to be done; 3 the
+// files get their names, the level is written; 4 SAVE_PENDING goes. A kill before 2 leaves the old state, a kill behind
+// it a save that FinishPendingSave ends from what is there: NAME and NAME.iter are of one level whenever SAVE_PENDING
+// is not there. Only a SAVE_PENDING that does not tell what is to be done stays.
+//
+// Details need no state of their own: a level that is run again finds the same lengths.
+//
+// Threads: an object is used by one thread at a time, and a file by one process.
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillon {
+
+struct TGeneratorPaths {
+    std::filesystem::path m_plain;
+    std::filesystem::path m_details; // empty: no bit data
+};
+
+/// Called before every change of the files, with its name.
+using TFileStep = std::function<void(std::string_view step)>;
+
+class CGeneratorFiles {
+  public:
+    explicit CGeneratorFiles(TGeneratorPaths paths, TFileStep onStep = {})
+        : m_paths(std::move(paths)), m_onStep(std::move(onStep)) {}
+
+    [[nodiscard]] const std::filesystem::path& Plain() const { return m_paths.m_plain; }
+    [[nodiscard]] std::filesystem::path PendingMark() const;
+
+    /// Ends a save that was broken off.
+    ///   Result  false: a SAVE_PENDING stays.
+    [[nodiscard]] bool FinishPendingSave();
+
+    /// The last finished level; none without a file of it.
+    [[nodiscard]] std::optional<std::uint32_t> ReadLevel() const;
+
+    /// The first save is to keep what is there now as ".BAK".
+    void KeepOld() { m_bKeepOld = true; }
+
+    /// Makes the file of lengths at its full size, and opens it for the run.
+    ///   flags   its element 0.
+    ///   Result  false: it cannot be made.
+    [[nodiscard]] bool CreateDetails(std::uint64_t nBytes, std::uint16_t flags, std::size_t nElementSize);
+
+    /// Where the details are now.
+    [[nodiscard]] std::filesystem::path DetailsNow() const;
+
+    /// Saves the state after a level.
+    ///   Result  empty, or what went wrong, for the user. The state before stays.
+    [[nodiscard]] std::string Save(std::span<const std::uint8_t> table, std::uint32_t nLevel);
+
+    /// Saves the finished table; NAME.iter goes.
+    [[nodiscard]] std::string Finish(std::span<const std::uint8_t> table);
+
+    /// Removes what this run and earlier ones have left of an unfinished table; ".BAK" stays.
+    void RemovePartial();
+
+    /// Removes what a run that was killed may have left besides its state.
+    void RemoveStrays();
+
+  private:
+    struct TSaveTask {
+        std::uint32_t m_nLevel = 0;
+        bool m_bFinished = false;
+        bool m_bKeepOld = false;
+        std::uint64_t m_nBytes = 0; // of the new state
+    };
+
+    [[nodiscard]] std::string Run(std::span<const std::uint8_t> table, const TSaveTask& task);
+    [[nodiscard]] std::error_code Carry(const TSaveTask& task);
+    [[nodiscard]] std::error_code TakePlace(const std::filesystem::path& next, const std::filesystem::path& file,
+                                            bool bKeepOld);
+    [[nodiscard]] std::error_code WriteSmall(const std::filesystem::path& file, std::string_view content);
+    [[nodiscard]] std::error_code Remove(const std::filesystem::path& file);
+    [[nodiscard]] std::optional<TSaveTask> ReadTask() const;
+    [[nodiscard]] static std::string TextOf(const TSaveTask& task);
+    [[nodiscard]] std::filesystem::path Next() const;
+    [[nodiscard]] std::filesystem::path NextDetails() const;
+    [[nodiscard]] std::filesystem::path LevelFile() const;
+    void Step(std::string_view step) const {
+        if (m_onStep)
+            m_onStep(step);
+    }
+
+    const TGeneratorPaths m_paths;
+    const TFileStep m_onStep;
+    bool m_bKeepOld = false;
+};
+
+} // namespace quillon

@@ -1,0 +1,64 @@
+#include "globalregister/generator/generator_material.h"
+
+#include <algorithm>
+#include <string>
+
+#include "core/chess_exception.h"
+#include "core/printable.h"
+#include "globalregister/piece_letters.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::string_view kBetweenSquares = " \t\r\n,;:/|";
+
+bool HasManyOfAKind(const TChessboard& b) {
+    const bool bQueens = b.m_whiteQueens >= 2 || b.m_blackQueens >= 2;
+    const std::uint8_t others[] = {b.m_whiteRooks,   b.m_blackRooks,   b.m_whiteBishops,
+                                   b.m_blackBishops, b.m_whiteKnights, b.m_blackKnights};
+    return bQueens || std::ranges::any_of(others, [](std::uint8_t nMen) { return nMen >= 3; });
+}
+
+} // namespace
+
+TGeneratorMaterial InitForGenerator(std::string_view typeName) {
+    TGeneratorMaterial material{EmptyChessboard()};
+    for (const char letter : typeName) {
+        const TFigure figure = FigureOfLetter(letter);
+        if (figure == kNoFigure || KindOf(figure) == kKing)
+            throw ChessException("Error in InitForGenerator");
+        ++CounterOf(material.m_scratch, figure);
+        ++material.m_nLetters;
+    }
+    material.m_bOrdinary = !HasManyOfAKind(material.m_scratch);
+    return material;
+}
+
+std::set<std::int8_t> ParseSetOfSquares(std::string_view text) {
+    std::set<std::int8_t> squares;
+    for (std::size_t i = 0; i < text.size();) {
+        if (kBetweenSquares.find(text[i]) != std::string_view::npos) {
+            ++i;
+            continue;
+        }
+        const int file = text[i] - 'a';
+        const int rank = i + 1 < text.size() ? text[i + 1] - '1' : -1;
+        if (!IsOnBoard(file, rank))
+            throw ChessException("Error in ParseSetOfSquares: " + Printable(text));
+        squares.insert(static_cast<std::int8_t>(SquareAt(file, rank)));
+        i += 2;
+    }
+    return squares;
+}
+
+// A king alone never mates. With one bishop or knight he needs a black man that takes a square from its own king.
+bool CanWhiteMate(std::string_view typeName) {
+    const std::size_t nWhite = typeName.size() - static_cast<std::size_t>(std::ranges::count_if(
+                                                     typeName, [](char letter) { return letter >= 'a'; }));
+    if (nWhite == 0)
+        return false;
+    return typeName != "B" && typeName != "N";
+}
+
+} // namespace quillon

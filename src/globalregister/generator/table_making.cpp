@@ -1,0 +1,379 @@
+#include "globalregister/generator/table_making.h"
+
+#include <algorithm>
+#include <chrono>
+#include <new>
+#include <set>
+#include <system_error>
+
+#include "core/chess_exception.h"
+#include "globalregister/generator/generate_texts.h"
+#include "globalregister/generator/generator_material.h"
+#include "globalregister/generator/reached_types.h"
+#include "globalregister/max_mates.h"
+#include "globalregister/packed/little_endian.h"
+#include "globalregister/precalc_files.h"
+#include "globalregister/precalc_loader.h"
+#include "globalregister/precalc_read.h"
+#include "globalregister/recompression.h"
+
+namespace quillon {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kTableLevelLimit = 255;
+constexpr int kBitDataLevelLimit = 32767;
+constexpr std::size_t kAllPositions = 1; // of the longest mates: their length is all that is wanted
+
+/// Share of the table that the marks of a run take besides it.
+constexpr std::uint64_t kMarksShare = 10;
+
+std::uint64_t FileSize(const fs::path& path) {
+    std::error_code error;
+    const std::uint64_t nSize = fs::file_size(path, error);
+    return error ? 0 : nSize;
+}
+
+bool Exists(const fs::path& path) {
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+fs::path PlainFile(const TGlobalRegister& table, const CGlobalRegisters& registers, bool bDetails) {
+    if (bDetails && !UsesBitData(table))
+        return {};
+    return GetFileName(table, registers.Options().m_folders, {EPrecalcKind::Plain, bDetails, false});
+}
+
+/// The moves of the mates that are known after a level.
+constexpr std::uint32_t MovesOfLevel(std::uint32_t nLevel) { return (nLevel + 1) / 2; }
+
+bool HasMovableBlackPawn(std::string_view customType) { return customType.find("p(") != std::string_view::npos; }
+
+} // namespace
+
+CTableMaking::CTableMaking(std::string_view typeName, const TGenerateOptions& options, IGenerateHost& host,
+                           CGlobalRegisters& registers, TGeneratorControl& control, std::uint64_t nMemory,
+                           TPlaceInSeries place)
+    : m_typeName(typeName), m_options(options), m_host(host), m_registers(registers), m_control(control),
+      m_nMemory(nMemory), m_place(place), m_table(typeName),
+      m_files({PlainFile(m_table, registers, false), PlainFile(m_table, registers, true)}, options.m_onFileStep),
+      m_details(PlainFile(m_table, registers, true)) {
+    CheckGeneratedType(typeName);
+    m_report.m_typeName = typeName;
+    m_report.m_file = m_files.Plain();
+}
+
+void CheckGeneratedType(std::string_view typeName) {
+    const TPositionIndexing indexing(typeName);
+    if (indexing.custom)
+        return;
+    (void)InitForGenerator(typeName); // refuses letters that stand for no man
+    if (typeName.empty() || typeName.size() > static_cast<std::size_t>(kMaxTypeMen))
+        throw ChessException("not the letters of one to five men besides the kings: " + std::string(typeName));
+}
+
+TGenerateReport CTableMaking::Run() {
+    using EMember = EStep (CTableMaking::*)();
+    constexpr EMember kSteps[] = {&CTableMaking::LookAtFiles,     &CTableMaking::AskAboutPawns,
+                                  &CTableMaking::Allocate,        &CTableMaking::ReadOldTable,
+                                  &CTableMaking::LoadNeededTypes, &CTableMaking::OpenDetails,
+                                  &CTableMaking::RunLevels,       &CTableMaking::Finish};
+    const auto start = std::chrono::steady_clock::now();
+    try {
+        for (const EMember step : kSteps)
+            if ((this->*step)() == EStep::End)
+                break;
+    } catch (const std::bad_alloc&) {
+        (void)Fail(kNoMemoryForTable);
+    } catch (const ChessException& failure) {
+        (void)FailInRun(failure.what(), false);
+    } catch (const std::system_error& failure) { // threads, folders
+        (void)FailInRun(failure.what(), true);
+    }
+    m_report.m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    m_report.m_nBytes = FileSize(m_files.Plain()) + (m_details.empty() ? 0 : FileSize(m_details));
+    return std::move(m_report);
+}
+
+CTableMaking::EStep CTableMaking::Fail(std::string_view text, bool bSystem) {
+    m_report.m_status = EGenerateStatus::Failed;
+    m_report.m_bSystemFailed = bSystem;
+    m_host.Inform(text, kErrorTitle);
+    return EStep::End;
+}
+
+CTableMaking::EStep CTableMaking::FailInRun(const std::string& text, bool bSystem) {
+    return Fail(std::string(kErrorDuringGeneration) + ".\n" + text, bSystem);
+}
+
+// --- files of an earlier run
+
+CTableMaking::EStep CTableMaking::LookAtFiles() {
+    fs::create_directories(m_files.Plain().parent_path());
+    if (!m_files.FinishPendingSave())
+        return Fail(PendingSaveText(m_files.PendingMark().string()), false);
+    m_files.RemoveStrays();
+    if (!Exists(m_files.Plain()))
+        return EStep::GoOn;
+    const std::optional<std::uint32_t> nLevel = m_files.ReadLevel();
+    if (!nLevel && IsLeftInTheMaking(m_files.Plain())) // a level that cannot be read
+        return Fail(std::string(kErrorReadingFile) + m_files.Plain().string() + std::string(kIterationExtension));
+    const EStep step = nLevel ? AskAboutUnfinished(*nLevel) : AskAboutFinished();
+    if (m_nFirstLevel == 1 && m_nRepeated == 0)
+        m_files.KeepOld();
+    return step;
+}
+
+EThreeWay CTableMaking::WhatToDo() const {
+    switch (m_options.m_existing) {
+    case EExistingTable::Continue:
+        return EThreeWay::Yes;
+    case EExistingTable::Restart:
+        return EThreeWay::No;
+    case EExistingTable::Leave:
+        return EThreeWay::Cancel;
+    case EExistingTable::Ask:
+        break;
+    }
+    return m_host.AskYesNoCancel(kContinueQuestion, kQuestionTitle);
+}
+
+/// There is nothing to fill in, so to continue it is to leave it.
+CTableMaking::EStep CTableMaking::AskAboutFinished() {
+    m_report.m_found = EFoundTable::Finished;
+    const EThreeWay answer = WhatToDo();
+    if (answer == EThreeWay::No)
+        return EStep::GoOn;
+    const bool bDone = answer == EThreeWay::Yes || m_options.m_existing == EExistingTable::Leave;
+    m_report.m_status = bDone ? EGenerateStatus::Done : EGenerateStatus::Cancelled;
+    return EStep::End;
+}
+
+CTableMaking::EStep CTableMaking::AskAboutUnfinished(std::uint32_t nLevel) {
+    m_report.m_found = EFoundTable::Unfinished;
+    m_report.m_nLevels = nLevel;
+    m_report.m_nMate = MovesOfLevel(nLevel);
+    const EThreeWay answer = WhatToDo();
+    if (answer == EThreeWay::Cancel) {
+        m_report.m_status = EGenerateStatus::Cancelled;
+        return EStep::End;
+    }
+    if (answer == EThreeWay::No || nLevel == 0 || nLevel > static_cast<std::uint32_t>(kBitDataLevelLimit))
+        return EStep::GoOn; // from the start
+    m_nRepeated = static_cast<int>(nLevel);
+    const bool bNext = m_options.m_existing == EExistingTable::Continue ||
+                       m_host.AskYesNo(LevelQuestion(MovesOfLevel(nLevel), m_place.m_nTypes > 1), kQuestionTitle);
+    m_nFirstLevel = m_nRepeated + (bNext ? 1 : 0);
+    return EStep::GoOn;
+}
+
+/// A pawn that leaves its reach leaves the pattern, and such a position is no mate whatever the answer: an analysis of
+/// it, short or not, could only say less.
+CTableMaking::EStep CTableMaking::AskAboutPawns() {
+    if (m_table.custom && HasMovableBlackPawn(m_typeName))
+        (void)m_host.AskYesNo(kPawnAnalysisQuestion, kQuestionTitle);
+    return EStep::GoOn;
+}
+
+// --- the work table
+
+bool CTableMaking::MakeTable(bool bWideElements) {
+    const std::uint64_t nBytes = m_table.GetSize() / (UsesBitData(m_table) ? kPairsOfAByte : 1);
+    if (nBytes > std::min(LargestTable(true), m_nMemory))
+        return false;
+    try {
+        return MakeWorkTable(m_table, bWideElements);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+CTableMaking::EStep CTableMaking::Allocate() {
+    bool bWideElements = true;
+    if (m_nRepeated != 0)
+        if (const std::optional<std::uint8_t> flags = ReadFlags(m_files.Plain()))
+            bWideElements = (*flags & kFlagWideElements) != 0;
+    if (!MakeTable(bWideElements)) {
+        (void)m_registers.UnloadAll();
+        if (!MakeTable(bWideElements))
+            return Fail(kNoMemoryForTable);
+    }
+    return EStep::GoOn;
+}
+
+CTableMaking::EStep CTableMaking::ReadOldTable() {
+    if (m_nRepeated == 0)
+        return EStep::GoOn;
+    const std::size_t nBytes = m_table.data.size();
+    const std::uint8_t flags = m_table.data.at(0);
+    m_table.data = {}; // two of them may be too much
+    try {
+        std::optional<std::vector<std::uint8_t>> old = ReadWholeFile(m_files.Plain());
+        if (!old || old->size() != nBytes || old->at(0) != flags)
+            return Fail(std::string(kErrorReadingFile) + m_files.Plain().string());
+        m_table.data = std::move(*old);
+    } catch (const std::bad_alloc&) {
+        return Fail(kErrorReadingData);
+    }
+    return EStep::GoOn;
+}
+
+// --- other types
+
+CTableMaking::EStep CTableMaking::LoadNeededTypes() {
+    const std::uint64_t nOwn = m_table.data.size() + m_table.data.size() / kMarksShare;
+    m_registers.SetQuota(m_nMemory - std::min(m_nMemory, nOwn));
+    if (m_table.custom)
+        return EStep::GoOn; // positions that leave the pattern are no mate
+    for (const std::string& type : NeededTypes(m_typeName)) {
+        m_needed.emplace_back(m_registers.GetRegisterForTool(TPositionIndexing(type).nPositionType));
+        CRegisterUse& data = m_needed.back();
+        if (!data || data->bCompactUnfinished) { // of the latter nothing says that there is no mate
+            m_report.m_missingTypes.push_back(type);
+            continue;
+        }
+        std::set<std::uint64_t> indexes;
+        m_nLongestNeeded = std::max(m_nLongestNeeded, GetMaxMoves(*data, m_registers.Options().m_folders.m_installation,
+                                                                  indexes, kAllPositions, true));
+    }
+    if (m_report.m_missingTypes.empty())
+        return EStep::GoOn;
+    std::string text(kNoRegisterFound);
+    for (const std::string& type : m_report.m_missingTypes)
+        text += (&type == &m_report.m_missingTypes.front() ? "" : ", ") + type;
+    return Fail(text, false);
+}
+
+// --- lengths of bit data
+
+std::uint64_t CTableMaking::DetailsBytes() const { return m_table.GetSize() * m_table.nElementSize; }
+
+CTableMaking::EStep CTableMaking::OpenDetails() {
+    if (!m_table.bBitData)
+        return EStep::GoOn;
+    const std::uint16_t flags = FlagsOf(m_table, m_table.nElementSize == 2);
+    if (m_nRepeated == 0 && !m_files.CreateDetails(DetailsBytes(), flags, m_table.nElementSize))
+        return Fail(kNoDetailsFile);
+    const fs::path file = m_files.DetailsNow();
+    if (FileSize(file) != DetailsBytes() || ReadFlags(file) != static_cast<std::uint8_t>(flags))
+        return Fail(std::string(kErrorReadingFile) + file.string());
+    m_table.details = std::make_unique<TDetailQueue>();
+    m_table.details->detailFile.open(file, std::ios::binary | std::ios::in | std::ios::out);
+    return m_table.details->detailFile ? EStep::GoOn : Fail(std::string(kErrorReadingFile) + file.string());
+}
+
+// --- levels
+
+int CTableMaking::LevelLimit() const {
+    return m_table.bBitData || m_table.nElementSize == 2 ? kBitDataLevelLimit : kTableLevelLimit;
+}
+
+/// The lengths that a level finds. In a table those whose bits are all set mean something else.
+bool CTableMaking::FitsElements(int nLevel) const {
+    const bool bWide = m_table.nElementSize == 2;
+    const std::uint32_t nFirstTooLong = m_table.bBitData ? (bWide ? kFirstUnknownWord : kUnknownElement)
+                                                         : (bWide ? kFirstUnsettledWord : kFirstUnsettledByte);
+    return nLevel <= LevelLimit() && MovesOfLevel(static_cast<std::uint32_t>(nLevel)) < nFirstTooLong;
+}
+
+/// A level of this table can make the next find something, a mate of another type every level up to its own length and
+/// the move that leads there.
+bool CTableMaking::IsFinishedBy(int nLevel, std::uint64_t nFound) const {
+    const std::uint32_t nHalfMoves = m_nLongestNeeded == 0 ? 0 : 2 * m_nLongestNeeded - 1;
+    return nFound == 0 && nLevel > m_nRepeated && static_cast<std::uint32_t>(nLevel) > nHalfMoves + 2;
+}
+
+void CTableMaking::TellProgress(const TGeneratorProgress& level) const {
+    m_host.Progress({m_typeName, m_place.m_nType, m_place.m_nTypes, level, m_table.GetSize(), m_nFoundBefore});
+}
+
+CTableMaking::EStep CTableMaking::RunLevels() {
+    TGeneratorOptions options;
+    options.m_nThreads = m_options.m_nThreads;
+    options.m_nLevelLimit = LevelLimit();
+    options.m_onProgress = [this](const TGeneratorProgress& level) { TellProgress(level); };
+    CGeneratorRun run(m_table, m_registers, m_control, options);
+    for (int nLevel = m_nFirstLevel;; ++nLevel) {
+        const TLevelResult result = run.RunLevel(nLevel);
+        if (result.m_nResult == kLevelBroken || (result.m_nResult == kLevelStopped && result.m_errors.empty()))
+            return EndStopped();
+        if (result.m_nResult != kLevelDone || !result.m_errors.empty()) {
+            std::string errors;
+            for (const std::string& error : result.m_errors)
+                errors += (errors.empty() ? "" : "\n") + error;
+            return FailInRun(errors, true);
+        }
+        if (result.m_nFound > 0 && !FitsElements(nLevel))
+            return FailInRun(m_typeName + ": a mate is longer than its table can tell", false);
+        if (const std::string failure = m_files.Save(m_table.data, static_cast<std::uint32_t>(nLevel));
+            !failure.empty())
+            return Fail(failure);
+        m_nFoundBefore += result.m_nFound;
+        m_report.m_nLevels = static_cast<std::uint32_t>(nLevel);
+        if (IsFinishedBy(nLevel, result.m_nFound))
+            return EStep::GoOn;
+    }
+}
+
+CTableMaking::EStep CTableMaking::EndStopped() {
+    m_report.m_status = EGenerateStatus::Cancelled;
+    m_report.m_nMate = MovesOfLevel(m_report.m_nLevels);
+    m_table.details.reset();
+    if (m_host.AskYesNo(kRemoveQuestion, kQuestionTitle))
+        m_files.RemovePartial();
+    return EStep::End;
+}
+
+// --- the end
+
+CTableMaking::EStep CTableMaking::Finish() {
+    FinishTable(m_table);
+    m_table.details.reset();
+    std::error_code error; // what is not there need not go
+    fs::remove(m_registers.Options().m_folders.m_installation / kMaxMatesFolder /
+                   (PrecalcBaseName(m_typeName) + std::string(kMaxMatesExtension)),
+               error);
+    if (const std::string failure = m_files.Finish(m_table.data); !failure.empty())
+        return Fail(failure);
+    m_report.m_status = EGenerateStatus::Done;
+    m_report.m_bMade = true;
+    CountMates();
+    Pack();
+    return EStep::End;
+}
+
+void CTableMaking::CountMates() {
+    m_table.loadedFrom = m_files.Plain();
+    m_table.bCompactUnfinished = false;
+    if (m_table.bBitData)
+        m_table.detailStream.open(m_details, std::ios::binary);
+    std::set<std::uint64_t> indexes;
+    m_report.m_nMate = GetMaxMoves(m_table, m_registers.Options().m_folders.m_installation, indexes, kAllPositions,
+                                   /*bUseCache=*/false);
+    const std::vector<std::uint8_t>& data = m_table.data;
+    if (m_table.bBitData)
+        for (std::uint64_t i = kPairsOfAByte; i < m_table.GetSize(); ++i)
+            m_report.m_nPositions += BitPair(data.data(), i) & 1;
+    else if (m_table.nElementSize == 2)
+        for (std::size_t at = 2; at < data.size(); at += 2)
+            m_report.m_nPositions += LoadLittleEndian<std::uint16_t>(data.data() + at) != 0;
+    else
+        m_report.m_nPositions =
+            data.size() - 1 - static_cast<std::uint64_t>(std::count(data.begin() + 1, data.end(), 0));
+}
+
+void CTableMaking::Pack() {
+    if (!m_options.m_packForm)
+        return RecompressOffer(m_table, m_files.Plain(), EPrecalcKind::Plain, m_registers.Options(), m_host);
+    const fs::path source = m_table.bBitData ? m_details : m_files.Plain();
+    try {
+        PackTableFile(source, *m_options.m_packForm, NameInForm(source, *m_options.m_packForm), m_options.m_nThreads);
+    } catch (const std::exception& failure) {
+        (void)Fail(std::string(kErrorDuringCompression) + ".\n" + failure.what());
+    }
+}
+
+} // namespace quillon

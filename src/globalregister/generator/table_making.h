@@ -1,0 +1,84 @@
+#pragma once
+// CTableMaking: one table from its files of an earlier run, or from nothing, to its finished file.
+//
+// A level that is broken off leaves marks in the work table that only running that level again would give their place,
+// so it is given up: the files have the state after the level before, and its own findings are found again.
+//
+// Threads: Run on one thread, which makes its own.
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "globalregister/generator/generate.h"
+
+namespace quillon {
+
+/// Is there a table for this type?
+///   Errors  ChessException: there is none.
+void CheckGeneratedType(std::string_view typeName);
+
+struct TPlaceInSeries {
+    int m_nType = 1, m_nTypes = 1;
+};
+
+class CTableMaking {
+  public:
+    /// The settings of the run are in force: generator mode, what data may take.
+    ///   nMemory  bytes that all data and the table may take.
+    ///   Errors   ChessException: no type that tables are made of.
+    CTableMaking(std::string_view typeName, const TGenerateOptions& options, IGenerateHost& host,
+                 CGlobalRegisters& registers, TGeneratorControl& control, std::uint64_t nMemory, TPlaceInSeries place);
+
+    /// What goes wrong is told to the host.
+    [[nodiscard]] TGenerateReport Run();
+
+  private:
+    enum class EStep { GoOn, End }; // the latter with the status of the report
+
+    [[nodiscard]] EStep LookAtFiles();
+    [[nodiscard]] EStep AskAboutFinished();
+    [[nodiscard]] EStep AskAboutUnfinished(std::uint32_t nLevel);
+    [[nodiscard]] EStep AskAboutPawns();
+    [[nodiscard]] EStep Allocate();
+    [[nodiscard]] EStep ReadOldTable();
+    [[nodiscard]] EStep LoadNeededTypes();
+    [[nodiscard]] EStep OpenDetails();
+    [[nodiscard]] EStep RunLevels();
+    [[nodiscard]] EStep EndStopped();
+    [[nodiscard]] EStep Finish();
+    void Pack();
+
+    [[nodiscard]] EThreeWay WhatToDo() const;
+    [[nodiscard]] bool MakeTable(bool bWideElements);
+    [[nodiscard]] bool IsFinishedBy(int nLevel, std::uint64_t nFound) const;
+    [[nodiscard]] bool FitsElements(int nLevel) const;
+    [[nodiscard]] int LevelLimit() const;
+    [[nodiscard]] std::uint64_t DetailsBytes() const;
+    void TellProgress(const TGeneratorProgress& level) const;
+    void CountMates();
+    EStep Fail(std::string_view text, bool bSystem = true);
+    EStep FailInRun(const std::string& text, bool bSystem);
+
+    const std::string m_typeName;
+    const TGenerateOptions& m_options;
+    IGenerateHost& m_host;
+    CGlobalRegisters& m_registers;
+    TGeneratorControl& m_control;
+    const std::uint64_t m_nMemory;
+    const TPlaceInSeries m_place;
+
+    TGlobalRegister m_table;
+    CGeneratorFiles m_files;
+    std::filesystem::path m_details; // empty: no bit data
+    std::deque<CRegisterUse> m_needed;
+    std::uint32_t m_nLongestNeeded = 0; // mate, in moves, of the needed types
+    std::uint64_t m_nFoundBefore = 0;   // by the levels of this run
+    int m_nFirstLevel = 1;
+    int m_nRepeated = 0; // the level that an earlier run has finished
+    TGenerateReport m_report;
+};
+
+} // namespace quillon
