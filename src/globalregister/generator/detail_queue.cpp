@@ -9,6 +9,8 @@ namespace quillon {
 
 namespace {
 
+constexpr std::uint64_t kNowhere = ~std::uint64_t{0}; // of a stream that has been read
+
 // Both vectors are taken out of the queue under its lock, so that the others go on at once.
 bool WriteBatch(TDetailQueue& queue, std::size_t nElementSize) {
     for (std::size_t i = 0; i < queue.writingIndexes.size() && !queue.bFailed; ++i) {
@@ -49,6 +51,20 @@ bool SetBitData(TGlobalRegister& table, std::uint64_t index, std::uint16_t value
     queue.pendingIndexes.push_back(index);
     queue.pendingValues.push_back(value);
     return queue.pendingIndexes.size() < TDetailQueue::kCapacity || TakeAndWrite(table, queueLock);
+}
+
+std::uint16_t ReadBitData(TGlobalRegister& table, std::uint64_t index) {
+    TDetailQueue& queue = *table.details;
+    const std::lock_guard writeLock(queue.writeLock);
+    std::array<std::uint8_t, 2> element{};
+    queue.detailPosition = kNowhere;
+    queue.detailFile.seekg(static_cast<std::streamoff>(index << (table.nElementSize - 1)));
+    queue.detailFile.read(reinterpret_cast<char*>(element.data()), table.nElementSize);
+    if (!queue.detailFile) {
+        queue.bFailed = true;
+        return 0;
+    }
+    return LoadLittleEndian<std::uint16_t>(element.data());
 }
 
 bool FlushBitData(TGlobalRegister& table, bool bFinal) {

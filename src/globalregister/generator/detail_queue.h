@@ -18,7 +18,7 @@ struct TGlobalRegister;
 struct TDetailQueue {
     static constexpr std::size_t kCapacity = 16384; // entries of a batch
 
-    std::fstream detailFile;          // open for update, at its full size
+    std::fstream detailFile;          // open for reading and writing, at its full size
     std::uint64_t detailPosition = 0; // offset of the stream; under writeLock
     bool bFailed = false;             // a write went wrong; under writeLock
     std::vector<std::uint64_t> pendingIndexes, writingIndexes;
@@ -30,6 +30,9 @@ struct TDetailQueue {
 /// Enters the length of an index (moves to mate). Precondition: `details` of the register is set.
 ///   Result  false: the file could not be written.
 [[nodiscard]] bool SetBitData(TGlobalRegister& table, std::uint64_t index, std::uint16_t value);
+
+/// The length of an index as the file has it, 0 if it cannot be read. Precondition: nothing is pending.
+[[nodiscard]] std::uint16_t ReadBitData(TGlobalRegister& table, std::uint64_t index);
 
 /// Writes what is pending. Without a queue there is nothing to do.
 ///   bFinal  also flushes the stream, so that another reader sees all.

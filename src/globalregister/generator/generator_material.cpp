@@ -54,8 +54,9 @@ std::set<std::int8_t> ParseSetOfSquares(std::string_view text) {
 
 // A king alone never mates. With one bishop or knight he needs a black man that takes a square from its own king.
 bool CanWhiteMate(std::string_view typeName) {
-    const std::size_t nWhite = typeName.size() - static_cast<std::size_t>(std::ranges::count_if(
-                                                     typeName, [](char letter) { return letter >= 'a'; }));
+    const std::size_t nWhite =
+        typeName.size() -
+        static_cast<std::size_t>(std::ranges::count_if(typeName, [](char letter) { return letter >= 'a'; }));
     if (nWhite == 0)
         return false;
     return typeName != "B" && typeName != "N";

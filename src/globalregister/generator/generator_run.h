@@ -83,7 +83,8 @@ class CGeneratorRun {
     CGeneratorRun& operator=(const CGeneratorRun&) = delete;
 
     /// All threads over one level. Levels are run in their order, from 1 or from any level that has not been left out:
-    /// the last finished one may be repeated. A level that was not done has to be run again.
+    /// the last finished one may be repeated. A level that was not done has to be run again, and none before it: the
+    /// array holds a part of its results, which levels before it would take for their own.
     ///   nLevel  from 1
     ///   Errors  none: they are in the result.
     [[nodiscard]] TLevelResult RunLevel(int nLevel);

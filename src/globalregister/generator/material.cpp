@@ -117,8 +117,8 @@ const CMaterial* CMaterials::MaterialOf(const std::string& letters) {
         return known->second.get();
     const TGlobalRegister* data = nullptr;
     if (CanWhiteMate(letters)) {
-        m_uses.push_back(std::make_unique<CRegisterUse>(
-            m_registers.GetRegisterForTool(TPositionIndexing(letters).nPositionType)));
+        m_uses.push_back(
+            std::make_unique<CRegisterUse>(m_registers.GetRegisterForTool(TPositionIndexing(letters).nPositionType)));
         data = *m_uses.back() ? &**m_uses.back() : nullptr;
     }
     CMaterial& material = *(m_materials[letters] = std::make_unique<CMaterial>(letters, data));

@@ -22,8 +22,8 @@ class CMaterial;
 
 /// What a capture, a promotion or both make of a material.
 struct TConversion {
-    const CMaterial* m_to = nullptr;                         // null: it leaves what tables tell of
-    std::array<std::uint8_t, kMaxTypeLetters> m_from{};      // of each man there: its number here
+    const CMaterial* m_to = nullptr;                    // null: it leaves what tables tell of
+    std::array<std::uint8_t, kMaxTypeLetters> m_from{}; // of each man there: its number here
 };
 
 inline constexpr std::array<TFigure, 4> kPromotionKinds{kQueen, kRook, kBishop, kKnight};

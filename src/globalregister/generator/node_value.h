@@ -99,8 +99,9 @@ template <class TQuiet> class CBlackNode {
     // A man off the lines of his king uncovers nothing.
     [[nodiscard]] bool IsLegal(std::size_t man, int to) const {
         const int from = m_p.m_men[man];
-        if (!m_bInCheck && kDirectionBetween[static_cast<std::size_t>(from)]
-                                            [static_cast<std::size_t>(m_p.m_nBlackKing)] == kNoDirection)
+        if (!m_bInCheck &&
+            kDirectionBetween[static_cast<std::size_t>(from)][static_cast<std::size_t>(m_p.m_nBlackKing)] ==
+                kNoDirection)
             return true;
         return WhiteCheckers(WithBlackMove(m_p, from, to, KindOf(m_material.Figure(man)))) == 0;
     }
@@ -150,9 +151,9 @@ template <class TQuiet> class CBlackNode {
                 continue;
             const int from = m_p.m_men[man];
             const bool bPawn = KindOf(m_material.Figure(man)) == kPawn;
-            TMask targets = bPawn ? (BlackPawnAttacks(MaskOf(from)) & m_p.m_white) |
-                                        (BlackPawnSteps(from, m_p.Occupied()) & kRank1)
-                                  : AttacksOf(KindOf(m_material.Figure(man)), from, m_p.Occupied()) & m_p.m_white;
+            TMask targets =
+                bPawn ? (BlackPawnAttacks(MaskOf(from)) & m_p.m_white) | (BlackPawnSteps(from, m_p.Occupied()) & kRank1)
+                      : AttacksOf(KindOf(m_material.Figure(man)), from, m_p.Occupied()) & m_p.m_white;
             while (targets != 0) {
                 const int to = TakeSquare(targets);
                 if (IsLegal(man, to) && !ConversionAnswered(man, to, bPawn && RankOf(to) == 0))

@@ -1,6 +1,6 @@
 #pragma once
-// TPlacement: a position as the generator of endgame data plays on it: figure masks (core/mask_attacks.h) and the square
-// of each man of its material (material.h). There is no side to move, no castling and no history.
+// TPlacement: a position as the generator of endgame data plays on it: figure masks (core/mask_attacks.h) and the
+// square of each man of its material (material.h). There is no side to move, no castling and no history.
 
 #include <array>
 #include <cstddef>

@@ -1,0 +1,155 @@
+#pragma once
+// The threads of one level: chunks of work from a counter, until there is none, somebody wants them to end, or one of
+// them fails.
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "globalregister/generator/generator_run.h"
+#include "platform/clock.h"
+#include "platform/sleep.h"
+
+namespace quillon {
+
+/// What a thread has to itself while it works.
+struct TGeneratorThread {
+    std::uint64_t m_nFound = 0;               // indices settled, not yet added to the level's number
+    std::vector<std::uint64_t> m_doubleSteps; // found by White's double steps, entered after the threads have ended
+    int m_nResult = kLevelDone;
+};
+
+class CLevelThreads {
+  public:
+    /// nPhases  times that Run is going to be called, for the progress.
+    CLevelThreads(TGeneratorControl& control, const TGeneratorOptions& options, int nLevel, unsigned nPhases)
+        : m_control(control), m_options(options), m_nLevel(nLevel), m_nPhases(nPhases),
+          m_threads(static_cast<std::size_t>(std::max(options.m_nThreads, 1))) {}
+
+    /// work(thread, first, last) over [0, nUnits) in chunks; not at all after a phase that has not been done.
+    template <class TWork> void Run(std::uint64_t nUnits, std::uint64_t nChunk, const TWork& work) {
+        m_nNext = 0;
+        const auto loop = [&](TGeneratorThread& thread) {
+            thread.m_nResult = Generate_MainLoop2(thread, nUnits, nChunk, work);
+        };
+        {
+            std::vector<std::jthread> others;
+            for (std::size_t i = 1; i < m_threads.size() && i * nChunk < nUnits; ++i)
+                try {
+                    others.emplace_back(loop, std::ref(m_threads[i]));
+                } catch (const std::exception&) { // fewer threads do the same
+                    break;
+                }
+            loop(m_threads.front());
+        }
+        ++m_nPhase;
+    }
+
+    /// An error of the thread that calls.
+    void AddError(const std::string& text) {
+        const std::lock_guard lock(m_errorLock);
+        m_errors.push_back(text);
+        m_bFailed = true;
+    }
+
+    [[nodiscard]] std::vector<TGeneratorThread>& Threads() { return m_threads; }
+
+    /// After the last phase.
+    [[nodiscard]] TLevelResult Result() {
+        TLevelResult result;
+        for (const TGeneratorThread& thread : m_threads)
+            result.m_nResult = std::min(result.m_nResult, thread.m_nResult);
+        if (m_bFailed)
+            result.m_nResult = std::min(result.m_nResult, kLevelStopped);
+        result.m_nFound = m_nFound;
+        result.m_errors = m_errors;
+        return result;
+    }
+
+    void AddFound(TGeneratorThread& thread) {
+        m_nFound.fetch_add(thread.m_nFound, std::memory_order_relaxed);
+        thread.m_nFound = 0;
+    }
+
+  private:
+    static constexpr std::uint32_t kPauseMs = 100;
+    static constexpr std::uint64_t kProgressMs = 1000;
+
+    // Returns the thread's result: that of the phase before, if that was not done.
+    template <class TWork>
+    [[nodiscard]] int Generate_MainLoop2(TGeneratorThread& thread, std::uint64_t nUnits, std::uint64_t nChunk,
+                                         const TWork& work) {
+        int nResult = thread.m_nResult;
+        try {
+            while (nResult == kLevelDone && (nResult = MayGoOn()) == kLevelDone) {
+                const std::uint64_t first = m_nNext.fetch_add(nChunk, std::memory_order_relaxed);
+                if (first >= nUnits)
+                    break;
+                work(thread, first, std::min(nUnits, first + nChunk));
+                AddFound(thread);
+                ShowProgress(first, nUnits);
+            }
+        } catch (const std::exception& error) {
+            nResult = kLevelStopped;
+            AddErrorOfThread(error.what());
+        }
+        return nResult;
+    }
+
+    // kLevelDone: the work goes on.
+    [[nodiscard]] int MayGoOn() const {
+        while (m_control.m_nPause.load(std::memory_order_relaxed) == kGeneratorPaused &&
+               !m_control.m_bStop.load(std::memory_order_relaxed) && !m_bFailed.load(std::memory_order_relaxed))
+            SleepMs(kPauseMs);
+        if (m_control.m_nPause.load(std::memory_order_relaxed) == kGeneratorBreaks)
+            return kLevelBroken;
+        return m_control.m_bStop.load(std::memory_order_relaxed) || m_bFailed.load(std::memory_order_relaxed)
+                   ? kLevelStopped
+                   : kLevelDone;
+    }
+
+    // Memory may be short even for the text.
+    void AddErrorOfThread(const char* text) noexcept {
+        m_bFailed = true;
+        try {
+            AddError(text);
+        } catch (const std::exception&) {
+        }
+    }
+
+    void ShowProgress(std::uint64_t nDone, std::uint64_t nUnits) {
+        if (!m_options.m_onProgress || TickCount64() - m_nShownTicks.load(std::memory_order_relaxed) < kProgressMs)
+            return;
+        const std::unique_lock lock(m_progressLock, std::try_to_lock);
+        if (!lock.owns_lock() || TickCount64() - m_nShownTicks.load(std::memory_order_relaxed) < kProgressMs)
+            return;
+        m_nShownTicks.store(TickCount64(), std::memory_order_relaxed);
+        const std::uint64_t permille = (1000 * m_nPhase + nDone / (nUnits / 1000 + 1)) / m_nPhases;
+        m_options.m_onProgress({m_nLevel, m_options.m_nLevelLimit,
+                                static_cast<unsigned>(std::min<std::uint64_t>(permille, 1000)),
+                                m_nFound.load(std::memory_order_relaxed)});
+    }
+
+    TGeneratorControl& m_control;
+    const TGeneratorOptions& m_options;
+    const int m_nLevel;
+    const unsigned m_nPhases;
+    unsigned m_nPhase = 0;
+    std::vector<TGeneratorThread> m_threads;
+    std::atomic<std::uint64_t> m_nNext{0};
+    std::atomic<std::uint64_t> m_nFound{0};
+    std::atomic<std::uint64_t> m_nShownTicks{TickCount64()};
+    std::mutex m_progressLock;
+    std::atomic<bool> m_bFailed{false};
+    std::mutex m_errorLock;
+    std::vector<std::string> m_errors;
+};
+
+} // namespace quillon

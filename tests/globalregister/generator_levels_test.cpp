@@ -1,0 +1,256 @@
+// Tables by levels: against rules of the tests' own, against sweeps that look at every index, and taken up again.
+
+#include <cstring>
+
+#include "core/chess_exception.h"
+#include "globalregister/generated_tables.h"
+#include "globalregister/generator/generator_material.h"
+
+namespace quillon {
+
+namespace {
+
+// Q, R, and what P and p turn into.
+CGeneratedTables& ThreeMenTables() {
+    static CGeneratedTables tables;
+    static const bool bMade = [] {
+        tables.Generate("Q");
+        tables.Generate("R");
+        return true;
+    }();
+    static_cast<void>(bMade);
+    return tables;
+}
+
+TGeneratorOptions Threads(int nThreads, bool bFullSweeps = false) {
+    TGeneratorOptions options;
+    options.m_nThreads = nThreads;
+    options.m_bFullSweeps = bFullSweeps;
+    return options;
+}
+
+void ExpectLikeReference(const std::string& type, const TElements& elements) {
+    const TPositionIndexing indexing(type);
+    ASSERT_EQ(elements.size(), indexing.GetSize());
+    EXPECT_EQ(elements[0], 0);
+    TChessboard b = EmptyChessboard();
+    for (std::uint64_t index = 1; index < elements.size(); ++index) {
+        int expected = 0;
+        if (indexing.GetPositionByIndex(index, b)) {
+            const TFigure figure = type == "Q" ? kWhiteQueen : kWhiteRook;
+            const auto piece = std::find(b.m_board.begin(), b.m_board.end(), figure) - b.m_board.begin();
+            expected = ReferenceTable(type).Length(WhiteKingSquare(b), static_cast<int>(piece), BlackKingSquare(b));
+        }
+        ASSERT_EQ(elements[index], expected) << type << " " << index;
+    }
+}
+
+// The work table of a three-men type in a form that only larger types have.
+struct TOtherForm {
+    explicit TOtherForm(const std::string& type, std::uint8_t nElementSize, bool bBitData) : m_table(type) {
+        EXPECT_TRUE(MakeWorkTable(m_table));
+        const std::uint64_t size = m_table.GetSize();
+        m_table.nElementSize = nElementSize;
+        m_table.bBitData = bBitData;
+        m_table.data.assign(bBitData ? size / 4 : size * nElementSize, 0);
+        for (std::size_t i = 0; !bBitData && i < m_table.data.size(); ++i)
+            m_table.data[i] = i % 2 == 0 ? 0xff : 0x7f;
+    }
+    TGlobalRegister m_table;
+};
+
+std::vector<std::string> ErrorsOfLevelOne(CGeneratedTables& tables, const std::string& type, int nThreads) {
+    const auto registers = tables.Registers();
+    TGlobalRegister table(type);
+    EXPECT_TRUE(MakeWorkTable(table));
+    CGeneratorRun run(table, *registers, tables.Control(), Threads(nThreads));
+    const TLevelResult result = run.RunLevel(1);
+    EXPECT_EQ(result.m_nResult, kLevelStopped);
+    return result.m_errors;
+}
+
+} // namespace
+
+TEST(GeneratorLevels, QueenAndRookAreAsTheRulesSay) {
+    CGeneratedTables tables;
+    ExpectLikeReference("Q", tables.Generate("Q", Threads(1)));
+    ExpectLikeReference("R", tables.Generate("R", Threads(2)));
+}
+
+TEST(GeneratorLevels, LongestMatesOfThreeMen) {
+    CGeneratedTables& tables = ThreeMenTables();
+    EXPECT_EQ(LongestMate(tables.Generate("Q")), 10u);
+    EXPECT_EQ(LongestMate(tables.Generate("R")), 16u);
+    EXPECT_EQ(LongestMate(tables.Generate("P")), 28u);
+    for (const char* const type : {"B", "N", "q", "p"})
+        EXPECT_EQ(LongestMate(tables.Generate(type)), 0u) << type;
+}
+
+TEST(GeneratorLevels, MarksFindWhatSweepsFind) {
+    CGeneratedTables& tables = ThreeMenTables();
+    for (const char* const type : {"R", "P"}) {
+        const TElements marks = tables.Generate(type, Threads(1));
+        EXPECT_EQ(marks, tables.Generate(type, Threads(2))) << type;
+        EXPECT_EQ(marks, tables.Generate(type, Threads(2, true))) << type;
+    }
+}
+
+TEST(GeneratorLevels, TakenUpAfterAnyLevelTheTableIsTheSame) {
+    CGeneratedTables& tables = ThreeMenTables();
+    const TElements expected = tables.Generate("P");
+    const auto registers = tables.Registers();
+    TGlobalRegister table("P");
+    ASSERT_TRUE(MakeWorkTable(table));
+    for (int level = 1; level <= 2 * 28 + 1; ++level)
+        for (int time = 0; time < (level % 3 == 0 ? 2 : 1); ++time) { // some levels are repeated
+            CGeneratorRun run(table, *registers, tables.Control());
+            ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone) << level;
+        }
+    FinishTable(table);
+    EXPECT_EQ(table.data, expected);
+}
+
+TEST(GeneratorLevels, UnfinishedTableTellsTheLevelsDone) {
+    CGeneratedTables tables;
+    const auto registers = tables.Registers();
+    TGlobalRegister table("R");
+    ASSERT_TRUE(MakeWorkTable(table));
+    CGeneratorRun run(table, *registers, tables.Control());
+    for (int level = 1; level <= 9; ++level)
+        ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone);
+    const TElements finished = ThreeMenElements("R");
+    for (std::size_t index = 1; index < finished.size(); ++index) {
+        const unsigned element = table.data[index] & 0x7f;
+        ASSERT_EQ(element, finished[index] != 0 && finished[index] <= 5 ? finished[index] : 127u) << index;
+    }
+}
+
+TEST(GeneratorLevels, WordsHoldTheSameLengths) {
+    CGeneratedTables tables;
+    const auto registers = tables.Registers();
+    TOtherForm words("R", 2, false);
+    CGeneratorRun run(words.m_table, *registers, tables.Control(), Threads(2));
+    for (int level = 1; level <= 33; ++level)
+        ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone);
+    FinishTable(words.m_table);
+    const TElements expected = ThreeMenElements("R");
+    for (std::size_t index = 1; index < expected.size(); ++index)
+        ASSERT_EQ(words.m_table.data[2 * index] + 256 * words.m_table.data[2 * index + 1], expected[index]) << index;
+}
+
+TEST(GeneratorLevels, BitDataWriteTheirLengthsBesideThem) {
+    CGeneratedTables tables;
+    const auto registers = tables.Registers();
+    TOtherForm bits("R", 1, true);
+    const CTemporaryFolder folder;
+    const std::filesystem::path path = folder.Path() / "R.precalc.details";
+    const TElements expected = ThreeMenElements("R");
+    ASSERT_TRUE(WriteWholeFile(path, TElements(expected.size(), 0)));
+    bits.m_table.details = std::make_unique<TDetailQueue>();
+    bits.m_table.details->detailFile.open(path, std::ios::binary | std::ios::in | std::ios::out);
+    CGeneratorRun run(bits.m_table, *registers, tables.Control(), Threads(2));
+    for (int level = 1; level <= 33; ++level)
+        ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone);
+    FinishTable(bits.m_table);
+    EXPECT_EQ(ReadWholeFile(path), expected);
+    for (std::size_t index = 1; index < expected.size(); ++index)
+        ASSERT_EQ(BitPair(bits.m_table.data.data(), index) & 1, expected[index] != 0) << index;
+}
+
+TEST(GeneratorLevels, DetailsThatCannotBeWrittenEndTheLevel) {
+    CGeneratedTables tables;
+    const auto registers = tables.Registers();
+    TOtherForm bits("R", 1, true);
+    bits.m_table.details = std::make_unique<TDetailQueue>(); // its file is not open
+    CGeneratorRun run(bits.m_table, *registers, tables.Control());
+    const TLevelResult result = run.RunLevel(1);
+    EXPECT_EQ(result.m_nResult, kLevelStopped);
+    ASSERT_FALSE(result.m_errors.empty());
+    EXPECT_NE(result.m_errors.front().find("Error in Generate_MainLoop2 in call to "), std::string::npos);
+}
+
+TEST(GeneratorLevels, StopAndBreakEndALevel) {
+    CGeneratedTables tables;
+    const auto registers = tables.Registers();
+    TGlobalRegister table("R");
+    ASSERT_TRUE(MakeWorkTable(table));
+    CGeneratorRun run(table, *registers, tables.Control(), Threads(2));
+    tables.Control().m_bStop = true;
+    EXPECT_EQ(run.RunLevel(1).m_nResult, kLevelStopped);
+    tables.Control().m_nPause = kGeneratorBreaks;
+    EXPECT_EQ(run.RunLevel(1).m_nResult, kLevelBroken);
+    tables.Control().m_bStop = false;
+    tables.Control().m_nPause = kGeneratorGoesOn;
+    for (int level = 1; level <= 33; ++level)
+        ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone);
+    FinishTable(table);
+    EXPECT_EQ(table.data, ThreeMenElements("R"));
+}
+
+TEST(GeneratorLevels, MissingMaterialIsNamed) {
+    CGeneratedTables tables;
+    tables.Write("R", ThreeMenElements("R"));
+    for (const int nThreads : {1, 2}) {
+        const std::vector<std::string> errors = ErrorsOfLevelOne(tables, "P", nThreads);
+        ASSERT_FALSE(errors.empty());
+        EXPECT_EQ(errors.front(), "No global register found for position type Q");
+    }
+    const auto registers = tables.Registers();
+    TGlobalRegister table("P");
+    ASSERT_TRUE(MakeWorkTable(table));
+    const CGeneratorRun run(table, *registers, tables.Control());
+    EXPECT_EQ(run.MissingTypes(), std::vector<std::string>{"Q"}); // one bishop or knight needs no data
+    EXPECT_LT(run.MemoryInUse() * 10, table.data.size());
+}
+
+TEST(GeneratorLevels, CustomTypeClaimsOnlyWhatIsTrueWithAllMenFree) {
+    CGeneratedTables tables;
+    const TElements elements = tables.Generate("Qk+Kc3", Threads(2));
+    const TPositionIndexing custom("Qk+Kc3"), free("Q");
+    const TElements expected = ThreeMenElements("Q");
+    unsigned nMates = 0;
+    TChessboard b = EmptyChessboard();
+    for (std::uint64_t index = 1; index < elements.size(); ++index) {
+        if (elements[index] == 0)
+            continue;
+        ASSERT_TRUE(custom.GetPositionByIndex(index, b));
+        const unsigned best = expected[free.GetIndex(b)];
+        ASSERT_NE(best, 0u) << index;
+        ASSERT_GE(elements[index], best) << index;
+        nMates += elements[index] >= 2;
+    }
+    EXPECT_GT(nMates, 0u);
+}
+
+TEST(GeneratorMaterial, LettersAreCounted) {
+    const TGeneratorMaterial material = InitForGenerator("QRRbp");
+    EXPECT_EQ(material.m_nLetters, 5u);
+    EXPECT_EQ(material.m_scratch.m_whiteRooks, 2);
+    EXPECT_EQ(material.m_scratch.m_blackBishops, 1);
+    EXPECT_TRUE(material.m_bOrdinary);
+    EXPECT_FALSE(InitForGenerator("QQ").m_bOrdinary);
+    EXPECT_FALSE(InitForGenerator("nnn").m_bOrdinary);
+    for (const char* const type : {"K", "Qx", "QK+a2", "?"})
+        EXPECT_THROW(static_cast<void>(InitForGenerator(type)), ChessException) << type;
+}
+
+TEST(GeneratorMaterial, SquaresAreRead) {
+    EXPECT_EQ(ParseSetOfSquares("a2b3, g4"), (std::set<std::int8_t>{8, 17, 30}));
+    EXPECT_TRUE(ParseSetOfSquares(" ,;").empty());
+    for (const char* const text : {"a9", "a", "a2 i1", "A2", "a 2"})
+        try {
+            static_cast<void>(ParseSetOfSquares(text));
+            ADD_FAILURE() << text;
+        } catch (const ChessException& error) {
+            EXPECT_EQ(std::string(error.what()), "Error in ParseSetOfSquares: " + std::string(text));
+        }
+}
+
+TEST(GeneratorMaterial, LoneMinorPieceNeedsABlackManToMate) {
+    for (const char* const type : {"", "B", "N", "q", "rp"})
+        EXPECT_FALSE(CanWhiteMate(type)) << type;
+    for (const char* const type : {"Q", "P", "BN", "NN", "Nn", "Bp"})
+        EXPECT_TRUE(CanWhiteMate(type)) << type;
+}
+
+} // namespace quillon
