@@ -50,9 +50,11 @@ struct TFileToSave {
 
 // ---- The steps of a save, for those that are more than one file in the place of another
 
-/// Writes a file of this name, new or in the place of what it held, and waits until the disk has it. A failure, such as
-/// a full disk, leaves no file of this name.
-[[nodiscard]] std::error_code WriteToDisk(const std::filesystem::path& path, std::string_view content);
+/// Writes a file of this name, new or in the place of what it held. A failure, such as a full disk, leaves no file of
+/// this name.
+///   bSync  waits until the disk has it. Otherwise a power failure may still lose it.
+[[nodiscard]] std::error_code WriteToDisk(const std::filesystem::path& path, std::string_view content,
+                                          bool bSync = true);
 
 /// From now on a write beyond the limit on the size of files fails, on every thread, instead of ending the process.
 void FailAtFileSizeLimit();

@@ -322,12 +322,14 @@ class CSaves {
 
 } // namespace
 
-std::error_code WriteToDisk(const fs::path& path, std::string_view content) {
+std::error_code WriteToDisk(const fs::path& path, std::string_view content, bool bSync) {
     const CFileSizeSignalHeld held;
     CDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (file.Get() < 0)
         return LastError();
-    const std::error_code error = WriteNew(file, content, nullptr);
+    std::error_code error = bSync ? WriteNew(file, content, nullptr) : WriteAll(file.Get(), content);
+    if (!error && !bSync)
+        error = file.Close();
     if (error)
         unlink(path.c_str());
     return error;

@@ -94,12 +94,13 @@ std::string CGeneratorFiles::Save(std::span<const std::uint8_t> table, std::uint
 }
 
 std::string CGeneratorFiles::Finish(std::span<const std::uint8_t> table) {
+    m_bDurable = true;
     return Run(table, {0, true, m_bKeepOld, table.size()});
 }
 
 std::string CGeneratorFiles::Run(std::span<const std::uint8_t> table, const TSaveTask& task) {
     const std::string cannotOpen = "Cannot open file to write: ", cannotWrite = "Error writing to file: ";
-    if (const fs::path details = DetailsNow(); !details.empty()) {
+    if (const fs::path details = DetailsNow(); m_bDurable && !details.empty()) {
         Step("sync");
         if (SyncFile(details))
             return cannotWrite + details.string();
@@ -107,7 +108,7 @@ std::string CGeneratorFiles::Run(std::span<const std::uint8_t> table, const TSav
     Step("next");
     if (!std::ofstream(Next(), std::ios::binary | std::ios::app))
         return cannotOpen + Next().string();
-    if (WriteToDisk(Next(), AsText(table)))
+    if (WriteToDisk(Next(), AsText(table), m_bDurable))
         return cannotWrite + Next().string();
     if (WriteSmall(PendingMark(), TextOf(task))) {
         (void)Remove(Next());
@@ -130,10 +131,10 @@ std::error_code CGeneratorFiles::Carry(const TSaveTask& task) {
     StoreLittleEndian(level.data(), task.m_nLevel);
     if (const std::error_code error = task.m_bFinished ? Remove(LevelFile()) : WriteSmall(LevelFile(), AsText(level)))
         return error;
-    SyncFolder(m_paths.m_plain.parent_path());
+    SyncNames();
     if (const std::error_code error = Remove(PendingMark()))
         return error;
-    SyncFolder(m_paths.m_plain.parent_path());
+    SyncNames();
     return {};
 }
 
@@ -153,10 +154,15 @@ std::error_code CGeneratorFiles::TakePlace(const fs::path& next, const fs::path&
 std::error_code CGeneratorFiles::WriteSmall(const fs::path& file, std::string_view content) {
     const fs::path next = With(file, kNextExtension);
     Step("write small");
-    if (const std::error_code error = WriteToDisk(next, content))
+    if (const std::error_code error = WriteToDisk(next, content, m_bDurable))
         return error;
     Step("name small");
     return RenameTo(next, file);
+}
+
+void CGeneratorFiles::SyncNames() const {
+    if (m_bDurable)
+        SyncFolder(m_paths.m_plain.parent_path());
 }
 
 std::error_code CGeneratorFiles::Remove(const fs::path& file) {
@@ -217,7 +223,7 @@ void CGeneratorFiles::RemovePartial() {
     if (Remove(m_paths.m_plain) || (!m_paths.m_details.empty() && Remove(m_paths.m_details)))
         return;
     (void)Remove(LevelFile());
-    SyncFolder(m_paths.m_plain.parent_path());
+    SyncNames();
 }
 
 } // namespace quillon

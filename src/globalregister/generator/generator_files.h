@@ -51,6 +51,10 @@ class CGeneratorFiles {
     /// The last finished level; none without a file of it.
     [[nodiscard]] std::optional<std::uint32_t> ReadLevel() const;
 
+    /// Saves wait until the disk has them, as they do from the start, or leave that to the system: a power failure may
+    /// then cost the table, a kill costs nothing. The last one waits in any case.
+    void SetDurable(bool bDurable) { m_bDurable = bDurable; }
+
     /// The first save is to keep what is there now as ".BAK".
     void KeepOld() { m_bKeepOld = true; }
 
@@ -88,6 +92,7 @@ class CGeneratorFiles {
     [[nodiscard]] std::error_code TakePlace(const std::filesystem::path& next, const std::filesystem::path& file,
                                             bool bKeepOld);
     [[nodiscard]] std::error_code WriteSmall(const std::filesystem::path& file, std::string_view content);
+    void SyncNames() const;
     [[nodiscard]] std::error_code Remove(const std::filesystem::path& file);
     [[nodiscard]] std::optional<TSaveTask> ReadTask() const;
     [[nodiscard]] static std::string TextOf(const TSaveTask& task);
@@ -102,6 +107,7 @@ class CGeneratorFiles {
     const TGeneratorPaths m_paths;
     const TFileStep m_onStep;
     bool m_bKeepOld = false;
+    bool m_bDurable = true;
 };
 
 } // namespace quillon

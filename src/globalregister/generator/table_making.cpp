@@ -1,7 +1,6 @@
 #include "globalregister/generator/table_making.h"
 
 #include <algorithm>
-#include <chrono>
 #include <new>
 #include <set>
 #include <system_error>
@@ -25,7 +24,11 @@ namespace fs = std::filesystem;
 
 constexpr int kTableLevelLimit = 255;
 constexpr int kBitDataLevelLimit = 32767;
-constexpr std::size_t kAllPositions = 1; // of the longest mates: their length is all that is wanted
+
+/// A run as short as this is repeated at no cost.
+constexpr double kSecondsWorthSyncing = 1;
+
+constexpr std::size_t kOnePosition = 1; // of the longest mates: their length is all that is wanted
 
 /// Share of the table that the marks of a run take besides it.
 constexpr std::uint64_t kMarksShare = 10;
@@ -81,7 +84,6 @@ TGenerateReport CTableMaking::Run() {
                                   &CTableMaking::Allocate,        &CTableMaking::ReadOldTable,
                                   &CTableMaking::LoadNeededTypes, &CTableMaking::OpenDetails,
                                   &CTableMaking::RunLevels,       &CTableMaking::Finish};
-    const auto start = std::chrono::steady_clock::now();
     try {
         for (const EMember step : kSteps)
             if ((this->*step)() == EStep::End)
@@ -93,9 +95,13 @@ TGenerateReport CTableMaking::Run() {
     } catch (const std::system_error& failure) { // threads, folders
         (void)FailInRun(failure.what(), true);
     }
-    m_report.m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    m_report.m_seconds = Seconds();
     m_report.m_nBytes = FileSize(m_files.Plain()) + (m_details.empty() ? 0 : FileSize(m_details));
     return std::move(m_report);
+}
+
+double CTableMaking::Seconds() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
 }
 
 CTableMaking::EStep CTableMaking::Fail(std::string_view text, bool bSystem) {
@@ -237,7 +243,7 @@ CTableMaking::EStep CTableMaking::LoadNeededTypes() {
         }
         std::set<std::uint64_t> indexes;
         m_nLongestNeeded = std::max(m_nLongestNeeded, GetMaxMoves(*data, m_registers.Options().m_folders.m_installation,
-                                                                  indexes, kAllPositions, true));
+                                                                  indexes, kOnePosition, true));
     }
     if (m_report.m_missingTypes.empty())
         return EStep::GoOn;
@@ -308,6 +314,7 @@ CTableMaking::EStep CTableMaking::RunLevels() {
         }
         if (result.m_nFound > 0 && !FitsElements(nLevel))
             return FailInRun(m_typeName + ": a mate is longer than its table can tell", false);
+        m_files.SetDurable(Seconds() >= kSecondsWorthSyncing);
         if (const std::string failure = m_files.Save(m_table.data, static_cast<std::uint32_t>(nLevel));
             !failure.empty())
             return Fail(failure);
@@ -351,7 +358,7 @@ void CTableMaking::CountMates() {
     if (m_table.bBitData)
         m_table.detailStream.open(m_details, std::ios::binary);
     std::set<std::uint64_t> indexes;
-    m_report.m_nMate = GetMaxMoves(m_table, m_registers.Options().m_folders.m_installation, indexes, kAllPositions,
+    m_report.m_nMate = GetMaxMoves(m_table, m_registers.Options().m_folders.m_installation, indexes, kOnePosition,
                                    /*bUseCache=*/false);
     const std::vector<std::uint8_t>& data = m_table.data;
     if (m_table.bBitData)

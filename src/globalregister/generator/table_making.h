@@ -6,6 +6,7 @@
 //
 // Threads: Run on one thread, which makes its own.
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -51,6 +52,7 @@ class CTableMaking {
     [[nodiscard]] EStep Finish();
     void Pack();
 
+    [[nodiscard]] double Seconds() const; // since the start
     [[nodiscard]] EThreeWay WhatToDo() const;
     [[nodiscard]] bool MakeTable(bool bWideElements);
     [[nodiscard]] bool IsFinishedBy(int nLevel, std::uint64_t nFound) const;
@@ -70,6 +72,7 @@ class CTableMaking {
     const std::uint64_t m_nMemory;
     const TPlaceInSeries m_place;
 
+    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
     TGlobalRegister m_table;
     CGeneratorFiles m_files;
     std::filesystem::path m_details; // empty: no bit data

@@ -1,0 +1,402 @@
+#include "globalregister/generator/generate.h"
+
+#include <chrono>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "core/chess_exception.h"
+#include "globalregister/generator/generate_texts.h"
+#include "globalregister/table_files.h"
+#include "platform/memory_info.h"
+#include "platform/save_file.h"
+#include "platform/temporary_folder.h"
+
+namespace quillon {
+namespace {
+
+namespace fs = std::filesystem;
+using TTexts = std::vector<std::string>;
+
+struct TRunKilled {};
+
+/// Gives answers of lists, and what remains unanswered: no, cancel.
+class CListedHost final : public IGenerateHost {
+  public:
+    void Inform(std::string_view text, std::string_view title) override { m_boxes.Inform(text, title); }
+    bool AskYesNo(std::string_view text, std::string_view title) override { return m_boxes.AskYesNo(text, title); }
+    EThreeWay AskYesNoCancel(std::string_view text, std::string_view) override {
+        m_asked.emplace_back(text);
+        return m_asked.size() <= m_answers.size() ? m_answers[m_asked.size() - 1] : EThreeWay::Cancel;
+    }
+    void Progress(const TGenerateProgress&) override {}
+    void TypeEnded(const TGenerateReport& report) override { m_ended.push_back(report.m_typeName); }
+    void LimitTemporaryRegister(std::size_t nBuckets, int nMostPercent) override {
+        m_limits.push_back({nBuckets, nMostPercent});
+    }
+    void RestoreTemporaryRegister() override { m_limits.clear(); }
+
+    CHeardBoxes m_boxes;
+    TTexts m_asked, m_ended;
+    std::vector<EThreeWay> m_answers;
+    std::vector<std::pair<std::size_t, int>> m_limits;
+};
+
+class GenerateTables : public testing::Test {
+  protected:
+    GenerateTables() {
+        m_precalc.m_folders.m_installation = m_folder.Path();
+        m_precalc.m_nUseDataPackedForRandomAccess = 0;
+        m_precalc.m_bGlobalRegisterForceDiskAccess = false;
+        m_options.m_nThreads = 2;
+    }
+    [[nodiscard]] fs::path Plain(const std::string& type) const {
+        return m_folder.Path() / "Precalc" / (PrecalcBaseName(type) + ".precalc");
+    }
+    [[nodiscard]] fs::path Beside(const std::string& type, const char* extension) const {
+        return Plain(type) += extension;
+    }
+    TGenerateReport Make(const std::string& type) {
+        m_host.m_boxes.m_told.clear();
+        CGlobalRegisters registers(m_precalc, m_host, m_nQuota);
+        TGeneratorControl control;
+        m_control = &control;
+        const TGenerateReport report = Generate(type, m_options, m_host, registers, control);
+        EXPECT_EQ(registers.Quota(), m_nQuota);
+        EXPECT_EQ(registers.Options().m_nUseDataPackedForRandomAccess, m_precalc.m_nUseDataPackedForRandomAccess);
+        EXPECT_EQ(registers.Options().m_bGlobalRegisterForceDiskAccess, m_precalc.m_bGlobalRegisterForceDiskAccess);
+        EXPECT_EQ(m_host.m_limits.size(), 0u);
+        return report;
+    }
+    /// The run is stopped when the level behind this one is about to be saved.
+    TGenerateReport MakeUpTo(const std::string& type, int nLevel) {
+        m_options.m_onFileStep = [this, nLevel, nSaves = 0](std::string_view step) mutable {
+            if (step == "next" && ++nSaves == nLevel)
+                m_control->m_nPause.store(kGeneratorBreaks);
+        };
+        const TGenerateReport report = Make(type);
+        m_options.m_onFileStep = {};
+        return report;
+    }
+    [[nodiscard]] TElements Table(const std::string& type) const {
+        return ReadWholeFile(Plain(type)).value_or(TElements{});
+    }
+    /// As the rules have it, by a slow helper; the flags of a type without pawns are 0.
+    static const TElements& Expected(const std::string& type) {
+        static const TElements queen = ThreeMenElements("Q"), rook = ThreeMenElements("R");
+        return type == "Q" ? queen : rook;
+    }
+    void ExpectWhole(const std::string& type) const {
+        EXPECT_TRUE(Table(type) == Expected(type)) << type;
+        for (const char* extension : {".iter", ".SAVE_PENDING", ".NEW"})
+            EXPECT_FALSE(fs::exists(Beside(type, extension))) << extension;
+    }
+
+    CTemporaryFolder m_folder;
+    CListedHost m_host;
+    TPrecalcOptions m_precalc;
+    TGenerateOptions m_options;
+    TGeneratorControl* m_control = nullptr;
+    std::uint64_t m_nQuota = 12345;
+};
+
+TEST_F(GenerateTables, MadeFromTheRules) {
+    m_folder.Write("MaxMateIndexesCache/Q.idx", "of an earlier table");
+    const TGenerateReport report = Make("Q");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Done);
+    EXPECT_TRUE(report.m_bMade);
+    EXPECT_EQ(report.m_found, EFoundTable::None);
+    EXPECT_EQ(report.m_nMate, 10u);
+    EXPECT_GE(report.m_nLevels, 19u);
+    EXPECT_EQ(report.m_file, Plain("Q"));
+    EXPECT_EQ(report.m_nBytes, 40960u);
+    const TElements& expected = Expected("Q");
+    EXPECT_EQ(report.m_nPositions,
+              static_cast<std::uint64_t>(std::ranges::count_if(expected, [](auto n) { return n != 0; })));
+    EXPECT_FALSE(fs::exists(m_folder.Path() / "MaxMateIndexesCache/Q.idx"));
+    ExpectWhole("Q");
+    EXPECT_EQ(m_host.m_boxes.m_told, TTexts{});
+    EXPECT_EQ(m_host.m_ended, TTexts{"Q"});
+}
+
+TEST_F(GenerateTables, FoldersForSoManyMenAreUsed) {
+    fs::create_directories(m_folder.Path() / "Precalc/3pieces-pawns");
+    const TGenerateReport report = Make("R");
+    EXPECT_EQ(report.m_file, m_folder.Path() / "Precalc/3pieces-pawns/R.precalc");
+    EXPECT_TRUE(ReadWholeFile(report.m_file) == Expected("R"));
+}
+
+// --- settings of the run
+
+TEST_F(GenerateTables, SlowSettingsAreChallenged) {
+    m_precalc.m_nUseDataPackedForRandomAccess = 2;
+    m_precalc.m_bGlobalRegisterForceDiskAccess = true;
+    m_precalc.m_folders.m_secondRoot = m_folder.Path() / "second";
+    m_host.m_answers = {EThreeWay::No};
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Cancelled);
+    EXPECT_EQ(m_host.m_asked,
+              TTexts{"Option to use compressed data \"random access\" (ini: UseDataPackedForRandomAccess) is on - it "
+                     "slows down data generation process.\nDo you want to continue?\n\nNOTE: Select CANCEL, to "
+                     "continue with changed setting to force unpack data to memory (for better performance)"});
+    m_host.m_asked.clear();
+    m_host.m_answers = {EThreeWay::Yes, EThreeWay::No};
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Cancelled);
+    ASSERT_EQ(m_host.m_asked.size(), 2u);
+    EXPECT_TRUE(m_host.m_asked[1].starts_with("Option to use data from disk (ini: GlobalRegisterForceDiskAccess)"));
+    m_host.m_asked.clear();
+    m_host.m_answers = {EThreeWay::Cancel, EThreeWay::Yes};
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Cancelled);
+    EXPECT_EQ(m_host.m_boxes.m_asked, TTexts{"There is an additional PrecalcPath = " +
+                                             (m_folder.Path() / "second").string() + "\nDo you want to continue?"});
+    EXPECT_FALSE(fs::exists(Plain("Q")));
+    m_host.m_boxes.m_answers = {true, true};
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
+    ExpectWhole("Q");
+}
+
+TEST_F(GenerateTables, MemoryIsLimited) {
+    m_options.m_nMemoryBytes = 40000;
+    const TGenerateReport report = Make("Q");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_TRUE(report.m_bSystemFailed);
+    EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Not enough memory to allocate buffer for data generation."});
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder.Path() / "Precalc"), {}), 0);
+}
+
+// --- what is there already
+
+TEST_F(GenerateTables, AFinishedTableStaysUnlessItIsToBeMadeAnew) {
+    WriteElements(Plain("Q"), {1, 2, 3});
+    m_host.m_answers = {EThreeWay::Yes, EThreeWay::Cancel, EThreeWay::No};
+    for (const EGenerateStatus status : {EGenerateStatus::Done, EGenerateStatus::Cancelled}) {
+        const TGenerateReport report = Make("Q");
+        EXPECT_EQ(report.m_status, status);
+        EXPECT_EQ(report.m_found, EFoundTable::Finished);
+        EXPECT_FALSE(report.m_bMade);
+        EXPECT_EQ(Table("Q"), (TElements{1, 2, 3}));
+    }
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
+    EXPECT_EQ(m_host.m_asked, TTexts(3, "File already exists. Continue filling data?"));
+    EXPECT_EQ(ReadWholeFile(Beside("Q", ".BAK")), (TElements{1, 2, 3}));
+    ExpectWhole("Q");
+}
+
+TEST_F(GenerateTables, OptionsAnswerForTheUser) {
+    WriteElements(Plain("Q"), {1, 2, 3});
+    for (const EExistingTable choice : {EExistingTable::Leave, EExistingTable::Continue, EExistingTable::Restart}) {
+        m_options.m_existing = choice;
+        const TGenerateReport report = Make("Q");
+        EXPECT_EQ(report.m_status, EGenerateStatus::Done);
+        EXPECT_EQ(report.m_bMade, choice == EExistingTable::Restart);
+    }
+    ExpectWhole("Q");
+    m_options.m_existing = EExistingTable::Restart;
+    EXPECT_EQ(MakeUpTo("Q", 5).m_status, EGenerateStatus::Cancelled);
+    m_options.m_existing = EExistingTable::Leave;
+    const TGenerateReport left = Make("Q");
+    EXPECT_EQ(left.m_status, EGenerateStatus::Cancelled);
+    EXPECT_EQ(left.m_found, EFoundTable::Unfinished);
+    EXPECT_EQ(left.m_nMate, 3u) << "level 5 is White's third move";
+    m_options.m_existing = EExistingTable::Continue;
+    EXPECT_TRUE(Make("Q").m_bMade);
+    ExpectWhole("Q");
+    EXPECT_EQ(m_host.m_asked, TTexts{});
+}
+
+TEST_F(GenerateTables, ASaveThatNobodyCanEndForbidsToGoOn) {
+    WriteElements(Beside("Q", ".SAVE_PENDING"), {});
+    m_options.m_existing = EExistingTable::Restart;
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+    EXPECT_EQ(m_host.m_boxes.m_told,
+              TTexts{"Error: The following file exists: " + Beside("Q", ".SAVE_PENDING").string() +
+                     "\n\nThis indicates a failure during save.\nGeneration cannot be continued."});
+    EXPECT_FALSE(fs::exists(Plain("Q")));
+}
+
+TEST_F(GenerateTables, FilesThatAreNotWhatTheyWereAreRefused) {
+    MakeUpTo("Q", 6);
+    const TElements table = Table("Q");
+    m_options.m_existing = EExistingTable::Continue;
+    TElements wrong = table;
+    wrong.pop_back();
+    WriteElements(Plain("Q"), wrong);
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+    EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Error reading file " + Plain("Q").string()});
+    wrong = table;
+    wrong[0] = 1; // flags of pawns
+    WriteElements(Plain("Q"), wrong);
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+    WriteElements(Plain("Q"), table);
+    WriteElements(Beside("Q", ".iter"), {6, 0});
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+    EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Error reading file " + Beside("Q", ".iter").string()});
+    WriteElements(Beside("Q", ".iter"), {6, 0, 0, 0});
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
+    ExpectWhole("Q");
+}
+
+// --- stopped and taken up
+
+TEST_F(GenerateTables, AStoppedRunIsTakenUpFromAnyLevel) {
+    const std::string question = "File already exists and contains up to #4.\nTo continue filling in the data from the "
+                                 "next level, select 'Yes' or to fill in the contents from the current #4 select 'No'.";
+    for (const int nLevel : {1, 2, 3, 7, 8, 18, 19})
+        for (const bool bNext : {true, false}) {
+            m_host = {};
+            const TGenerateReport stopped = MakeUpTo("Q", nLevel);
+            ASSERT_EQ(stopped.m_status, EGenerateStatus::Cancelled) << nLevel;
+            ASSERT_EQ(m_host.m_boxes.m_asked, TTexts{"\nShould partially generated file(s) be removed from disk?"});
+            EXPECT_EQ(ReadWholeFile(Beside("Q", ".iter")), (TElements{static_cast<std::uint8_t>(nLevel), 0, 0, 0}));
+            m_host.m_answers = {EThreeWay::Yes};
+            m_host.m_boxes.m_answers = {false, bNext};
+            ASSERT_EQ(Make("Q").m_status, EGenerateStatus::Done) << nLevel;
+            ASSERT_EQ(m_host.m_boxes.m_asked.size(), 2u);
+            if (nLevel == 7 || nLevel == 8) {
+                EXPECT_EQ(m_host.m_boxes.m_asked[1], question);
+            }
+            ExpectWhole("Q");
+            fs::remove(Plain("Q"));
+        }
+}
+
+TEST_F(GenerateTables, AStoppedRunLeavesNothingOnRequest) {
+    m_host.m_boxes.m_answers = {true};
+    EXPECT_EQ(MakeUpTo("R", 4).m_status, EGenerateStatus::Cancelled);
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder.Path() / "Precalc"), {}), 0);
+}
+
+/// At some steps of saves, and at those of the end.
+TEST_F(GenerateTables, AKilledRunIsTakenUp) {
+    m_options.m_existing = EExistingTable::Continue;
+    int nSteps = 0;
+    m_options.m_onFileStep = [&](std::string_view) { ++nSteps; };
+    (void)Make("Q");
+    ASSERT_GT(nSteps, 100);
+    for (int nKill = 0; nKill < nSteps; nKill += nKill < nSteps - 8 ? 13 : 1) {
+        fs::remove_all(m_folder.Path() / "Precalc");
+        m_options.m_onFileStep = [nStep = 0, nKill](std::string_view) mutable {
+            if (nStep++ == nKill)
+                throw TRunKilled{};
+        };
+        EXPECT_THROW((void)Make("Q"), TRunKilled);
+        m_options.m_onFileStep = {};
+        ASSERT_EQ(Make("Q").m_status, EGenerateStatus::Done) << nKill;
+        ExpectWhole("Q");
+    }
+}
+
+/// Without any help of the process that is killed.
+TEST_F(GenerateTables, AProcessThatIsKilledIsTakenUp) {
+    using namespace std::chrono;
+    m_options.m_existing = EExistingTable::Continue;
+    const auto start = steady_clock::now();
+    (void)Make("Q");
+    const long usual = std::max<long>(duration_cast<microseconds>(steady_clock::now() - start).count(), 1000);
+    std::mt19937 random(5);
+    for (int i = 0; i < 12; ++i) {
+        fs::remove_all(m_folder.Path() / "Precalc");
+        const pid_t child = fork();
+        if (child == 0) {
+            (void)Make("Q");
+            _exit(0);
+        }
+        std::this_thread::sleep_for(microseconds(std::uniform_int_distribution<long>(0, usual)(random)));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        ASSERT_EQ(Make("Q").m_status, EGenerateStatus::Done) << i;
+        ExpectWhole("Q");
+    }
+}
+
+TEST_F(GenerateTables, AFullDiskIsToldAndTheRunTakenUp) {
+    MakeUpTo("R", 3);
+    m_options.m_existing = EExistingTable::Continue;
+    const pid_t child = fork();
+    if (child == 0) {
+        const rlimit limit{20000, 20000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        FailAtFileSizeLimit();
+        const TGenerateReport report = Make("R");
+        const bool bTold =
+            m_host.m_boxes.m_told == TTexts{"Error: Error writing to file: " + Beside("R", ".NEW").string()};
+        _exit(report.m_status == EGenerateStatus::Failed && report.m_bSystemFailed && bTold ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(ReadWholeFile(Beside("R", ".iter")), (TElements{3, 0, 0, 0}));
+    EXPECT_EQ(Make("R").m_status, EGenerateStatus::Done);
+    ExpectWhole("R");
+}
+
+// --- several types
+
+TEST_F(GenerateTables, MissingTypesAreNamed) {
+    MakeUpTo("Q", 3); // what is unfinished is no data
+    const TGenerateReport report = Make("QRr");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_FALSE(report.m_bSystemFailed);
+    EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: No global register found for position type Q, R, QR, Qr, Rr"});
+    EXPECT_EQ(report.m_missingTypes, (TTexts{"Q", "R", "QR", "Qr", "Rr"}));
+    EXPECT_FALSE(fs::exists(Plain("QRr")));
+}
+
+TEST_F(GenerateTables, WhatIsMissingIsMadeFirst) {
+    WriteElements(Plain("Q"), Expected("Q"));
+    m_options.m_bWithSubtypes = true;
+    CGlobalRegisters registers(m_precalc, m_host, m_nQuota);
+    TGeneratorControl control;
+    const auto reports = GenerateMany({"P"}, m_options, m_host, registers, control);
+    EXPECT_EQ(m_host.m_ended, (TTexts{"R", "P"}));
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[1].m_status, EGenerateStatus::Done);
+    EXPECT_EQ(reports[1].m_nMate, 28u); // the longest win of a pawn
+    EXPECT_EQ(Table("P").at(0), 1);
+    EXPECT_TRUE(fs::exists(m_folder.Path() / "MaxMateIndexesCache/R.idx"));
+    ExpectWhole("R");
+}
+
+TEST_F(GenerateTables, OneThatFailsDoesNotKeepTheRest) {
+    WriteElements(Beside("Q", ".SAVE_PENDING"), {});
+    CGlobalRegisters registers(m_precalc, m_host, m_nQuota);
+    TGeneratorControl control;
+    (void)GenerateMany({"R", "Q", "QX"}, m_options, m_host, registers, control);
+    EXPECT_EQ(m_host.m_ended, (TTexts{"Q", "R", "QX"}));
+    ASSERT_EQ(m_host.m_boxes.m_told.size(), 3u);
+    EXPECT_EQ(m_host.m_boxes.m_told[1], "Error: Error in InitForGenerator");
+    EXPECT_EQ(m_host.m_boxes.m_told[2], "Error: An error occurred during data generation");
+    ExpectWhole("R");
+}
+
+TEST_F(GenerateTables, PackedBeside) {
+    m_options.m_packForm = ETableForm::Lzw;
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
+    EXPECT_TRUE(fs::exists(Beside("Q", ".packed.lzw")));
+    m_precalc.m_nUseDataPackedForRandomAccess = 2;
+    fs::remove(Plain("Q"));
+    CGlobalRegisters registers(m_precalc, m_host, std::uint64_t{1} << 30);
+    const CRegisterUse data(registers.GetRegisterForTool(TPositionIndexing("Q").nPositionType));
+    ASSERT_TRUE(data);
+    EXPECT_EQ(data->nRandomAccessKind, kPackedAccess);
+    fs::create_directory(Beside("Q", ".lz4"));
+    m_options.m_packForm = ETableForm::Lz4;
+    m_precalc.m_nUseDataPackedForRandomAccess = 0;
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+    ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
+    EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: An error occurred during data compression"));
+    ExpectWhole("Q");
+}
+
+TEST_F(GenerateTables, WrongTypesAreRefused) {
+    for (const char* type : {"", "QRBNPq", "Qx", "K"}) {
+        EXPECT_EQ(Make(type).m_status, EGenerateStatus::Failed) << type;
+        EXPECT_EQ(m_host.m_boxes.m_told.size(), 1u) << type;
+    }
+    EXPECT_FALSE(fs::exists(m_folder.Path() / "Precalc"));
+}
+
+} // namespace
+} // namespace quillon
