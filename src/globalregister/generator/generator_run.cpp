@@ -12,7 +12,7 @@ class CGeneratorRun::CImplementation {
   public:
     virtual ~CImplementation() = default;
     [[nodiscard]] virtual TLevelResult RunLevel(int nLevel) = 0;
-    [[nodiscard]] virtual std::uint64_t MemoryInUse() = 0;
+    [[nodiscard]] virtual std::uint64_t MemoryInUse() const = 0;
     [[nodiscard]] virtual const std::vector<std::string>& MissingTypes() const = 0;
 };
 
@@ -30,9 +30,7 @@ template <class TCells, class TBase> class CLevels final : public TBase {
 
     [[nodiscard]] const std::vector<std::string>& MissingTypes() const override { return m_materials.MissingTypes(); }
 
-    [[nodiscard]] std::uint64_t MemoryInUse() override {
-        return 2 * (m_work.NewWhite().Bytes() + m_work.WaitingWhite().Bytes());
-    }
+    [[nodiscard]] std::uint64_t MemoryInUse() const override { return m_work.BytesOfMarks(); }
 
     // What the last level has marked helps the next one only, and only if it was done.
     [[nodiscard]] TLevelResult RunLevel(int nLevel) override {
@@ -64,9 +62,7 @@ template <class TCells, class TBase> class CLevels final : public TBase {
 
     void Forget() {
         m_bWhiteKnown = m_bBlackKnown = false;
-        for (CLevelMarks* const marks :
-             {&m_work.NewWhite(), &m_work.NewLost(), &m_work.WaitingWhite(), &m_work.WaitingBlack()})
-            marks->Clear();
+        m_work.ClearMarks();
     }
 
     // All indices of the table.
@@ -104,7 +100,7 @@ template <class TCells, class TBase> class CLevels final : public TBase {
         };
 
         if (bFirst)
-            Sweep(threads, [&](TGeneratorThread& thread, std::uint64_t index) { m_work.TryMated(thread, index); });
+            Sweep(threads, [&](TGeneratorThread&, std::uint64_t index) { m_work.TryMated(index); });
         if (m_materials.Root().HasPawnsOfBothColours())
             m_bWhiteKnown ? Walk(threads, m_work.WaitingWhite(), false, doubleSteps) : Sweep(threads, doubleSteps);
         m_bWhiteKnown ? Walk(threads, m_work.WaitingWhite(), true, conversions) : Sweep(threads, conversions);

@@ -7,8 +7,7 @@
 //                     which need no further look (UnmoveWhite)
 //                     a capture or promotion leads to one that finished data tell to be lost in n - 1, or a double step
 //                     that Black may capture in passing leads to a loss: looked at forwards (TryConversions,
-//                     TryDoubleSteps). Where that is not so yet but may be, the index waits: it is looked at in each
-//                     level until it is settled
+//                     TryDoubleSteps). Where that is not so yet but may be, the index waits
 //   Black loses in n  all moves are answered, the last of them by a mate in n: if it is a quiet move, un-moves from
 //   that
 //                     mate lead here (UnmoveBlack); if it is a conversion, the index waits from when all quiet moves
@@ -35,9 +34,10 @@ template <class TCells> class CLevelWork {
   public:
     CLevelWork(TGlobalRegister& table, const CMaterial& material)
         : m_table(table), m_cells(table.data.data()), m_geometry(table, material),
-          m_newWhite(m_geometry.Size(), TCells::kIndicesOfAMark), m_newLost(m_geometry.Size(), TCells::kIndicesOfAMark),
-          m_waitingWhite(m_geometry.Size(), kWaitingFactor * TCells::kIndicesOfAMark),
-          m_waitingBlack(m_geometry.Size(), kWaitingFactor * TCells::kIndicesOfAMark) {}
+          m_newWhite(m_geometry.Size(), TCells::kIndicesOfNewWhite),
+          m_newLost(m_geometry.Size(), TCells::kIndicesOfNewLost),
+          m_waitingWhite(m_geometry.Size(), TCells::kIndicesOfWaiting),
+          m_waitingBlack(m_geometry.Size(), TCells::kIndicesOfWaiting) {}
 
     [[nodiscard]] const CTableGeometry& Geometry() const { return m_geometry; }
     [[nodiscard]] CLevelMarks& NewWhite() { return m_newWhite; }
@@ -45,15 +45,24 @@ template <class TCells> class CLevelWork {
     [[nodiscard]] CLevelMarks& WaitingWhite() { return m_waitingWhite; }
     [[nodiscard]] CLevelMarks& WaitingBlack() { return m_waitingBlack; }
 
+    void ClearMarks() {
+        for (CLevelMarks* const marks : {&m_newWhite, &m_newLost, &m_waitingWhite, &m_waitingBlack})
+            marks->Clear();
+    }
+
+    [[nodiscard]] std::uint64_t BytesOfMarks() const {
+        return m_newWhite.Bytes() + m_newLost.Bytes() + m_waitingWhite.Bytes() + m_waitingBlack.Bytes();
+    }
+
     /// The level that begins has been begun before: elements that do not tell lengths may be of this level already.
     void SetLevelBegun(bool bBegun) { m_bLevelBegun = bBegun; }
 
     /// Black is mated at this index: a loss in 0 moves.
-    void TryMated(TGeneratorThread& thread, std::uint64_t index) {
+    void TryMated(std::uint64_t index) {
         TPlacement p;
         if (!m_cells.IsLost(index) && m_geometry.PlacementOf(index, p) && !IsWhiteKingAttacked(p) &&
             IsBlackMated(p, kNoDoubleStep))
-            EnterLost(thread, p, index);
+            static_cast<void>(EnterLost(p, index)); // what the level after this one finds
     }
 
     /// White's captures and promotions; with bQuiet his other moves, too.
@@ -140,8 +149,6 @@ template <class TCells> class CLevelWork {
     }
 
   private:
-    static constexpr unsigned kWaitingFactor = 2; // a mark of those that wait is for more indices: they are fewer
-
     // White's answers after a black move, as far as the table has them: 1 for a mate in at most m_nWithin moves.
     struct TTableAnswers {
         const CLevelWork& m_work;
@@ -180,9 +187,12 @@ template <class TCells> class CLevelWork {
         m_newWhite.Mark(canonical);
     }
 
-    void EnterLost(TGeneratorThread& thread, const TPlacement& p, std::uint64_t index) {
+    // The number of indices that are lost from now on.
+    [[nodiscard]] std::uint64_t EnterLost(const TPlacement& p, std::uint64_t index) {
+        std::uint64_t nFound = 0;
         m_newLost.Mark(
-            m_geometry.ForAliases(p, index, [&](std::uint64_t alias) { thread.m_nFound += m_cells.SetLost(alias); }));
+            m_geometry.ForAliases(p, index, [&](std::uint64_t alias) { nFound += m_cells.SetLost(alias) ? 1 : 0; }));
+        return nFound;
     }
 
     // The man goes back from `to` to `from`; `index` is that of the position then, kNoIndex if it is still to be found.
@@ -215,7 +225,7 @@ template <class TCells> class CLevelWork {
     void TryBlackPosition(TGeneratorThread& thread, const TPlacement& p, std::uint64_t index, unsigned n) {
         const unsigned value = FindMateByGlobalRegister(p, index, kNoDoubleStep, n);
         if (value <= n)
-            EnterLost(thread, p, index);
+            thread.m_nFound += EnterLost(p, index);
         else if (value != kNotLost)
             m_waitingBlack.Mark(m_geometry.CanonicalOf(p, index));
     }

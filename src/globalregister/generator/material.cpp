@@ -74,8 +74,7 @@ TPlacement CMaterial::PlacementOf(const TMenSquares& men) const {
 
 TMenSquares CMaterial::MenOf(const TPlacement& p) const {
     TMenSquares men;
-    for (std::size_t man = 0; man < m_nMen; ++man)
-        men.m_squares[man] = p.m_men[man];
+    std::memcpy(men.m_squares.data(), p.m_men.data(), men.m_squares.size());
     men.m_squares[kMaxTypeLetters] = static_cast<TSquare>(p.m_nBlackKing);
     men.m_whiteKing = static_cast<TSquare>(p.m_nWhiteKing);
     return men;

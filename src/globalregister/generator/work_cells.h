@@ -1,6 +1,10 @@
 #pragma once
 // The elements of a work table (generator_run.h), one class a form. Levels are counted in moves of White.
 //
+// kIndicesOf...: indices of one mark (level_marks.h). All marks together take less than a tenth of the table. A mark
+// that is for more indices has more of them looked at in vain; where an element tells its level that costs next to
+// nothing.
+//
 // Threads: any. Elements that share a byte are changed by atomic operations; who sets what was set already is told so.
 
 #include <atomic>
@@ -13,7 +17,9 @@ namespace quillon {
 class CByteCells {
   public:
     static constexpr unsigned kLongest = 126; // the longest mate that an element can hold
-    static constexpr unsigned kIndicesOfAMark = 4;
+    static constexpr unsigned kIndicesOfNewWhite = 8;
+    static constexpr unsigned kIndicesOfNewLost = 4;
+    static constexpr unsigned kIndicesOfWaiting = 8;
     static constexpr bool kTellsLengths = true;
     static constexpr std::uint8_t kOpen = 0x7f;
     static constexpr std::uint8_t kLost = 0x80;
@@ -56,7 +62,9 @@ class CByteCells {
 class CWordCells {
   public:
     static constexpr unsigned kLongest = 32766;
-    static constexpr unsigned kIndicesOfAMark = 4;
+    static constexpr unsigned kIndicesOfNewWhite = 8;
+    static constexpr unsigned kIndicesOfNewLost = 4;
+    static constexpr unsigned kIndicesOfWaiting = 8;
     static constexpr bool kTellsLengths = true;
     static constexpr unsigned kOpen = 0x7fff;
     static constexpr unsigned kLost = 0x8000;
@@ -108,7 +116,9 @@ class CWordCells {
 class CBitCells {
   public:
     static constexpr unsigned kLongest = 32766;
-    static constexpr unsigned kIndicesOfAMark = 16;
+    static constexpr unsigned kIndicesOfNewWhite = 16;
+    static constexpr unsigned kIndicesOfNewLost = 16;
+    static constexpr unsigned kIndicesOfWaiting = 32;
     static constexpr bool kTellsLengths = false;
 
     explicit CBitCells(std::uint8_t* data) : m_data(data) {}
