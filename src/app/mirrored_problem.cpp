@@ -6,6 +6,7 @@
 #include "core/castling.h"
 #include "core/chess_exception.h"
 #include "core/heuristic_parameters.h"
+#include "core/set_of_squares.h"
 #include "heuristics/heuristic_clauses.h"
 
 namespace quillon {

@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "core/chessboard.h"
 
@@ -13,10 +11,6 @@ namespace quillon {
 
 /// Bit of a heuristic -> "OFF", or what its clause has between the brackets.
 using THeuristicClauses = std::map<std::uint32_t, std::string>;
-
-/// Squares as letter and digit, with or without blanks and commas between them; one that is told again counts once.
-///   Errors  ChessException "Error in ParseSetOfSquares: " and the text.
-[[nodiscard]] std::vector<TSquare> ParseSetOfSquares(std::string_view text);
 
 /// Changes the set of the root, as the initial analysis has chosen it, in rising order of the bits. "OFF" clears a bit,
 /// anything else sets it; of the three that hold the black king the last one holds. The squares of

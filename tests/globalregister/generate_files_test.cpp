@@ -30,6 +30,13 @@ class GeneratorFiles : public testing::TestWithParam<bool> { // true: bit data
     [[nodiscard]] fs::path Details() const { return m_folder->Path() / "X.precalc.details"; }
     [[nodiscard]] fs::path Beside(const char* extension) const { return Plain() += extension; }
 
+    /// Bit data have them from the start.
+    void MakeDetails(CGeneratorFiles& files) const {
+        if (GetParam()) {
+            ASSERT_TRUE(files.CreateDetails(2 * kBytes, 3, 1));
+        }
+    }
+
     [[nodiscard]] CGeneratorFiles Files(TFileStep onStep = {}) const {
         return CGeneratorFiles({Plain(), GetParam() ? Details() : fs::path()}, std::move(onStep));
     }
@@ -37,9 +44,7 @@ class GeneratorFiles : public testing::TestWithParam<bool> { // true: bit data
     /// Two levels, and the end. What is there before is kept.
     void MakeAll(CGeneratorFiles files) const {
         files.KeepOld();
-        if (GetParam()) {
-            ASSERT_TRUE(files.CreateDetails(2 * kBytes, 3, 1));
-        }
+        MakeDetails(files);
         for (const std::uint32_t nLevel : {1u, 2u})
             ASSERT_EQ(files.Save(StateOf(nLevel), nLevel), "");
         ASSERT_EQ(files.Finish(StateOf(kFinished)), "");
@@ -137,9 +142,7 @@ TEST_P(GeneratorFiles, AKillBetweenAnyTwoStepsLeavesOneState) {
 /// Nor does a second kill, while the save is being ended, do more harm.
 TEST_P(GeneratorFiles, AKillOfTheRecoveryIsRecoveredFrom) {
     CGeneratorFiles first = Files();
-    if (GetParam()) {
-        ASSERT_TRUE(first.CreateDetails(kBytes, 3, 1));
-    }
+    MakeDetails(first);
     ASSERT_EQ(first.Save(StateOf(1), 1), "");
     const auto killAt = [](std::string_view wanted, int nTimes) {
         return [wanted = std::string(wanted), nTimes](std::string_view step) mutable {
@@ -173,6 +176,7 @@ TEST_P(GeneratorFiles, AMarkThatTellsNothingStays) {
 
 TEST_P(GeneratorFiles, FailuresAreToldAndLeaveTheStateBefore) {
     CGeneratorFiles files = Files();
+    MakeDetails(files);
     ASSERT_EQ(files.Save(StateOf(1), 1), "");
     const fs::path next = Beside(GetParam() ? ".BIT_DATA" : ".NEW");
     fs::create_directory(next);
@@ -187,7 +191,9 @@ TEST_P(GeneratorFiles, FailuresAreToldAndLeaveTheStateBefore) {
 
 /// As on a full disk: the limit on file sizes is reached in the middle of the table.
 TEST_P(GeneratorFiles, AFullDiskLeavesTheStateBefore) {
-    ASSERT_EQ(Files().Save(TElements(100, 1), 1), "");
+    CGeneratorFiles before = Files();
+    MakeDetails(before);
+    ASSERT_EQ(before.Save(TElements(100, 1), 1), "");
     const pid_t child = fork();
     if (child == 0) {
         const rlimit limit{4096, 4096};
@@ -213,9 +219,7 @@ TEST_P(GeneratorFiles, ARunThatIsGivenUpLeavesNothing) {
     files.RemovePartial();
     EXPECT_TRUE(fs::exists(Plain())) << "what is finished is not of this run";
     files.KeepOld();
-    if (GetParam()) {
-        ASSERT_TRUE(files.CreateDetails(kBytes, 3, 1));
-    }
+    MakeDetails(files);
     ASSERT_EQ(files.Save(StateOf(1), 1), "");
     files.RemovePartial();
     EXPECT_EQ(std::distance(fs::directory_iterator(m_folder->Path()), {}), 1);

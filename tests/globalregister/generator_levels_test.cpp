@@ -241,18 +241,6 @@ TEST(GeneratorMaterial, LettersAreCounted) {
         EXPECT_THROW(static_cast<void>(InitForGenerator(type)), ChessException) << type;
 }
 
-TEST(GeneratorMaterial, SquaresAreRead) {
-    EXPECT_EQ(ParseSetOfSquares("a2b3, g4"), (std::set<std::int8_t>{8, 17, 30}));
-    EXPECT_TRUE(ParseSetOfSquares(" ,;").empty());
-    for (const char* const text : {"a9", "a", "a2 i1", "A2", "a 2"})
-        try {
-            static_cast<void>(ParseSetOfSquares(text));
-            ADD_FAILURE() << text;
-        } catch (const ChessException& error) {
-            EXPECT_EQ(std::string(error.what()), "Error in ParseSetOfSquares: " + std::string(text));
-        }
-}
-
 TEST(GeneratorMaterial, LoneMinorPieceNeedsABlackManToMate) {
     for (const char* const type : {"", "B", "N", "q", "rp"})
         EXPECT_FALSE(CanWhiteMate(type)) << type;

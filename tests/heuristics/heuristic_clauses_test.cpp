@@ -7,6 +7,7 @@
 #include "core/chess_exception.h"
 #include "core/fen.h"
 #include "core/search_context.h"
+#include "core/set_of_squares.h"
 #include "heuristics/heuristic_signature.h"
 #include "heuristics/initial_analysis.h"
 #include "heuristics/solving_driver.h"

@@ -109,9 +109,14 @@ class CGeneration {
     }
 
   private:
+    /// Loaded for a look only: of a long plan not everything has room at a time.
     [[nodiscard]] bool HasWholeData(const std::string& typeName) {
-        const CRegisterUse data(m_registers.GetRegisterForTool(TPositionIndexing(typeName).nPositionType));
-        return data && !data->bCompactUnfinished;
+        const TPositionType type = TPositionIndexing(typeName).nPositionType;
+        bool bWhole = false;
+        if (const CRegisterUse data(m_registers.GetRegisterForTool(type)); data)
+            bWhole = !data->bCompactUnfinished;
+        m_registers.Unload(type);
+        return bWhole;
     }
 
     const TGenerateOptions& m_options;

@@ -4,14 +4,11 @@
 #include <string>
 
 #include "core/chess_exception.h"
-#include "core/printable.h"
 #include "globalregister/piece_letters.h"
 
 namespace quillon {
 
 namespace {
-
-constexpr std::string_view kBetweenSquares = " \t\r\n,;:/|";
 
 bool HasManyOfAKind(const TChessboard& b) {
     const bool bQueens = b.m_whiteQueens >= 2 || b.m_blackQueens >= 2;
@@ -33,23 +30,6 @@ TGeneratorMaterial InitForGenerator(std::string_view typeName) {
     }
     material.m_bOrdinary = !HasManyOfAKind(material.m_scratch);
     return material;
-}
-
-std::set<std::int8_t> ParseSetOfSquares(std::string_view text) {
-    std::set<std::int8_t> squares;
-    for (std::size_t i = 0; i < text.size();) {
-        if (kBetweenSquares.find(text[i]) != std::string_view::npos) {
-            ++i;
-            continue;
-        }
-        const int file = text[i] - 'a';
-        const int rank = i + 1 < text.size() ? text[i + 1] - '1' : -1;
-        if (!IsOnBoard(file, rank))
-            throw ChessException("Error in ParseSetOfSquares: " + Printable(text));
-        squares.insert(static_cast<std::int8_t>(SquareAt(file, rank)));
-        i += 2;
-    }
-    return squares;
 }
 
 // A king alone never mates. With one bishop or knight he needs a black man that takes a square from its own king.

@@ -2,7 +2,6 @@
 // What the generator of endgame data asks of a material before it starts.
 
 #include <cstdint>
-#include <set>
 #include <string_view>
 
 #include "core/chessboard.h"
@@ -18,10 +17,6 @@ struct TGeneratorMaterial {
 /// Reads the letters of an ordinary type.
 ///   Errors  ChessException "Error in InitForGenerator": a letter that is none of "QRBNPqrbnp".
 [[nodiscard]] TGeneratorMaterial InitForGenerator(std::string_view typeName);
-
-/// Squares in algebraic form, in blocks or one by one, split by blanks, commas, semicolons and the like: "a2b3, g4".
-///   Errors  ChessException "Error in ParseSetOfSquares: " and the text.
-[[nodiscard]] std::set<std::int8_t> ParseSetOfSquares(std::string_view text);
 
 /// Is there any position of this ordinary type ("" for bare kings) in which White mates? False only where no sequence
 /// of moves can end in mate: such material needs no table.
