@@ -42,6 +42,9 @@ class FewMenBoard {
     /// By numbers of men; kOffBoard for those taken.
     [[nodiscard]] std::span<const int> Squares() const { return {m_squares.data(), m_count}; }
 
+    /// By numbers of men, as they are after promotions.
+    [[nodiscard]] std::string_view Letters() const { return {m_letters.data(), m_count}; }
+
   private:
     static constexpr int kDirections = 16; // straight, diagonal, knight's
 
