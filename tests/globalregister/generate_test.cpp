@@ -11,6 +11,7 @@
 #include "core/chess_exception.h"
 #include "globalregister/generator/existing_table.h"
 #include "globalregister/generator/generate_texts.h"
+#include "globalregister/precalc_format.h"
 #include "globalregister/table_files.h"
 #include "platform/memory_info.h"
 #include "platform/save_file.h"
@@ -537,6 +538,26 @@ TEST_F(GenerateTables, CustomTypesHaveAFolderOfTheirOwn) {
         first = table;
         fs::remove(report.m_file);
     }
+}
+
+/// What a pawn becomes leaves the pattern, also where there is a table of it: here ones that mate at once everywhere.
+TEST_F(GenerateTables, CustomTypesTakeNothingFromOtherTables) {
+    const std::string type = "KkP+Pa2";
+    const TGenerateReport alone = Make(type);
+    ASSERT_EQ(alone.m_status, EGenerateStatus::Done);
+    const TElements table = ReadWholeFile(alone.m_file).value();
+    fs::remove(alone.m_file);
+    for (const char* name : {"Q", "R", "P", "QP", "RP", "BP", "NP"}) {
+        TPositionIndexing indexing(name);
+        const std::uint16_t wFlags = FlagsOf(indexing, false);
+        ASSERT_TRUE(ApplyFlags(indexing, wFlags));
+        TElements elements(indexing.GetSize(), 1);
+        elements[0] = static_cast<std::uint8_t>(wFlags);
+        WriteElements(Plain(name), elements);
+        ASSERT_TRUE(HasFinishedTable(TPositionIndexing(name), m_precalc.m_folders)) << name;
+    }
+    ASSERT_TRUE(Make(type).m_bMade);
+    EXPECT_TRUE(ReadWholeFile(alone.m_file) == table);
 }
 
 TEST_F(GenerateTables, PackedBeside) {

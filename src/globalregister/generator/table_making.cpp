@@ -257,9 +257,10 @@ CTableMaking::EStep CTableMaking::ReadOldTable() {
 
 CTableMaking::EStep CTableMaking::LoadNeededTypes() {
     const std::uint64_t nOwn = m_table.data.size() + m_table.data.size() / kMarksShare;
-    m_registers.SetQuota(m_nMemory - std::min(m_nMemory, nOwn));
+    // Positions that leave the pattern of a custom type are no mate, whatever tables there are of them: it gets none.
+    m_registers.SetQuota(m_table.custom ? 0 : m_nMemory - std::min(m_nMemory, nOwn));
     if (m_table.custom)
-        return EStep::GoOn;           // positions that leave the pattern are no mate
+        return EStep::GoOn;
     std::vector<std::string> lacking; // that cannot be had
     for (const std::string& type : NeededTypes(m_typeName)) {
         if (IsStopped())
