@@ -63,12 +63,15 @@ std::uint16_t TGlobalRegister::OtherForm(std::uint64_t index) const {
     throw ChessException("Unknown random access buffer in TGlobalRegister::IsMateByIndex()");
 }
 
-// Only a set bit is certain in a table in the making.
+// Only a set bit is certain in a table in the making. The details hold plain lengths, all of a byte too: what is open
+// and what is lost for Black are told by the bits alone.
 std::uint16_t TGlobalRegister::BitDataHalfMoves(std::uint64_t index) const {
+    if (diskStream.is_open())
+        return bCompactUnfinished ? kUnknownHalfMoves : ReadFrom(diskStream, index);
     if ((BitPair(data.data(), index) & kWhiteMates) == 0)
         return bCompactUnfinished ? kUnknownHalfMoves : 0;
     const std::uint16_t length = detailStream.is_open() ? ReadFrom(detailStream, index) : kUnknownHalfMoves;
-    return length == 0 ? kUnknownHalfMoves : Settled(length);
+    return length == 0 ? kUnknownHalfMoves : length;
 }
 
 // A table that nobody has looked through may be one in the making whatever its name says.
@@ -86,7 +89,9 @@ std::uint16_t TGlobalRegister::ProvedHalfMoves(const TChessboard& b) const {
 }
 
 std::uint16_t TGlobalRegister::ProvedHalfMovesByIndex(std::uint64_t index) const {
-    if (bBitData && !diskStream.is_open())
+    if (index == 0) // the flags
+        return kUnknownHalfMoves;
+    if (bBitData)
         return BitDataHalfMoves(index);
     return Settled(IsMateByIndex(index));
 }

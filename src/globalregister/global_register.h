@@ -46,9 +46,11 @@ struct TGlobalRegister : TPositionIndexing {
     [[nodiscard]] std::uint16_t IsMate(const TChessboard& b) const { return IsMateByIndex(GetIndex(b)); }
 
     /// Half-moves to mate in every form of the data, as far as they are proved: of bit data from the details, of a
-    /// table that was not finished only what it has settled, and lengths from 127 on only of one that has been looked
-    /// through.
-    ///   Returns  0, kUnknownHalfMoves, or an odd number. kUnknownHalfMoves for a custom type without this position.
+    /// table that was not finished only what it has settled, and lengths from 127 on only of bit data and of a table
+    /// that has been looked through.
+    ///   Returns  0, kUnknownHalfMoves, or an odd number. kUnknownHalfMoves for a custom type without this position,
+    ///   and
+    ///            for index 0, whose element holds the flags.
     ///   Errors   ChessException: damaged data.
     [[nodiscard]] std::uint16_t ProvedHalfMoves(const TChessboard& b) const;
 
@@ -76,7 +78,7 @@ struct TGlobalRegister : TPositionIndexing {
     std::unique_ptr<RandomAccessLZWBuffer::CRandomAccessPackedBufferBase> packed;
     std::vector<std::uint8_t> data;
     std::unique_ptr<TDetailQueue> details; // while bit data are made: the way into the details file
-    TRegisterSlot* pSlot = nullptr; // its place in the manager; null: it is nobody's
+    TRegisterSlot* pSlot = nullptr;        // its place in the manager; null: it is nobody's
 
   private:
     [[nodiscard]] std::uint16_t HalfMovesOf(std::uint32_t element) const;

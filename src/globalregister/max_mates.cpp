@@ -89,11 +89,15 @@ void WriteCache(const std::filesystem::path& path, std::uint32_t nMoves, const s
     (void)WriteWholeFile(path, content);
 }
 
-void TakeElements(const std::uint8_t* bytes, std::uint64_t first, std::uint64_t nElements, std::size_t nElementSize,
+/// Which elements of one byte are no lengths: details have no marks.
+std::uint32_t FirstMark(const TGlobalRegister& data) { return data.bBitData ? kUnknownElement : kFirstMark; }
+
+void TakeElements(const std::uint8_t* bytes, std::uint64_t first, std::uint64_t nElements, const TGlobalRegister& data,
                   CMaximum& maximum) {
+    const std::size_t nElementSize = data.nElementSize;
     for (std::uint64_t i = 0; i < nElements; ++i) {
         const std::uint32_t element = nElementSize == 1 ? bytes[i] : LoadLittleEndian<std::uint16_t>(bytes + 2 * i);
-        if (nElementSize != 1 || element < kFirstMark)
+        if (nElementSize != 1 || element < FirstMark(data))
             maximum.Take(first + i, element);
     }
 }
@@ -111,7 +115,7 @@ std::uint32_t ScanStream(std::ifstream& stream, const TGlobalRegister& data, CMa
             if (!ReadBytes(stream, piece.data(), nElements * data.nElementSize))
                 throw ChessException("Error reading data of type " + data.typeName);
         }
-        TakeElements(piece.data(), first, nElements, data.nElementSize, maximum);
+        TakeElements(piece.data(), first, nElements, data, maximum);
     }
     return maximum.Greatest();
 }
@@ -125,7 +129,7 @@ std::uint32_t Scan(const TGlobalRegister& data, std::set<std::uint64_t>& indexes
     if (data.bBitData)
         return ScanStream(data.detailStream, data, maximum);
     if (data.nRandomAccessKind == kPlainAccess)
-        TakeElements(data.data.data(), 0, data.GetSize(), data.nElementSize, maximum);
+        TakeElements(data.data.data(), 0, data.GetSize(), data, maximum);
     else
         for (std::uint64_t index = 1; index < data.GetSize(); ++index)
             if (const std::uint16_t n = data.IsMateByIndex(index); n != kUnknownHalfMoves)

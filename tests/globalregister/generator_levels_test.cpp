@@ -116,9 +116,16 @@ TEST(GeneratorLevels, UnfinishedTableTellsTheLevelsDone) {
     TGlobalRegister table("R");
     ASSERT_TRUE(MakeWorkTable(table));
     CGeneratorRun run(table, *registers, tables.Control());
-    for (int level = 1; level <= 9; ++level)
-        ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone);
+    std::uint64_t nFound = 0;
+    for (int level = 1; level <= 9; ++level) {
+        const TLevelResult result = run.RunLevel(level);
+        ASSERT_EQ(result.m_nResult, kLevelDone);
+        nFound += level % 2 != 0 ? result.m_nFound : 0;
+    }
     const TElements finished = ThreeMenElements("R");
+    EXPECT_EQ(nFound, static_cast<std::uint64_t>(std::count_if(finished.begin(), finished.end(), [](unsigned element) {
+                  return element != 0 && element <= 5;
+              })));
     for (std::size_t index = 1; index < finished.size(); ++index) {
         const unsigned element = table.data[index] & 0x7f;
         ASSERT_EQ(element, finished[index] != 0 && finished[index] <= 5 ? finished[index] : 127u) << index;

@@ -41,8 +41,17 @@ class CMaterialsForTest {
         return CBlackNode<decltype(answers)>(Root(), p, nDoubleStep, answers).Value();
     }
 
+    /// The number of moves from which on the look finds a mate; 0 if there is none.
     [[nodiscard]] unsigned WhiteConversion(const std::string& fen) const {
-        return CWhiteConversions(Root(), Place(fen)).Value(0);
+        for (unsigned n = 1; n < 100; ++n) {
+            const TPlacement p = Place(fen);
+            const unsigned value = CWhiteConversions(Root(), p).Value(n);
+            if (value <= n)
+                return value;
+            if (value == kNoMateFound)
+                break;
+        }
+        return 0;
     }
 
     /// Of finished data of a type.

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "core/chess_exception.h"
 #include "globalregister/global_register.h"
 #include "globalregister/packed/little_endian.h"
 
@@ -11,21 +12,22 @@ namespace {
 
 constexpr std::uint64_t kNowhere = ~std::uint64_t{0}; // of a stream that has been read
 
-// Both vectors are taken out of the queue under its lock, so that the others go on at once.
+// The batch has been taken out of the queue under its lock, so that the others go on at once.
 bool WriteBatch(TDetailQueue& queue, std::size_t nElementSize) {
-    for (std::size_t i = 0; i < queue.writingIndexes.size() && !queue.bFailed; ++i) {
-        const std::uint64_t offset = queue.writingIndexes[i] << (nElementSize - 1);
+    for (const TDetailQueue::TEntry& entry : queue.writing) {
+        if (queue.bFailed)
+            break;
+        const std::uint64_t offset = entry.m_nIndex << (nElementSize - 1);
         if (offset != queue.detailPosition)
             queue.detailFile.seekp(static_cast<std::streamoff>(offset));
         std::array<std::uint8_t, 2> element{};
-        StoreLittleEndian(element.data(), queue.writingValues[i]);
+        StoreLittleEndian(element.data(), entry.m_wValue);
         queue.detailFile.write(reinterpret_cast<const char*>(element.data()),
                                static_cast<std::streamsize>(nElementSize));
         queue.detailPosition = offset + nElementSize;
         queue.bFailed = !queue.detailFile;
     }
-    queue.writingIndexes.clear();
-    queue.writingValues.clear();
+    queue.writing.clear();
     return !queue.bFailed;
 }
 
@@ -33,8 +35,7 @@ bool WriteBatch(TDetailQueue& queue, std::size_t nElementSize) {
 bool TakeAndWrite(TGlobalRegister& table, std::unique_lock<std::mutex>& queueLock) {
     TDetailQueue& queue = *table.details;
     const std::lock_guard writeLock(queue.writeLock);
-    queue.pendingIndexes.swap(queue.writingIndexes);
-    queue.pendingValues.swap(queue.writingValues);
+    queue.pending.swap(queue.writing);
     queueLock.unlock();
     return WriteBatch(queue, table.nElementSize);
 }
@@ -44,13 +45,9 @@ bool TakeAndWrite(TGlobalRegister& table, std::unique_lock<std::mutex>& queueLoc
 bool SetBitData(TGlobalRegister& table, std::uint64_t index, std::uint16_t value) {
     TDetailQueue& queue = *table.details;
     std::unique_lock queueLock(queue.queueLock);
-    if (queue.pendingIndexes.capacity() < TDetailQueue::kCapacity) {
-        queue.pendingIndexes.reserve(TDetailQueue::kCapacity);
-        queue.pendingValues.reserve(TDetailQueue::kCapacity);
-    }
-    queue.pendingIndexes.push_back(index);
-    queue.pendingValues.push_back(value);
-    return queue.pendingIndexes.size() < TDetailQueue::kCapacity || TakeAndWrite(table, queueLock);
+    queue.pending.reserve(TDetailQueue::kCapacity);
+    queue.pending.push_back({index, value});
+    return queue.pending.size() < TDetailQueue::kCapacity || TakeAndWrite(table, queueLock);
 }
 
 std::uint16_t ReadBitData(TGlobalRegister& table, std::uint64_t index) {
@@ -60,11 +57,11 @@ std::uint16_t ReadBitData(TGlobalRegister& table, std::uint64_t index) {
     queue.detailPosition = kNowhere;
     queue.detailFile.seekg(static_cast<std::streamoff>(index << (table.nElementSize - 1)));
     queue.detailFile.read(reinterpret_cast<char*>(element.data()), table.nElementSize);
-    if (!queue.detailFile) {
-        queue.bFailed = true;
-        return 0;
-    }
-    return LoadLittleEndian<std::uint16_t>(element.data());
+    queue.bFailed = queue.bFailed || !queue.detailFile;
+    const auto value = LoadLittleEndian<std::uint16_t>(element.data());
+    if (queue.bFailed || value == 0)
+        throw ChessException("Error reading details of type " + table.typeName);
+    return value;
 }
 
 bool FlushBitData(TGlobalRegister& table, bool bFinal) {

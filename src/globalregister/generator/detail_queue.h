@@ -21,17 +21,22 @@ struct TDetailQueue {
     std::fstream detailFile;          // open for reading and writing, at its full size
     std::uint64_t detailPosition = 0; // offset of the stream; under writeLock
     bool bFailed = false;             // a write went wrong; under writeLock
-    std::vector<std::uint64_t> pendingIndexes, writingIndexes;
-    std::vector<std::uint16_t> pendingValues, writingValues;
+    struct TEntry {
+        std::uint64_t m_nIndex;
+        std::uint16_t m_wValue;
+    };
+    std::vector<TEntry> pending, writing;
     std::mutex queueLock; // of what is pending
     std::mutex writeLock; // of what is being written, and of the stream
 };
 
 /// Enters the length of an index (moves to mate). Precondition: `details` of the register is set.
 ///   Result  false: the file could not be written.
+///   Errors  std::bad_alloc: nothing has been entered.
 [[nodiscard]] bool SetBitData(TGlobalRegister& table, std::uint64_t index, std::uint16_t value);
 
-/// The length of an index as the file has it, 0 if it cannot be read. Precondition: nothing is pending.
+/// The length of an index as the file has it. Precondition: nothing is pending.
+///   Errors  ChessException: it cannot be read, or there is none.
 [[nodiscard]] std::uint16_t ReadBitData(TGlobalRegister& table, std::uint64_t index);
 
 /// Writes what is pending. Without a queue there is nothing to do.

@@ -12,7 +12,7 @@ class CGeneratorRun::CImplementation {
   public:
     virtual ~CImplementation() = default;
     [[nodiscard]] virtual TLevelResult RunLevel(int nLevel) = 0;
-    [[nodiscard]] virtual std::uint64_t MemoryInUse() = 0;
+    [[nodiscard]] virtual std::uint64_t MemoryInUse() const = 0;
     [[nodiscard]] virtual const std::vector<std::string>& MissingTypes() const = 0;
 };
 
@@ -30,9 +30,7 @@ template <class TCells, class TBase> class CLevels final : public TBase {
 
     [[nodiscard]] const std::vector<std::string>& MissingTypes() const override { return m_materials.MissingTypes(); }
 
-    [[nodiscard]] std::uint64_t MemoryInUse() override {
-        return 2 * (m_work.NewWhite().Bytes() + m_work.WaitingWhite().Bytes());
-    }
+    [[nodiscard]] std::uint64_t MemoryInUse() const override { return m_work.BytesOfMarks(); }
 
     // What the last level has marked helps the next one only, and only if it was done.
     [[nodiscard]] TLevelResult RunLevel(int nLevel) override {
@@ -64,9 +62,7 @@ template <class TCells, class TBase> class CLevels final : public TBase {
 
     void Forget() {
         m_bWhiteKnown = m_bBlackKnown = false;
-        for (CLevelMarks* const marks :
-             {&m_work.NewWhite(), &m_work.NewLost(), &m_work.WaitingWhite(), &m_work.WaitingBlack()})
-            marks->Clear();
+        m_work.ClearMarks();
     }
 
     // All indices of the table.
@@ -90,7 +86,7 @@ template <class TCells, class TBase> class CLevels final : public TBase {
 
     void WhiteLevel(CLevelThreads& threads, unsigned n, bool bFirst) {
         const bool bQuiet = UsesFullSweeps();
-        m_work.SetLevelBegun(!m_bWhiteKnown && !bFirst);
+        m_work.SetReadsLengths(!m_bWhiteKnown && !bFirst);
         if (!m_bWhiteKnown)
             m_work.NewLost().Clear(); // all losses are looked at
         const auto conversions = [&](TGeneratorThread& thread, std::uint64_t index) {
@@ -104,20 +100,22 @@ template <class TCells, class TBase> class CLevels final : public TBase {
         };
 
         if (bFirst)
-            Sweep(threads, [&](TGeneratorThread& thread, std::uint64_t index) { m_work.TryMated(thread, index); });
+            Sweep(threads, [&](TGeneratorThread&, std::uint64_t index) { m_work.TryMated(index); });
         if (m_materials.Root().HasPawnsOfBothColours())
             m_bWhiteKnown ? Walk(threads, m_work.WaitingWhite(), false, doubleSteps) : Sweep(threads, doubleSteps);
         m_bWhiteKnown ? Walk(threads, m_work.WaitingWhite(), true, conversions) : Sweep(threads, conversions);
         if (!bQuiet)
             m_bWhiteKnown || bFirst ? Walk(threads, m_work.NewLost(), true, unmove) : Sweep(threads, unmove);
-        for (TGeneratorThread& thread : threads.Threads()) {
-            m_work.EnterDoubleSteps(thread, n);
-            threads.AddFound(thread);
-        }
+        for (TGeneratorThread& thread : threads.Threads())
+            if (threads.IsDone()) {
+                m_work.EnterDoubleSteps(thread, n);
+                threads.AddFound(thread);
+            }
         m_bWhiteKnown = true;
     }
 
     void BlackLevel(CLevelThreads& threads, unsigned n) {
+        m_work.SetReadsLengths(false); // every mate found is of this level or of one before it
         const auto look = [&](TGeneratorThread& thread, std::uint64_t index) { m_work.TryBlack(thread, index, n); };
         const auto unmove = [&](TGeneratorThread& thread, std::uint64_t index) {
             m_work.UnmoveBlack(thread, index, n);

@@ -62,11 +62,11 @@ struct TLevelResult {
 
 /// Fills `data` of a table that nothing is loaded into, and its flags: combinations where the type has six or more men,
 /// bit data where UsesBitData says so. `bWideElements` asks for words where the type may have them.
-///   Result  false: memory is short, nothing is changed.
+///   Result  false: memory is short, the table is as it was.
 [[nodiscard]] bool MakeWorkTable(TGlobalRegister& table, bool bWideElements = false);
 
-/// Ends a table of bytes or words: what is not settled is no mate, and Black's marks go. Bit data lose Black's bits
-/// only.
+/// Ends a table of bytes or words: what is not settled is no mate, and Black's marks go. Bit data stay as they are,
+/// with Black's bits, which no lookup asks for.
 void FinishTable(TGlobalRegister& table);
 
 class CGeneratorRun {
@@ -84,7 +84,8 @@ class CGeneratorRun {
 
     /// All threads over one level. Levels are run in their order, from 1 or from any level that has not been left out:
     /// the last finished one may be repeated. A level that was not done has to be run again, and none before it: the
-    /// array holds a part of its results, which levels before it would take for their own.
+    /// array holds a part of its results, which levels before it would take for their own. Where writing the details
+    /// has failed, lengths of this level are lost: array and details are to be read from their files again.
     ///   nLevel  from 1
     ///   Errors  none: they are in the result.
     [[nodiscard]] TLevelResult RunLevel(int nLevel);

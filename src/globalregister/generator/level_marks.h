@@ -54,8 +54,8 @@ class CLevelMarks {
     void Clear() { std::ranges::fill(m_words, 0); }
 
   private:
-    const std::uint64_t m_nSize;
-    const unsigned m_nShift;
+    std::uint64_t m_nSize;
+    unsigned m_nShift;
     std::vector<std::uint64_t> m_words;
 };
 

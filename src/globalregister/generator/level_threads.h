@@ -61,6 +61,12 @@ class CLevelThreads {
 
     [[nodiscard]] std::vector<TGeneratorThread>& Threads() { return m_threads; }
 
+    /// Have all phases so far been done?
+    [[nodiscard]] bool IsDone() const {
+        return !m_bFailed.load(std::memory_order_relaxed) &&
+               std::ranges::all_of(m_threads, [](const auto& thread) { return thread.m_nResult == kLevelDone; });
+    }
+
     /// After the last phase.
     [[nodiscard]] TLevelResult Result() {
         TLevelResult result;

@@ -7,8 +7,7 @@
 //                     which need no further look (UnmoveWhite)
 //                     a capture or promotion leads to one that finished data tell to be lost in n - 1, or a double step
 //                     that Black may capture in passing leads to a loss: looked at forwards (TryConversions,
-//                     TryDoubleSteps). Where that is not so yet but may be, the index waits: it is looked at in each
-//                     level until it is settled
+//                     TryDoubleSteps). Where that is not so yet but may be, the index waits
 //   Black loses in n  all moves are answered, the last of them by a mate in n: if it is a quiet move, un-moves from
 //   that
 //                     mate lead here (UnmoveBlack); if it is a conversion, the index waits from when all quiet moves
@@ -35,9 +34,10 @@ template <class TCells> class CLevelWork {
   public:
     CLevelWork(TGlobalRegister& table, const CMaterial& material)
         : m_table(table), m_cells(table.data.data()), m_geometry(table, material),
-          m_newWhite(m_geometry.Size(), TCells::kIndicesOfAMark), m_newLost(m_geometry.Size(), TCells::kIndicesOfAMark),
-          m_waitingWhite(m_geometry.Size(), kWaitingFactor * TCells::kIndicesOfAMark),
-          m_waitingBlack(m_geometry.Size(), kWaitingFactor * TCells::kIndicesOfAMark) {}
+          m_newWhite(m_geometry.Size(), TCells::kIndicesOfNewWhite),
+          m_newLost(m_geometry.Size(), TCells::kIndicesOfNewLost),
+          m_waitingWhite(m_geometry.Size(), TCells::kIndicesOfWaiting),
+          m_waitingBlack(m_geometry.Size(), TCells::kIndicesOfWaiting) {}
 
     [[nodiscard]] const CTableGeometry& Geometry() const { return m_geometry; }
     [[nodiscard]] CLevelMarks& NewWhite() { return m_newWhite; }
@@ -45,15 +45,25 @@ template <class TCells> class CLevelWork {
     [[nodiscard]] CLevelMarks& WaitingWhite() { return m_waitingWhite; }
     [[nodiscard]] CLevelMarks& WaitingBlack() { return m_waitingBlack; }
 
-    /// The level that begins has been begun before: elements that do not tell lengths may be of this level already.
-    void SetLevelBegun(bool bBegun) { m_bLevelBegun = bBegun; }
+    void ClearMarks() {
+        for (CLevelMarks* const marks : {&m_newWhite, &m_newLost, &m_waitingWhite, &m_waitingBlack})
+            marks->Clear();
+    }
 
-    /// Black is mated at this index: a loss in 0 moves.
-    void TryMated(TGeneratorThread& thread, std::uint64_t index) {
+    [[nodiscard]] std::uint64_t BytesOfMarks() const {
+        return m_newWhite.Bytes() + m_newLost.Bytes() + m_waitingWhite.Bytes() + m_waitingBlack.Bytes();
+    }
+
+    /// Mates found may be of the level that begins already, since it has been begun before: where elements do not tell
+    /// lengths, these are read from the details.
+    void SetReadsLengths(bool bReads) { m_bReadsLengths = bReads; }
+
+    /// Black is mated at this index: a loss in 0 moves. What a run before this one has entered is marked as well: it
+    /// may have ended before any un-move.
+    void TryMated(std::uint64_t index) {
         TPlacement p;
-        if (!m_cells.IsLost(index) && m_geometry.PlacementOf(index, p) && !IsWhiteKingAttacked(p) &&
-            IsBlackMated(p, kNoDoubleStep))
-            EnterLost(thread, p, index);
+        if (m_geometry.PlacementOf(index, p) && !IsWhiteKingAttacked(p) && IsBlackMated(p, kNoDoubleStep))
+            static_cast<void>(EnterLost(p, index)); // what the level after this one finds
     }
 
     /// White's captures and promotions; with bQuiet his other moves, too.
@@ -139,9 +149,21 @@ template <class TCells> class CLevelWork {
         }
     }
 
-  private:
-    static constexpr unsigned kWaitingFactor = 2; // a mark of those that wait is for more indices: they are fewer
+    /// Black to move: moves in which White mates, if that is within nMoves half-moves (2n: n moves of White); more if
+    /// captures, promotions or captures in passing need more, and nothing else; kNotLost if there is a move that is not
+    /// answered.
+    ///   index        of the placement; kNoIndex outside the pattern of a custom type.
+    ///   nDoubleStep  the square of a white pawn that has just made a double step, or kNoDoubleStep.
+    ///   Errors       ChessException: one half-move is no time for a move of each side; missing or damaged data.
+    [[nodiscard]] unsigned FindMateByGlobalRegister(const TPlacement& p, std::uint64_t index, int nDoubleStep,
+                                                    unsigned nMoves) const {
+        if (nMoves == 1)
+            throw ChessException("m_nMoves cannot be ==1 in FindMateByGlobalRegister");
+        const TTableAnswers answers{*this, p, index, nMoves / 2};
+        return CBlackNode<TTableAnswers>(m_geometry.Material(), p, nDoubleStep, answers).Value();
+    }
 
+  private:
     // White's answers after a black move, as far as the table has them: 1 for a mate in at most m_nWithin moves.
     struct TTableAnswers {
         const CLevelWork& m_work;
@@ -160,7 +182,7 @@ template <class TCells> class CLevelWork {
     [[nodiscard]] bool IsWhiteWithin(std::uint64_t index, unsigned n) const {
         if (!m_cells.IsWhiteWithin(index, n))
             return false;
-        return TCells::kTellsLengths || !m_bLevelBegun || !m_table.details || ReadBitData(m_table, index) <= n;
+        return TCells::kTellsLengths || !m_bReadsLengths || !m_table.details || ReadBitData(m_table, index) <= n;
     }
 
     [[nodiscard]] bool IsOpenWhitePosition(std::uint64_t index, TPlacement& p) const {
@@ -168,21 +190,34 @@ template <class TCells> class CLevelWork {
     }
 
     void EnterWhite(TGeneratorThread& thread, const TPlacement& p, std::uint64_t index, unsigned n) {
-        if (n > TCells::kLongest)
+        if (n > LongestMate())
             throw ChessException("Error in Generate_MainLoop2: no room for a mate in " + std::to_string(n) + " moves");
-        const std::uint64_t canonical = m_geometry.ForAliases(p, index, [&](std::uint64_t alias) {
-            if (!m_cells.SetWhite(alias, n))
-                return;
-            ++thread.m_nFound;
-            if (m_table.details && !SetBitData(m_table, alias, static_cast<std::uint16_t>(n)))
-                throw ChessException("Error in Generate_MainLoop2 in call to SetBitData()");
-        });
-        m_newWhite.Mark(canonical);
+        if (m_table.details)
+            QueueLengths(p, index, n);
+        m_newWhite.Mark(m_geometry.ForAliases(
+            p, index, [&](std::uint64_t alias) { thread.m_nFound += m_cells.SetWhite(alias, n) ? 1 : 0; }));
     }
 
-    void EnterLost(TGeneratorThread& thread, const TPlacement& p, std::uint64_t index) {
+    // An element of one byte has 255 for what is unknown.
+    [[nodiscard]] unsigned LongestMate() const {
+        return m_table.details && m_table.nElementSize == 1 ? kUnknownElement - 1u : TCells::kLongest;
+    }
+
+    // Before the bits: a bit without a length would be taken for settled by whoever runs the level again. Threads that
+    // find the same position at once queue the same lengths.
+    void QueueLengths(const TPlacement& p, std::uint64_t index, unsigned n) {
+        static_cast<void>(m_geometry.ForAliases(p, index, [&](std::uint64_t alias) {
+            if (m_cells.IsWhiteOpen(alias) && !SetBitData(m_table, alias, static_cast<std::uint16_t>(n)))
+                throw ChessException("Error in Generate_MainLoop2 in call to SetBitData()");
+        }));
+    }
+
+    // The number of indices that are lost from now on.
+    [[nodiscard]] std::uint64_t EnterLost(const TPlacement& p, std::uint64_t index) {
+        std::uint64_t nFound = 0;
         m_newLost.Mark(
-            m_geometry.ForAliases(p, index, [&](std::uint64_t alias) { thread.m_nFound += m_cells.SetLost(alias); }));
+            m_geometry.ForAliases(p, index, [&](std::uint64_t alias) { nFound += m_cells.SetLost(alias) ? 1 : 0; }));
+        return nFound;
     }
 
     // The man goes back from `to` to `from`; `index` is that of the position then, kNoIndex if it is still to be found.
@@ -213,19 +248,11 @@ template <class TCells> class CLevelWork {
 
     // White's king stands where an index has it.
     void TryBlackPosition(TGeneratorThread& thread, const TPlacement& p, std::uint64_t index, unsigned n) {
-        const unsigned value = FindMateByGlobalRegister(p, index, kNoDoubleStep, n);
+        const unsigned value = FindMateByGlobalRegister(p, index, kNoDoubleStep, 2 * n);
         if (value <= n)
-            EnterLost(thread, p, index);
+            thread.m_nFound += EnterLost(p, index);
         else if (value != kNotLost)
             m_waitingBlack.Mark(m_geometry.CanonicalOf(p, index));
-    }
-
-    // Black to move: moves in which White mates, if that is at most n; more than n if captures, promotions or captures
-    // in passing need more, and nothing else; kNotLost if there is a move that is not answered.
-    [[nodiscard]] unsigned FindMateByGlobalRegister(const TPlacement& p, std::uint64_t index, int nDoubleStep,
-                                                    unsigned n) const {
-        const TTableAnswers answers{*this, p, index, n};
-        return CBlackNode<TTableAnswers>(m_geometry.Material(), p, nDoubleStep, answers).Value();
     }
 
     [[nodiscard]] bool IsLostAfterDoubleStep(const TPlacement& p, int from, unsigned n) const {
@@ -235,7 +262,7 @@ template <class TCells> class CLevelWork {
             return false;
         const TPlacement after = AfterWhiteMove(material, p, man, from, from + 16);
         return !IsWhiteKingAttacked(after) &&
-               FindMateByGlobalRegister(after, m_geometry.IndexOf(after), from + 16, n - 1) <= n - 1;
+               FindMateByGlobalRegister(after, m_geometry.IndexOf(after), from + 16, 2 * (n - 1)) <= n - 1;
     }
 
     // Has White a quiet move to a position that Black loses?
@@ -276,7 +303,7 @@ template <class TCells> class CLevelWork {
     TGlobalRegister& m_table;
     const TCells m_cells;
     const CTableGeometry m_geometry;
-    bool m_bLevelBegun = false;
+    bool m_bReadsLengths = false;
     CLevelMarks m_newWhite, m_newLost;          // settled by the last level of each side
     CLevelMarks m_waitingWhite, m_waitingBlack; // to be looked at in the next level of each side
 };

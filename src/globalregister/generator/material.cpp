@@ -1,8 +1,8 @@
 #include "globalregister/generator/material.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cstring>
+#include <utility>
 
 #include "core/chess_exception.h"
 #include "globalregister/custom_type.h"
@@ -74,8 +74,7 @@ TPlacement CMaterial::PlacementOf(const TMenSquares& men) const {
 
 TMenSquares CMaterial::MenOf(const TPlacement& p) const {
     TMenSquares men;
-    for (std::size_t man = 0; man < m_nMen; ++man)
-        men.m_squares[man] = p.m_men[man];
+    std::memcpy(men.m_squares.data(), p.m_men.data(), men.m_squares.size());
     men.m_squares[kMaxTypeLetters] = static_cast<TSquare>(p.m_nBlackKing);
     men.m_whiteKing = static_cast<TSquare>(p.m_nWhiteKing);
     return men;
@@ -108,41 +107,55 @@ unsigned CMaterial::WhiteMatesIn(TMenSquares men) const {
 CMaterials::CMaterials(const TGlobalRegister& table, CGlobalRegisters& registers) : m_registers(registers) {
     m_root = table.custom ? std::make_unique<CMaterial>(ParseCustomType(table.typeName), table)
                           : std::make_unique<CMaterial>(table.typeName, &table);
-    AddConversions(*m_root);
+    m_root->MakeConversionPlaces();
+    ExploreMoves(*m_root, kWhite);
+    ExploreBlackMoves(*m_root);
+    LoadData();
     ListMissing();
 }
 
-const CMaterial* CMaterials::MaterialOf(const std::string& letters) {
-    if (const auto known = m_materials.find(letters); known != m_materials.end())
-        return known->second.get();
-    const TGlobalRegister* data = nullptr;
-    if (CanWhiteMate(letters)) {
-        m_uses.push_back(
-            std::make_unique<CRegisterUse>(m_registers.GetRegisterForTool(TPositionIndexing(letters).nPositionType)));
-        data = *m_uses.back() ? &**m_uses.back() : nullptr;
+CMaterial* CMaterials::MaterialOf(const std::string& letters) {
+    std::unique_ptr<CMaterial>& material = m_materials[letters];
+    if (!material) {
+        material = std::make_unique<CMaterial>(letters, nullptr);
+        material->MakeConversionPlaces();
     }
-    CMaterial& material = *(m_materials[letters] = std::make_unique<CMaterial>(letters, data));
-    AddConversions(material);
-    return &material;
+    return material.get();
 }
 
-void CMaterials::AddConversions(CMaterial& material) {
-    const std::size_t nPromotions = 1 + material.m_nMen * kPromotionKinds.size();
-    material.m_conversions.resize(nPromotions * (material.m_nMen + 1));
+void CMaterials::ExploreBlackMoves(CMaterial& material) {
+    if (std::exchange(material.m_bBlackMovesExplored, true))
+        return;
+    ExploreMoves(material, kBlack);
+    if (!material.HasPawnsOfBothColours())
+        return;
+    for (std::size_t man = 0; man < material.m_nMen; ++man)
+        if (material.m_figures[man] == kBlackPawn)
+            Explore(material, man, kNoMan, kNoPromotion, true);
+}
+
+// Captures, promotions, and both.
+void CMaterials::ExploreMoves(CMaterial& material, TFigure mover) {
+    const bool bBlackMoves = mover == kWhite; // those that answer
     for (std::size_t captured = 0; captured <= material.m_nMen; ++captured) {
-        const std::size_t gone = captured == material.m_nMen ? kNoMan : captured;
-        if (gone != kNoMan)
-            AddConversion(material, gone, kNoMan, kNoPromotion);
+        const bool bNone = captured == material.m_nMen;
+        if (!bNone && material.IsOf(captured, mover))
+            continue;
+        const std::size_t gone = bNone ? kNoMan : captured;
+        if (!bNone)
+            Explore(material, gone, kNoMan, kNoPromotion, bBlackMoves);
         for (std::size_t man = 0; man < material.m_nMen; ++man)
             for (std::size_t kind = 0; kind < kPromotionKinds.size(); ++kind)
-                if (man != gone && KindOf(material.m_figures[man]) == kPawn)
-                    AddConversion(material, gone, man, kind);
+                if (material.IsOf(man, mover) && KindOf(material.m_figures[man]) == kPawn)
+                    Explore(material, gone, man, kind, bBlackMoves);
     }
 }
 
-// Under a custom type what has no data leaves the pattern for good: no mate for either question that is asked about it.
-void CMaterials::AddConversion(CMaterial& material, std::size_t captured, std::size_t promoted, std::size_t kind) {
-    std::vector<std::pair<TFigure, std::uint8_t>> men;
+void CMaterials::Explore(CMaterial& material, std::size_t captured, std::size_t promoted, std::size_t kind,
+                         bool bBlackMoves) {
+    TConversion& conversion = material.m_conversions[material.ConversionPlace(captured, promoted, kind)];
+    conversion.m_bExplored = true;
+    std::vector<std::pair<TFigure, std::uint8_t>> men; // after it, and who they were
     for (std::size_t man = 0; man < material.m_nMen; ++man)
         if (man != captured) {
             const TFigure figure = material.m_figures[man];
@@ -154,15 +167,39 @@ void CMaterials::AddConversion(CMaterial& material, std::size_t captured, std::s
         return;
     std::ranges::stable_sort(men, {}, [](const auto& man) { return PlaceInType(man.first); });
     std::string letters;
-    TConversion conversion;
     for (std::size_t i = 0; i < men.size(); ++i) {
         letters += LetterOfFigure(men[i].first);
         conversion.m_from[i] = men[i].second;
     }
-    conversion.m_to = MaterialOf(letters);
-    if (m_root->IsCustom() && conversion.m_to->m_bCanMate && conversion.m_to->m_data == nullptr)
-        conversion.m_to = nullptr;
-    material.m_conversions[material.ConversionPlace(captured, promoted, kind)] = conversion;
+    CMaterial* const to = MaterialOf(letters);
+    conversion.m_to = to;
+    if (bBlackMoves)
+        ExploreBlackMoves(*to);
+}
+
+// Small ones first: where memory is short, what is left on disk is the fewest.
+void CMaterials::LoadData() {
+    std::vector<std::pair<TPositionIndexing, CMaterial*>> wanted;
+    for (const auto& [letters, material] : m_materials)
+        if (material->m_bCanMate)
+            wanted.emplace_back(letters, material.get());
+    std::ranges::stable_sort(wanted, {}, [](const auto& type) { return type.first.GetSize(); });
+    for (const auto& [type, material] : wanted) {
+        m_uses.push_back(std::make_unique<CRegisterUse>(m_registers.GetRegisterForTool(type.nPositionType)));
+        material->m_data = *m_uses.back() ? &**m_uses.back() : nullptr;
+    }
+    if (!m_root->IsCustom())
+        return;
+    EndAtPattern(*m_root);
+    for (const auto& [letters, material] : m_materials)
+        EndAtPattern(*material);
+}
+
+// Under a custom type what has no data leaves the pattern for good: no mate for either question that is asked about it.
+void CMaterials::EndAtPattern(CMaterial& material) {
+    for (TConversion& conversion : material.m_conversions)
+        if (conversion.m_to != nullptr && conversion.m_to->m_bCanMate && conversion.m_to->m_data == nullptr)
+            conversion.m_to = nullptr;
 }
 
 void CMaterials::ListMissing() {

@@ -5,6 +5,7 @@
 // Threads: made by one thread, then only read.
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -23,6 +24,7 @@ class CMaterial;
 /// What a capture, a promotion or both make of a material.
 struct TConversion {
     const CMaterial* m_to = nullptr;                    // null: it leaves what tables tell of
+    bool m_bExplored = false;                           // for the assertion that nothing else is asked for
     std::array<std::uint8_t, kMaxTypeLetters> m_from{}; // of each man there: its number here
 };
 
@@ -73,17 +75,21 @@ class CMaterial {
     ///   captured  the man taken, or kNoMan;  promoted  the man that becomes a `kind` (index of kPromotionKinds), or
     ///   kNoMan with kNoPromotion. Not both are nothing.
     [[nodiscard]] const TConversion& Conversion(std::size_t captured, std::size_t promoted, std::size_t kind) const {
-        return m_conversions[ConversionPlace(captured, promoted, kind)];
+        const TConversion& conversion = m_conversions[ConversionPlace(captured, promoted, kind)];
+        assert(conversion.m_bExplored);
+        return conversion;
     }
 
   private:
     friend class CMaterials;
 
+    [[nodiscard]] bool IsOf(std::size_t man, TFigure colour) const { return (m_figures[man] & colour) != 0; }
     void AddMan(TFigure figure);
     [[nodiscard]] std::size_t ConversionPlace(std::size_t captured, std::size_t promoted, std::size_t kind) const {
         const std::size_t promotion = promoted == kNoMan ? 0 : 1 + promoted * kPromotionKinds.size() + kind;
         return promotion * (m_nMen + 1) + (captured == kNoMan ? 0 : captured + 1);
     }
+    void MakeConversionPlaces() { m_conversions.resize((1 + m_nMen * kPromotionKinds.size()) * (m_nMen + 1)); }
 
     std::string m_name;
     const TGlobalRegister* m_data = nullptr;
@@ -93,10 +99,16 @@ class CMaterial {
     bool m_bWhitePawns = false, m_bBlackPawns = false;
     bool m_bEqualMen = false;
     bool m_bWhiteKingFrozen = false, m_bBlackKingFrozen = false;
+    bool m_bBlackMovesExplored = false;
     std::vector<TConversion> m_conversions;
 };
 
-/// The material of a table and all that it can turn into, their data held while this lives.
+/// The material of a table and what looks at its positions lead to, the data of these held while this lives. A look
+/// ends in data with White to move:
+///   a move of Black   in what it leads to
+///   a move of White   in what it leads to and in what moves of Black make of that; where both have pawns, White may
+///                     capture in passing then, and Black moves once more
+/// What only longer ways lead to, two promotions of White for one, is not loaded.
 class CMaterials {
   public:
     ///   Errors  std::bad_alloc.
@@ -108,9 +120,12 @@ class CMaterials {
     [[nodiscard]] const std::vector<std::string>& MissingTypes() const { return m_missingTypes; }
 
   private:
-    [[nodiscard]] const CMaterial* MaterialOf(const std::string& letters);
-    void AddConversions(CMaterial& material);
-    void AddConversion(CMaterial& material, std::size_t captured, std::size_t promoted, std::size_t kind);
+    [[nodiscard]] CMaterial* MaterialOf(const std::string& letters);
+    void ExploreBlackMoves(CMaterial& material);
+    void ExploreMoves(CMaterial& material, TFigure mover);
+    void Explore(CMaterial& material, std::size_t captured, std::size_t promoted, std::size_t kind, bool bBlackMoves);
+    void LoadData();
+    static void EndAtPattern(CMaterial& material);
     void ListMissing();
 
     CGlobalRegisters& m_registers;

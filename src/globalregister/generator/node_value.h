@@ -22,6 +22,9 @@ inline constexpr unsigned kNotLost = std::numeric_limits<unsigned>::max();
 /// White has no such move.
 inline constexpr unsigned kNoMateFound = std::numeric_limits<unsigned>::max();
 
+/// Neither is certain: a look ended at an answer that takes more moves than were asked for.
+inline constexpr unsigned kMoreThanAsked = kNotLost - 1;
+
 /// The position after a white move, a double step apart: men on their squares, the moved man too.
 [[nodiscard]] inline TPlacement AfterWhiteMove(const CMaterial& material, const TPlacement& p, std::size_t man,
                                                int from, int to) {
@@ -60,10 +63,13 @@ template <class TQuiet> class CBlackNode {
     ///   nDoubleStep  the square of the white pawn that has just made a double step, or kNoDoubleStep.
     ///   quiet        called for a move that keeps the material with the man (kNoMan: the king), from and to: moves in
     ///                which White mates then, 0 if he does not (yet).
-    CBlackNode(const CMaterial& material, const TPlacement& p, int nDoubleStep, const TQuiet& quiet)
-        : m_material(material), m_p(p), m_nDoubleStep(nDoubleStep), m_quiet(quiet) {}
+    ///   nMost        the look ends at the first answer that takes more moves than this.
+    CBlackNode(const CMaterial& material, const TPlacement& p, int nDoubleStep, const TQuiet& quiet,
+               unsigned nMost = kNotLost)
+        : m_material(material), m_p(p), m_nDoubleStep(nDoubleStep), m_quiet(quiet), m_nMost(nMost) {}
 
-    /// Moves in which White mates against the best defence: 0 if Black is mated, kNotLost if a move saves him.
+    /// Moves in which White mates against the best defence: 0 if Black is mated, kNotLost if a move saves him,
+    /// kMoreThanAsked.
     [[nodiscard]] unsigned Value() {
         const TMask occupied = m_p.Occupied();
         const TMask attacked = WhiteAttacks(m_p, occupied & ~MaskOf(m_p.m_nBlackKing));
@@ -71,23 +77,23 @@ template <class TQuiet> class CBlackNode {
         const TMask flights = KingAttacks(m_p.m_nBlackKing) & ~m_p.m_black & ~attacked;
         if (!QuietKingMoves(flights & ~m_p.m_white) || !QuietMoves() || !KingCaptures(flights & m_p.m_white) ||
             !Conversions() || !EnPassant())
-            return kNotLost;
+            return m_nLongest > m_nMost ? kMoreThanAsked : kNotLost;
         if (!m_bHasMove)
             return m_bInCheck ? 0 : kNotLost;
         return m_nLongest;
     }
 
   private:
-    // Enters the answer to one legal move; false: it saves Black.
+    // Enters the answer to one legal move; false: it saves Black, or ends the look.
     [[nodiscard]] bool Answered(unsigned nMoves) {
         m_bHasMove = true;
         m_nLongest = std::max(m_nLongest, nMoves);
-        return nMoves != 0;
+        return nMoves != 0 && nMoves <= m_nMost;
     }
 
     [[nodiscard]] bool QuietKingMoves(TMask targets) {
         if (m_material.IsBlackKingFrozen() && targets != 0)
-            return Answered(0);
+            return false;
         while (targets != 0)
             if (!Answered(m_quiet(kNoMan, m_p.m_nBlackKing, TakeSquare(targets))))
                 return false;
@@ -123,7 +129,7 @@ template <class TQuiet> class CBlackNode {
             if (!IsLegal(man, to))
                 continue;
             if (m_material.IsFrozen(man))
-                return Answered(0);
+                return false;
             unsigned nMoves = m_quiet(man, from, to);
             if (kind == kPawn && from - to == 16)
                 nMoves = WithWhiteEnPassant(man, from, to, nMoves);
@@ -139,7 +145,7 @@ template <class TQuiet> class CBlackNode {
             TPlacement after = m_p;
             after.m_nBlackKing = to;
             if (m_material.IsBlackKingFrozen() || !Answered(ValueAfter(after, to, kNoMan, kNoPromotion)))
-                return Answered(0);
+                return false;
         }
         return true;
     }
@@ -157,7 +163,7 @@ template <class TQuiet> class CBlackNode {
             while (targets != 0) {
                 const int to = TakeSquare(targets);
                 if (IsLegal(man, to) && !ConversionAnswered(man, to, bPawn && RankOf(to) == 0))
-                    return Answered(0);
+                    return false;
             }
         }
         return true;
@@ -200,7 +206,7 @@ template <class TQuiet> class CBlackNode {
             TPlacement after = m_p;
             after.m_men[man] = static_cast<TSquare>(to);
             if (m_material.IsFrozen(man) || !Answered(ValueAfter(after, m_nDoubleStep, kNoMan, kNoPromotion)))
-                return Answered(0);
+                return false;
         }
         return true;
     }
@@ -212,16 +218,18 @@ template <class TQuiet> class CBlackNode {
     const TPlacement& m_p;
     const int m_nDoubleStep;
     const TQuiet& m_quiet;
+    const unsigned m_nMost;
     bool m_bInCheck = false;
     bool m_bHasMove = false;
     unsigned m_nLongest = 0;
 };
 
-/// Black to move in material whose data are finished.
-[[nodiscard]] inline unsigned BlackLosesIn(const TConversion& conversion, const TPlacement& after) {
+/// Black to move in material whose data are finished: as CBlackNode::Value.
+[[nodiscard]] inline unsigned BlackLosesIn(const TConversion& conversion, const TPlacement& after,
+                                           unsigned nMost = kNotLost) {
     const TPlacement p = Converted(conversion, after);
     const TFinishedData quiet{*conversion.m_to, p};
-    return CBlackNode<TFinishedData>(*conversion.m_to, p, kNoDoubleStep, quiet).Value();
+    return CBlackNode<TFinishedData>(*conversion.m_to, p, kNoDoubleStep, quiet, nMost).Value();
 }
 
 template <class TQuiet>
@@ -248,13 +256,13 @@ class CWhiteConversions {
   public:
     CWhiteConversions(const CMaterial& material, const TPlacement& p) : m_material(material), m_p(p) {}
 
-    /// Moves of the shortest mate that begins with one of them, or of any in at most `nEnough` moves; kNoMateFound if
-    /// there is none.
-    [[nodiscard]] unsigned Value(unsigned nEnough) {
-        m_nEnough = nEnough;
+    /// Does one of them mate in at most n (>= 1) moves? Then the number of moves of such a mate; kNoMateFound if none
+    /// of them ever mates; kMoreThanAsked if that may be.
+    [[nodiscard]] unsigned Value(unsigned n) {
+        m_nMost = n;
         if (!m_material.IsWhiteKingFrozen())
             Captures(kNoMan, kKing, m_p.m_nWhiteKing, KingAttacks(m_p.m_nWhiteKing));
-        for (std::size_t man = 0; man < m_material.Men() && m_nBest > m_nEnough; ++man) {
+        for (std::size_t man = 0; man < m_material.Men() && m_nBest > m_nMost; ++man) {
             if (!IsWhite(m_material.Figure(man)) || m_material.IsFrozen(man))
                 continue;
             const int from = m_p.m_men[man];
@@ -272,7 +280,7 @@ class CWhiteConversions {
 
   private:
     void Captures(std::size_t man, TFigure kind, int from, TMask targets) {
-        for (targets &= m_p.m_black; targets != 0 && m_nBest > m_nEnough;) {
+        for (targets &= m_p.m_black; targets != 0 && m_nBest > m_nMost;) {
             const int to = TakeSquare(targets);
             const std::size_t captured = m_material.ManOn(m_p, to);
             if (captured == kNoMan || m_material.IsFrozen(captured))
@@ -298,14 +306,14 @@ class CWhiteConversions {
             after.m_men[man] = static_cast<TSquare>(to);
         if (IsWhiteKingAttacked(after))
             return;
-        const unsigned lost = BlackLosesIn(conversion, after);
+        const unsigned lost = BlackLosesIn(conversion, after, m_nMost - 1);
         if (lost != kNotLost)
-            m_nBest = std::min(m_nBest, lost + 1);
+            m_nBest = std::min(m_nBest, lost == kMoreThanAsked ? kMoreThanAsked : lost + 1);
     }
 
     const CMaterial& m_material;
     const TPlacement& m_p;
-    unsigned m_nEnough = 0;
+    unsigned m_nMost = 0;
     unsigned m_nBest = kNoMateFound;
 };
 

@@ -13,7 +13,7 @@ namespace quillon {
 inline constexpr std::size_t kMostMen = 30; // besides the kings
 
 struct TPlacement : TFigureMasks {
-    std::array<TSquare, kMostMen + 2> m_men; // in the order of the material; entries beyond it mean nothing
+    std::array<TSquare, kMostMen + 2> m_men{}; // in the order of the material; entries beyond it mean nothing
 };
 
 /// No man of the material: a king, or nobody.

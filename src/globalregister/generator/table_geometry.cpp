@@ -44,7 +44,7 @@ bool CTableGeometry::AreSorted(const TMenSquares& men) const {
 
 bool CTableGeometry::PlacementOf(std::uint64_t index, TPlacement& p) const {
     if (m_bCustom)
-        return CustomPlacementOf(index, p);
+        return index != 0 && CustomPlacementOf(index, p);
     TMenSquares men;
     if (!m_table.GetMenByIndex(index, men) || !AreSorted(men))
         return false;
@@ -56,7 +56,10 @@ bool CTableGeometry::PlacementOf(std::uint64_t index, TPlacement& p) const {
 }
 
 std::uint64_t CTableGeometry::IndexOf(const TPlacement& p) const {
-    return m_bCustom ? m_table.GetIndex(BoardOf(p)) : m_table.IndexOfMen(m_material.MenOf(p));
+    if (!m_bCustom)
+        return m_table.IndexOfMen(m_material.MenOf(p));
+    const std::uint64_t index = m_table.GetIndex(BoardOf(p));
+    return index == 0 ? kNoIndex : index;
 }
 
 std::uint64_t CTableGeometry::IndexAfter(const TPlacement& p, std::uint64_t index, std::size_t man, int from,

@@ -8,7 +8,8 @@
 // only what levels before it have entered: a half-entered position cannot be seen.
 //   canonical   equal men ascending; of the two mirrored forms the lower index
 //   aliases     all orders of equal men, of both mirrored forms
-// Custom types have neither folding nor a fixed order: each of their indices is worked on by itself.
+// Custom types have neither folding nor a fixed order: each of their indices is worked on by itself. Index 0, whose
+// element holds the flags, would name a position of some of them: that one counts as outside the pattern.
 //
 // Threads: only reads.
 

@@ -1,8 +1,13 @@
 #pragma once
 // The elements of a work table (generator_run.h), one class a form. Levels are counted in moves of White.
 //
+// kIndicesOf...: indices of one mark (level_marks.h). All marks together take less than a tenth of the table. A mark
+// that is for more indices has more of them looked at in vain; where an element tells its level that costs next to
+// nothing.
+//
 // Threads: any. Elements that share a byte are changed by atomic operations; who sets what was set already is told so.
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
@@ -13,18 +18,24 @@ namespace quillon {
 class CByteCells {
   public:
     static constexpr unsigned kLongest = 126; // the longest mate that an element can hold
-    static constexpr unsigned kIndicesOfAMark = 4;
+    static constexpr unsigned kIndicesOfNewWhite = 8;
+    static constexpr unsigned kIndicesOfNewLost = 4;
+    static constexpr unsigned kIndicesOfWaiting = 8;
     static constexpr bool kTellsLengths = true;
     static constexpr std::uint8_t kOpen = 0x7f;
     static constexpr std::uint8_t kLost = 0x80;
 
     explicit CByteCells(std::uint8_t* data) : m_data(data) {}
 
-    /// Does White mate in at most n moves?
-    [[nodiscard]] bool IsWhiteWithin(std::uint64_t index, unsigned n) const { return White(index) - 1u < n; }
+    /// Does White mate in at most n moves? What is open does not, however large n is.
+    [[nodiscard]] bool IsWhiteWithin(std::uint64_t index, unsigned n) const {
+        return White(index) - 1u < std::min(n, kLongest);
+    }
 
     /// Has White's mate been found in the level of n moves? Forms that do not tell lengths say: has it been found?
-    [[nodiscard]] bool IsWhiteOfLevel(std::uint64_t index, unsigned n) const { return White(index) == n; }
+    [[nodiscard]] bool IsWhiteOfLevel(std::uint64_t index, unsigned n) const {
+        return n <= kLongest && White(index) == n;
+    }
     [[nodiscard]] bool IsWhiteOpen(std::uint64_t index) const { return White(index) == kOpen; }
     [[nodiscard]] bool IsLost(std::uint64_t index) const { return (Load(index) & kLost) != 0; }
 
@@ -56,15 +67,21 @@ class CByteCells {
 class CWordCells {
   public:
     static constexpr unsigned kLongest = 32766;
-    static constexpr unsigned kIndicesOfAMark = 4;
+    static constexpr unsigned kIndicesOfNewWhite = 8;
+    static constexpr unsigned kIndicesOfNewLost = 4;
+    static constexpr unsigned kIndicesOfWaiting = 8;
     static constexpr bool kTellsLengths = true;
     static constexpr unsigned kOpen = 0x7fff;
     static constexpr unsigned kLost = 0x8000;
 
     explicit CWordCells(std::uint8_t* data) : m_data(data) {}
 
-    [[nodiscard]] bool IsWhiteWithin(std::uint64_t index, unsigned n) const { return White(index) - 1u < n; }
-    [[nodiscard]] bool IsWhiteOfLevel(std::uint64_t index, unsigned n) const { return White(index) == n; }
+    [[nodiscard]] bool IsWhiteWithin(std::uint64_t index, unsigned n) const {
+        return White(index) - 1u < std::min(n, kLongest);
+    }
+    [[nodiscard]] bool IsWhiteOfLevel(std::uint64_t index, unsigned n) const {
+        return n <= kLongest && White(index) == n;
+    }
     [[nodiscard]] bool IsWhiteOpen(std::uint64_t index) const { return White(index) == kOpen; }
     [[nodiscard]] bool IsLost(std::uint64_t index) const { return (Load(index) & kLost) != 0; }
 
@@ -108,7 +125,9 @@ class CWordCells {
 class CBitCells {
   public:
     static constexpr unsigned kLongest = 32766;
-    static constexpr unsigned kIndicesOfAMark = 16;
+    static constexpr unsigned kIndicesOfNewWhite = 16;
+    static constexpr unsigned kIndicesOfNewLost = 16;
+    static constexpr unsigned kIndicesOfWaiting = 32;
     static constexpr bool kTellsLengths = false;
 
     explicit CBitCells(std::uint8_t* data) : m_data(data) {}

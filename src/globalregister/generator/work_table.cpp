@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "globalregister/generator/generator_run.h"
 #include "globalregister/generator/work_cells.h"
@@ -34,6 +35,7 @@ void FinishWords(std::vector<std::uint8_t>& data) {
 } // namespace
 
 bool MakeWorkTable(TGlobalRegister& table, bool bWideElements) {
+    TPositionIndexing before = table;
     if (!ApplyFlags(table, FlagsOf(table, false) | kFlagCombinations))
         return false;
     const std::size_t nElementSize = ElementSize(table, bWideElements ? kFlagWideElements : 0);
@@ -43,6 +45,7 @@ bool MakeWorkTable(TGlobalRegister& table, bool bWideElements) {
         table.data.assign(bBitData ? (size + kPairsOfAByte - 1) / kPairsOfAByte : size * nElementSize,
                           bBitData ? 0 : kOpenByte);
     } catch (const std::bad_alloc&) {
+        static_cast<TPositionIndexing&>(table) = std::move(before);
         return false;
     }
     table.bBitData = bBitData;
