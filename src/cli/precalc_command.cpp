@@ -77,8 +77,7 @@ std::string FormText(const TPrecalcFileFound& found) {
 
 std::string FileLine(const TPrecalcFileFound& found) {
     return Padded(found.m_typeName, 8) + Padded(FormText(found), 16) + Padded(std::to_string(found.m_nSize), 14) +
-           WithoutControls(found.m_path.string()) +
-           (IsCustomType(found.m_typeName) ? " (not used by the search yet)" : "") + "\n";
+           WithoutControls(found.m_path.string()) + "\n";
 }
 
 std::string FileJson(const TPrecalcFileFound& found) {
@@ -86,7 +85,7 @@ std::string FileJson(const TPrecalcFileFound& found) {
     object["type"] = found.m_typeName;
     object["form"] = NameOfForm(FormOf(found.m_path));
     object["details"] = found.m_file.m_bDetails;
-    object["searched"] = !IsCustomType(found.m_typeName);
+    object["searched"] = true;
     object["elements"] = TPositionIndexing(found.m_typeName).GetSize();
     object["bytes"] = found.m_nSize;
     object["path"] = found.m_path.string();

@@ -13,8 +13,6 @@ namespace quillon {
 
 namespace {
 
-constexpr int kMostPrecalcMB = 1 << 20; // no machine has more: a greater number was meant in other units
-
 /// The folder of a problem's data where none is named.
 constexpr const char* kDefaultFolder = ".";
 

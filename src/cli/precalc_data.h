@@ -13,6 +13,8 @@
 
 namespace quillon {
 
+inline constexpr int kMostPrecalcMB = 1 << 20; // no machine has more: a greater number was meant in other units
+
 struct TPrecalcChoice {
     std::optional<std::string> m_folder; // of --precalc
     std::optional<int> m_memoryMB;       // of --precalc-memory; 0: none

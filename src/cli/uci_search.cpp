@@ -30,8 +30,6 @@ int MovesWithin(std::int64_t plies) {
 
 } // namespace
 
-void CUciSearch::CInfoNotifier::Inform(std::string_view text, std::string_view) { m_output.Line(InfoString(text)); }
-
 CUciSearch::CUciSearch(TUciOrder order, CUciOutput& output)
     : m_order(std::move(order)), m_output(output), m_notifier(output), m_finder(m_order.m_request, m_notifier),
       m_improver(m_order.m_request, m_notifier), m_bHeld(m_order.m_go.m_bInfinite || m_order.m_go.m_bPonder),

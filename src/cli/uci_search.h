@@ -19,9 +19,7 @@
 #include <string>
 
 #include "cli/mate_finder.h"
-#include "cli/uci_output.h"
-#include "cli/uci_text.h"
-#include "core/notifier.h"
+#include "cli/uci_notifier.h"
 
 namespace quillon {
 
@@ -53,17 +51,6 @@ class CUciSearch {
   private:
     using TClock = std::chrono::steady_clock;
 
-    /// What the solver says beside its verdicts.
-    class CInfoNotifier : public INotifier {
-      public:
-        explicit CInfoNotifier(CUciOutput& output) : m_output(output) {}
-        void Inform(std::string_view text, std::string_view title) override;
-        [[nodiscard]] bool AskYesNo(std::string_view, std::string_view) override { return false; }
-
-      private:
-        CUciOutput& m_output;
-    };
-
     // The thread of Run.
     void Watch();
     void Look();
@@ -86,7 +73,7 @@ class CUciSearch {
 
     const TUciOrder m_order;
     CUciOutput& m_output;
-    CInfoNotifier m_notifier;
+    CUciNotifier m_notifier;
     CMateFinder m_finder;
     CMateFinder m_improver; // makes a line complete and its length exact, for a limited time
 

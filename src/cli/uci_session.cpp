@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/version.h"
+#include "cli/output.h"
 #include "cli/uci_position.h"
 #include "core/chess_exception.h"
 #include "platform/memory_info.h"
@@ -21,30 +22,45 @@ std::int64_t UsualMegabytes() {
     return static_cast<std::int64_t>(ShareMB(PhysicalMemory(), TSolveRequest().m_nMemoryShare));
 }
 
+/// What the options bear on.
+struct TSetUp {
+    TSolveRequest& m_request;
+    CUciPrecalc& m_precalc;
+};
+
 struct TNumberOption {
     const char* m_name;
     const char* m_lowered;
     std::int64_t m_nLeast;
     std::int64_t (*m_most)();
-    std::int64_t (*m_usual)();
-    void (*m_set)(TSolveRequest&, std::int64_t);
+    std::int64_t (*m_usual)(const CUciPrecalc&);
+    void (*m_set)(const TSetUp&, std::int64_t);
 };
 
 constexpr TNumberOption kNumberOptions[] = {
-    {"Threads", "threads", 1, [] { return kMostUciThreads; }, [] { return std::int64_t{1}; },
-     [](TSolveRequest& request, std::int64_t value) { request.m_nThreads = static_cast<int>(value); }},
-    {"Hash", "hash", 0, PhysicalMegabytes, UsualMegabytes,
-     [](TSolveRequest& request, std::int64_t value) { request.m_nMemoryBudgetMB = value; }},
+    {"Threads", "threads", 1, [] { return kMostUciThreads; }, [](const CUciPrecalc&) { return std::int64_t{1}; },
+     [](const TSetUp& setUp, std::int64_t value) { setUp.m_request.m_nThreads = static_cast<int>(value); }},
+    {"Hash", "hash", 0, PhysicalMegabytes, [](const CUciPrecalc&) { return UsualMegabytes(); },
+     [](const TSetUp& setUp, std::int64_t value) { setUp.m_request.m_nMemoryBudgetMB = value; }},
+    {"PrecalcMemory", "precalcmemory", 0, [] { return std::int64_t{kMostPrecalcMB}; },
+     [](const CUciPrecalc& precalc) { return precalc.Megabytes(); },
+     [](const TSetUp& setUp, std::int64_t value) { setUp.m_precalc.SetMegabytes(value); }},
     // A proof has one line: interfaces may ask for more and get one.
-    {"MultiPV", "multipv", 1, [] { return std::int64_t{1}; }, [] { return std::int64_t{1}; },
-     [](TSolveRequest&, std::int64_t) {}},
+    {"MultiPV", "multipv", 1, [] { return std::int64_t{1}; }, [](const CUciPrecalc&) { return std::int64_t{1}; },
+     [](const TSetUp&, std::int64_t) {}},
 };
 
 constexpr const char* kPonderOption = "ponder";
+constexpr const char* kPrecalcPathOption = "precalcpath";
 
-std::string OptionLine(const TNumberOption& option) {
-    return std::string("option name ") + option.m_name + " type spin default " + std::to_string(option.m_usual()) +
-           " min " + std::to_string(option.m_nLeast) + " max " + std::to_string(option.m_most());
+std::string OptionLine(const TNumberOption& option, const CUciPrecalc& precalc) {
+    return std::string("option name ") + option.m_name + " type spin default " +
+           std::to_string(option.m_usual(precalc)) + " min " + std::to_string(option.m_nLeast) + " max " +
+           std::to_string(option.m_most());
+}
+
+std::string PrecalcPathLine(const std::string& folder) {
+    return "option name PrecalcPath type string default " + (folder.empty() ? "<empty>" : WithoutControls(folder));
 }
 
 } // namespace
@@ -68,8 +84,8 @@ const CUciSession::TCommand CUciSession::kCommands[] = {
     {"quit", &CUciSession::Quit},
 };
 
-CUciSession::CUciSession(std::istream& input, CUciOutput& output)
-    : m_input(input), m_output(output), m_position(StartOfGame()) {}
+CUciSession::CUciSession(std::istream& input, CUciOutput& output, CUciPrecalc& precalc)
+    : m_input(input), m_output(output), m_precalc(precalc), m_position(StartOfGame()) {}
 
 EExitStatus CUciSession::Run() {
     std::string line;
@@ -98,7 +114,8 @@ void CUciSession::TellName(const TWords&) {
     m_output.Line("id name Quillon " + std::string(kVersion));
     m_output.Line("id author the Quillon developers");
     for (const TNumberOption& option : kNumberOptions)
-        m_output.Line(OptionLine(option));
+        m_output.Line(OptionLine(option, m_precalc));
+    m_output.Line(PrecalcPathLine(m_precalc.Folder()));
     m_output.Line("option name Ponder type check default false");
     m_output.Line("uciok");
 }
@@ -110,8 +127,19 @@ void CUciSession::Ignore(const TWords&) {}
 
 void CUciSession::SetOption(const TWords& words) {
     const TUciOption option = ReadOption(words);
-    if (option.m_name != kPonderOption) // whether to ponder is for the interface to decide
+    if (option.m_name == kPrecalcPathOption)
+        SetPrecalcPath(option.m_value);
+    else if (option.m_name != kPonderOption) // whether to ponder is for the interface to decide
         SetNumber(option);
+}
+
+/// Takes effect with the next search.
+void CUciSession::SetPrecalcPath(const std::string& folder) {
+    try {
+        m_precalc.SetFolder(folder);
+    } catch (const ChessException& failure) {
+        Say(failure.what());
+    }
 }
 
 /// Takes effect with the next search.
@@ -130,7 +158,7 @@ void CUciSession::SetNumber(const TUciOption& option) {
     const std::int64_t used = std::clamp(*value, known->m_nLeast, std::max(known->m_most(), known->m_nLeast));
     if (used != *value)
         Say(std::string(known->m_name) + " is " + std::to_string(used));
-    known->m_set(m_request, used);
+    known->m_set({m_request, m_precalc}, used);
 }
 
 /// A position that cannot be read leaves none: a search of the one before would answer another question.
@@ -164,6 +192,7 @@ void CUciSession::Go(const TWords& words) {
 }
 
 void CUciSession::Start(TUciGo go) {
+    m_precalc.Apply();
     m_search = std::make_unique<CUciSearch>(TUciOrder{*m_position, std::move(go), m_request}, m_output);
     m_thread = CThread(kWatchStackBytes, [search = m_search.get()] { search->Run(); });
 }

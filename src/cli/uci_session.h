@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli/exit_status.h"
+#include "cli/uci_precalc.h"
 #include "cli/uci_search.h"
 #include "platform/thread.h"
 
@@ -16,7 +17,7 @@ namespace quillon {
 /// Threads: Run reads on the caller's thread; a search has threads of its own, none is left when Run returns.
 class CUciSession {
   public:
-    CUciSession(std::istream& input, CUciOutput& output);
+    CUciSession(std::istream& input, CUciOutput& output, CUciPrecalc& precalc);
 
     EExitStatus Run();
 
@@ -31,6 +32,7 @@ class CUciSession {
     void Ignore(const TWords& words);
     void SetOption(const TWords& words);
     void SetNumber(const TUciOption& option);
+    void SetPrecalcPath(const std::string& folder);
     void SetPosition(const TWords& words);
     void Go(const TWords& words);
     void Stop(const TWords& words);
@@ -43,6 +45,7 @@ class CUciSession {
 
     std::istream& m_input;
     CUciOutput& m_output;
+    CUciPrecalc& m_precalc;
     TSolveRequest m_request;                 // what the options have set
     std::optional<TGamePosition> m_position; // none: the last one given could not be read
     bool m_bQuit = false;

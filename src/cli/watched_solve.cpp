@@ -7,7 +7,6 @@
 #include <mutex>
 
 #include "cli/console_notifier.h"
-#include "globalregister/active_registers.h"
 #include "parallel/observer.h"
 #include "parallel/search_thread.h"
 #include "parallel/status_texts.h"
@@ -127,9 +126,7 @@ class CWatchedSolve {
 
     /// A terminal has one line that lives; what goes to a file is the shorter line of logs.
     void ShowProgress() {
-        TProgressState state = m_observer.Read();
-        if (const CGlobalRegisters* const registers = ActiveRegisters())
-            state.m_nGlobalRegisterMegabytes = registers->TotalMemoryInUse() >> 20;
+        const TProgressState state = m_observer.Read();
         if (m_bLog)
             WriteToLog(state);
         else

@@ -134,8 +134,9 @@ inline void FollowBlockedFigure(TChessboard& b, TSquare from, TSquare to) {
 
 /// Keeps the bit that says whether precalculated data can answer, after a capture or a promotion.
 inline void UpdatePrecalcBit(TChessboard& b) {
-    const bool bCan = ArePrecalcDataAtHand() && WhiteMen(b) + BlackMen(b) <= kMaxTypeMen &&
-                      IsPrecalcDataAvailable(GetPositionType(b));
+    const bool bCan = ArePrecalcDataAtHand() &&
+                      ((WhiteMen(b) + BlackMen(b) <= kMaxTypeMen && IsPrecalcDataAvailable(GetPositionType(b))) ||
+                       IsCustomPrecalcDataAvailable(b));
     b.m_wKingState =
         static_cast<std::uint16_t>(bCan ? b.m_wKingState | kPrecalcCanAnswer : b.m_wKingState & ~kPrecalcCanAnswer);
 }

@@ -28,4 +28,7 @@ void ApplyDeferredEdgeCheck(TChessboard& b);
 /// globalregister: is a data set for this material at hand? Type 0 has none.
 [[nodiscard]] bool IsPrecalcDataAvailable(TPositionType type);
 
+/// globalregister: is a data set at hand of which a part of these men, any number of them, never moves?
+[[nodiscard]] bool IsCustomPrecalcDataAvailable(const TChessboard& b);
+
 } // namespace quillon

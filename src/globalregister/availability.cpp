@@ -31,4 +31,9 @@ bool IsPrecalcDataAvailable(TPositionType type) {
     return registers != nullptr && registers->IsTypeAvailable(type);
 }
 
+bool IsCustomPrecalcDataAvailable(const TChessboard& b) {
+    const CGlobalRegisters* const registers = ActiveRegisters();
+    return registers != nullptr && registers->IsCustomMaterialAvailable(b);
+}
+
 } // namespace quillon

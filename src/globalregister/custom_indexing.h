@@ -41,6 +41,8 @@ struct TCustomIndexing {
 
     [[nodiscard]] std::size_t Men() const { return m_fields.size() + m_type.m_frozen.size(); }
 
+    [[nodiscard]] const TCustomType& Type() const { return m_type; }
+
     bool bHasPawns = false; // among the movable pieces
     std::size_t nFrozenSquares = 0;
     std::set<std::int8_t> frozenSquares;

@@ -49,8 +49,8 @@ struct TGlobalRegister : TPositionIndexing {
     /// table that was not finished only what it has settled, and lengths from 127 on only of bit data and of a table
     /// that has been looked through.
     ///   Returns  0, kUnknownHalfMoves, or an odd number. kUnknownHalfMoves for a custom type without this position,
-    ///   and
-    ///            for index 0, whose element holds the flags.
+    ///            and for index 0, whose element holds the flags.
+    ///            A custom type counts what leaves it as no mate: 0 proves nothing then, and a mate may be shorter.
     ///   Errors   ChessException: damaged data.
     [[nodiscard]] std::uint16_t ProvedHalfMoves(const TChessboard& b) const;
 

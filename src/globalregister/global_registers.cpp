@@ -14,6 +14,12 @@ namespace {
 
 constexpr std::string_view kNoRoomForGenerator = "Cannot load subregister: memory quota for data generation exceeded";
 
+/// Of a custom type. The element of the flags is no position of an ordinary type, but may be one of these.
+bool HasElement(const TPositionIndexing& indexing, const TChessboard& b) {
+    const std::uint64_t index = indexing.GetIndex(b);
+    return index != kNoIndex && index != 0;
+}
+
 constexpr std::size_t PlaceOf(TPositionType type, std::size_t nPlaces) {
     return static_cast<std::size_t>(type * 0x9E3779B97F4A7C15u >> 40) & (nPlaces - 1);
 }
@@ -58,12 +64,38 @@ TRegisterSlot& CGlobalRegisters::SlotOf(TPositionType type) {
 void CGlobalRegisters::ReadFolders() {
     m_bAnyFile = false;
     for (const TPrecalcFileFound& found : FindPrecalcFiles(m_options.m_folders)) {
+        if (found.m_file.m_bDetails)
+            continue;
+        if (IsCustomType(found.m_typeName)) {
+            AddCustomType(found.m_typeName);
+            continue;
+        }
         const TPositionType type = TPositionIndexing(found.m_typeName).nPositionType;
-        if (found.m_file.m_bDetails || type == 0 || found.m_typeName.size() > kMaxTypeMen)
+        if (type == 0 || found.m_typeName.size() > kMaxTypeMen)
             continue;
         SlotOf(type).SetState(EDataState::Present);
         m_bAnyFile = true;
     }
+}
+
+void CGlobalRegisters::AddCustomType(const std::string& typeName) {
+    auto known =
+        std::ranges::find_if(m_customs, [&](const auto& type) { return type.m_indexing.typeName == typeName; });
+    if (known == m_customs.end()) {
+        if (m_customs.size() == kMostCustomTypes)
+            return;
+        TPositionIndexing indexing(typeName);
+        const TMaterialKey material = MaterialOf(indexing.custom->Type());
+        m_customs.push_back({std::move(indexing), material, SlotOf(CustomNumber(m_customs.size()))});
+        known = m_customs.end() - 1;
+    }
+    known->m_slot.SetState(EDataState::Present);
+    m_bAnyFile = true;
+}
+
+std::string CGlobalRegisters::NameOf(TPositionType type) const {
+    const bool bCustom = type % 2 != 0;
+    return bCustom ? m_customs[static_cast<std::size_t>(type / 2)].m_indexing.typeName : PositionTypeToString(type);
 }
 
 // --- data for a position
@@ -72,11 +104,40 @@ TGlobalRegister* CGlobalRegisters::GetRegister(const TChessboard& b, const TSear
     TRegisterSlot* const slot = FindSlot(GetPositionType(b));
     if (slot == nullptr || Quota() == 0) // data in use stay when the quota goes, but answer no more
         return nullptr;
-    if (TGlobalRegister* const data = slot->Acquire()) [[likely]]
+    return DataOf(*slot, b, gate, false);
+}
+
+TGlobalRegister* CGlobalRegisters::DataOf(TRegisterSlot& slot, const TChessboard& b, const TSearchGate& gate,
+                                          bool bCustom) {
+    if (TGlobalRegister* const data = slot.Acquire()) [[likely]]
         return data;
-    if (slot->State() != EDataState::Present || !IsWorthLoading(b, gate, m_options.m_nUseDataPackedForRandomAccess))
+    if (slot.State() != EDataState::Present ||
+        !IsWorthLoading(b, gate, m_options.m_nUseDataPackedForRandomAccess, bCustom))
         return nullptr;
-    return LoadSlot(*slot, &b, gate);
+    return LoadSlot(slot, &b, gate);
+}
+
+TGlobalRegister* CGlobalRegisters::GetCustomRegister(const TChessboard& b, const TSearchGate& gate, std::size_t& next) {
+    if (next >= m_customs.size() || Quota() == 0)
+        return nullptr;
+    const TMaterialKey material = MaterialOf(b);
+    while (next < m_customs.size()) {
+        const TCustomSlot& type = m_customs[next++];
+        if (type.m_material != material || !HasElement(type.m_indexing, b))
+            continue;
+        if (TGlobalRegister* const data = DataOf(type.m_slot, b, gate, true))
+            return data;
+    }
+    return nullptr;
+}
+
+bool CGlobalRegisters::IsCustomMaterialAvailable(const TChessboard& b) const {
+    if (m_customs.empty() || Quota() == 0)
+        return false;
+    const TMaterialKey material = MaterialOf(b);
+    return std::ranges::any_of(m_customs, [material](const TCustomSlot& type) {
+        return type.m_material == material && type.m_slot.State() == EDataState::Present;
+    });
 }
 
 TGlobalRegister* CGlobalRegisters::GetRegisterForTool(TPositionType type) {
@@ -113,7 +174,8 @@ TGlobalRegister* CGlobalRegisters::LoadSlot(TRegisterSlot& slot, const TChessboa
 
 std::unique_ptr<TGlobalRegister> CGlobalRegisters::LoadData(TRegisterSlot& slot) {
     try {
-        auto data = std::make_unique<TGlobalRegister>(PositionTypeToString(slot.Type()));
+        auto data = std::make_unique<TGlobalRegister>(NameOf(slot.Type()));
+        data->nPositionType = slot.Type();
         data->pSlot = &slot;
         if (Load(*data, m_options, *this, m_notifier))
             return data;
@@ -150,6 +212,13 @@ std::uint64_t CGlobalRegisters::TotalMemoryInUse(TPositionType leftOut) const {
     const std::lock_guard registers(m_registersLock);
     const std::lock_guard loading(m_loadingLock);
     return MemoryInUseUnderLocks(leftOut == 0 ? nullptr : FindSlot(leftOut));
+}
+
+std::uint64_t CGlobalRegisters::MemoryShown() const {
+    if (const std::unique_lock registers(m_registersLock, std::try_to_lock); registers)
+        if (const std::unique_lock loading(m_loadingLock, std::try_to_lock); loading)
+            m_nMemoryShown.store(MemoryInUseUnderLocks(nullptr), std::memory_order_relaxed);
+    return m_nMemoryShown.load(std::memory_order_relaxed);
 }
 
 bool CGlobalRegisters::MakeRoom(TPositionType type, std::uint64_t size) {
@@ -248,7 +317,7 @@ void CGlobalRegisters::Discard(TPositionType type, std::string_view reason) {
         if (!data) // another thread has met the damage, too
             return;
     }
-    m_notifier.Inform(PositionTypeToString(type) + ": " + std::string(reason), "Error");
+    m_notifier.Inform(NameOf(type) + ": " + std::string(reason), "Error");
 }
 
 bool CGlobalRegisters::UnloadAll() {
@@ -290,7 +359,7 @@ TRegistersStatus CGlobalRegisters::Status() const {
         status.m_nPending += slot->m_bLoading;
         if (data == nullptr && slot->State() != EDataState::Unavailable && slot->State() != EDataState::NoRoom)
             continue;
-        TRegisterStatus type{PositionTypeToString(slot->Type()), data != nullptr};
+        TRegisterStatus type{NameOf(slot->Type()), data != nullptr};
         if (data != nullptr) {
             type.m_nBytes = data->GetMemoryInUse();
             type.m_nRefCount = slot->RefCount();

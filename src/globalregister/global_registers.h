@@ -19,6 +19,7 @@
 
 #include "core/chessboard.h"
 #include "core/position_type.h"
+#include "globalregister/custom_material.h"
 #include "globalregister/global_register.h"
 #include "globalregister/precalc_loader.h"
 #include "globalregister/precalc_options.h"
@@ -35,7 +36,8 @@ struct TSearchGate {
 
 /// True if a search at `b` may load the data of its type.
 ///   nUsePacked  UseDataPackedForRandomAccess.
-[[nodiscard]] bool IsWorthLoading(const TChessboard& b, const TSearchGate& gate, int nUsePacked);
+///   bCustom     a custom type: its frozen men do not make its table larger.
+[[nodiscard]] bool IsWorthLoading(const TChessboard& b, const TSearchGate& gate, int nUsePacked, bool bCustom = false);
 
 /// One type that has been asked for, or is loaded.
 struct TRegisterStatus {
@@ -66,6 +68,10 @@ class CGlobalRegisters final : private IPrecalcRoom {
     /// The data of this position's type, loaded if that is worth it here; null if there are none. Release them.
     [[nodiscard]] TGlobalRegister* GetRegister(const TChessboard& b, const TSearchGate& gate);
 
+    /// The data of a custom type that this position is of, to the square: as GetRegister. There may be several.
+    ///   next  0 for the first; set behind it for the next call. Null: there is no further one.
+    [[nodiscard]] TGlobalRegister* GetCustomRegister(const TChessboard& b, const TSearchGate& gate, std::size_t& next);
+
     /// The same whatever the load costs.
     [[nodiscard]] TGlobalRegister* GetRegisterForTool(TPositionType type);
     [[nodiscard]] TGlobalRegister* GetRegisterForTool(const TChessboard& b) {
@@ -84,11 +90,20 @@ class CGlobalRegisters final : private IPrecalcRoom {
         return slot != nullptr && slot->State() == EDataState::Present && Quota() != 0;
     }
 
-    /// Does IsTypeAvailable say yes for any type?
+    [[nodiscard]] bool HasCustomTypes() const { return !m_customs.empty(); }
+
+    /// Are there data of a custom type with these men, wherever they stand? As IsTypeAvailable.
+    [[nodiscard]] bool IsCustomMaterialAvailable(const TChessboard& b) const;
+
+    /// Does one of these say yes for any type?
     [[nodiscard]] bool IsAnyAvailable() const { return m_bAnyFile && Quota() != 0; }
 
     /// Bytes of all data but those of a type, and of all other loads in progress.
     [[nodiscard]] std::uint64_t TotalMemoryInUse(TPositionType leftOut = 0) const;
+
+    /// The same of all types, for those who watch: never waits. While a load or an unload is entered, what it was
+    /// before.
+    [[nodiscard]] std::uint64_t MemoryShown() const;
 
     [[nodiscard]] std::uint64_t Quota() const override { return m_nPrecalcQuota.load(std::memory_order_relaxed); }
 
@@ -99,6 +114,7 @@ class CGlobalRegisters final : private IPrecalcRoom {
     void SetGeneratorMode(bool bOn) { m_bGeneratorMode.store(bOn, std::memory_order_relaxed); }
 
     /// Deletes the data of a type once nobody uses them.
+    ///   type  of a custom type the number that its data have here (nPositionType); the same holds for Discard.
     void Unload(TPositionType type);
 
     /// The same for data that turned out to be damaged: the user is told, and they are not loaded again.
@@ -141,10 +157,25 @@ class CGlobalRegisters final : private IPrecalcRoom {
         std::uint64_t m_nBytes;
     };
 
+    struct TCustomSlot {
+        TPositionIndexing m_indexing;
+        TMaterialKey m_material;
+        TRegisterSlot& m_slot;
+    };
+
+    static constexpr std::size_t kMostCustomTypes = 256; // each is looked at in every node of its material
+
+    /// Custom types have no number of their own. Those of ordinary types are even.
+    [[nodiscard]] static constexpr TPositionType CustomNumber(std::size_t i) { return 2 * i + 1; }
+    [[nodiscard]] std::string NameOf(TPositionType type) const;
+    void AddCustomType(const std::string& typeName);
+
     [[nodiscard]] TRegisterSlot* FindSlot(TPositionType type) const;
     [[nodiscard]] TRegisterSlot& SlotOf(TPositionType type);
     void ReadFolders();
 
+    [[nodiscard]] TGlobalRegister* DataOf(TRegisterSlot& slot, const TChessboard& b, const TSearchGate& gate,
+                                          bool bCustom);
     [[nodiscard]] TGlobalRegister* LoadSlot(TRegisterSlot& slot, const TChessboard* b, const TSearchGate& gate);
     [[nodiscard]] std::unique_ptr<TGlobalRegister> LoadData(TRegisterSlot& slot);
     void EndLoad(TRegisterSlot& slot, std::unique_ptr<TGlobalRegister> data);
@@ -164,8 +195,10 @@ class CGlobalRegisters final : private IPrecalcRoom {
 
     std::array<std::atomic<TRegisterSlot*>, kSlots> m_places{}; // by type, behind others of the same place
     std::vector<std::unique_ptr<TRegisterSlot>> m_slots;        // of m_places; under the lock of registers
+    std::vector<TCustomSlot> m_customs;                         // by number; changed by ReadFolders alone
     mutable std::mutex m_registersLock;                         // adding slots, and showing and taking out data
     mutable std::mutex m_loadingLock;                           // loads in progress: m_bLoading, m_nReserved
+    mutable std::atomic<std::uint64_t> m_nMemoryShown{0};       // bytes, as MemoryShown has last seen them
     std::mutex m_answerLock;
     std::uint8_t m_nStayPacked = kNotAsked; // the user's word, under m_answerLock: 0, 1
 

@@ -19,15 +19,18 @@ constexpr std::uint64_t kPawnSquares = 48;
 constexpr std::uint64_t kFirstPawnSquare = 8;
 constexpr std::uint64_t kSmallestCombinedMen = 6; // with the kings
 
-// Squares of a position are held as bytes of one word: those of the letters, of the kings, and lanes of no use, where
-// men go that are no letter of the type. What is done to one square is done to all at once.
+// Squares of a position are held as bytes of one word: those of the letters and of the black king. What is done to one
+// square is done to all at once.
 constexpr std::size_t kBlackKingLane = kMaxTypeLetters;
 constexpr std::size_t kUnusedLane = 8;
-constexpr std::size_t kLanes = 64;                       // more than there can be men
 constexpr std::uint64_t kEachLane = 0x0101010101010101u; // times a byte: that byte in each lane
 
-constexpr std::uint64_t MirrorFiles(std::uint64_t squares) { return squares ^ 7 * kEachLane; }
-constexpr std::uint64_t MirrorRanks(std::uint64_t squares) { return squares ^ 56 * kEachLane; }
+// Lanes are counted round: a man that is no letter of the type, of which a position of the type has none, goes
+// anywhere.
+constexpr std::uint64_t InLane(std::uint64_t square, std::size_t lane) { return square << (8 * lane & 63); }
+
+constexpr std::uint64_t kMirrorFiles = 7 * kEachLane; // changed bits of the squares
+constexpr std::uint64_t kMirrorRanks = 56 * kEachLane;
 constexpr std::uint64_t SwapFilesAndRanks(std::uint64_t squares) {
     return ((squares >> 3) & 7 * kEachLane) | ((squares & 7 * kEachLane) << 3);
 }
@@ -51,6 +54,35 @@ constexpr auto kTriangleNumber = [] {
     for (const TSquare square : kTriangle)
         numbers[square] = number++;
     return numbers;
+}();
+
+// What folds the board for a white king on one square. No step is a branch: where the king stands cannot be foreseen.
+struct TFolding {
+    std::uint64_t m_nMirror = 0;  // changed bits of the squares
+    std::uint64_t m_nSwapped = 0; // all bits set if files and ranks are swapped then
+    TSquare m_whiteKing = 0;      // folded
+};
+
+constexpr TFolding FoldingWithPawns(int file, int rank) {
+    return {file >= 4 ? kMirrorFiles : 0, 0, SquareAt(std::min(file, 7 - file), rank)};
+}
+
+constexpr TFolding FoldingWithoutPawns(int file, int rank) {
+    const std::uint64_t mirror = (file >= 4 ? kMirrorFiles : 0) | (rank >= 4 ? kMirrorRanks : 0);
+    file = std::min(file, 7 - file);
+    rank = std::min(rank, 7 - rank);
+    return {mirror, rank > file ? ~std::uint64_t{0} : 0, SquareAt(std::max(file, rank), std::min(file, rank))};
+}
+
+// By whether there are pawns, and the white king's square.
+constexpr auto kFoldings = [] {
+    std::array<std::array<TFolding, kSquares>, 2> foldings{};
+    for (int square = 0; square < kSquares; ++square) {
+        const auto place = static_cast<std::size_t>(square);
+        foldings[0][place] = FoldingWithoutPawns(FileOf(square), RankOf(square));
+        foldings[1][place] = FoldingWithPawns(FileOf(square), RankOf(square));
+    }
+    return foldings;
 }();
 
 // The number of a type of one spelling: the figures in their order.
@@ -170,17 +202,14 @@ void TPositionIndexing::ComputeStrides(std::array<std::uint64_t, kMaxTypeLetters
 
 // The squares of the letters and of the black king, each in its lane.
 std::uint64_t TPositionIndexing::CollectSquares(const TChessboard& b) const {
-    std::array<std::uint8_t, kUnusedLane + kLanes> lanes;
-    std::memset(lanes.data(), 0, kUnusedLane);
     std::array<std::uint8_t, kKinds> next = m_firstLetter;
+    std::uint64_t squares = InLane(BlackKingSquare(b), kBlackKingLane);
     const CBoardPlanes planes(b.m_board.data());
-    for (TMask men = planes.Plane<6>() | planes.Plane<7>(); men != 0;) {
-        const auto square = static_cast<std::uint8_t>(TakeSquare(men));
-        lanes[next[kKindOfByte[b.m_board[square]]]++] = square;
+    const TMask kings = MaskOf(WhiteKingSquare(b)) | MaskOf(BlackKingSquare(b));
+    for (TMask men = (planes.Plane<6>() | planes.Plane<7>()) & ~kings; men != 0;) {
+        const auto square = static_cast<std::size_t>(TakeSquare(men));
+        squares |= InLane(square, next[kKindOfByte[b.m_board[square]]]++);
     }
-    lanes[kBlackKingLane] = BlackKingSquare(b);
-    std::uint64_t squares = 0;
-    std::memcpy(&squares, lanes.data(), sizeof squares);
     return squares;
 }
 
@@ -194,23 +223,13 @@ std::uint64_t TPositionIndexing::IndexOfBoard(const TChessboard& b) const {
 
 // The white king alone decides the folding: on the diagonal the two halves of the board stay apart.
 void TPositionIndexing::FoldMen(TMenSquares& men) const {
+    const TFolding& folding = kFoldings[bHasPawns][men.m_whiteKing];
     std::uint64_t squares = 0;
     std::memcpy(&squares, men.m_squares.data(), sizeof squares);
-    int file = FileOf(men.m_whiteKing), rank = RankOf(men.m_whiteKing);
-    if (file >= 4) {
-        squares = MirrorFiles(squares);
-        file = 7 - file;
-    }
-    if (!bHasPawns && rank >= 4) {
-        squares = MirrorRanks(squares);
-        rank = 7 - rank;
-    }
-    if (!bHasPawns && rank > file) {
-        squares = SwapFilesAndRanks(squares);
-        std::swap(file, rank);
-    }
+    squares ^= folding.m_nMirror;
+    squares ^= (squares ^ SwapFilesAndRanks(squares)) & folding.m_nSwapped;
     std::memcpy(men.m_squares.data(), &squares, sizeof squares);
-    men.m_whiteKing = SquareAt(file, rank);
+    men.m_whiteKing = folding.m_whiteKing;
 }
 
 std::uint64_t TPositionIndexing::IndexOfFolded(const TMenSquares& men) const {

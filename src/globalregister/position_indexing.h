@@ -96,7 +96,7 @@ struct TPositionIndexing {
     [[nodiscard]] std::size_t MenWithKings() const;
 
     std::string typeName;
-    TPositionType nPositionType = 0;                  // 0 for custom types and bare kings
+    TPositionType nPositionType = 0; // 0 for bare kings, and for custom types until a manager numbers them
     std::array<bool, kMaxTypeLetters> bPawnSquares{}; // per letter of an ordinary type
     bool bHasPawns = false;
     bool bPawnRanks48 = false;     // pawns count 48 squares in GetSize; in an index they always do

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "globalregister/active_registers.h"
 #include "heuristics/result_texts.h"
 #include "search/control.h"
 
@@ -28,6 +29,13 @@ TShownIndex ShownIndex(const TSearchContext& context, int ply) {
 std::uint32_t Shown(const std::atomic<std::uint32_t>& count) {
     const std::uint32_t value = count.load(std::memory_order_relaxed);
     return value > std::uint32_t{std::numeric_limits<std::int32_t>::max()} ? 0 : value;
+}
+
+/// Of the data that the process searches with.
+std::uint64_t PrecalcMegabytes() {
+    constexpr int kMegabyteBits = 20;
+    const CGlobalRegisters* const registers = ActiveRegisters();
+    return registers != nullptr ? registers->MemoryShown() >> kMegabyteBits : 0;
 }
 
 } // namespace
@@ -64,6 +72,7 @@ TProgressState CObserver::Read(std::optional<std::uint32_t> thread) const {
     state.m_nPositions = analysis.m_nPositions.load(std::memory_order_relaxed) +
                          analysis.m_nTrialPositions.load(std::memory_order_relaxed);
     state.m_register = m_solve.RegisterFigures();
+    state.m_nGlobalRegisterMegabytes = PrecalcMegabytes();
     state.m_seconds = Seconds();
     return state;
 }

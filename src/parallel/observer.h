@@ -1,9 +1,9 @@
 #pragma once
 // The progress state of a running solve, as windows, the console and logs show it.
 //
-// Threads: everything is read without locks from the analysis, from the contexts' move counters and from the lines that
-//          threads show (search/observed_lines.h); no search thread waits for it. What is torn, out of range or gone
-//          shows nothing.
+// Threads: everything is read without waiting from the analysis, from the contexts' move counters, from the lines that
+//          threads show (search/observed_lines.h) and from the precalculated data in use, which stay the ones in use
+//          until the observer is gone. What is torn, out of range or gone shows nothing.
 
 #include <cstdint>
 #include <optional>
@@ -25,7 +25,7 @@ struct TProgressState {
     std::uint64_t m_nPasses = 0;           // planned so far
     std::uint64_t m_nPositions = 0;        // searched so far, those of the short-mate search included
     TRegisterFigures m_register;
-    std::uint64_t m_nGlobalRegisterMegabytes = 0; // of precalculated data; there are none
+    std::uint64_t m_nGlobalRegisterMegabytes = 0; // of precalculated data
     std::uint32_t m_nRunningThreads = 0, m_nSchedulerThreads = 0;
     std::uint32_t m_nAwaitedThreads = 0;  // that share the root's moves and have not ended
     double m_seconds = 0;                 // since the observation began, without pauses

@@ -210,7 +210,8 @@ constexpr std::uint64_t kFewestPositions = 20'000;
 constexpr std::uint64_t kProofNodes = 20'000, kAllProofNodes = 200'000;
 constexpr std::size_t kProofTable = std::size_t{4} << 20;
 
-/// Replies that are mated within so many plies are not in a guide.
+/// Replies that are mated within so many plies are not in a guide; others are missing there too, where the line has
+/// left its proof.
 constexpr int kShorterThanGuided = 3;
 
 class CVariant {
@@ -234,19 +235,46 @@ class CVariant {
         return bCutShort ? LongestAsKnown(b, std::move(replies)) : replies.front();
     }
 
+    /// A white move that mates. Of a mate too long to be proved again within the bound a best-first proof has to do.
     TChessboard* MatingMove(TChessboard& b, TMove& mating) {
-        const CBoundedLook look(m_context, m_analysis, m_nMostPositions);
-        return MakeMatingMove(b, mating);
+        {
+            const CBoundedLook look(m_context, m_analysis, m_nMostPositions);
+            if (TChessboard* const child = MakeMatingMove(b, mating))
+                return child;
+        }
+        if (TChessboard* const child = MakeGuidedMove(b, mating))
+            return child;
+        auto guide = std::make_unique<CProofGuide>(kProofTable);
+        if (IsStopping(b) || guide->Search(b, kAllProofNodes, ThreadsForLook(m_analysis)) != EProofResult::Proved)
+            return nullptr;
+        Follow(std::move(guide));
+        return MakeGuidedMove(b, mating);
     }
 
   private:
+    void Follow(std::unique_ptr<CProofGuide> guide) {
+        m_guide = std::move(guide);
+        m_analysis.m_pGuide = m_guide.get();
+    }
+
+    /// The move of the guide's proof, if it knows one here.
+    [[nodiscard]] TChessboard* MakeGuidedMove(TChessboard& b, TMove& move) const {
+        const CProofGuide* const guide = m_analysis.m_pGuide;
+        if (guide == nullptr || !guide->Suggest(b, move))
+            return nullptr;
+        TChessboard* const child = CopyToChild(&b);
+        return MakeWhiteMove(*child, move) != 0 ? child : nullptr;
+    }
+
     /// White's plies to mate behind a reply as the guide knows them, at most those left.
     [[nodiscard]] int KnownPlies(TChessboard& b, TMove move) const {
         const CProofGuide* const guide = m_analysis.m_pGuide;
         if (guide == nullptr || !guide->IsProved())
             return b.m_nMoves - 1;
-        const int known = guide->KnownPlies(*MakeReply(b, move, b.m_nMoves - 1));
-        return known != 0 ? known : std::min(kShorterThanGuided, b.m_nMoves - 1);
+        if (const int known = guide->KnownPlies(*MakeReply(b, move, b.m_nMoves - 1)); known != 0)
+            return known;
+        const int least = std::min(kShorterThanGuided, b.m_nMoves - 1);
+        return FindMateWhite(MakeReply(b, move, least), true) == MR_MATE ? least : b.m_nMoves - 1;
     }
 
     /// Looks for shorter mates behind a reply.
@@ -278,17 +306,15 @@ class CVariant {
             if (known.m_reply.m_nPlies > best.m_reply.m_nPlies)
                 best = std::move(known);
         }
-        if (best.m_guide != nullptr) {
-            m_guide = std::move(best.m_guide);
-            m_analysis.m_pGuide = m_guide.get();
-        }
+        if (best.m_guide != nullptr)
+            Follow(std::move(best.m_guide));
         return best.m_reply;
     }
 
     TSearchContext& m_context;
     TAnalysis& m_analysis;
     const CProofGuide* const m_pGuideOfSolve;
-    std::unique_ptr<CProofGuide> m_guide; // a shorter mate than the solve's guide knows
+    std::unique_ptr<CProofGuide> m_guide; // a mate that the solve's guide does not know
     const std::uint64_t m_nMostPositions;
     std::uint64_t m_nLeft; // for telling replies apart
     std::uint64_t m_nProofNodes = 0;
@@ -323,8 +349,8 @@ std::vector<TMove> BuildMainVariant(TChessboard& root, const TMove& key, std::ui
     line.push_back(move);
     for (;;) {
         std::vector<TReply> replies = LegalReplies(*b);
-        if (replies.empty())
-            return line;
+        if (replies.empty()) // a line that the guide led astray is none
+            return b->m_blackChecker != kNoChecker ? line : std::vector<TMove>();
         TReply reply = variant.LongestReply(*b, std::move(replies));
         TChessboard* const answered = MakeReply(*b, reply.m_move, reply.m_nPlies);
         line.push_back(reply.m_move);

@@ -78,11 +78,39 @@ std::uint16_t HalfMovesByData(const TChessboard& b) {
     return kUnknownHalfMoves;
 }
 
+namespace {
+
+/// A custom type knows only play that leaves its frozen men where they are: a mate by it is one, but there may be a
+/// shorter one, and where it has none there may be one. Of the types that the position is of, any may mate.
+bool MatesWithFrozenMen(const TChessboard& b) {
+    CGlobalRegisters* const registers = ActiveRegisters();
+    if (registers == nullptr || !registers->HasCustomTypes() || !IsKnownToTables(b))
+        return false;
+    TPositionType asked = 0;
+    try {
+        for (std::size_t next = 0;;) {
+            const CRegisterUse data(registers->GetCustomRegister(b, GateOf(b), next));
+            if (!data)
+                return false;
+            asked = data->nPositionType;
+            const std::uint16_t n = data->ProvedHalfMoves(b);
+            if (n != 0 && n != kUnknownHalfMoves && n <= b.m_nMoves)
+                return true;
+        }
+    } catch (const ChessException& failure) {
+        registers->Discard(asked, failure.what());
+    } catch (const std::bad_alloc&) { // of a decoder
+    }
+    return false;
+}
+
+} // namespace
+
 TMateResult AskPrecalcDataAnyhow(const TChessboard& b) {
     const int m = b.m_nMoves;
     const int n = HalfMovesByData(b);
     if (n == kUnknownHalfMoves)
-        return MR_NONE;
+        return MatesWithFrozenMen(b) ? MR_MATE : MR_NONE;
     if (n == 0)
         return MR_NOMATE;
     if (n <= m)

@@ -3,7 +3,7 @@
 //
 // Data are exact for a position with White to move, whatever is in force: a node that they answer needs no search and
 // no doubt. They know neither castling nor en passant, and nothing of a bishop that is off the board or a pawn that may
-// not advance.
+// not advance. Data of custom types, whose frozen men nobody moves or captures, prove a mate in time and nothing else.
 
 #include <cstdint>
 
@@ -14,8 +14,9 @@
 
 namespace quillon {
 
-/// Half-moves to mate with White to move, as proved by the data of this material; 0 no mate, kUnknownHalfMoves where
-/// there is no answer. May load them, if the position is deep enough (IsWorthLoading).
+/// Half-moves to mate with White to move, as proved by the data of this material, exactly and so not of a custom type;
+/// 0 no mate, kUnknownHalfMoves where there is no answer. May load them, if the position is deep enough
+/// (IsWorthLoading).
 [[nodiscard]] std::uint16_t HalfMovesByData(const TChessboard& b);
 
 /// Answer of a white node from precalculated data, whatever its bit kPrecalcCanAnswer says; MR_NONE: none.

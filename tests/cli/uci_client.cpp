@@ -42,6 +42,11 @@ std::optional<reference::Position> After(const reference::Position& position, co
     return std::nullopt;
 }
 
+std::vector<std::string> Command(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "uci");
+    return arguments;
+}
+
 std::vector<std::string> Words(const std::string& line) {
     std::vector<std::string> words;
     std::istringstream input(line);
@@ -52,7 +57,7 @@ std::vector<std::string> Words(const std::string& line) {
 
 } // namespace
 
-CUciClient::CUciClient() : m_run({"uci"}, {"", "", true}) {}
+CUciClient::CUciClient(const std::vector<std::string>& arguments) : m_run(Command(arguments), {"", "", true}) {}
 
 std::vector<std::string> CUciClient::Until(const std::string& beginning) {
     const auto end = std::chrono::steady_clock::now() + kPatience;

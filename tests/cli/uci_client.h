@@ -10,7 +10,8 @@ namespace quillon::testing {
 
 class CUciClient {
   public:
-    CUciClient();
+    ///   arguments  of the command line, behind "uci".
+    explicit CUciClient(const std::vector<std::string>& arguments = {});
 
     /// One line.
     void Send(const std::string& line) const { m_run.Feed(line + "\n"); }

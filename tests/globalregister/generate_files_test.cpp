@@ -1,5 +1,6 @@
 #include "globalregister/generator/generator_files.h"
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -1,8 +1,10 @@
 #include "globalregister/generator/generate.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <random>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>

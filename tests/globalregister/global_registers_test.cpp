@@ -80,12 +80,14 @@ TEST_F(GlobalRegisters, LoadOnceAndCountUses) {
     EXPECT_EQ(first, second) << "loaded data answer at any depth";
     EXPECT_EQ(registers.Status().m_types.at(0).m_nRefCount, 2);
     EXPECT_EQ(registers.TotalMemoryInUse(), kTable);
+    EXPECT_EQ(registers.MemoryShown(), kTable);
     EXPECT_EQ(registers.TotalMemoryInUse(TypeOf("Q")), 0u);
     registers.ReleaseRegister(first);
     registers.ReleaseRegister(second);
     EXPECT_EQ(registers.Status().m_types.at(0).m_nRefCount, 0);
     registers.Unload(TypeOf("Q"));
     EXPECT_EQ(registers.TotalMemoryInUse(), 0u);
+    EXPECT_EQ(registers.MemoryShown(), 0u);
     EXPECT_TRUE(Use("Q")) << "unloaded data can be loaded again";
 }
 

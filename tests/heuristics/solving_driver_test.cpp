@@ -13,6 +13,7 @@
 #include "heuristics/result_texts.h"
 #include "platform/memory_info.h"
 #include "search/searched_position.h"
+#include "support/proof_verifier.h"
 #include "tempregister/bucket_count.h"
 
 namespace quillon::test {
@@ -700,6 +701,15 @@ TEST(SolvingDriver, VariantIsALegalLineToMate) {
         ++lines;
     }
     EXPECT_GT(lines, 0);
+}
+
+/// A mate in 29 for which 45 moves are allowed: the proofs that tell the replies apart do not reach so far.
+TEST(SolvingDriver, VariantOfALongMateIsAsLongAsItTakes) {
+    constexpr const char* kCage = "8/p2p3p/6pP/5pPk/1p1p1P2/1P1P1P1p/KP5P/8";
+    const TSolvingResult result = Solve(Request(kCage, 45));
+    EXPECT_GE(result.m_variant.size(), 2u * 29 - 1);
+    EXPECT_EQ(reference::FaultOfMatingLine(reference::ProblemFromFen(kCage), 45, result.m_variant), "")
+        << testing::PrintToString(result.m_variant);
 }
 
 /// Behind an en passant capture the square of the captured pawn is empty: the mating move there is no capture.

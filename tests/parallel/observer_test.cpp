@@ -6,6 +6,7 @@
 #include <cmath>
 #include <thread>
 
+#include "globalregister/active_tables.h"
 #include "heuristics/heuristic_set.h"
 #include "parallel/observed_solve.h"
 #include "parallel/status_texts.h"
@@ -105,6 +106,21 @@ TEST(Observer, CountsOnlyWhatThePassHasToDo) {
     EXPECT_TRUE(seen.back().m_pass.m_bSafeMode);
     const double moves = seen.back().m_part * (LegalMoves(kManyKeys) - 1);
     EXPECT_NEAR(moves, std::round(moves), 1e-9);
+}
+
+TEST(Observer, TellsTheMemoryOfPrecalculatedData) {
+    CActiveTables tables(true, {"BN"}); // two and a half megabytes
+    TSolveRequest scheduled = AllKeys(kManyKeys, 1, {});
+    scheduled.m_nSchedulerLevels = 2;
+    for (const TSolveRequest& request : {AllKeys(kManyKeys, 1, {}), scheduled})
+        for (const TProgressState& state : StatesAtKeys(request)) {
+            EXPECT_EQ(state.m_nGlobalRegisterMegabytes, 2u);
+            EXPECT_NE(StatusLine(state).find(" GR=2MB "), std::string::npos) << StatusLine(state);
+        }
+    tables.Activate(false);
+    const std::vector<TProgressState> without = StatesAtKeys(scheduled);
+    ASSERT_FALSE(without.empty());
+    EXPECT_EQ(without.front().m_nGlobalRegisterMegabytes, 0u);
 }
 
 TEST(Observer, ShowsTheLineOfTheOneThread) {

@@ -5,6 +5,7 @@
 
 #include "globalregister/packed/little_endian.h"
 #include "globalregister/packed/sequence_format.h"
+#include "platform/prefetch.h"
 
 namespace quillon {
 
@@ -56,6 +57,21 @@ CMatchFinder::CMatchFinder(std::span<const std::uint8_t> data, std::size_t nWind
         level.m_newest.resize(std::size_t{1} << nHashBits);
         level.m_earlier.resize(nPlaces);
     }
+    for (std::size_t position = 0; position < kAhead; ++position) {
+        Foresee<0>(position);
+        Foresee<1>(position);
+        Foresee<2>(position);
+    }
+}
+
+// Hashes the position and has its chain brought near: by the time that it is added it will be there.
+template <std::size_t nLevel> void CMatchFinder::Foresee(std::size_t position) {
+    if (position >= m_data.size() || m_data.size() - position < kPrefix[nLevel])
+        return;
+    TLevel& level = m_levels[nLevel];
+    const auto hash = static_cast<std::uint32_t>(Mixed<kPrefix[nLevel]>(m_data.data() + position) >> level.m_nShift);
+    level.m_ahead[position % kAhead] = hash;
+    Prefetch(level.m_newest.data() + hash);
 }
 
 // Result: the newest place of the chain before, + 1.
@@ -63,7 +79,8 @@ template <std::size_t nLevel> std::size_t CMatchFinder::AddTo(std::size_t positi
     if (m_data.size() - position < kPrefix[nLevel])
         return 0;
     TLevel& level = m_levels[nLevel];
-    std::uint32_t& newest = level.m_newest[Mixed<kPrefix[nLevel]>(m_data.data() + position) >> level.m_nShift];
+    std::uint32_t& newest = level.m_newest[level.m_ahead[position % kAhead]];
+    Foresee<nLevel>(position + kAhead);
     const std::uint32_t before = newest;
     level.m_earlier[position & level.m_nPlaceMask] = before;
     newest = static_cast<std::uint32_t>(position + 1);

@@ -27,22 +27,25 @@ class CMatchFinder {
     /// A long match at `position`, mostly the longest and of these the nearest; adds the position as Add does.
     [[nodiscard]] TFoundMatch FindAndAdd(std::size_t position);
 
-    /// What is added can be found. Positions are added in ascending order, each once.
+    /// What is added can be found. Positions are added from 0 on, each once and none left out.
     void Add(std::size_t position);
 
   private:
     static constexpr std::size_t kLevels = 3;
+    static constexpr std::size_t kAhead = 16; // positions from hash to use: as long as memory takes to answer
 
     using TPlaces = std::vector<std::uint32_t, CLargePageAllocator<std::uint32_t>>; // place + 1, 0 for none
 
     struct TLevel {
-        std::size_t m_nWindow = 0;    // how far back it is searched
-        std::size_t m_nPlaceMask = 0; // of a position, to an index of m_earlier
-        int m_nShift = 0;             // of a 64-bit hash, to an index of m_newest
-        TPlaces m_newest;             // by hash
-        TPlaces m_earlier;            // by place modulo the window: the one before it on its chain
+        std::size_t m_nWindow = 0;                   // how far back it is searched
+        std::size_t m_nPlaceMask = 0;                // of a position, to an index of m_earlier
+        int m_nShift = 0;                            // of a 64-bit hash, to an index of m_newest
+        TPlaces m_newest;                            // by hash
+        std::array<std::uint32_t, kAhead> m_ahead{}; // hashes of the next positions, by position modulo kAhead
+        TPlaces m_earlier;                           // by place modulo the window: the one before it on its chain
     };
 
+    template <std::size_t nLevel> void Foresee(std::size_t position);
     template <std::size_t nLevel> std::size_t AddTo(std::size_t position);
     template <std::size_t nLevel> void SearchChain(std::size_t next, std::size_t position, TFoundMatch& best) const;
     void Try(std::size_t candidate, std::size_t position, TFoundMatch& best) const;
