@@ -54,8 +54,13 @@ to. Those that are missing are named, or made first with --with-subtypes.
 The files go to DIR/Precalc, into its folder for so many men where there is
 one. After each level of a table its state is saved. Ctrl+C gives up the level
 under way and keeps that state; a second one ends the program, which costs no
-more. Ctrl+Z pauses, `fg` or SIGCONT goes on. SIGUSR1 writes to standard error
-how far it has come. The table that a restart replaces stays as ".BAK".
+more. Packing a table that is finished ends first. Ctrl+Z pauses, `fg` or
+SIGCONT goes on. SIGUSR1 writes to standard error how far it has come.
+
+A finished table counts in whatever form and folder it is: it is not made
+again beside its packed form. With --restart it is, and what is replaced stays
+as ".BAK", packed forms too; an unfinished table does so only where there is
+no ".BAK" yet.
 
 Settings that keep data packed or on disk do not hold for this run: it needs
 them in memory. Nobody is asked anything: without an option that says so nothing
@@ -89,8 +94,13 @@ class CWatchedGeneration {
 
     void Run(const std::vector<std::string>& types) {
         CThread thread(kGenerateStackBytes, [this, &types] { Generate(types); });
-        while (!WaitForEnd())
-            Watch();
+        try {
+            while (!WaitForEnd())
+                Watch();
+        } catch (...) { // the thread is joined on the way, and nobody would be there to end it
+            m_control.m_nPause.store(kGeneratorBreaks, std::memory_order_relaxed);
+            throw;
+        }
         thread.Join();
         m_line.Erase();
         if (m_failure)
@@ -183,8 +193,7 @@ EExitStatus RunGenerate(const TGenerateCommandOptions& options) {
         InstallJobSignals(g_generateSignals.m_jobs);
         FailAtFileSizeLimit();
         CWatchedGeneration(run, host, registers, line).Run(options.m_types);
-        const bool bStopped = g_generateSignals.m_nInterrupts.load(std::memory_order_relaxed) > 0;
-        return Graver(host.Status(), bStopped ? EExitStatus::Unanswered : EExitStatus::Answered);
+        return host.Status();
     } catch (const ChessException& failure) {
         WriteDiagnostic(failure.what());
         return EExitStatus::BadInput;
@@ -208,7 +217,9 @@ void AddGenerateCommand(CLI::App& app, TChosenCommand& chosen) {
             "Memory for the table and the data that it needs, in MiB. Without the option 90 % of the machine's")
         ->type_name("MB")
         ->transform(WholeNumber(1, kMostGenerateMB));
-    command->add_flag("--pack{lzw}", options->m_pack, "Also pack the finished table: lzw (without a word) or lz4")
+    command
+        ->add_flag("--pack{lzw}", options->m_pack,
+                   "Also pack the table, made now or before: lzw (without a word) or lz4")
         ->check(CLI::IsMember({"lzw", "lz4"}));
     CLI::Option* const goOn =
         command->add_flag("--continue", options->m_bContinue, "Go on with unfinished tables from the next level");

@@ -18,12 +18,17 @@ std::string UpTo(const TGenerateReport& report) {
     return report.m_file.string() + " is not finished and contains up to #" + std::to_string(report.m_nMate);
 }
 
+/// What the user's stop has cost.
+std::string GivenUp(const TGenerateReport& report) {
+    return report.m_nGivenUp == 0 ? "" : "; level " + std::to_string(report.m_nGivenUp) + ", under way, was given up";
+}
+
 const char* ResultName(const TGenerateReport& report) {
     if (report.m_status == EGenerateStatus::Failed)
         return "failed";
     if (report.m_status == EGenerateStatus::Done)
         return report.m_bMade ? "made" : "exists";
-    return "unfinished";
+    return report.m_nLevels > 0 ? "unfinished" : "stopped";
 }
 
 /// Hours only where there are any.
@@ -87,7 +92,7 @@ std::string CGenerateHost::ProgressText() const {
 void CGenerateHost::TypeEnded(const TGenerateReport& report) {
     if (report.m_status == EGenerateStatus::Failed)
         m_status = Graver(m_status, report.m_bSystemFailed ? EExitStatus::SystemFailure : EExitStatus::BadInput);
-    else if (report.m_status == EGenerateStatus::Cancelled)
+    else if (report.m_status == EGenerateStatus::Cancelled || report.m_bNotPacked)
         m_status = Graver(m_status, EExitStatus::Unanswered);
     if (m_answers.m_bJson)
         return m_line.WriteResult(GenerateJson(report));
@@ -103,13 +108,14 @@ std::string GenerateText(const TGenerateReport& report) {
     if (report.m_status == EGenerateStatus::Failed) // the reason has been told
         return "";
     if (report.m_status == EGenerateStatus::Cancelled)
-        return report.m_nLevels == 0 ? head + "stopped" : head + UpTo(report) + kLeftUnfinished;
+        return head + (report.m_nLevels == 0 ? "stopped" : UpTo(report) + kLeftUnfinished) + GivenUp(report);
+    const char* const packed = report.m_bNotPacked ? ", not packed" : "";
     if (!report.m_bMade)
-        return head + WithoutControls(report.m_file.string()) + " exists already";
+        return head + WithoutControls(report.m_file.string()) + " exists already" + packed;
     return head + "longest mate #" + std::to_string(report.m_nMate) + ", " + std::to_string(report.m_nPositions) +
            " positions with a mate, " + std::to_string(report.m_nLevels) + " levels, " +
            WithDecimals("%.2f s, ", report.m_seconds) + WithoutControls(report.m_file.string()) + ", " +
-           std::to_string(report.m_nBytes) + " bytes";
+           std::to_string(report.m_nBytes) + " bytes" + packed;
 }
 
 std::string GenerateJson(const TGenerateReport& report) {

@@ -54,7 +54,9 @@ TEST_F(GenerateCommand, MakesTablesThatProbeReads) {
 }
 
 TEST_F(GenerateCommand, WhatIsThereStays) {
-    WriteElements(Table("Q.precalc"), {1, 2, 3});
+    TElements old(40960, 1);
+    old[0] = 0;
+    WriteElements(Table("Q.precalc"), old);
     const TProgramResult there = Generate({"Q"});
     EXPECT_EQ(there.m_nStatus, 0);
     EXPECT_EQ(there.m_out, "Q: " + Table("Q.precalc") + " exists already\n");
@@ -65,11 +67,17 @@ TEST_F(GenerateCommand, WhatIsThereStays) {
                                     " is not finished and contains up to #4; --continue goes on with it, --restart "
                                     "makes it anew\n");
     EXPECT_EQ(TGeneratedJson::parse(Generate({"Q", "--json"}).m_out)["result"], "unfinished");
+    WriteElements(Table("Q.precalc"), {1, 2, 3});
     EXPECT_EQ(Generate({"Q", "--continue"}).m_nStatus, 3); // no table of that size
     EXPECT_EQ(ReadWholeFile(Table("Q.precalc")), (TElements{1, 2, 3}));
     EXPECT_EQ(Generate({"Q", "--restart"}).m_nStatus, 0);
     EXPECT_TRUE(ReadWholeFile(Table("Q.precalc")) == ThreeMenElements("Q"));
     EXPECT_EQ(ReadWholeFile(Table("Q.precalc.BAK")), (TElements{1, 2, 3}));
+    WriteElements(Table("Q.precalc"), {1, 2, 3});
+    const TProgramResult wrong = Generate({"Q"});
+    EXPECT_EQ(wrong.m_nStatus, 2);
+    EXPECT_EQ(wrong.m_err,
+              "quillon: Error: Error reading file " + Table("Q.precalc") + " (it is no whole table of its type)\n");
 }
 
 TEST_F(GenerateCommand, MissingTypesAreNamedOrMade) {
@@ -83,8 +91,8 @@ TEST_F(GenerateCommand, MissingTypesAreNamedOrMade) {
     EXPECT_TRUE(made.OutLines()[2].starts_with("P: longest mate #28, ")) << made.m_out;
 }
 
-/// However far it has come, a table that is not finished is known as such.
-TEST_F(GenerateCommand, AnInterruptedRunLeavesOneState) {
+/// However far it has come: afterwards the tables are those of a run that nobody has interrupted.
+TEST_F(GenerateCommand, AnInterruptedRunGoesOn) {
     CProgramRun run(Arguments({"B", "QR", "--with-subtypes", "--progress"}));
     ASSERT_TRUE(run.WaitForError(": level "));
     run.Signal(SIGUSR1);
@@ -93,6 +101,14 @@ TEST_F(GenerateCommand, AnInterruptedRunLeavesOneState) {
     EXPECT_EQ(stopped.m_nStatus, 1) << stopped.m_err;
     EXPECT_FALSE(std::filesystem::exists(Table("QR.precalc.SAVE_PENDING")));
     EXPECT_TRUE(!std::filesystem::exists(Table("QR.precalc")) || std::filesystem::exists(Table("QR.precalc.iter")));
+    const TProgramResult goneOn = Generate({"B", "QR", "--with-subtypes", "--continue"});
+    EXPECT_EQ(goneOn.m_nStatus, 0) << goneOn.m_err;
+    EXPECT_FALSE(std::filesystem::exists(Table("QR.precalc.iter")));
+    EXPECT_TRUE(ReadWholeFile(Table("Q.precalc")) == ThreeMenElements("Q"));
+    EXPECT_TRUE(ReadWholeFile(Table("R.precalc")) == ThreeMenElements("R"));
+    const TElements whole = ReadWholeFile(Table("QR.precalc")).value_or(TElements{});
+    EXPECT_EQ(Generate({"QR", "--restart"}).m_nStatus, 0);
+    EXPECT_TRUE(ReadWholeFile(Table("QR.precalc")) == whole && !whole.empty());
 }
 
 TEST_F(GenerateCommand, WrongUsageIsToldInOneLine) {

@@ -44,7 +44,7 @@ class GeneratorFiles : public testing::TestWithParam<bool> { // true: bit data
 
     /// Two levels, and the end. What is there before is kept.
     void MakeAll(CGeneratorFiles files) const {
-        files.KeepOld();
+        files.KeepOld(true);
         MakeDetails(files);
         for (const std::uint32_t nLevel : {1u, 2u})
             ASSERT_EQ(files.Save(StateOf(nLevel), nLevel), "");
@@ -93,6 +93,56 @@ TEST_P(GeneratorFiles, WhatWasThereIsKeptOnce) {
     EXPECT_EQ(ReadWholeFile(Beside(".BAK")), (TElements{1, 2, 3}));
     EXPECT_EQ(ReadWholeFile(Plain()), StateOf(kFinished));
     EXPECT_EQ(fs::exists(Details().string() + ".BAK"), GetParam());
+}
+
+TEST_P(GeneratorFiles, PackedFormsAreKeptToo) {
+    for (const char* extension : {".lz4", ".packed.lzw", ".packed.lz4"}) {
+        WriteElements(Beside(extension), {1, 2});
+        WriteElements(Details().string() + extension, {3});
+    }
+    MakeAll(Files());
+    for (const char* extension : {".lz4", ".packed.lzw", ".packed.lz4"}) {
+        EXPECT_FALSE(fs::exists(Beside(extension))) << extension;
+        EXPECT_EQ(ReadWholeFile(Beside(extension).string() + ".BAK"), (TElements{1, 2})) << extension;
+        EXPECT_EQ(fs::exists(Details().string() + extension), !GetParam()) << extension;
+    }
+}
+
+/// A finished table that has been kept is worth more than one in the making.
+TEST_P(GeneratorFiles, AFinishedTableThatIsKeptStays) {
+    for (const bool bFinished : {false, true}) {
+        m_folder = std::make_unique<CTemporaryFolder>();
+        WriteElements(Plain(), {1, 2, 3});
+        WriteElements(Beside(".BAK"), {9});
+        CGeneratorFiles files = Files();
+        files.KeepOld(bFinished);
+        MakeDetails(files);
+        ASSERT_EQ(files.Save(StateOf(1), 1), "");
+        EXPECT_EQ(ReadWholeFile(Beside(".BAK")), bFinished ? (TElements{1, 2, 3}) : TElements{9});
+        EXPECT_EQ(ReadWholeFile(Plain()), StateOf(1));
+    }
+}
+
+TEST_P(GeneratorFiles, ALevelWithoutATableTellsNothing) {
+    WriteElements(Beside(".iter"), {4, 0, 0, 0});
+    CGeneratorFiles files = Files();
+    files.RemoveStrays();
+    EXPECT_FALSE(fs::exists(Beside(".iter")));
+    WriteElements(Plain(), StateOf(1));
+    WriteElements(Beside(".iter"), {4, 0, 0, 0});
+    files.RemoveStrays();
+    EXPECT_EQ(files.ReadLevel(), 4u);
+}
+
+TEST_P(GeneratorFiles, LengthsAreNotMadeAfterAStop) {
+    CGeneratorFiles files = Files();
+    if (GetParam()) {
+        EXPECT_FALSE(files.CreateDetails(2 * kBytes, 3, 1, [] { return true; }));
+        EXPECT_TRUE(fs::is_empty(m_folder->Path()));
+        EXPECT_TRUE(files.CreateDetails(2 * kBytes, 3, 1, [] { return false; }));
+    }
+    EXPECT_TRUE(files.Lock());
+    EXPECT_FALSE(Files().Lock());
 }
 
 /// Wherever a run is killed, the next one finds a table and the level that it has, and nothing is lost for longer than
@@ -219,7 +269,10 @@ TEST_P(GeneratorFiles, ARunThatIsGivenUpLeavesNothing) {
     CGeneratorFiles files = Files();
     files.RemovePartial();
     EXPECT_TRUE(fs::exists(Plain())) << "what is finished is not of this run";
-    files.KeepOld();
+    files.KeepOld(true);
+    MakeDetails(files);
+    files.RemovePartial();
+    EXPECT_EQ(ReadWholeFile(Plain()), StateOf(kFinished)) << "nor is what no save has replaced yet";
     MakeDetails(files);
     ASSERT_EQ(files.Save(StateOf(1), 1), "");
     files.RemovePartial();

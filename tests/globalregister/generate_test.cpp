@@ -11,7 +11,9 @@
 #include <unistd.h>
 
 #include "core/chess_exception.h"
+#include "globalregister/generator/existing_table.h"
 #include "globalregister/generator/generate_texts.h"
+#include "globalregister/precalc_format.h"
 #include "globalregister/table_files.h"
 #include "platform/memory_info.h"
 #include "platform/save_file.h"
@@ -91,9 +93,15 @@ class GenerateTables : public testing::Test {
         static const TElements queen = ThreeMenElements("Q"), rook = ThreeMenElements("R");
         return type == "Q" ? queen : rook;
     }
+    /// A table by its size, which says that it is not of this run.
+    static TElements Old(std::uint8_t mark = 1) {
+        TElements table(40960, mark);
+        table[0] = 0;
+        return table;
+    }
     void ExpectWhole(const std::string& type) const {
         EXPECT_TRUE(Table(type) == Expected(type)) << type;
-        for (const char* extension : {".iter", ".SAVE_PENDING", ".NEW"})
+        for (const char* extension : {".iter", ".SAVE_PENDING", ".NEW", ".LOCK"})
             EXPECT_FALSE(fs::exists(Beside(type, extension))) << extension;
     }
 
@@ -171,23 +179,23 @@ TEST_F(GenerateTables, MemoryIsLimited) {
 // --- what is there already
 
 TEST_F(GenerateTables, AFinishedTableStaysUnlessItIsToBeMadeAnew) {
-    WriteElements(Plain("Q"), {1, 2, 3});
+    WriteElements(Plain("Q"), Old());
     m_host.m_answers = {EThreeWay::Yes, EThreeWay::Cancel, EThreeWay::No};
     for (const EGenerateStatus status : {EGenerateStatus::Done, EGenerateStatus::Cancelled}) {
         const TGenerateReport report = Make("Q");
         EXPECT_EQ(report.m_status, status);
         EXPECT_EQ(report.m_found, EFoundTable::Finished);
         EXPECT_FALSE(report.m_bMade);
-        EXPECT_EQ(Table("Q"), (TElements{1, 2, 3}));
+        EXPECT_TRUE(Table("Q") == Old());
     }
     EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
     EXPECT_EQ(m_host.m_asked, TTexts(3, "File already exists. Continue filling data?"));
-    EXPECT_EQ(ReadWholeFile(Beside("Q", ".BAK")), (TElements{1, 2, 3}));
+    EXPECT_TRUE(ReadWholeFile(Beside("Q", ".BAK")) == Old());
     ExpectWhole("Q");
 }
 
 TEST_F(GenerateTables, OptionsAnswerForTheUser) {
-    WriteElements(Plain("Q"), {1, 2, 3});
+    WriteElements(Plain("Q"), Old());
     for (const EExistingTable choice : {EExistingTable::Leave, EExistingTable::Continue, EExistingTable::Restart}) {
         m_options.m_existing = choice;
         const TGenerateReport report = Make("Q");
@@ -206,6 +214,75 @@ TEST_F(GenerateTables, OptionsAnswerForTheUser) {
     EXPECT_TRUE(Make("Q").m_bMade);
     ExpectWhole("Q");
     EXPECT_EQ(m_host.m_asked, TTexts{});
+}
+
+/// The rest of the files is what a stopped restart leaves.
+TEST_F(GenerateTables, AnotherRestartDoesNotCostTheFinishedTable) {
+    WriteElements(Plain("Q"), Old());
+    m_options.m_existing = EExistingTable::Restart;
+    (void)MakeUpTo("Q", 3);
+    (void)MakeUpTo("Q", 5);
+    EXPECT_TRUE(ReadWholeFile(Beside("Q", ".BAK")) == Old());
+    EXPECT_EQ(ReadWholeFile(Beside("Q", ".iter")), (TElements{5, 0, 0, 0}));
+}
+
+TEST_F(GenerateTables, ATableInAnyFormIsThere) {
+    m_options.m_packForm = ETableForm::Lz4;
+    ASSERT_TRUE(Make("Q").m_bMade);
+    m_options.m_packForm.reset();
+    fs::remove(Plain("Q"));
+    const TElements packed = ReadWholeFile(Beside("Q", ".lz4")).value();
+    m_options.m_existing = EExistingTable::Continue;
+    const TGenerateReport there = Make("Q");
+    EXPECT_EQ(there.m_status, EGenerateStatus::Done);
+    EXPECT_EQ(there.m_file, Beside("Q", ".lz4"));
+    EXPECT_EQ(there.m_nBytes, packed.size());
+    EXPECT_FALSE(there.m_bMade || fs::exists(Plain("Q")));
+    m_options.m_existing = EExistingTable::Restart;
+    EXPECT_TRUE(Make("Q").m_bMade);
+    EXPECT_FALSE(fs::exists(Beside("Q", ".lz4")));
+    EXPECT_EQ(ReadWholeFile(Beside("Q", ".lz4.BAK")), packed);
+    ExpectWhole("Q");
+}
+
+TEST_F(GenerateTables, ATableOfTheSecondRootIsThere) {
+    m_precalc.m_folders.m_secondRoot = m_folder.Path() / "second";
+    const fs::path file = m_folder.Path() / "second/Q.precalc";
+    WriteElements(file, Old());
+    m_host.m_boxes.m_answers = {true, true};
+    m_options.m_existing = EExistingTable::Leave;
+    const TGenerateReport there = Make("Q");
+    EXPECT_EQ(there.m_status, EGenerateStatus::Done);
+    EXPECT_EQ(there.m_file, file);
+    m_options.m_existing = EExistingTable::Restart;
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+    ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
+    EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: The following file exists: " + file.string()));
+    EXPECT_TRUE(fs::is_empty(m_folder.Path() / "Precalc"));
+}
+
+TEST_F(GenerateTables, WhatIsNoTableIsNotTakenForOne) {
+    WriteElements(Plain("Q"), {1, 2, 3});
+    m_options.m_existing = EExistingTable::Leave;
+    const TGenerateReport wrong = Make("Q");
+    EXPECT_EQ(wrong.m_status, EGenerateStatus::Failed);
+    EXPECT_FALSE(wrong.m_bSystemFailed);
+    EXPECT_EQ(m_host.m_boxes.m_told,
+              TTexts{"Error: Error reading file " + Plain("Q").string() + " (it is no whole table of its type)"});
+    EXPECT_EQ(Table("Q"), (TElements{1, 2, 3}));
+    m_options.m_existing = EExistingTable::Restart;
+    EXPECT_TRUE(Make("Q").m_bMade);
+    ExpectWhole("Q");
+}
+
+TEST_F(GenerateTables, OneProcessMakesATable) {
+    fs::create_directories(Plain("Q").parent_path());
+    CGeneratorFiles other({Plain("Q"), {}});
+    ASSERT_TRUE(other.Lock());
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+    ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
+    EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: Another process is making this table: "));
+    EXPECT_FALSE(fs::exists(Plain("Q")));
 }
 
 TEST_F(GenerateTables, ASaveThatNobodyCanEndForbidsToGoOn) {
@@ -266,8 +343,41 @@ TEST_F(GenerateTables, AStoppedRunIsTakenUpFromAnyLevel) {
 
 TEST_F(GenerateTables, AStoppedRunLeavesNothingOnRequest) {
     m_host.m_boxes.m_answers = {true};
-    EXPECT_EQ(MakeUpTo("R", 4).m_status, EGenerateStatus::Cancelled);
+    const TGenerateReport report = MakeUpTo("R", 4);
+    EXPECT_EQ(report.m_status, EGenerateStatus::Cancelled);
+    EXPECT_EQ(report.m_nLevels, 0u) << "nothing is there any more";
+    EXPECT_EQ(report.m_nMate, 0u);
     EXPECT_EQ(std::distance(fs::directory_iterator(m_folder.Path() / "Precalc"), {}), 0);
+}
+
+/// What a restart has not replaced yet is not of its run.
+TEST_F(GenerateTables, ARestartThatIsGivenUpAtOnceLeavesTheTableBefore) {
+    ASSERT_EQ(MakeUpTo("R", 4).m_nLevels, 4u);
+    const TElements before = Table("R");
+    m_options.m_existing = EExistingTable::Restart;
+    m_host.m_boxes.m_asked.clear();
+    m_host.m_boxes.m_answers = {true};
+    CGlobalRegisters registers(m_precalc, m_host, m_nQuota);
+    TGeneratorControl control;
+    control.m_nPause = kGeneratorBreaks;
+    const TGenerateReport report = Generate("R", m_options, m_host, registers, control);
+    EXPECT_EQ(report.m_status, EGenerateStatus::Cancelled);
+    EXPECT_EQ(m_host.m_boxes.m_asked.size(), 1u);
+    EXPECT_EQ(report.m_nLevels, 4u);
+    EXPECT_TRUE(Table("R") == before);
+    EXPECT_EQ(ReadWholeFile(Beside("R", ".iter")), (TElements{4, 0, 0, 0}));
+}
+
+TEST_F(GenerateTables, AStopIsOfAllTypesThatAreLeft) {
+    CGlobalRegisters registers(m_precalc, m_host, m_nQuota);
+    TGeneratorControl control;
+    control.m_bStop = true;
+    const auto reports = GenerateMany({"R", "Q"}, m_options, m_host, registers, control);
+    ASSERT_EQ(reports.size(), 2u);
+    for (const TGenerateReport& report : reports)
+        EXPECT_EQ(report.m_status, EGenerateStatus::Cancelled);
+    EXPECT_EQ(m_host.m_ended, (TTexts{"Q", "R"}));
+    EXPECT_FALSE(fs::exists(Plain("Q")));
 }
 
 /// At some steps of saves, and at those of the end.
@@ -346,6 +456,43 @@ TEST_F(GenerateTables, MissingTypesAreNamed) {
     EXPECT_FALSE(fs::exists(Plain("QRr")));
 }
 
+/// They need not be made: it is the memory that is missing.
+TEST_F(GenerateTables, TypesWithoutRoomAreNotMissing) {
+    WriteElements(Plain("Q"), Expected("Q"));
+    WriteElements(Plain("R"), Expected("R"));
+    m_options.m_nMemoryBytes = 130'000; // P takes 98304 of them, and a tenth for its marks
+    const TGenerateReport report = Make("P");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_TRUE(report.m_bSystemFailed);
+    EXPECT_EQ(report.m_missingTypes, TTexts{});
+    ASSERT_FALSE(m_host.m_boxes.m_told.empty());
+    EXPECT_EQ(m_host.m_boxes.m_told.back(), "Error: Error reading register data from disk (not enough memory? "
+                                            "UseDataPackedForRandomAccess off?)");
+}
+
+/// Four queens without their combinations would be 2.5 GiB.
+TEST_F(GenerateTables, ATableOfSixMenIsMeasuredWithItsCombinations) {
+    m_options.m_nMemoryBytes = std::uint64_t{150} << 20;
+    EXPECT_EQ(Make("QQQQ").m_missingTypes, TTexts{"QQQ"});
+}
+
+TEST_F(GenerateTables, ATypeWithConversionsIsTakenUp) {
+    WriteElements(Plain("Q"), Expected("Q"));
+    WriteElements(Plain("R"), Expected("R"));
+    m_options.m_existing = EExistingTable::Continue;
+    ASSERT_TRUE(Make("P").m_bMade);
+    const TElements whole = Table("P");
+    fs::remove(Plain("P"));
+    m_options.m_onFileStep = [nLeft = 100](std::string_view) mutable {
+        if (nLeft-- == 0)
+            throw TRunKilled{};
+    };
+    EXPECT_THROW((void)Make("P"), TRunKilled);
+    m_options.m_onFileStep = {};
+    ASSERT_TRUE(Make("P").m_bMade);
+    EXPECT_TRUE(Table("P") == whole);
+}
+
 TEST_F(GenerateTables, WhatIsMissingIsMadeFirst) {
     WriteElements(Plain("Q"), Expected("Q"));
     m_options.m_bWithSubtypes = true;
@@ -391,6 +538,26 @@ TEST_F(GenerateTables, CustomTypesHaveAFolderOfTheirOwn) {
     }
 }
 
+/// What a pawn becomes leaves the pattern, also where there is a table of it: here ones that mate at once everywhere.
+TEST_F(GenerateTables, CustomTypesTakeNothingFromOtherTables) {
+    const std::string type = "KPk+Pa2";
+    const TGenerateReport alone = Make(type);
+    ASSERT_EQ(alone.m_status, EGenerateStatus::Done);
+    const TElements table = ReadWholeFile(alone.m_file).value();
+    fs::remove(alone.m_file);
+    for (const char* name : {"Q", "R", "P", "QP", "RP", "BP", "NP"}) {
+        TPositionIndexing indexing(name);
+        const std::uint16_t wFlags = FlagsOf(indexing, false);
+        ASSERT_TRUE(ApplyFlags(indexing, wFlags));
+        TElements elements(indexing.GetSize(), 1);
+        elements[0] = static_cast<std::uint8_t>(wFlags);
+        WriteElements(Plain(name), elements);
+        ASSERT_TRUE(HasFinishedTable(TPositionIndexing(name), m_precalc.m_folders)) << name;
+    }
+    ASSERT_TRUE(Make(type).m_bMade);
+    EXPECT_TRUE(ReadWholeFile(alone.m_file) == table);
+}
+
 TEST_F(GenerateTables, PackedBeside) {
     m_options.m_packForm = ETableForm::Lzw;
     EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
@@ -401,6 +568,7 @@ TEST_F(GenerateTables, PackedBeside) {
     const CRegisterUse data(registers.GetRegisterForTool(TPositionIndexing("Q").nPositionType));
     ASSERT_TRUE(data);
     EXPECT_EQ(data->nRandomAccessKind, kPackedAccess);
+    m_options.m_existing = EExistingTable::Restart;
     fs::create_directory(Beside("Q", ".lz4"));
     m_options.m_packForm = ETableForm::Lz4;
     m_precalc.m_nUseDataPackedForRandomAccess = 0;
@@ -408,6 +576,27 @@ TEST_F(GenerateTables, PackedBeside) {
     ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
     EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: An error occurred during data compression"));
     ExpectWhole("Q");
+}
+
+TEST_F(GenerateTables, ATableThatIsThereIsPacked) {
+    WriteElements(Plain("Q"), Expected("Q"));
+    m_options.m_existing = EExistingTable::Leave;
+    m_options.m_packForm = ETableForm::Lz4;
+    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
+    EXPECT_TRUE(fs::exists(Beside("Q", ".lz4")));
+    EXPECT_TRUE(HasFinishedTable(TPositionIndexing("Q"), m_precalc.m_folders));
+    WriteElements(Beside("Q", ".lz4"), {1});
+    fs::remove(Plain("Q"));
+    EXPECT_FALSE(HasFinishedTable(TPositionIndexing("Q"), m_precalc.m_folders));
+}
+
+TEST_F(GenerateTables, AWrongTypeAmongOthersIsOneFailure) {
+    m_options.m_bWithSubtypes = true;
+    CGlobalRegisters registers(m_precalc, m_host, m_nQuota);
+    TGeneratorControl control;
+    const auto reports = GenerateMany({"QX"}, m_options, m_host, registers, control);
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].m_status, EGenerateStatus::Failed);
 }
 
 TEST_F(GenerateTables, WrongTypesAreRefused) {

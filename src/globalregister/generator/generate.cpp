@@ -1,9 +1,11 @@
 #include "globalregister/generator/generate.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "core/chess_exception.h"
+#include "globalregister/generator/existing_table.h"
 #include "globalregister/generator/generate_texts.h"
 #include "globalregister/generator/reached_types.h"
 #include "globalregister/generator/table_making.h"
@@ -20,17 +22,21 @@ constexpr int kDataSharePercent = 90;
 /// The settings of a run, until it ends.
 class CRunSettings {
   public:
+    /// What fails in here is restored as well.
     CRunSettings(IGenerateHost& host, CGlobalRegisters& registers, std::uint64_t nMemory)
-        : m_host(host), m_registers(registers), m_options(registers.Options()), m_nQuota(registers.Quota()) {
+        : CRunSettings(host, registers) {
         m_host.LimitTemporaryRegister(kFewBuckets, kSmallSharePercent);
         m_registers.SetGeneratorMode(true);
         m_registers.SetQuota(nMemory);
     }
     ~CRunSettings() {
-        m_registers.SetGeneratorMode(false);
-        (void)m_registers.SetOptions(m_options); // with what has been made
-        m_registers.SetQuota(m_nQuota);
         m_host.RestoreTemporaryRegister();
+        m_registers.SetGeneratorMode(false);
+        m_registers.SetQuota(m_nQuota);
+        try {
+            (void)m_registers.SetOptions(m_options); // with what has been made
+        } catch (const std::bad_alloc&) {            // they are read again when data are next unloaded
+        }
     }
     CRunSettings(const CRunSettings&) = delete;
     CRunSettings& operator=(const CRunSettings&) = delete;
@@ -58,11 +64,21 @@ class CRunSettings {
     }
 
   private:
+    CRunSettings(IGenerateHost& host, CGlobalRegisters& registers)
+        : m_host(host), m_registers(registers), m_options(registers.Options()), m_nQuota(registers.Quota()) {}
+
     IGenerateHost& m_host;
     CGlobalRegisters& m_registers;
     const TPrecalcOptions m_options;
     const std::uint64_t m_nQuota;
 };
+
+TGenerateReport Cancelled(const std::string& typeName) {
+    TGenerateReport report;
+    report.m_typeName = typeName;
+    report.m_status = EGenerateStatus::Cancelled;
+    return report;
+}
 
 class CGeneration {
   public:
@@ -76,18 +92,19 @@ class CGeneration {
 
     /// The types that are to be made, what others need before them.
     [[nodiscard]] std::vector<std::string> Plan(const std::vector<std::string>& typeNames) {
-        std::vector<std::string> ordinary, custom;
+        std::vector<std::string> ordinary, others; // these need none before them, or turn out to be wrong
         for (const std::string& typeName : typeNames)
-            if (IsCustomType(typeName))
-                custom.push_back(typeName);
+            if (IsCustomType(typeName) || !IsGeneratedType(typeName))
+                others.push_back(typeName);
             else
                 ordinary.push_back(InTypeOrder(typeName));
         std::vector<std::string> plan;
         for (std::string& type : TypesInOrderOfMaking(ordinary))
             if (std::ranges::find(ordinary, type) != ordinary.end() ||
-                (m_options.m_bWithSubtypes && !HasWholeData(type)))
+                (m_options.m_bWithSubtypes &&
+                 !HasFinishedTable(TPositionIndexing(type), m_registers.Options().m_folders)))
                 plan.push_back(std::move(type));
-        for (std::string& type : custom)
+        for (std::string& type : others)
             if (std::ranges::find(plan, type) == plan.end())
                 plan.push_back(std::move(type));
         return plan;
@@ -108,15 +125,21 @@ class CGeneration {
         return report;
     }
 
+    /// The run has been told to end before this type.
+    [[nodiscard]] TGenerateReport LeaveOut(const std::string& typeName) {
+        TGenerateReport report = Cancelled(typeName);
+        m_host.TypeEnded(report);
+        return report;
+    }
+
   private:
-    /// Loaded for a look only: of a long plan not everything has room at a time.
-    [[nodiscard]] bool HasWholeData(const std::string& typeName) {
-        const TPositionType type = TPositionIndexing(typeName).nPositionType;
-        bool bWhole = false;
-        if (const CRegisterUse data(m_registers.GetRegisterForTool(type)); data)
-            bWhole = !data->bCompactUnfinished;
-        m_registers.Unload(type);
-        return bWhole;
+    [[nodiscard]] static bool IsGeneratedType(const std::string& typeName) {
+        try {
+            CheckGeneratedType(typeName);
+            return true;
+        } catch (const ChessException&) {
+            return false;
+        }
     }
 
     const TGenerateOptions& m_options;
@@ -127,23 +150,14 @@ class CGeneration {
     CRunSettings m_settings;
 };
 
-bool IsStopped(const TGeneratorControl& control) {
-    return control.m_bStop.load(std::memory_order_relaxed) ||
-           control.m_nPause.load(std::memory_order_relaxed) == kGeneratorBreaks;
-}
-
 } // namespace
 
 TGenerateReport Generate(std::string_view typeName, const TGenerateOptions& options, IGenerateHost& host,
                          CGlobalRegisters& registers, TGeneratorControl& control) {
     const std::string type(typeName);
     CGeneration generation(options, host, registers, control);
-    if (!generation.Prepare()) {
-        TGenerateReport report;
-        report.m_typeName = type;
-        report.m_status = EGenerateStatus::Cancelled;
-        return report;
-    }
+    if (!generation.Prepare())
+        return Cancelled(type);
     return generation.Make(type, {});
 }
 
@@ -156,9 +170,8 @@ std::vector<TGenerateReport> GenerateMany(const std::vector<std::string>& typeNa
         return reports;
     const std::vector<std::string> plan = generation.Plan(typeNames);
     for (const std::string& type : plan) {
-        if (IsStopped(control))
-            break;
-        reports.push_back(generation.Make(type, {static_cast<int>(reports.size()) + 1, static_cast<int>(plan.size())}));
+        const TPlaceInSeries place{static_cast<int>(reports.size()) + 1, static_cast<int>(plan.size())};
+        reports.push_back(IsStopped(control) ? generation.LeaveOut(type) : generation.Make(type, place));
     }
     const auto hasFailed = [](const TGenerateReport& report) { return report.m_status == EGenerateStatus::Failed; };
     if (plan.size() > 1 && std::ranges::any_of(reports, hasFailed))

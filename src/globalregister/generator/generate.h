@@ -31,6 +31,12 @@
 
 namespace quillon {
 
+/// Has the run been told to end?
+[[nodiscard]] inline bool IsStopped(const TGeneratorControl& control) {
+    return control.m_bStop.load(std::memory_order_relaxed) ||
+           control.m_nPause.load(std::memory_order_relaxed) == kGeneratorBreaks;
+}
+
 enum class EGenerateStatus : std::uint8_t { Failed = 0, Done = 1, Cancelled = 255 };
 
 /// What there was of a table before its run.
@@ -41,12 +47,14 @@ struct TGenerateReport {
     EGenerateStatus m_status = EGenerateStatus::Failed;
     EFoundTable m_found = EFoundTable::None;
     bool m_bMade = false;                    // by this run; false: it was there, or is not finished
+    bool m_bNotPacked = false;               // though that was asked for: the run was told to end
     bool m_bSystemFailed = false;            // memory or disk, rather than what was asked for
     std::uint32_t m_nMate = 0;               // moves of the longest mate; of an unfinished table of what it has
     std::uint64_t m_nPositions = 0;          // indices with a mate
-    std::uint32_t m_nLevels = 0;             // the last that was finished
+    std::uint32_t m_nLevels = 0;             // the last that was finished; of a table that is not there 0
+    std::uint32_t m_nGivenUp = 0;            // the level that a stop has broken off; 0: none
     double m_seconds = 0;                    // of this run
-    std::filesystem::path m_file;            // the plain one
+    std::filesystem::path m_file;            // the plain one, or the form of it that was there
     std::uint64_t m_nBytes = 0;              // of it, and of the lengths
     std::vector<std::string> m_missingTypes; // without data, which was the failure
 };
@@ -79,12 +87,14 @@ class IGenerateHost : public INotifier {
     virtual void RestoreTemporaryRegister() {}
 };
 
-/// What to do with a file that is there.
+/// What to do with a file that is there. A finished table counts in whatever form and folder it is: its type is not
+/// made beside it, since the files of a table in the making would mark it as unfinished. One of the second root is made
+/// anew by nobody, for it would still be taken first.
 enum class EExistingTable : std::uint8_t {
     Ask,      // Yes: it is continued, what is finished stays; No: it is made anew; Cancel: it stays as it is
     Leave,    // as with Cancel; what is finished counts as done
     Continue, // from the next level; what is finished stays
-    Restart,  // it is made anew; the old one stays as ".BAK"
+    Restart,  // it is made anew; the old one, packed forms too, stays as ".BAK"
 };
 
 struct TGenerateOptions {
@@ -92,19 +102,19 @@ struct TGenerateOptions {
     std::uint64_t m_nMemoryBytes = 0; // that all may take; 0: 90 % of the machine's
     EExistingTable m_existing = EExistingTable::Ask;
     bool m_bWithSubtypes = false;         // what is missing is made first
-    std::optional<ETableForm> m_packForm; // packed beside the plain file
+    std::optional<ETableForm> m_packForm; // packed beside the plain file, also one that was there
     TFileStep m_onFileStep;               // see generator_files.h
 };
 
 /// Makes the table of an ordinary or a custom type.
 ///   control  3 (kGeneratorBreaks) ends the run: the level under way is given up, the files have the one before. The
-///            user is asked whether they stay.
+///            user is asked whether they stay. What is finished stays, though perhaps not packed.
 ///   Errors   none: they are told to the host, and in the report.
 [[nodiscard]] TGenerateReport Generate(std::string_view typeName, const TGenerateOptions& options, IGenerateHost& host,
                                        CGlobalRegisters& registers, TGeneratorControl& control);
 
 /// The same for several types, the simplest first. With m_bWithSubtypes those that they need and that have no data are
-/// made, too. One that fails does not keep the rest from being tried; a stop does.
+/// made, too. One that fails does not keep the rest from being tried; a stop does, and the rest counts as cancelled.
 ///   Result  of each type, in the order of making; the host has heard them.
 std::vector<TGenerateReport> GenerateMany(const std::vector<std::string>& typeNames, const TGenerateOptions& options,
                                           IGenerateHost& host, CGlobalRegisters& registers, TGeneratorControl& control);

@@ -37,6 +37,18 @@ inline constexpr std::string_view kPawnAnalysisQuestion = "Should short analysis
            "\n\nThis indicates a failure during save.\nGeneration cannot be continued.";
 }
 
+[[nodiscard]] inline std::string OtherRunText(const std::string& lock) {
+    return "Another process is making this table: " + lock + " is locked by it";
+}
+[[nodiscard]] inline std::string SecondRootTableText(const std::string& file) {
+    return "The following file exists: " + file +
+           "\n\nIt is in the folder PrecalcPath, which nothing is written to, and would be taken before a new one.";
+}
+
+/// Behind kErrorReadingFile and the file.
+inline constexpr std::string_view kNoTable = " (it is no whole table of its type)";
+inline constexpr std::string_view kOnlyArchive = " (an archive, which has to be unpacked first)";
+
 inline constexpr std::string_view kNoMemoryForTable = "Not enough memory to allocate buffer for data generation.";
 inline constexpr std::string_view kNoDetailsFile = "Cannot create file (not enough disk space?)";
 

@@ -19,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kNextExtension = ".NEW";
+constexpr std::string_view kLockExtension = ".LOCK";
 constexpr std::size_t kZerosBytes = 1 << 20;
 constexpr const char* kTaskFormat = "Quillon save 1: level %u, finished %u, keep %u, bytes %llu\n";
 
@@ -39,12 +40,15 @@ std::string_view AsText(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-/// The file at its full size, all zeros but for its flags. False if the disk has no room for it.
-bool WriteZeros(const fs::path& path, std::uint64_t nBytes, std::span<const std::uint8_t> flags) {
+/// The file at its full size, all zeros but for its flags. False if the disk has no room for it, or after a stop.
+bool WriteZeros(const fs::path& path, std::uint64_t nBytes, std::span<const std::uint8_t> flags,
+                const std::function<bool()>& isStopped) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     std::vector<std::uint8_t> piece(kZerosBytes, 0);
     std::ranges::copy(flags, piece.begin());
     for (std::uint64_t nDone = 0; file && nDone < nBytes; nDone += kZerosBytes) {
+        if (isStopped && isStopped())
+            return false;
         (void)WriteBytes(file, piece.data(), std::min<std::uint64_t>(kZerosBytes, nBytes - nDone));
         std::fill_n(piece.begin(), flags.size(), std::uint8_t{0});
     }
@@ -55,6 +59,7 @@ bool WriteZeros(const fs::path& path, std::uint64_t nBytes, std::span<const std:
 } // namespace
 
 fs::path CGeneratorFiles::PendingMark() const { return With(m_paths.m_plain, kSavePendingExtension); }
+fs::path CGeneratorFiles::LockFile() const { return With(m_paths.m_plain, kLockExtension); }
 fs::path CGeneratorFiles::LevelFile() const { return With(m_paths.m_plain, kIterationExtension); }
 fs::path CGeneratorFiles::Next() const {
     return With(m_paths.m_plain, m_paths.m_details.empty() ? kNextExtension : kBitDataExtension);
@@ -75,13 +80,14 @@ std::optional<std::uint32_t> CGeneratorFiles::ReadLevel() const {
     return LoadLittleEndian<std::uint32_t>(bytes.data());
 }
 
-bool CGeneratorFiles::CreateDetails(std::uint64_t nBytes, std::uint16_t flags, std::size_t nElementSize) {
+bool CGeneratorFiles::CreateDetails(std::uint64_t nBytes, std::uint16_t flags, std::size_t nElementSize,
+                                    const std::function<bool()>& isStopped) {
     std::array<std::uint8_t, sizeof flags> head{};
     StoreLittleEndian(head.data(), flags);
     Step("details");
     std::error_code error;
     fs::remove(NextDetails(), error);
-    if (WriteZeros(NextDetails(), nBytes, std::span(head).first(nElementSize)))
+    if (WriteZeros(NextDetails(), nBytes, std::span(head).first(nElementSize), isStopped))
         return true;
     fs::remove(NextDetails(), error);
     return false;
@@ -90,12 +96,12 @@ bool CGeneratorFiles::CreateDetails(std::uint64_t nBytes, std::uint16_t flags, s
 // --- saving
 
 std::string CGeneratorFiles::Save(std::span<const std::uint8_t> table, std::uint32_t nLevel) {
-    return Run(table, {nLevel, false, m_bKeepOld, table.size()});
+    return Run(table, {nLevel, false, m_keepOld, table.size()});
 }
 
 std::string CGeneratorFiles::Finish(std::span<const std::uint8_t> table) {
     m_bDurable = true;
-    return Run(table, {0, true, m_bKeepOld, table.size()});
+    return Run(table, {0, true, m_keepOld, table.size()});
 }
 
 std::string CGeneratorFiles::Run(std::span<const std::uint8_t> table, const TSaveTask& task) {
@@ -116,16 +122,19 @@ std::string CGeneratorFiles::Run(std::span<const std::uint8_t> table, const TSav
     }
     if (Carry(task))
         return cannotWrite + m_paths.m_plain.string();
-    m_bKeepOld = false;
+    m_keepOld = EKeepOld::Nothing;
     return {};
 }
 
 /// Each step leaves what tells that it has been done: those that have are passed over.
 std::error_code CGeneratorFiles::Carry(const TSaveTask& task) {
-    if (!m_paths.m_details.empty())
-        if (const std::error_code error = TakePlace(NextDetails(), m_paths.m_details, task.m_bKeepOld))
+    if (task.m_keepOld != EKeepOld::Nothing)
+        if (const std::error_code error = KeepPackedForms())
             return error;
-    if (const std::error_code error = TakePlace(Next(), m_paths.m_plain, task.m_bKeepOld))
+    if (!m_paths.m_details.empty())
+        if (const std::error_code error = TakePlace(NextDetails(), m_paths.m_details, task.m_keepOld))
+            return error;
+    if (const std::error_code error = TakePlace(Next(), m_paths.m_plain, task.m_keepOld))
         return error;
     std::array<std::uint8_t, sizeof task.m_nLevel> level{};
     StoreLittleEndian(level.data(), task.m_nLevel);
@@ -138,16 +147,30 @@ std::error_code CGeneratorFiles::Carry(const TSaveTask& task) {
     return {};
 }
 
-std::error_code CGeneratorFiles::TakePlace(const fs::path& next, const fs::path& file, bool bKeepOld) {
+std::error_code CGeneratorFiles::TakePlace(const fs::path& next, const fs::path& file, EKeepOld keepOld) {
     if (!IsFile(next))
         return {};
-    if (bKeepOld && IsFile(file)) {
+    const fs::path kept = With(file, kReplacedExtension);
+    if (IsFile(file) && (keepOld == EKeepOld::All || (keepOld == EKeepOld::IfFree && !IsFile(kept)))) {
         Step("keep");
-        if (const std::error_code error = RenameTo(file, With(file, kReplacedExtension)))
+        if (const std::error_code error = RenameTo(file, kept))
             return error;
     }
     Step("take place");
     return RenameTo(next, file);
+}
+
+std::error_code CGeneratorFiles::KeepPackedForms() {
+    for (const fs::path& plain : {m_paths.m_plain, m_paths.m_details})
+        for (const EPrecalcKind kind : {EPrecalcKind::Lz4, EPrecalcKind::PackedLzw, EPrecalcKind::PackedLz4}) {
+            const fs::path packed = With(plain, kPrecalcExtensions[static_cast<std::size_t>(kind)]);
+            if (plain.empty() || !IsFile(packed))
+                continue;
+            Step("keep packed");
+            if (const std::error_code error = RenameTo(packed, With(packed, kReplacedExtension)))
+                return error;
+        }
+    return {};
 }
 
 /// So that a kill leaves the old content or the new one, whole.
@@ -176,8 +199,8 @@ std::error_code CGeneratorFiles::Remove(const fs::path& file) {
 
 std::string CGeneratorFiles::TextOf(const TSaveTask& task) {
     char text[160];
-    std::snprintf(text, sizeof text, kTaskFormat, task.m_nLevel, task.m_bFinished ? 1u : 0u, task.m_bKeepOld ? 1u : 0u,
-                  static_cast<unsigned long long>(task.m_nBytes));
+    std::snprintf(text, sizeof text, kTaskFormat, task.m_nLevel, task.m_bFinished ? 1u : 0u,
+                  static_cast<unsigned>(task.m_keepOld), static_cast<unsigned long long>(task.m_nBytes));
     return text;
 }
 
@@ -190,8 +213,8 @@ std::optional<CGeneratorFiles::TSaveTask> CGeneratorFiles::ReadTask() const {
     unsigned long long nBytes = 0;
     if (std::sscanf(text.c_str(), kTaskFormat, &level, &finished, &keep, &nBytes) != 4)
         return std::nullopt;
-    const TSaveTask task{level, finished != 0, keep != 0, nBytes};
-    return TextOf(task) == text ? std::optional(task) : std::nullopt;
+    const TSaveTask task{level, finished != 0, static_cast<EKeepOld>(keep), nBytes};
+    return keep <= static_cast<unsigned>(EKeepOld::IfFree) && TextOf(task) == text ? std::optional(task) : std::nullopt;
 }
 
 bool CGeneratorFiles::FinishPendingSave() {
@@ -213,14 +236,17 @@ void CGeneratorFiles::RemoveStrays() {
     fs::remove(With(PendingMark(), kNextExtension), error);
     if (!m_paths.m_details.empty())
         fs::remove(NextDetails(), error);
+    if (!fs::exists(m_paths.m_plain, error) && !error) // it would tell of whatever gets that name next
+        fs::remove(LevelFile(), error);
 }
 
-// The level goes last: until then what is left of the table is known as unfinished.
+// The level goes last: until then what is left of the table is known as unfinished. Lengths without their table would
+// not be known as that.
 void CGeneratorFiles::RemovePartial() {
     RemoveStrays();
-    if (!IsFile(LevelFile())) // no state of an unfinished table: what is there was there before
+    if (m_keepOld != EKeepOld::Nothing || !IsFile(LevelFile())) // what is there was there before
         return;
-    if (Remove(m_paths.m_plain) || (!m_paths.m_details.empty() && Remove(m_paths.m_details)))
+    if ((!m_paths.m_details.empty() && Remove(m_paths.m_details)) || Remove(m_paths.m_plain))
         return;
     (void)Remove(LevelFile());
     SyncNames();

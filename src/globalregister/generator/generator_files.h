@@ -6,7 +6,8 @@
 //   NAME.SAVE_PENDING     a save is taking its place: what is to be done
 //   NAME.NEW, .BIT_DATA   the next state, a table or bit data, until it is whole
 //   DETAILS               of bit data, the lengths, written while a level runs; DETAILS.NEW until the first save
-//   NAME.BAK, DETAILS.BAK what was there before the run
+//   NAME.BAK, DETAILS.BAK what was there before the run, its packed forms under their names with ".BAK"
+//   NAME.LOCK             one process at a time is at work here
 //
 // A save: 1 the next state goes to a file of its own, down to the disk; 2 SAVE_PENDING tells what is to be done; 3 the
 // files get their names, the level is written; 4 SAVE_PENDING goes. A kill before 2 leaves the old state, a kill behind
@@ -15,7 +16,7 @@
 //
 // Details need no state of their own: a level that is run again finds the same lengths.
 //
-// Threads: an object is used by one thread at a time, and a file by one process.
+// Threads: an object is used by one thread at a time, and the files by the process that has their lock.
 
 #include <cstdint>
 #include <filesystem>
@@ -26,11 +27,20 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/file_lock.h"
+
 namespace quillon {
 
 struct TGeneratorPaths {
     std::filesystem::path m_plain;
     std::filesystem::path m_details; // empty: no bit data
+};
+
+/// What the first save is to keep as ".BAK" of what is there.
+enum class EKeepOld : unsigned {
+    Nothing = 0,
+    All = 1,
+    IfFree = 2, // what has no ".BAK" yet: a table in the making is not to replace a finished one that has been kept
 };
 
 /// Called before every change of the files, with its name.
@@ -44,6 +54,11 @@ class CGeneratorFiles {
     [[nodiscard]] const std::filesystem::path& Plain() const { return m_paths.m_plain; }
     [[nodiscard]] std::filesystem::path PendingMark() const;
 
+    /// Keeps other processes from the files until this object goes.
+    ///   Result  false: one of them is at work on them.
+    [[nodiscard]] bool Lock() { return m_lock.Take(LockFile()); }
+    [[nodiscard]] std::filesystem::path LockFile() const;
+
     /// Ends a save that was broken off.
     ///   Result  false: a SAVE_PENDING stays.
     [[nodiscard]] bool FinishPendingSave();
@@ -55,13 +70,17 @@ class CGeneratorFiles {
     /// then cost the table, a kill costs nothing. The last one waits in any case.
     void SetDurable(bool bDurable) { m_bDurable = bDurable; }
 
-    /// The first save is to keep what is there now as ".BAK".
-    void KeepOld() { m_bKeepOld = true; }
+    /// The first save takes the place of what is there now, which it keeps as ".BAK", packed forms too: they would be
+    /// taken for forms of the new table.
+    ///   bFinished  what is there is a finished table. Otherwise a ".BAK" that is there is worth more than it is.
+    void KeepOld(bool bFinished) { m_keepOld = bFinished ? EKeepOld::All : EKeepOld::IfFree; }
 
-    /// Makes the file of lengths at its full size, and opens it for the run.
-    ///   flags   its element 0.
-    ///   Result  false: it cannot be made.
-    [[nodiscard]] bool CreateDetails(std::uint64_t nBytes, std::uint16_t flags, std::size_t nElementSize);
+    /// Makes the file of lengths at its full size.
+    ///   flags      its element 0.
+    ///   isStopped  asked now and then; empty: it is made in any case.
+    ///   Result     false: it cannot be made, or is not wanted any more.
+    [[nodiscard]] bool CreateDetails(std::uint64_t nBytes, std::uint16_t flags, std::size_t nElementSize,
+                                     const std::function<bool()>& isStopped = {});
 
     /// Where the details are now.
     [[nodiscard]] std::filesystem::path DetailsNow() const;
@@ -73,24 +92,26 @@ class CGeneratorFiles {
     /// Saves the finished table; NAME.iter goes.
     [[nodiscard]] std::string Finish(std::span<const std::uint8_t> table);
 
-    /// Removes what this run and earlier ones have left of an unfinished table; ".BAK" stays.
+    /// Removes what this run and earlier ones have left of an unfinished table; ".BAK" stays, and so does what the
+    /// first save would have kept.
     void RemovePartial();
 
-    /// Removes what a run that was killed may have left besides its state.
+    /// Removes what a run that was killed may have left besides its state, and a level without a table.
     void RemoveStrays();
 
   private:
     struct TSaveTask {
         std::uint32_t m_nLevel = 0;
         bool m_bFinished = false;
-        bool m_bKeepOld = false;
+        EKeepOld m_keepOld = EKeepOld::Nothing;
         std::uint64_t m_nBytes = 0; // of the new state
     };
 
     [[nodiscard]] std::string Run(std::span<const std::uint8_t> table, const TSaveTask& task);
     [[nodiscard]] std::error_code Carry(const TSaveTask& task);
+    [[nodiscard]] std::error_code KeepPackedForms();
     [[nodiscard]] std::error_code TakePlace(const std::filesystem::path& next, const std::filesystem::path& file,
-                                            bool bKeepOld);
+                                            EKeepOld keepOld);
     [[nodiscard]] std::error_code WriteSmall(const std::filesystem::path& file, std::string_view content);
     void SyncNames() const;
     [[nodiscard]] std::error_code Remove(const std::filesystem::path& file);
@@ -106,7 +127,8 @@ class CGeneratorFiles {
 
     const TGeneratorPaths m_paths;
     const TFileStep m_onStep;
-    bool m_bKeepOld = false;
+    CFileLock m_lock;
+    EKeepOld m_keepOld = EKeepOld::Nothing;
     bool m_bDurable = true;
 };
 

@@ -96,7 +96,7 @@ TGenerateReport CTableMaking::Run() {
         (void)FailInRun(failure.what(), true);
     }
     m_report.m_seconds = Seconds();
-    m_report.m_nBytes = FileSize(m_files.Plain()) + (m_details.empty() ? 0 : FileSize(m_details));
+    m_report.m_nBytes = FileSize(m_report.m_file) + (m_details.empty() ? 0 : FileSize(m_details));
     return std::move(m_report);
 }
 
@@ -119,17 +119,22 @@ CTableMaking::EStep CTableMaking::FailInRun(const std::string& text, bool bSyste
 
 CTableMaking::EStep CTableMaking::LookAtFiles() {
     fs::create_directories(m_files.Plain().parent_path());
+    if (!m_files.Lock())
+        return Fail(OtherRunText(m_files.LockFile().string()), false);
     if (!m_files.FinishPendingSave())
         return Fail(PendingSaveText(m_files.PendingMark().string()), false);
     m_files.RemoveStrays();
-    if (!Exists(m_files.Plain()))
-        return EStep::GoOn;
     const std::optional<std::uint32_t> nLevel = m_files.ReadLevel();
     if (!nLevel && IsLeftInTheMaking(m_files.Plain())) // a level that cannot be read
         return Fail(std::string(kErrorReadingFile) + m_files.Plain().string() + std::string(kIterationExtension));
-    const EStep step = nLevel ? AskAboutUnfinished(*nLevel) : AskAboutFinished();
+    EStep step = EStep::GoOn;
+    TExistingTable table;
+    if (nLevel)
+        step = AskAboutUnfinished(*nLevel);
+    else if (table = FindExistingTable(m_table, m_registers.Options().m_folders); table.m_form != EExistingForm::None)
+        step = AskAboutFinished(table);
     if (m_nFirstLevel == 1 && m_nRepeated == 0)
-        m_files.KeepOld();
+        m_files.KeepOld(table.m_form == EExistingForm::Whole);
     return step;
 }
 
@@ -148,13 +153,30 @@ EThreeWay CTableMaking::WhatToDo() const {
 }
 
 /// There is nothing to fill in, so to continue it is to leave it.
-CTableMaking::EStep CTableMaking::AskAboutFinished() {
+CTableMaking::EStep CTableMaking::AskAboutFinished(const TExistingTable& table) {
     m_report.m_found = EFoundTable::Finished;
     const EThreeWay answer = WhatToDo();
     if (answer == EThreeWay::No)
-        return EStep::GoOn;
-    const bool bDone = answer == EThreeWay::Yes || m_options.m_existing == EExistingTable::Leave;
-    m_report.m_status = bDone ? EGenerateStatus::Done : EGenerateStatus::Cancelled;
+        return table.m_bSecondRoot ? Fail(SecondRootTableText(table.m_file.string()), false) : EStep::GoOn;
+    m_report.m_file = table.m_file;
+    if (answer == EThreeWay::Yes || m_options.m_existing == EExistingTable::Leave)
+        return LeaveFinished(table);
+    m_report.m_status = EGenerateStatus::Cancelled;
+    return EStep::End;
+}
+
+/// What passes for a table here has to be one for those that need it.
+CTableMaking::EStep CTableMaking::LeaveFinished(const TExistingTable& table) {
+    if (table.m_form != EExistingForm::Whole)
+        return Fail(std::string(kErrorReadingFile) + table.m_file.string() +
+                        std::string(table.m_form == EExistingForm::Archive ? kOnlyArchive : kNoTable),
+                    false);
+    m_report.m_status = EGenerateStatus::Done;
+    if (m_options.m_packForm && table.m_file == m_files.Plain()) {
+        const fs::path source = m_details.empty() ? m_files.Plain() : m_details;
+        if (!Exists(NameInForm(source, *m_options.m_packForm)))
+            Pack(source);
+    }
     return EStep::End;
 }
 
@@ -187,7 +209,11 @@ CTableMaking::EStep CTableMaking::AskAboutPawns() {
 // --- the work table
 
 bool CTableMaking::MakeTable(bool bWideElements) {
-    const std::uint64_t nBytes = m_table.GetSize() / (UsesBitData(m_table) ? kPairsOfAByte : 1);
+    if (!ApplyFlags(m_table, FlagsOf(m_table, false) | kFlagCombinations)) // they make a table of six men much smaller
+        return false;
+    const std::uint64_t nElementSize = ElementSize(m_table, bWideElements ? kFlagWideElements : 0);
+    const std::uint64_t nBytes =
+        UsesBitData(m_table) ? m_table.GetSize() / kPairsOfAByte : m_table.GetSize() * nElementSize;
     if (nBytes > std::min(LargestTable(true), m_nMemory))
         return false;
     try {
@@ -231,22 +257,34 @@ CTableMaking::EStep CTableMaking::ReadOldTable() {
 
 CTableMaking::EStep CTableMaking::LoadNeededTypes() {
     const std::uint64_t nOwn = m_table.data.size() + m_table.data.size() / kMarksShare;
-    m_registers.SetQuota(m_nMemory - std::min(m_nMemory, nOwn));
+    // Positions that leave the pattern of a custom type are no mate, whatever tables there are of them: it gets none.
+    m_registers.SetQuota(m_table.custom ? 0 : m_nMemory - std::min(m_nMemory, nOwn));
     if (m_table.custom)
-        return EStep::GoOn; // positions that leave the pattern are no mate
+        return EStep::GoOn;
+    std::vector<std::string> lacking; // that cannot be had
     for (const std::string& type : NeededTypes(m_typeName)) {
+        if (IsStopped())
+            return EndStopped(0);
         m_needed.emplace_back(m_registers.GetRegisterForTool(TPositionIndexing(type).nPositionType));
         CRegisterUse& data = m_needed.back();
         if (!data || data->bCompactUnfinished) { // of the latter nothing says that there is no mate
-            m_report.m_missingTypes.push_back(type);
+            lacking.push_back(type);
             continue;
         }
         std::set<std::uint64_t> indexes;
         m_nLongestNeeded = std::max(m_nLongestNeeded, GetMaxMoves(*data, m_registers.Options().m_folders.m_installation,
                                                                   indexes, kOnePosition, true));
     }
+    return lacking.empty() ? EStep::GoOn : TellLackingTypes(lacking);
+}
+
+/// Those that are there have no room, or are damaged, of which the user has heard: they need not be made.
+CTableMaking::EStep CTableMaking::TellLackingTypes(const std::vector<std::string>& lacking) {
+    for (const std::string& type : lacking)
+        if (!HasFinishedTable(TPositionIndexing(type), m_registers.Options().m_folders))
+            m_report.m_missingTypes.push_back(type);
     if (m_report.m_missingTypes.empty())
-        return EStep::GoOn;
+        return Fail(kErrorReadingData);
     std::string text(kNoRegisterFound);
     for (const std::string& type : m_report.m_missingTypes)
         text += (&type == &m_report.m_missingTypes.front() ? "" : ", ") + type;
@@ -261,8 +299,9 @@ CTableMaking::EStep CTableMaking::OpenDetails() {
     if (!m_table.bBitData)
         return EStep::GoOn;
     const std::uint16_t flags = FlagsOf(m_table, m_table.nElementSize == 2);
-    if (m_nRepeated == 0 && !m_files.CreateDetails(DetailsBytes(), flags, m_table.nElementSize))
-        return Fail(kNoDetailsFile);
+    if (m_nRepeated == 0 &&
+        !m_files.CreateDetails(DetailsBytes(), flags, m_table.nElementSize, [this] { return IsStopped(); }))
+        return IsStopped() ? EndStopped(0) : Fail(kNoDetailsFile);
     const fs::path file = m_files.DetailsNow();
     if (FileSize(file) != DetailsBytes() || ReadFlags(file) != static_cast<std::uint8_t>(flags))
         return Fail(std::string(kErrorReadingFile) + file.string());
@@ -305,7 +344,7 @@ CTableMaking::EStep CTableMaking::RunLevels() {
     for (int nLevel = m_nFirstLevel;; ++nLevel) {
         const TLevelResult result = run.RunLevel(nLevel);
         if (result.m_nResult == kLevelBroken || (result.m_nResult == kLevelStopped && result.m_errors.empty()))
-            return EndStopped();
+            return EndStopped(nLevel);
         if (result.m_nResult != kLevelDone || !result.m_errors.empty()) {
             std::string errors;
             for (const std::string& error : result.m_errors)
@@ -325,12 +364,19 @@ CTableMaking::EStep CTableMaking::RunLevels() {
     }
 }
 
-CTableMaking::EStep CTableMaking::EndStopped() {
+bool CTableMaking::IsStopped() const { return quillon::IsStopped(m_control); }
+
+/// The report is of what stays: the table of this run, of an earlier one that this one was to replace, or none.
+///   nLevel  the one under way; 0: none yet.
+CTableMaking::EStep CTableMaking::EndStopped(int nLevel) {
     m_report.m_status = EGenerateStatus::Cancelled;
-    m_report.m_nMate = MovesOfLevel(m_report.m_nLevels);
     m_table.details.reset();
     if (m_host.AskYesNo(kRemoveQuestion, kQuestionTitle))
         m_files.RemovePartial();
+    else
+        m_report.m_nGivenUp = static_cast<std::uint32_t>(nLevel);
+    m_report.m_nLevels = m_files.ReadLevel().value_or(0);
+    m_report.m_nMate = MovesOfLevel(m_report.m_nLevels);
     return EStep::End;
 }
 
@@ -347,9 +393,20 @@ CTableMaking::EStep CTableMaking::Finish() {
         return Fail(failure);
     m_report.m_status = EGenerateStatus::Done;
     m_report.m_bMade = true;
-    CountMates();
-    Pack();
+    TryCountMates();
+    OfferPacking();
     return EStep::End;
+}
+
+/// The table is there whatever comes of it.
+void CTableMaking::TryCountMates() {
+    try {
+        CountMates();
+    } catch (const std::bad_alloc&) {
+        m_host.Inform(m_typeName + ": not enough memory to count the mates of the finished table", kErrorTitle);
+    } catch (const ChessException& failure) {
+        m_host.Inform(failure.what(), kErrorTitle);
+    }
 }
 
 void CTableMaking::CountMates() {
@@ -372,12 +429,24 @@ void CTableMaking::CountMates() {
             data.size() - 1 - static_cast<std::uint64_t>(std::count(data.begin() + 1, data.end(), 0));
 }
 
-void CTableMaking::Pack() {
-    if (!m_options.m_packForm)
-        return RecompressOffer(m_table, m_files.Plain(), EPrecalcKind::Plain, m_registers.Options(), m_host);
-    const fs::path source = m_table.bBitData ? m_details : m_files.Plain();
+void CTableMaking::OfferPacking() {
+    if (m_options.m_packForm)
+        Pack(m_table.bBitData ? m_details : m_files.Plain());
+    else if (!IsStopped())
+        RecompressOffer(m_table, m_files.Plain(), EPrecalcKind::Plain, m_registers.Options(), m_host);
+}
+
+/// What has this name already, of a table before this one, is kept as that was.
+void CTableMaking::Pack(const fs::path& source) {
+    if (IsStopped()) {
+        m_report.m_bNotPacked = true;
+        return;
+    }
+    const fs::path target = NameInForm(source, *m_options.m_packForm);
     try {
-        PackTableFile(source, *m_options.m_packForm, NameInForm(source, *m_options.m_packForm), m_options.m_nThreads);
+        if (std::error_code error; fs::is_regular_file(target, error))
+            fs::rename(target, fs::path(target) += kReplacedExtension);
+        PackTableFile(source, *m_options.m_packForm, target, m_options.m_nThreads);
     } catch (const std::exception& failure) {
         (void)Fail(std::string(kErrorDuringCompression) + ".\n" + failure.what());
     }

@@ -1,8 +1,9 @@
 #pragma once
 // CTableMaking: one table from its files of an earlier run, or from nothing, to its finished file.
 //
-// A level that is broken off leaves marks in the work table that only running that level again would give their place,
-// so it is given up: the files have the state after the level before, and its own findings are found again.
+// A level that is broken off leaves a part of its findings in the work table, which a run that repeats the level before
+// would take for that one's. So it is given up: the files have the state after the level before, and what it has found
+// is found again.
 //
 // Threads: Run on one thread, which makes its own.
 
@@ -13,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "globalregister/generator/existing_table.h"
 #include "globalregister/generator/generate.h"
 
 namespace quillon {
@@ -40,18 +42,23 @@ class CTableMaking {
     enum class EStep { GoOn, End }; // the latter with the status of the report
 
     [[nodiscard]] EStep LookAtFiles();
-    [[nodiscard]] EStep AskAboutFinished();
+    [[nodiscard]] EStep AskAboutFinished(const TExistingTable& table);
+    [[nodiscard]] EStep LeaveFinished(const TExistingTable& table);
     [[nodiscard]] EStep AskAboutUnfinished(std::uint32_t nLevel);
     [[nodiscard]] EStep AskAboutPawns();
     [[nodiscard]] EStep Allocate();
     [[nodiscard]] EStep ReadOldTable();
     [[nodiscard]] EStep LoadNeededTypes();
+    [[nodiscard]] EStep TellLackingTypes(const std::vector<std::string>& lacking);
     [[nodiscard]] EStep OpenDetails();
     [[nodiscard]] EStep RunLevels();
-    [[nodiscard]] EStep EndStopped();
+    [[nodiscard]] EStep EndStopped(int nLevel);
     [[nodiscard]] EStep Finish();
-    void Pack();
+    void TryCountMates();
+    void OfferPacking();
+    void Pack(const std::filesystem::path& source);
 
+    [[nodiscard]] bool IsStopped() const;
     [[nodiscard]] double Seconds() const; // since the start
     [[nodiscard]] EThreeWay WhatToDo() const;
     [[nodiscard]] bool MakeTable(bool bWideElements);

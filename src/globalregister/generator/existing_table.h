@@ -1,0 +1,33 @@
+#pragma once
+// Which table of a type the folders hold, in whatever form, without loading it.
+
+#include <cstdint>
+#include <filesystem>
+
+#include "globalregister/precalc_file_name.h"
+
+namespace quillon {
+
+enum class EExistingForm : std::uint8_t {
+    None,
+    Whole,   // by its size, its flags and, of bit data, its lengths: a load takes it
+    Archive, // packed in buckets: no load takes it
+    Wrong,   // a file of this name in the first root that is no table of this type
+};
+
+struct TExistingTable {
+    EExistingForm m_form = EExistingForm::None;
+    std::filesystem::path m_file; // of that form
+    bool m_bSecondRoot = false;
+};
+
+/// The finished table of a type: one that a load takes before an archive, and both before what is none. Marks of a
+/// table in the making are not looked at.
+///   indexing  with its combinations off.
+///   Errors    std::bad_alloc.
+[[nodiscard]] TExistingTable FindExistingTable(const TPositionIndexing& indexing, const TPrecalcFolders& folders);
+
+/// Is there a table that a load takes and that was not left in the making?
+[[nodiscard]] bool HasFinishedTable(const TPositionIndexing& indexing, const TPrecalcFolders& folders);
+
+} // namespace quillon
