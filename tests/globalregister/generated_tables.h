@@ -61,6 +61,18 @@ class CGeneratedTables {
     TGeneratorControl m_control;
 };
 
+/// The tables of Q, R and P, made once a program.
+inline CGeneratedTables& TablesOfWinners() {
+    static CGeneratedTables tables;
+    static const bool bMade = [] {
+        for (const char* const type : {"Q", "R", "P"})
+            tables.Generate(type);
+        return true;
+    }();
+    static_cast<void>(bMade);
+    return tables;
+}
+
 /// The work table of a small type in a form that only larger types have.
 struct TOtherForm {
     explicit TOtherForm(const std::string& type, std::uint8_t nElementSize, bool bBitData) : m_table(type) {

@@ -11,22 +11,11 @@ namespace {
 
 constexpr unsigned kOpen = 127;
 
-CGeneratedTables& WorkTables() {
-    static CGeneratedTables tables;
-    static const bool bMade = [] {
-        for (const char* const type : {"Q", "R", "P"})
-            tables.Generate(type);
-        return true;
-    }();
-    static_cast<void>(bMade);
-    return tables;
-}
-
 // A table in hand, with the work of its levels.
 template <class TCells> class CWorkForTest {
   public:
     explicit CWorkForTest(TGlobalRegister& table)
-        : m_table(table), m_registers(WorkTables().Registers()), m_materials(table, *m_registers),
+        : m_table(table), m_registers(TablesOfWinners().Registers()), m_materials(table, *m_registers),
           m_work(table, m_materials.Root()) {}
 
     [[nodiscard]] std::uint64_t Index(const std::string& placement) const {
@@ -86,7 +75,7 @@ constexpr int kLevelsOfRook = 33;
 
 // Each fifth level, 1 among them, is begun, ended and run again, by the same run or by another one.
 template <class TCells> void RunWithStops(TGlobalRegister& table, bool bSameRun, int nThreads) {
-    const auto registers = WorkTables().Registers();
+    const auto registers = TablesOfWinners().Registers();
     TGeneratorControl control;
     auto run = std::make_unique<CGeneratorRun>(table, *registers, control, WithThreads(nThreads));
     for (int level = 1; level <= kLevelsOfRook; ++level) {
@@ -162,7 +151,7 @@ TEST(GeneratorLevelWork, LevelsEndedInTheMiddleAreMadeUpFor) {
 }
 
 TEST(GeneratorLevelWork, BlackLevelsReadNoDetails) {
-    const auto registers = WorkTables().Registers();
+    const auto registers = TablesOfWinners().Registers();
     TGeneratorControl control;
     TBitsWithDetails bits("R");
     {
@@ -274,7 +263,7 @@ TEST(GeneratorLevelWork, BlackWaitsForACaptureInPassing) {
     // 1 ... Ka7 and 1 ... d6 are answered; 1 ... d5 by 2 exd6 e.p. only, after which 2 ... Ka7 is forced.
     table.data[work.Index("8/k1Kp4/8/4P3/8/8/8/8")] = 1;
     table.data[work.Index("k7/2K5/3p4/4P3/8/8/8/8")] = 1;
-    const auto registers = WorkTables().Registers();
+    const auto registers = TablesOfWinners().Registers();
     const CRegisterUse data(registers->GetRegisterForTool(TPositionIndexing("P").nPositionType));
     const unsigned n = (data->IsMate(ChessboardFromFEN("8/k1K5/3P4/8/8/8/8/8 w - -")) + 1u) / 2 + 1;
     const std::uint64_t index = work.Index("k7/2Kp4/8/4P3/8/8/8/8");
@@ -327,7 +316,7 @@ TEST(GeneratorLevelWork, WhatIsOpenIsNoMateAtAnyLevel) {
 }
 
 TEST(GeneratorLevelWork, LevelsThatFindNothingMayGoOnBeyondWhatAByteHolds) {
-    const auto registers = WorkTables().Registers();
+    const auto registers = TablesOfWinners().Registers();
     TGeneratorControl control;
     TGlobalRegister table("R");
     ASSERT_TRUE(MakeWorkTable(table));

@@ -12,7 +12,7 @@ namespace {
 class CMaterialsForTest {
   public:
     explicit CMaterialsForTest(const std::string& type)
-        : m_registers(Tables().Registers()), m_table(type), m_materials(m_table, *m_registers) {}
+        : m_registers(TablesOfWinners().Registers()), m_table(type), m_materials(m_table, *m_registers) {}
 
     [[nodiscard]] const CMaterial& Root() const { return m_materials.Root(); }
 
@@ -56,23 +56,12 @@ class CMaterialsForTest {
 
     /// Of finished data of a type.
     [[nodiscard]] static unsigned Length(const std::string& type, const std::string& fen) {
-        const auto registers = Tables().Registers();
+        const auto registers = TablesOfWinners().Registers();
         const CRegisterUse data(registers->GetRegisterForTool(TPositionIndexing(type).nPositionType));
         return (data->IsMate(ChessboardFromFEN(fen + " w - -")) + 1u) / 2;
     }
 
   private:
-    static CGeneratedTables& Tables() {
-        static CGeneratedTables tables;
-        static const bool bMade = [] {
-            for (const char* const type : {"Q", "R", "P"})
-                tables.Generate(type);
-            return true;
-        }();
-        static_cast<void>(bMade);
-        return tables;
-    }
-
     std::unique_ptr<CGlobalRegisters> m_registers;
     TGlobalRegister m_table;
     CMaterials m_materials;
