@@ -203,6 +203,23 @@ TEST(CustomData, ForbiddenOrDamagedTheyAreSilent) {
     EXPECT_EQ(tables.Boxes().m_told.size(), 1u) << "not tried again";
 }
 
+/// The shorter name is asked first.
+TEST(CustomData, ADamagedTypeLeavesTheOthersTheirAnswer) {
+    constexpr const char* kKingMoves = "KRk+Pa2+pa3";
+    CCustomTables tables({{kPawnsBlocked, Filled(kPawnsBlocked, 1)}});
+    const std::string packed = tables.PathOf(kKingMoves).string() + ".packed.lzw";
+    TElements elements(TPositionIndexing(kKingMoves).GetSize());
+    for (std::size_t i = 1; i < elements.size(); ++i)
+        elements[i] = i / 40 % 2 == 0 ? 0 : 40;
+    WriteLzw(packed, elements);
+    TElements bytes = ReadWholeFile(packed).value();
+    std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 8), bytes.end(), std::uint8_t{255});
+    WriteElements(packed, bytes);
+    ASSERT_TRUE(tables.Registers().UnloadAll());
+    EXPECT_EQ(Answer(kOfBlocked, 31), MR_MATE);
+    EXPECT_EQ(tables.Boxes().m_told.size(), 1u) << "the damage was met";
+}
+
 TEST(CustomData, BeyondTheLimitTheyAreLeftOutAndToldOf) {
     CCustomTables tables({});
     const auto nameOf = [](int square, char file) {
