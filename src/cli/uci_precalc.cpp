@@ -9,11 +9,15 @@ namespace {
 /// How an interface writes a text without letters.
 constexpr const char* kEmptyText = "<empty>";
 
+bool AreSameFolders(const TPrecalcFolders& a, const TPrecalcFolders& b) {
+    return a.m_installation == b.m_installation && a.m_secondRoot == b.m_secondRoot;
+}
+
 } // namespace
 
 CUciPrecalc::CUciPrecalc(const TSettings& settings, TPrecalcChoice choice, CUciOutput& output)
-    : m_settings(settings), m_choice(std::move(choice)), m_notifier(output),
-      m_registers(MakePrecalcOptions(m_settings, m_choice), m_notifier, Quota()), m_active(m_registers) {}
+    : m_settings(settings), m_usual(std::move(choice)), m_choice(m_usual), m_notifier(output),
+      m_registers(MakePrecalcOptions(m_settings, m_choice), m_notifier, Quota(m_choice)), m_active(m_registers) {}
 
 void CUciPrecalc::SetFolder(const std::string& folder) {
     TPrecalcChoice choice = m_choice;
@@ -25,11 +29,11 @@ void CUciPrecalc::SetFolder(const std::string& folder) {
 }
 
 void CUciPrecalc::Apply() {
-    if (m_next) {
+    // Interfaces send all options again before each game: what is loaded from the same folders stays.
+    if (m_next && !AreSameFolders(m_next->m_folders, m_registers.Options().m_folders))
         m_registers.SetOptions(*std::move(m_next));
-        m_next.reset();
-    }
-    m_registers.SetQuota(Quota());
+    m_next.reset();
+    m_registers.SetQuota(Quota(m_choice));
     SetActiveRegisters(&m_registers); // whether there are any data may have changed
 }
 

@@ -19,11 +19,13 @@ class CUciPrecalc {
     ///   Errors    ChessException: the folder is none.
     CUciPrecalc(const TSettings& settings, TPrecalcChoice choice, CUciOutput& output);
 
-    /// The folder named; empty: the working folder's data.
-    [[nodiscard]] std::string Folder() const { return m_choice.m_folder.value_or(std::string()); }
-    [[nodiscard]] std::int64_t Megabytes() const { return static_cast<std::int64_t>(Quota() >> kMegabyteBits); }
+    /// What holds unless the interface says otherwise. The folder named; empty: the working folder's data.
+    [[nodiscard]] std::string UsualFolder() const { return m_usual.m_folder.value_or(std::string()); }
+    [[nodiscard]] std::int64_t UsualMegabytes() const {
+        return static_cast<std::int64_t>(Quota(m_usual) >> kMegabyteBits);
+    }
 
-    /// For the searches that follow the next Apply.
+    /// For the searches that follow the next Apply. The folder in use is not read again.
     ///   folder  empty or "<empty>": that of the working folder.
     ///   Errors  ChessException: it is none, and what was before stays.
     void SetFolder(const std::string& folder);
@@ -35,9 +37,12 @@ class CUciPrecalc {
   private:
     static constexpr int kMegabyteBits = 20;
 
-    [[nodiscard]] std::uint64_t Quota() const { return PrecalcQuota(m_settings, m_choice, nullptr); }
+    [[nodiscard]] std::uint64_t Quota(const TPrecalcChoice& choice) const {
+        return PrecalcQuota(m_settings, choice, nullptr);
+    }
 
     const TSettings m_settings;
+    const TPrecalcChoice m_usual; // of the command line
     TPrecalcChoice m_choice;
     CUciNotifier m_notifier; // of loads
     CGlobalRegisters m_registers;

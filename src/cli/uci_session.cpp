@@ -43,7 +43,7 @@ constexpr TNumberOption kNumberOptions[] = {
     {"Hash", "hash", 0, PhysicalMegabytes, [](const CUciPrecalc&) { return UsualMegabytes(); },
      [](const TSetUp& setUp, std::int64_t value) { setUp.m_request.m_nMemoryBudgetMB = value; }},
     {"PrecalcMemory", "precalcmemory", 0, [] { return std::int64_t{kMostPrecalcMB}; },
-     [](const CUciPrecalc& precalc) { return precalc.Megabytes(); },
+     [](const CUciPrecalc& precalc) { return precalc.UsualMegabytes(); },
      [](const TSetUp& setUp, std::int64_t value) { setUp.m_precalc.SetMegabytes(value); }},
     // A proof has one line: interfaces may ask for more and get one.
     {"MultiPV", "multipv", 1, [] { return std::int64_t{1}; }, [](const CUciPrecalc&) { return std::int64_t{1}; },
@@ -88,15 +88,14 @@ CUciSession::CUciSession(std::istream& input, CUciOutput& output, CUciPrecalc& p
     : m_input(input), m_output(output), m_precalc(precalc), m_position(StartOfGame()) {}
 
 EExitStatus CUciSession::Run() {
-    std::string line;
-    while (!m_bQuit && !m_output.IsBroken() && std::getline(m_input, line))
-        Obey(line);
+    while (!m_bQuit && !m_output.IsBroken() && std::getline(m_input, m_line))
+        Obey();
     EndSearch();
     return m_output.IsBroken() ? EExitStatus::SystemFailure : EExitStatus::Answered;
 }
 
-void CUciSession::Obey(const std::string& line) {
-    TWords words = WordsOf(line);
+void CUciSession::Obey() {
+    TWords words = WordsOf(m_line);
     if (words.empty())
         return;
     const std::string name = Lowered(words.front());
@@ -115,7 +114,7 @@ void CUciSession::TellName(const TWords&) {
     m_output.Line("id author the Quillon developers");
     for (const TNumberOption& option : kNumberOptions)
         m_output.Line(OptionLine(option, m_precalc));
-    m_output.Line(PrecalcPathLine(m_precalc.Folder()));
+    m_output.Line(PrecalcPathLine(m_precalc.UsualFolder()));
     m_output.Line("option name Ponder type check default false");
     m_output.Line("uciok");
 }
@@ -125,8 +124,8 @@ void CUciSession::TellReady(const TWords&) { m_output.Line("readyok"); }
 /// Commands that ask for nothing that is done here.
 void CUciSession::Ignore(const TWords&) {}
 
-void CUciSession::SetOption(const TWords& words) {
-    const TUciOption option = ReadOption(words);
+void CUciSession::SetOption(const TWords&) {
+    const TUciOption option = ReadOption(m_line);
     if (option.m_name == kPrecalcPathOption)
         SetPrecalcPath(option.m_value);
     else if (option.m_name != kPonderOption) // whether to ponder is for the interface to decide

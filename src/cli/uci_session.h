@@ -26,7 +26,7 @@ class CUciSession {
     struct TCommand;
     static const TCommand kCommands[];
 
-    void Obey(const std::string& line);
+    void Obey();
     void TellName(const TWords& words);
     void TellReady(const TWords& words);
     void Ignore(const TWords& words);
@@ -46,6 +46,7 @@ class CUciSession {
     std::istream& m_input;
     CUciOutput& m_output;
     CUciPrecalc& m_precalc;
+    std::string m_line;                      // the command that is obeyed
     TSolveRequest m_request;                 // what the options have set
     std::optional<TGamePosition> m_position; // none: the last one given could not be read
     bool m_bQuit = false;

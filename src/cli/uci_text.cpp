@@ -76,6 +76,22 @@ std::size_t TakeWord(TUciGo& go, const std::string& word, const std::string* nex
     return 2;
 }
 
+/// Takes the first word off; empty: there is none.
+std::string_view TakeFirstWord(std::string_view& line) {
+    const std::size_t start = std::min(line.find_first_not_of(kSeparators), line.size());
+    const std::size_t end = std::min(line.find_first_of(kSeparators, start), line.size());
+    const std::string_view word = line.substr(start, end - start);
+    line.remove_prefix(end);
+    return word;
+}
+
+std::string_view WithoutOuterBlanks(std::string_view text) {
+    const std::size_t start = text.find_first_not_of(kSeparators);
+    if (start == std::string_view::npos)
+        return {};
+    return text.substr(start, text.find_last_not_of(kSeparators) - start + 1);
+}
+
 // How a share of the clock is taken: a problem is no game of forty moves, so the share is generous.
 constexpr TNumber kUsualMovesToGo = 30;
 constexpr TNumber kClockReserveMs = 50; // what the way to and fro may take
@@ -85,12 +101,8 @@ constexpr TNumber kLeastMs = 10;
 
 std::vector<std::string> WordsOf(std::string_view line) {
     std::vector<std::string> words;
-    std::size_t start = line.find_first_not_of(kSeparators);
-    while (start != std::string_view::npos) {
-        const std::size_t end = std::min(line.find_first_of(kSeparators, start), line.size());
-        words.emplace_back(line.substr(start, end - start));
-        start = line.find_first_not_of(kSeparators, end);
-    }
+    for (std::string_view word = TakeFirstWord(line); !word.empty(); word = TakeFirstWord(line))
+        words.emplace_back(word);
     return words;
 }
 
@@ -164,17 +176,19 @@ std::optional<TNumber> TimeOf(const TUciGo& go, bool bWhiteToMove) {
     return std::max(std::min(share, left - kClockReserveMs), kLeastMs);
 }
 
-TUciOption ReadOption(const std::vector<std::string>& words) {
+TUciOption ReadOption(std::string_view line) {
     TUciOption option;
-    std::string* target = nullptr;
-    for (const std::string& word : words) {
+    bool bInName = false;
+    for (std::string_view word = TakeFirstWord(line); !word.empty(); word = TakeFirstWord(line)) {
         const std::string lowered = Lowered(word);
-        if (target == nullptr && lowered == "name")
-            target = &option.m_name;
-        else if (target == &option.m_name && lowered == "value")
-            target = &option.m_value;
-        else if (target != nullptr)
-            *target += (target->empty() ? "" : " ") + (target == &option.m_name ? lowered : word);
+        if (!bInName) {
+            bInName = lowered == "name";
+        } else if (lowered == "value") {
+            option.m_value = WithoutOuterBlanks(line);
+            break;
+        } else {
+            option.m_name += (option.m_name.empty() ? "" : " ") + lowered;
+        }
     }
     return option;
 }

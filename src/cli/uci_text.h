@@ -52,11 +52,11 @@ struct TUciGo {
 
 struct TUciOption {
     std::string m_name;  // small letters, words separated by one blank
-    std::string m_value; // as given; empty if there is none
+    std::string m_value; // as given, with the blanks inside; empty if there is none
 };
 
-/// words: of the line, without "setoption".
-[[nodiscard]] TUciOption ReadOption(const std::vector<std::string>& words);
+/// line: of the command, with "setoption" or without it.
+[[nodiscard]] TUciOption ReadOption(std::string_view line);
 
 /// What is told of a search.
 struct TUciInfo {

@@ -136,7 +136,7 @@ template <TMakerRules kRules> int MakeBlackMove(TChessboard& b, TMove& move, boo
     b.m_blackChecker = kNoChecker;
     FollowWatchedFigure(b, move);
     if (captured != kNoFigure || bPromotion)
-        UpdatePrecalcBit(b);
+        UpdatePrecalcBits(b);
     const bool bAsk = kRules.m_bUselessMoves && MayHaveEscaped(b, captured != kNoFigure);
     FinishMove(b, move);                 // 9
     if (bAsk && HasEscapedForCertain(b)) // 8

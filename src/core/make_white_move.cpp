@@ -159,7 +159,7 @@ template <TMakerRules kRules> int MakeWhiteMove(TChessboard& b, TMove& move) {
     if (captured != kNoFigure && HasBlockedFigures(b)) // 13
         FollowBlockedFigure(b, captureSquare, kNoSquare);
     if (captured != kNoFigure || bPromotion)
-        UpdatePrecalcBit(b);
+        UpdatePrecalcBits(b);
     return 1;
 }
 

@@ -132,13 +132,16 @@ inline void FollowBlockedFigure(TChessboard& b, TSquare from, TSquare to) {
             square = to;
 }
 
-/// Keeps the bit that says whether precalculated data can answer, after a capture or a promotion.
-inline void UpdatePrecalcBit(TChessboard& b) {
-    const bool bCan = ArePrecalcDataAtHand() &&
-                      ((WhiteMen(b) + BlackMen(b) <= kMaxTypeMen && IsPrecalcDataAvailable(GetPositionType(b))) ||
-                       IsCustomPrecalcDataAvailable(b));
-    b.m_wKingState =
-        static_cast<std::uint16_t>(bCan ? b.m_wKingState | kPrecalcCanAnswer : b.m_wKingState & ~kPrecalcCanAnswer);
+/// Keeps the bits that say whether precalculated data can answer, after a capture or a promotion.
+inline void UpdatePrecalcBits(TChessboard& b) {
+    int state = b.m_wKingState & ~(kPrecalcCanAnswer | kCustomDataMayMate);
+    if (ArePrecalcDataAtHand()) {
+        if (WhiteMen(b) + BlackMen(b) <= kMaxTypeMen && IsPrecalcDataAvailable(GetPositionType(b)))
+            state |= kPrecalcCanAnswer;
+        if (IsCustomPrecalcDataAvailable(b))
+            state |= kCustomDataMayMate;
+    }
+    b.m_wKingState = static_cast<std::uint16_t>(state);
 }
 
 /// Ends a move: stores it, counts it, and clears the repetition mark of the new position.

@@ -2,8 +2,13 @@
 // Does this process have precalculated data at all? The makers ask after each capture, and most runs have none.
 
 #include <atomic>
+#include <cstdint>
 
 namespace quillon {
+
+/// Bit of m_wKingState, beside kPrecalcCanAnswer: a custom type of this material may prove a mate here. Such data are
+/// never exact, so what the search does where exact lengths are at hand does not follow from it.
+inline constexpr std::uint16_t kCustomDataMayMate = 0x1000;
 
 /// Written by globalregister alone, while nothing is being searched.
 inline std::atomic<bool> g_bPrecalcDataAtHand{false};

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <set>
 
 #include "core/chess_exception.h"
 #include "globalregister/precalc_files.h"
@@ -19,6 +20,12 @@ constexpr std::string_view kNoRoomForGenerator = "Cannot load subregister: memor
 bool HasElement(const TPositionIndexing& indexing, const TChessboard& b) {
     const std::uint64_t index = indexing.GetIndex(b);
     return index != kNoIndex && index != 0;
+}
+
+bool IsToBeLoaded(const TRegisterSlot& slot, const TChessboard& b, const TSearchGate& gate,
+                  const TPrecalcOptions& options, bool bCustom) {
+    return slot.State() == EDataState::Present &&
+           IsWorthLoading(b, gate, options.m_nUseDataPackedForRandomAccess, bCustom);
 }
 
 constexpr std::size_t PlaceOf(TPositionType type, std::size_t nPlaces) {
@@ -64,10 +71,13 @@ TRegisterSlot& CGlobalRegisters::SlotOf(TPositionType type) {
 /// Details and archives are no data that a search could be answered from.
 void CGlobalRegisters::ReadFolders() {
     m_bAnyFile = false;
+    m_customs.clear(); // their slots stay, by number
+    std::set<std::string> customNames;
     for (const TPrecalcFileFound& found : FindPrecalcFiles(m_options.m_folders)) {
         if (found.m_file.m_bDetails)
             continue;
         if (IsCustomType(found.m_typeName)) {
+            customNames.insert(found.m_typeName);
             AddCustomType(found.m_typeName);
             continue;
         }
@@ -77,6 +87,10 @@ void CGlobalRegisters::ReadFolders() {
         SlotOf(type).SetState(EDataState::Present);
         m_bAnyFile = true;
     }
+    if (const std::size_t nLeftOut = customNames.size() - m_customs.size(); nLeftOut != 0)
+        m_notifier.Inform("Only " + std::to_string(kMostCustomTypes) +
+                              " custom types are used: " + std::to_string(nLeftOut) + " are left out",
+                          "Warning");
 }
 
 void CGlobalRegisters::AddCustomType(const std::string& typeName) {
@@ -112,8 +126,7 @@ TGlobalRegister* CGlobalRegisters::DataOf(TRegisterSlot& slot, const TChessboard
                                           bool bCustom) {
     if (TGlobalRegister* const data = slot.Acquire()) [[likely]]
         return data;
-    if (slot.State() != EDataState::Present ||
-        !IsWorthLoading(b, gate, m_options.m_nUseDataPackedForRandomAccess, bCustom))
+    if (!IsToBeLoaded(slot, b, gate, m_options, bCustom))
         return nullptr;
     return LoadSlot(slot, &b, gate);
 }
@@ -124,7 +137,12 @@ TGlobalRegister* CGlobalRegisters::GetCustomRegister(const TChessboard& b, const
     const TMaterialKey material = MaterialOf(b);
     while (next < m_customs.size()) {
         const TCustomSlot& type = m_customs[next++];
-        if (type.m_material != material || !HasElement(type.m_indexing, b))
+        if (type.m_material != material)
+            continue;
+        // Before the index, which costs more.
+        if (!type.m_slot.IsLoaded() && !IsToBeLoaded(type.m_slot, b, gate, m_options, true))
+            continue;
+        if (!HasElement(type.m_indexing, b))
             continue;
         if (TGlobalRegister* const data = DataOf(type.m_slot, b, gate, true))
             return data;

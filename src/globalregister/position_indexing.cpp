@@ -9,6 +9,7 @@
 #include "core/figure_masks.h"
 #include "core/printable.h"
 #include "globalregister/board_by_index.h"
+#include "globalregister/packed/little_endian.h"
 #include "globalregister/piece_letters.h"
 
 namespace quillon {
@@ -20,7 +21,7 @@ constexpr std::uint64_t kFirstPawnSquare = 8;
 constexpr std::uint64_t kSmallestCombinedMen = 6; // with the kings
 
 // Squares of a position are held as bytes of one word: those of the letters and of the black king. What is done to one
-// square is done to all at once.
+// square is done to all at once. Lane 0 is the word's lowest byte and the first square of TMenSquares on any machine.
 constexpr std::size_t kBlackKingLane = kMaxTypeLetters;
 constexpr std::size_t kUnusedLane = 8;
 constexpr std::uint64_t kEachLane = 0x0101010101010101u; // times a byte: that byte in each lane
@@ -215,8 +216,7 @@ std::uint64_t TPositionIndexing::CollectSquares(const TChessboard& b) const {
 
 std::uint64_t TPositionIndexing::IndexOfBoard(const TChessboard& b) const {
     TMenSquares men;
-    const std::uint64_t squares = CollectSquares(b);
-    std::memcpy(men.m_squares.data(), &squares, sizeof squares);
+    StoreLittleEndian(men.m_squares.data(), CollectSquares(b));
     men.m_whiteKing = WhiteKingSquare(b);
     return IndexOfMen(men);
 }

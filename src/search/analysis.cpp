@@ -19,7 +19,7 @@ TChessboard* MakeRoot(TSearchContext& context, TAnalysis& analysis, const TChess
     root.m_byPass = static_cast<std::uint8_t>(nPass);
     if (!analysis.m_mainVariant.empty())
         root.m_wKingState |= kFollowsMainVariant;
-    maker_steps::UpdatePrecalcBit(root);
+    maker_steps::UpdatePrecalcBits(root);
     context.m_pRoot = &root;
     context.m_nThreadPlies = root.m_nMoves;
     context.m_nCalledBackTo = 0;

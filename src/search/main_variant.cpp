@@ -14,6 +14,7 @@
 #include "search/find_mate.h"
 #include "search/helper_threads.h"
 #include "search/hints.h"
+#include "search/precalc_use.h"
 #include "search/proof_guide.h"
 
 namespace quillon {
@@ -177,6 +178,32 @@ TChessboard* MakeIfItMates(TChessboard& b, TMove& move) {
     return MakeWhiteMove(*child, move) != 0 && FindMateBlack(child) == MR_MATE && !IsStopping(b) ? child : nullptr;
 }
 
+/// Do the data mate after every reply to a white move, made in `child`?
+bool MatesByDataAlone(TChessboard& child) {
+    const std::vector<TReply> replies = LegalReplies(child);
+    if (replies.empty())
+        return child.m_blackChecker != kNoChecker;
+    return std::ranges::all_of(replies, [&child](TReply reply) {
+        return AskPrecalcData(*MakeReply(child, reply.m_move, reply.m_nPlies)) == MR_MATE;
+    });
+}
+
+/// A move that data of a custom type mate by. They cannot refute the others: each of those would take a search, and of
+/// a mate as long as these know it none would end.
+TChessboard* MakeMoveOfCustomData(TChessboard& b, TMove& mating) {
+    if ((b.m_wKingState & kCustomDataMayMate) == 0 || AskPrecalcData(b) != MR_MATE)
+        return nullptr;
+    TMove list[kMaxMoves];
+    const int count = GenerateWhiteMoves(b, list);
+    for (int i = 0; i < count; ++i) {
+        TChessboard* const child = CopyToChild(&b);
+        mating = list[i];
+        if (MakeWhiteMove(*child, mating) != 0 && MatesByDataAlone(*child))
+            return child;
+    }
+    return nullptr;
+}
+
 /// With fewer plies left all moves are tried in turn; with more, the node that finds the mate is asked which it was.
 constexpr int kShortestAskedNode = 9;
 
@@ -186,6 +213,8 @@ TChessboard* MakeMatingMove(TChessboard& b, TMove& mating) {
     if (guide != nullptr && guide->Suggest(b, mating)) // the lengths of the replies to come are told along its moves
         if (TChessboard* const child = MakeIfItMates(b, mating))
             return child;
+    if (TChessboard* const child = MakeMoveOfCustomData(b, mating))
+        return child;
     if (b.m_nMoves >= kShortestAskedNode && FindMateWhite(&b, false) == MR_MATE) {
         mating = b.m_pContext->m_hints[b.m_nMoves];
         if (!IsNullMove(mating) && CHints(b).Knows(mating))

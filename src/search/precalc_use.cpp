@@ -80,28 +80,39 @@ std::uint16_t HalfMovesByData(const TChessboard& b) {
 
 namespace {
 
+/// What one custom type says.
+enum class ECustomAnswer : std::uint8_t {
+    Mates,  // in time
+    Silent, // or its data are damaged, or there was no memory: the next one may mate
+    NoType, // there is no further one
+};
+
+ECustomAnswer AskNextCustomType(CGlobalRegisters& registers, const TChessboard& b, std::size_t& next) {
+    TPositionType asked = 0;
+    try {
+        const CRegisterUse data(registers.GetCustomRegister(b, GateOf(b), next));
+        if (!data)
+            return ECustomAnswer::NoType;
+        asked = data->nPositionType;
+        const std::uint16_t n = data->ProvedHalfMoves(b);
+        return n != 0 && n != kUnknownHalfMoves && n <= b.m_nMoves ? ECustomAnswer::Mates : ECustomAnswer::Silent;
+    } catch (const ChessException& failure) {
+        registers.Discard(asked, failure.what());
+    } catch (const std::bad_alloc&) { // of a decoder
+    }
+    return ECustomAnswer::Silent;
+}
+
 /// A custom type knows only play that leaves its frozen men where they are: a mate by it is one, but there may be a
 /// shorter one, and where it has none there may be one. Of the types that the position is of, any may mate.
 bool MatesWithFrozenMen(const TChessboard& b) {
     CGlobalRegisters* const registers = ActiveRegisters();
     if (registers == nullptr || !registers->HasCustomTypes() || !IsKnownToTables(b))
         return false;
-    TPositionType asked = 0;
-    try {
-        for (std::size_t next = 0;;) {
-            const CRegisterUse data(registers->GetCustomRegister(b, GateOf(b), next));
-            if (!data)
-                return false;
-            asked = data->nPositionType;
-            const std::uint16_t n = data->ProvedHalfMoves(b);
-            if (n != 0 && n != kUnknownHalfMoves && n <= b.m_nMoves)
-                return true;
-        }
-    } catch (const ChessException& failure) {
-        registers->Discard(asked, failure.what());
-    } catch (const std::bad_alloc&) { // of a decoder
-    }
-    return false;
+    ECustomAnswer answer = ECustomAnswer::Silent;
+    for (std::size_t next = 0; answer == ECustomAnswer::Silent;)
+        answer = AskNextCustomType(*registers, b, next);
+    return answer == ECustomAnswer::Mates;
 }
 
 } // namespace
@@ -169,7 +180,7 @@ std::uint8_t HintOf(int nHalfMoves) {
 EStoredTree OrderByStoredTree(TChessboard& p, int nMoves, TMove* list) {
     if (!IsStoredTreeAsked(p))
         return EStoredTree::Silent;
-    maker_steps::UpdatePrecalcBit(p);
+    maker_steps::UpdatePrecalcBits(p);
     if ((p.m_wKingState & kPrecalcCanAnswer) == 0 || HalfMovesByData(p) == kUnknownHalfMoves)
         return EStoredTree::Silent;
     bool bMates = false;

@@ -10,6 +10,7 @@
 #include "core/chessboard.h"
 #include "core/mate_result.h"
 #include "core/move.h"
+#include "core/precalc_at_hand.h"
 #include "globalregister/precalc_format.h"
 
 namespace quillon {
@@ -19,13 +20,13 @@ namespace quillon {
 /// (IsWorthLoading).
 [[nodiscard]] std::uint16_t HalfMovesByData(const TChessboard& b);
 
-/// Answer of a white node from precalculated data, whatever its bit kPrecalcCanAnswer says; MR_NONE: none.
+/// Answer of a white node from precalculated data, whatever its bits of such data say; MR_NONE: none.
 /// Inside a short-mate search a mate that needs the additional moves counts and sets m_bAdditionalMovesUsed.
 [[nodiscard]] TMateResult AskPrecalcDataAnyhow(const TChessboard& b);
 
-/// The same for a node whose bit is kept by the makers.
+/// The same for a node whose bits are kept by the makers.
 [[nodiscard]] inline TMateResult AskPrecalcData(const TChessboard& b) {
-    return (b.m_wKingState & kPrecalcCanAnswer) == 0 ? MR_NONE : AskPrecalcDataAnyhow(b);
+    return (b.m_wKingState & (kPrecalcCanAnswer | kCustomDataMayMate)) == 0 ? MR_NONE : AskPrecalcDataAnyhow(b);
 }
 
 /// What the data made of a list of White's moves.

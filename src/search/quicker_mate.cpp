@@ -25,7 +25,6 @@ namespace {
 
 constexpr int kLongestHorizonWithAttempts = 13; // a longer one has looked deep enough
 constexpr int kLeastSpareForAllowance = 14;     // plies between trial and stipulation
-constexpr std::uint16_t kNoAllowance = 0x800;   // of m_wKingState: exact data answer here
 
 /// The allowance is told to be granted only where one white figure faces none.
 bool IsAllowanceGranted(const TChessboard& p) {
@@ -138,7 +137,7 @@ class CQuickerSearch {
             return;
         }
         m_context.m_nQuickerSpare = static_cast<std::int16_t>(spare);
-        if (k + 6 == d && m_m - k > kLeastSpareForAllowance && (m_p.m_wKingState & kNoAllowance) == 0 &&
+        if (k + 6 == d && m_m - k > kLeastSpareForAllowance && (m_p.m_wKingState & kPrecalcCanAnswer) == 0 &&
             IsAllowanceGranted(m_p)) {
             m_context.m_bAdditionalMovesUsed = false;
             m_context.m_nAdditionalMoves = static_cast<std::int16_t>(spare);

@@ -58,6 +58,40 @@ TEST_F(UciPrecalc, OptionsTellWhatTheCommandLineSays) {
               "option name PrecalcPath type string default <empty>");
 }
 
+/// An interface goes back to what it was told first.
+TEST_F(UciPrecalc, DefaultsStayThoseOfTheCommandLine) {
+    CUciClient client({"--precalc", TrueData(), "--precalc-memory", "17"});
+    client.Send("uci");
+    const TLines before = client.Until("uciok");
+    client.Send("setoption name PrecalcPath value " + DataWithoutMates());
+    client.Send("setoption name PrecalcMemory value 3");
+    client.Send("uci");
+    EXPECT_EQ(client.Until("uciok"), before);
+}
+
+TEST_F(UciPrecalc, TheSameFolderAgainIsNotReadAgain) {
+    CUciClient client({"--precalc", DataWithoutMates()});
+    EXPECT_FALSE(Mates(client));
+    std::filesystem::remove(m_silent.Path() / "Precalc/R.precalc");
+    client.Send("setoption name PrecalcPath value " + DataWithoutMates());
+    EXPECT_FALSE(Mates(client)) << "what is loaded stays";
+    client.Send("setoption name PrecalcPath value " + TrueData());
+    client.Send("setoption name PrecalcPath value " + DataWithoutMates());
+    EXPECT_FALSE(Mates(client)) << "nothing was searched in between";
+    client.Send("setoption name PrecalcPath value " + TrueData());
+    EXPECT_TRUE(Mates(client));
+    client.Send("setoption name PrecalcPath value " + DataWithoutMates());
+    EXPECT_TRUE(Mates(client)) << "now the folder is read, and nothing is left there";
+}
+
+TEST_F(UciPrecalc, AFolderMayHaveSeveralBlanks) {
+    const std::string folder = (m_silent.Path() / "My  Tables").string();
+    WriteElements(folder + "/Precalc/R.precalc", TElements(TPositionIndexing("R").GetSize(), 0));
+    CUciClient client;
+    client.Send("setoption name PrecalcPath value " + folder + " ");
+    EXPECT_FALSE(Mates(client));
+}
+
 TEST_F(UciPrecalc, OptionsHoldFromTheNextSearchOn) {
     CUciClient client;
     EXPECT_TRUE(Mates(client)) << "no data";

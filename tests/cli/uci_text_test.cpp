@@ -92,11 +92,18 @@ TEST(UciGo, TheShareNeverPassesTheClock) {
 }
 
 TEST(UciOption, NameAndValueMayHaveSeveralWords) {
-    const TUciOption option = ReadOption({"name", "Some", "Long", "Name", "value", "A", "b"});
+    const TUciOption option = ReadOption("setoption \tname Some  Long\tName value A b");
     EXPECT_EQ(option.m_name, "some long name");
     EXPECT_EQ(option.m_value, "A b");
-    EXPECT_EQ(ReadOption({"NAME", "Clear", "Hash"}).m_name, "clear hash");
-    EXPECT_EQ(ReadOption({"value", "3"}).m_name, "");
+    EXPECT_EQ(ReadOption("NAME Clear Hash").m_name, "clear hash");
+    EXPECT_EQ(ReadOption("value 3").m_name, "");
+    EXPECT_EQ(ReadOption("").m_name, "");
+}
+
+TEST(UciOption, BlanksInsideAValueStay) {
+    EXPECT_EQ(ReadOption("setoption name Path Value  /My  Tables\tof value 5 \r").m_value, "/My  Tables\tof value 5");
+    EXPECT_EQ(ReadOption("setoption name Path value \t\r").m_value, "");
+    EXPECT_EQ(ReadOption("setoption name Path value").m_value, "");
 }
 
 TEST(UciInfo, HasWhatIsKnown) {

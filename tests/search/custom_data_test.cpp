@@ -60,7 +60,7 @@ TEST(CustomData, AMateInTimeIsTheAnswer) {
     EXPECT_EQ(Answer(kOfBlocked, 19), MR_NONE) << "not worth a load";
     EXPECT_EQ(Answer(kOfBlocked, 31), MR_MATE);
     CSearchedPosition position(kOfBlocked, 9);
-    EXPECT_TRUE((position.Root().m_wKingState & kPrecalcCanAnswer) != 0);
+    EXPECT_TRUE((position.Root().m_wKingState & kCustomDataMayMate) != 0);
     EXPECT_EQ(position.Verdict(), MR_MATE);
     EXPECT_EQ(position.Analysis().m_nPositions, 0u) << "nothing was searched";
 }
@@ -109,12 +109,63 @@ TEST(CustomData, TheElementOfTheFlagsIsNoPosition) {
 TEST(CustomData, ACaptureBringsThemWithinReach) {
     CCustomTables tables({{kPawnsBlocked, Filled(kPawnsBlocked, 1)}});
     CSearchedPosition position("8/8/8/4k3/7n/p7/P1K5/7R", 33);
-    EXPECT_FALSE((position.Root().m_wKingState & kPrecalcCanAnswer) != 0);
+    EXPECT_FALSE((position.Root().m_wKingState & kCustomDataMayMate) != 0);
     position.Play("Rh1:h4 Ke5-d5");
-    EXPECT_TRUE((position.Now().m_wKingState & kPrecalcCanAnswer) != 0);
+    EXPECT_TRUE((position.Now().m_wKingState & kCustomDataMayMate) != 0);
     EXPECT_EQ(AskPrecalcData(position.Now()), MR_MATE);
     position.Play("Kc2-b3 Kd5-d6");
     EXPECT_EQ(AskPrecalcData(position.Now()), MR_NONE) << "the king has left its square";
+}
+
+/// What the search does where lengths are exact does not follow from custom data.
+TEST(CustomData, TheyAreNotTakenForExactData) {
+    CCustomTables tables({{kPawnsBlocked, Filled(kPawnsBlocked, 1)}});
+    CSearchedPosition position("8/8/8/4k3/7n/p7/P1K5/7R", 33);
+    position.Play("Rh1:h4 Ke5-d5");
+    for (const TChessboard* const b : {&position.Root(), &position.Now(), &CSearchedPosition(kOfBlocked, 31).Root()})
+        EXPECT_EQ(b->m_wKingState & kPrecalcCanAnswer, 0);
+}
+
+constexpr const char* kNineMen = "Rk+Kc2+Pa2f2g2+pa3f3g3";
+constexpr const char* kOfNineMen = "8/8/8/4k3/8/p4pp1/P1K2PP1/7R";
+
+TEST(CustomData, TheNumberOfMenDoesNotMatter) {
+    CCustomTables tables({{kNineMen, Filled(kNineMen, 5)}});
+    CSearchedPosition position(kOfNineMen, 31);
+    EXPECT_EQ(position.Root().m_wKingState & kCustomDataMayMate, kCustomDataMayMate);
+    EXPECT_EQ(HalfMovesByData(position.Root()), kUnknownHalfMoves);
+    EXPECT_EQ(Answer(kOfNineMen, 19), MR_NONE) << "not worth a load";
+    EXPECT_EQ(AskPrecalcData(position.Root()), MR_MATE);
+    EXPECT_EQ(Answer(kOfNineMen, 9), MR_MATE);
+    EXPECT_EQ(Answer(kOfNineMen, 7), MR_NONE);
+}
+
+TEST(CustomData, ManyMenAreNotLoadedForABoundedLook) {
+    CCustomTables tables({{kNineMen, Filled(kNineMen, 5)}});
+    CSearchedPosition position(kOfNineMen, 31);
+    position.Context().m_nPositionsLeft = 1000;
+    EXPECT_EQ(AskPrecalcData(position.Root()), MR_NONE);
+    EXPECT_EQ(tables.Registers().TotalMemoryInUse(), 0u);
+    ASSERT_EQ(tables.LoadFor(kOfNineMen), 1);
+    EXPECT_EQ(AskPrecalcData(position.Root()), MR_MATE) << "what is loaded is used";
+}
+
+TEST(CustomData, EnPassantIsUnknownToThem) {
+    constexpr const char* kSideBySide = "Rk+Kc2+Pe5+pd5";
+    CCustomTables tables({{kSideBySide, Filled(kSideBySide, 1)}});
+    CSearchedPosition position("8/3p4/8/4P3/8/k7/2K5/7R", 35);
+    position.Play("Rh1-h2 d7-d5");
+    EXPECT_EQ(AskPrecalcData(position.Now()), MR_NONE) << "the pawn can be taken";
+    position.Play("Rh2-h1 Ka3-a2");
+    EXPECT_EQ(AskPrecalcData(position.Now()), MR_MATE);
+}
+
+TEST(CustomData, ABishopTakenOffIsUnknownToThem) {
+    CCustomTables tables({{kPawnsBlocked, Filled(kPawnsBlocked, 1)}});
+    CSearchedPosition position(kOfBlocked, 31);
+    EXPECT_EQ(AskPrecalcData(position.Root()), MR_MATE);
+    position.Root().m_bySideState |= 1;
+    EXPECT_EQ(AskPrecalcData(position.Root()), MR_NONE);
 }
 
 TEST(CustomData, OfSeveralTypesAnyMayMate) {
@@ -150,6 +201,43 @@ TEST(CustomData, ForbiddenOrDamagedTheyAreSilent) {
     EXPECT_EQ(tables.Boxes().m_told.size(), 1u);
     EXPECT_EQ(Answer(kOfBlocked, 31), MR_NONE);
     EXPECT_EQ(tables.Boxes().m_told.size(), 1u) << "not tried again";
+}
+
+/// The shorter name is asked first.
+TEST(CustomData, ADamagedTypeLeavesTheOthersTheirAnswer) {
+    constexpr const char* kKingMoves = "KRk+Pa2+pa3";
+    CCustomTables tables({{kPawnsBlocked, Filled(kPawnsBlocked, 1)}});
+    const std::string packed = tables.PathOf(kKingMoves).string() + ".packed.lzw";
+    TElements elements(TPositionIndexing(kKingMoves).GetSize());
+    for (std::size_t i = 1; i < elements.size(); ++i)
+        elements[i] = i / 40 % 2 == 0 ? 0 : 40;
+    WriteLzw(packed, elements);
+    TElements bytes = ReadWholeFile(packed).value();
+    std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 8), bytes.end(), std::uint8_t{255});
+    WriteElements(packed, bytes);
+    ASSERT_TRUE(tables.Registers().UnloadAll());
+    EXPECT_EQ(Answer(kOfBlocked, 31), MR_MATE);
+    EXPECT_EQ(tables.Boxes().m_told.size(), 1u) << "the damage was met";
+}
+
+TEST(CustomData, BeyondTheLimitTheyAreLeftOutAndToldOf) {
+    CCustomTables tables({});
+    const auto nameOf = [](int square, char file) {
+        return "Rk+K" + SquareText(static_cast<TSquare>(square)) + "+n" + std::string{file, '7'};
+    };
+    for (int square = 0; square < 32; ++square)
+        for (const char file : std::string("abcdefgh"))
+            WriteElements(tables.PathOf(nameOf(square, file)), {1});
+    WriteElements(tables.PathOf(kPawnsBlocked), Filled(kPawnsBlocked, 1)); // behind them: its name is longer
+    ASSERT_TRUE(tables.Registers().UnloadAll());
+    tables.Activate(true);
+    EXPECT_EQ(tables.Boxes().m_told,
+              std::vector<std::string>{"Warning: Only 256 custom types are used: 1 are left out"});
+    EXPECT_EQ(Answer(kOfBlocked, 31), MR_NONE);
+    std::filesystem::remove(tables.PathOf(nameOf(0, 'a')));
+    ASSERT_TRUE(tables.Registers().UnloadAll()) << "what is gone takes no place";
+    EXPECT_EQ(tables.Boxes().m_told.size(), 1u);
+    EXPECT_EQ(Answer(kOfBlocked, 31), MR_MATE);
 }
 
 TEST(CustomData, ExactDataGoFirst) {
