@@ -407,7 +407,7 @@ TEST_F(VerifyQueen, StopEndsItWithTheCountsOfWhatWasChecked) {
     m_tables.m_user.m_runState = [] { return ERunState::Break; };
     const TVerifyResult result = Verify();
     EXPECT_EQ(result.m_eEnd, EVerifyEnd::Stopped);
-    EXPECT_LT(result.m_nChecked, m_elements.size());
+    EXPECT_EQ(result.m_nChecked, 0u);
     EXPECT_EQ(result.m_status, kBeginning + " but stopped by user.");
     EXPECT_EQ(m_tables.m_user.m_status.back(), result.m_status);
     EXPECT_EQ(m_tables.m_user.m_told.back().find("Information: Complete ("), 0u);

@@ -51,6 +51,7 @@ std::vector<TPrecalcFault> CCheckLoop::Run(std::uint64_t nFirst, std::uint64_t n
                                            const std::function<ERunState()>& askState) {
     const TPart part{nLast, indexes};
     m_nNext.store(nFirst);
+    m_state.store(askState()); // before threads begin: a stop that was asked for meanwhile costs no index
     {
         std::vector<std::jthread> threads;
         try {

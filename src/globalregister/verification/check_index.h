@@ -43,7 +43,7 @@ class CCheckLoop {
     CCheckLoop(const COneMoveTables& tables, int nLimit, int nThreads);
 
     /// Checks these indices, or all from nFirst to nLast, exclusive, where the list is empty.
-    ///   askState  asked about fifty times a second, on this thread.
+    ///   askState  asked at the beginning and about fifty times a second, on this thread.
     ///   Returns   the faults in the order of their indices; those found before a break or a failure.
     [[nodiscard]] std::vector<TPrecalcFault> Run(std::uint64_t nFirst, std::uint64_t nLast,
                                                  std::span<const std::uint64_t> indexes,

@@ -12,7 +12,7 @@ namespace {
 
 using namespace quillon::testing;
 
-TEST(VerifyCommand, GeneratedTablesOfFourMenAreRight) {
+TEST(VerifyGenerated, TablesOfFourMenAreRight) {
     const CTemporaryFolder folder;
     const std::string home = folder.Path().string();
     const std::vector<std::string> types{"Pp", "PP", "Qr", "BN", "Rr"};
