@@ -11,13 +11,11 @@
 namespace quillon {
 namespace {
 
-template <class T> using TElements = std::vector<T>;
-
 // Sorts of tables: all alike, long runs, like a true one, few values, and any values that can be packed.
 constexpr int kSorts = 6;
-template <class T> TElements<T> Sample(std::mt19937_64& rng, int sort, std::size_t size) {
+template <class T> std::vector<T> Sample(std::mt19937_64& rng, int sort, std::size_t size) {
     const TBytes table = TableBytes(size + 50000);
-    TElements<T> elements(size);
+    std::vector<T> elements(size);
     T run = 0;
     for (std::size_t i = 0; i < size; ++i) {
         if (reference::Draw(rng, 700) == 0)
@@ -34,7 +32,7 @@ template <class T> TElements<T> Sample(std::mt19937_64& rng, int sort, std::size
 }
 
 template <class T>
-void CheckDecoder(const TElements<T>& block, TBytes packed, std::size_t nBlockElements, bool bPlain) {
+void CheckDecoder(const std::vector<T>& block, TBytes packed, std::size_t nBlockElements, bool bPlain) {
     CLzwDecoder<T> decoder(nBlockElements, bPlain);
     const std::size_t size = packed.size();
     packed.resize(size + kLzwReadAhead, 0xff);
@@ -46,7 +44,7 @@ void CheckDecoder(const TElements<T>& block, TBytes packed, std::size_t nBlockEl
     ASSERT_EQ(decoder.Decode({packed.data(), size - 1}, block.size()), 0u) << "a byte is missing";
 }
 
-template <class T> void CheckBlock(const TElements<T>& block, std::size_t nBlockElements) {
+template <class T> void CheckBlock(const std::vector<T>& block, std::size_t nBlockElements) {
     TBytes packed;
     ASSERT_TRUE(CLzwCoder<T>(nBlockElements).Code(block, packed));
     ASSERT_EQ(packed, reference_lzw::Code(block, nBlockElements, true)) << block.size();
@@ -76,7 +74,7 @@ TYPED_TEST(LzwTest, RichDictionaryOfOldFiles) {
     const auto greatest = static_cast<TypeParam>(-1);
     for (const std::size_t size : {8192, 16384})
         for (int sort = 0; sort < kSorts; ++sort) {
-            TElements<TypeParam> block = Sample<TypeParam>(rng, sort, size);
+            std::vector<TypeParam> block = Sample<TypeParam>(rng, sort, size);
             for (std::size_t i = 0; i < size;
                  i += reference::Draw(rng, 40)) // singles, pairs and long runs of the greatest
                 for (std::size_t end = i + reference::Draw(rng, i % 3 == 0 ? 300 : 3); i <= end && i < size; ++i)
@@ -90,7 +88,7 @@ TYPED_TEST(LzwTest, RichDictionaryOfOldFiles) {
 TYPED_TEST(LzwTest, LongestStringsAtAllPlaces) {
     std::mt19937_64 rng(84);
     for (std::size_t nOthers = 0; nOthers < 1100; nOthers += 1 + reference::Draw(rng, 12)) {
-        TElements<TypeParam> block;
+        std::vector<TypeParam> block;
         for (std::size_t i = 0; i < nOthers; ++i)
             block.push_back(static_cast<TypeParam>(i * 7 % 251));
         block.resize(16384, TypeParam{254});
