@@ -444,6 +444,22 @@ TEST_F(GenerateTables, AFullDiskIsToldAndTheRunTakenUp) {
     ExpectWhole("R");
 }
 
+/// The byte of the flags has room for the bits of two positions, which some types of bit data have there.
+TEST_F(GenerateTables, BitsBesideTheFlagsDoNotKeepATableFromBeingTakenUp) {
+    MakeUpTo("Q", 6);
+    TElements table = Table("Q");
+    for (const std::uint8_t bits : TElements{0x10, 0x40, 0xf0}) {
+        table[0] = bits;
+        WriteElements(Plain("Q"), table);
+        WriteElements(Beside("Q", ".iter"), {6, 0, 0, 0});
+        m_options.m_existing = EExistingTable::Continue;
+        EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
+        TElements expected = Expected("Q");
+        expected[0] = bits;
+        EXPECT_TRUE(Table("Q") == expected) << static_cast<int>(bits);
+    }
+}
+
 // --- several types
 
 TEST_F(GenerateTables, MissingTypesAreNamed) {

@@ -4,7 +4,6 @@
 #include <system_error>
 
 #include "globalregister/precalc_files.h"
-#include "globalregister/precalc_format.h"
 #include "globalregister/precalc_read.h"
 #include "globalregister/table_conversion.h"
 
@@ -13,9 +12,6 @@ namespace quillon {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// All flags that a file may have.
-constexpr std::uint16_t kFlagsEnd = (kFlagPawnRanks48 | kFlagCombinations | kFlagWideElements) + 1;
 
 std::optional<std::uint64_t> SizeOfFile(const fs::path& path) {
     std::error_code error;
@@ -55,7 +51,7 @@ class CExistingTable {
                 bWhole = IsWhole(*flags, SizeOfFile(file));
             break;
         case EPrecalcKind::Lz4: // its flags are packed with it
-            for (std::uint16_t wFlags = 0; wFlags < kFlagsEnd && !bWhole; ++wFlags)
+            for (std::uint16_t wFlags = 0; wFlags <= kFileFlags && !bWhole; ++wFlags)
                 bWhole = IsWhole(wFlags, ReadUnpackedSize(file));
             break;
         case EPrecalcKind::PackedLzw:

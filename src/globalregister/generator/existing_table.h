@@ -5,8 +5,12 @@
 #include <filesystem>
 
 #include "globalregister/precalc_file_name.h"
+#include "globalregister/precalc_format.h"
 
 namespace quillon {
+
+/// All flags that a file may have. The rest of the byte that holds them is of the first indices in bit data.
+inline constexpr std::uint16_t kFileFlags = kFlagPawnRanks48 | kFlagCombinations | kFlagWideElements;
 
 enum class EExistingForm : std::uint8_t {
     None,

@@ -244,7 +244,7 @@ CTableMaking::EStep CTableMaking::ReadOldTable() {
     m_table.data = {}; // two of them may be too much
     try {
         std::optional<std::vector<std::uint8_t>> old = ReadWholeFile(m_files.Plain());
-        if (!old || old->size() != nBytes || old->at(0) != flags)
+        if (!old || old->size() != nBytes || (old->at(0) & kFileFlags) != flags)
             return Fail(std::string(kErrorReadingFile) + m_files.Plain().string());
         m_table.data = std::move(*old);
     } catch (const std::bad_alloc&) {
