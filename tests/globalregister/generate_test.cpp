@@ -261,6 +261,39 @@ TEST_F(GenerateTables, ATableOfTheSecondRootIsThere) {
     EXPECT_TRUE(fs::is_empty(m_folder.Path() / "Precalc"));
 }
 
+/// It has its full size, but no load takes it for finished, nor a table of the first root beside it.
+TEST_F(GenerateTables, ATableInTheMakingInTheSecondRootIsNoneAndTold) {
+    m_precalc.m_folders.m_secondRoot = m_folder.Path() / "second";
+    const fs::path file = m_folder.Path() / "second/Q.precalc";
+    WriteElements(file, Old());
+    WriteElements(file.string() + ".iter", {3, 0, 0, 0});
+    for (const bool bFirstToo : {false, true})
+        for (const EExistingTable choice : {EExistingTable::Leave, EExistingTable::Continue, EExistingTable::Restart}) {
+            m_host.m_boxes.m_asked.clear();
+            m_host.m_boxes.m_answers = {true};
+            m_options.m_existing = choice;
+            if (bFirstToo)
+                WriteElements(Plain("Q"), Old());
+            EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+            ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
+            EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: A table in the making: " + file.string()));
+        }
+    EXPECT_FALSE(fs::exists(Beside("Q", ".iter")));
+}
+
+/// The same folder under both names has one table.
+TEST_F(GenerateTables, ASecondRootThatIsTheFirstIsNoOtherFolder) {
+    m_precalc.m_folders.m_secondRoot = m_folder.Path() / "Precalc";
+    m_host.m_boxes.m_answers = {true};
+    WriteElements(Plain("Q"), Old());
+    m_options.m_existing = EExistingTable::Restart;
+    (void)MakeUpTo("Q", 3);
+    m_options.m_existing = EExistingTable::Continue;
+    m_host.m_boxes.m_asked.clear();
+    EXPECT_TRUE(Make("Q").m_bMade);
+    ExpectWhole("Q");
+}
+
 TEST_F(GenerateTables, WhatIsNoTableIsNotTakenForOne) {
     WriteElements(Plain("Q"), {1, 2, 3});
     m_options.m_existing = EExistingTable::Leave;

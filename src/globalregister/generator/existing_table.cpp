@@ -110,6 +110,13 @@ TExistingTable FindExistingTable(const TPositionIndexing& indexing, const TPreca
     return second.m_form == EExistingForm::Whole ? second : first;
 }
 
+fs::path NameInSecondRoot(const TPositionIndexing& indexing, const TPrecalcFolders& folders) {
+    const fs::path first = GetFileName(indexing, folders, {});
+    fs::path second = GetFileName(indexing, folders, {.m_bSecondRoot = true});
+    std::error_code error;
+    return fs::equivalent(first.parent_path(), second.parent_path(), error) ? fs::path() : second;
+}
+
 bool HasFinishedTable(const TPositionIndexing& indexing, const TPrecalcFolders& folders) {
     return FindExistingTable(indexing, folders).m_form == EExistingForm::Whole &&
            !IsLeftInTheMaking(GetFileName(indexing, folders, {})) &&

@@ -31,6 +31,10 @@ struct TExistingTable {
 ///   Errors    std::bad_alloc.
 [[nodiscard]] TExistingTable FindExistingTable(const TPositionIndexing& indexing, const TPrecalcFolders& folders);
 
+/// The table of a type in the second root, if that is a folder of its own that may have one.
+///   Result  the name of its plain file, which need not exist; empty: there is no such folder.
+[[nodiscard]] std::filesystem::path NameInSecondRoot(const TPositionIndexing& indexing, const TPrecalcFolders& folders);
+
 /// Is there a table that a load takes and that was not left in the making?
 [[nodiscard]] bool HasFinishedTable(const TPositionIndexing& indexing, const TPrecalcFolders& folders);
 

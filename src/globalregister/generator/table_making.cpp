@@ -123,6 +123,8 @@ CTableMaking::EStep CTableMaking::LookAtFiles() {
         return Fail(OtherRunText(m_files.LockFile().string()), false);
     if (!m_files.FinishPendingSave())
         return Fail(PendingSaveText(m_files.PendingMark().string()), false);
+    if (const fs::path second = NameInSecondRoot(m_table, m_registers.Options().m_folders); IsLeftInTheMaking(second))
+        return Fail(SecondRootInTheMakingText(second.string()), false);
     m_files.RemoveStrays();
     const std::optional<std::uint32_t> nLevel = m_files.ReadLevel();
     if (!nLevel && IsLeftInTheMaking(m_files.Plain())) // a level that cannot be read
