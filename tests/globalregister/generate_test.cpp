@@ -261,6 +261,25 @@ TEST_F(GenerateTables, ATableOfTheSecondRootIsThere) {
     EXPECT_TRUE(fs::is_empty(m_folder.Path() / "Precalc"));
 }
 
+/// One of the first root does not help: that of the second would be marked as in the making, and taken all the same.
+TEST_F(GenerateTables, NoRestartBesideAFinishedTableOfTheSecondRoot) {
+    m_precalc.m_folders.m_secondRoot = m_folder.Path() / "second";
+    const fs::path file = m_folder.Path() / "second/Q.precalc";
+    WriteElements(file, Old());
+    WriteElements(Plain("Q"), Old(2));
+    m_options.m_existing = EExistingTable::Restart;
+    m_host.m_boxes.m_answers = {true, true};
+    for (const bool bUnfinished : {false, true}) {
+        if (bUnfinished)
+            WriteElements(Beside("Q", ".iter"), {3, 0, 0, 0});
+        EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+        ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
+        EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: The following file exists: " + file.string()));
+        EXPECT_TRUE(Table("Q") == Old(2));
+        EXPECT_EQ(fs::exists(Beside("Q", ".iter")), bUnfinished);
+    }
+}
+
 /// It has its full size, but no load takes it for finished, nor a table of the first root beside it.
 TEST_F(GenerateTables, ATableInTheMakingInTheSecondRootIsNoneAndTold) {
     m_precalc.m_folders.m_secondRoot = m_folder.Path() / "second";

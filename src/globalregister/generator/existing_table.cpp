@@ -33,7 +33,7 @@ class CExistingTable {
                 continue;
             const EExistingForm form = FormIn(file, kind);
             if (best.m_form == EExistingForm::None || form < best.m_form)
-                best = {form, file, m_bSecondRoot};
+                best = {form, file};
         }
         return best;
     }
@@ -104,10 +104,17 @@ class CExistingTable {
 
 TExistingTable FindExistingTable(const TPositionIndexing& indexing, const TPrecalcFolders& folders) {
     const TExistingTable first = CExistingTable(indexing, folders, false).Find();
-    if (first.m_form == EExistingForm::Whole || folders.m_secondRoot.empty() || indexing.custom)
+    if (first.m_form == EExistingForm::Whole)
         return first;
-    const TExistingTable second = CExistingTable(indexing, folders, true).Find();
+    const TExistingTable second = FindInSecondRoot(indexing, folders);
     return second.m_form == EExistingForm::Whole ? second : first;
+}
+
+TExistingTable FindInSecondRoot(const TPositionIndexing& indexing, const TPrecalcFolders& folders) {
+    if (NameInSecondRoot(indexing, folders).empty())
+        return {};
+    const TExistingTable second = CExistingTable(indexing, folders, true).Find();
+    return second.m_form == EExistingForm::Whole ? second : TExistingTable{};
 }
 
 fs::path NameInSecondRoot(const TPositionIndexing& indexing, const TPrecalcFolders& folders) {

@@ -22,7 +22,6 @@ enum class EExistingForm : std::uint8_t {
 struct TExistingTable {
     EExistingForm m_form = EExistingForm::None;
     std::filesystem::path m_file; // of that form
-    bool m_bSecondRoot = false;
 };
 
 /// The finished table of a type: one that a load takes before an archive, and both before what is none. Marks of a
@@ -30,6 +29,9 @@ struct TExistingTable {
 ///   indexing  with its combinations off.
 ///   Errors    std::bad_alloc.
 [[nodiscard]] TExistingTable FindExistingTable(const TPositionIndexing& indexing, const TPrecalcFolders& folders);
+
+/// The same, of the second root alone: Whole, or None.
+[[nodiscard]] TExistingTable FindInSecondRoot(const TPositionIndexing& indexing, const TPrecalcFolders& folders);
 
 /// The table of a type in the second root, if that is a folder of its own that may have one.
 ///   Result  the name of its plain file, which need not exist; empty: there is no such folder.

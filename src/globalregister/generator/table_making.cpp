@@ -135,9 +135,19 @@ CTableMaking::EStep CTableMaking::LookAtFiles() {
         step = AskAboutUnfinished(*nLevel);
     else if (table = FindExistingTable(m_table, m_registers.Options().m_folders); table.m_form != EExistingForm::None)
         step = AskAboutFinished(table);
-    if (m_nFirstLevel == 1 && m_nRepeated == 0)
-        m_files.KeepOld(table.m_form == EExistingForm::Whole);
+    if (step == EStep::GoOn && m_nRepeated == 0)
+        step = StartAnew(table);
     return step;
+}
+
+/// One that is made beside a finished table of the second root would spoil that while it is made, and be read by
+/// nobody afterwards.
+CTableMaking::EStep CTableMaking::StartAnew(const TExistingTable& replaced) {
+    const TExistingTable second = FindInSecondRoot(m_table, m_registers.Options().m_folders);
+    if (second.m_form == EExistingForm::Whole)
+        return Fail(SecondRootTableText(second.m_file.string()), false);
+    m_files.KeepOld(replaced.m_form == EExistingForm::Whole);
+    return EStep::GoOn;
 }
 
 EThreeWay CTableMaking::WhatToDo() const {
@@ -159,7 +169,7 @@ CTableMaking::EStep CTableMaking::AskAboutFinished(const TExistingTable& table) 
     m_report.m_found = EFoundTable::Finished;
     const EThreeWay answer = WhatToDo();
     if (answer == EThreeWay::No)
-        return table.m_bSecondRoot ? Fail(SecondRootTableText(table.m_file.string()), false) : EStep::GoOn;
+        return EStep::GoOn;
     m_report.m_file = table.m_file;
     if (answer == EThreeWay::Yes || m_options.m_existing == EExistingTable::Leave)
         return LeaveFinished(table);

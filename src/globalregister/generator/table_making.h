@@ -42,6 +42,7 @@ class CTableMaking {
     enum class EStep { GoOn, End }; // the latter with the status of the report
 
     [[nodiscard]] EStep LookAtFiles();
+    [[nodiscard]] EStep StartAnew(const TExistingTable& replaced);
     [[nodiscard]] EStep AskAboutFinished(const TExistingTable& table);
     [[nodiscard]] EStep LeaveFinished(const TExistingTable& table);
     [[nodiscard]] EStep AskAboutUnfinished(std::uint32_t nLevel);
