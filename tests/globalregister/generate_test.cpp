@@ -369,6 +369,28 @@ TEST_F(GenerateTables, FilesThatAreNotWhatTheyWereAreRefused) {
     ExpectWhole("Q");
 }
 
+/// As after a power failure: there is no other way to get on than by hand, which would make the table pass for finished.
+TEST_F(GenerateTables, ARestartNeedsNoLevelThatCanBeRead) {
+    MakeUpTo("Q", 6);
+    const TElements unfinished = Table("Q");
+    WriteElements(Beside("Q", ".BAK"), Old());
+    for (const TElements& cut : {TElements{}, TElements{6, 0}}) {
+        WriteElements(Beside("Q", ".iter"), cut);
+        for (const EExistingTable choice : {EExistingTable::Leave, EExistingTable::Continue}) {
+            m_options.m_existing = choice;
+            EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+            EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Error reading file " + Beside("Q", ".iter").string()});
+        }
+        EXPECT_TRUE(Table("Q") == unfinished);
+    }
+    m_options.m_existing = EExistingTable::Restart;
+    const TGenerateReport report = Make("Q");
+    EXPECT_EQ(report.m_found, EFoundTable::Unfinished);
+    EXPECT_TRUE(report.m_bMade);
+    EXPECT_TRUE(ReadWholeFile(Beside("Q", ".BAK")) == Old()) << "worth more than an unfinished one";
+    ExpectWhole("Q");
+}
+
 // --- stopped and taken up
 
 TEST_F(GenerateTables, AStoppedRunIsTakenUpFromAnyLevel) {

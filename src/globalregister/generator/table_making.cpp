@@ -127,12 +127,12 @@ CTableMaking::EStep CTableMaking::LookAtFiles() {
         return Fail(SecondRootInTheMakingText(second.string()), false);
     m_files.RemoveStrays();
     const std::optional<std::uint32_t> nLevel = m_files.ReadLevel();
-    if (!nLevel && IsLeftInTheMaking(m_files.Plain())) // a level that cannot be read
-        return Fail(std::string(kErrorReadingFile) + m_files.Plain().string() + std::string(kIterationExtension));
     EStep step = EStep::GoOn;
     TExistingTable table;
     if (nLevel)
         step = AskAboutUnfinished(*nLevel);
+    else if (IsLeftInTheMaking(m_files.Plain()))
+        step = AskAboutUnreadable();
     else if (table = FindExistingTable(m_table, m_registers.Options().m_folders); table.m_form != EExistingForm::None)
         step = AskAboutFinished(table);
     if (step == EStep::GoOn && m_nRepeated == 0)
@@ -208,6 +208,15 @@ CTableMaking::EStep CTableMaking::AskAboutUnfinished(std::uint32_t nLevel) {
                        m_host.AskYesNo(LevelQuestion(MovesOfLevel(nLevel), m_place.m_nTypes > 1), kQuestionTitle);
     m_nFirstLevel = m_nRepeated + (bNext ? 1 : 0);
     return EStep::GoOn;
+}
+
+/// The file of the level is cut. How far the table is matters only to those who want to keep it.
+CTableMaking::EStep CTableMaking::AskAboutUnreadable() {
+    const fs::path level = fs::path(m_files.Plain()) += kIterationExtension;
+    m_report.m_found = EFoundTable::Unfinished;
+    return WhatToDo() == EThreeWay::No && Exists(level)
+               ? EStep::GoOn
+               : Fail(std::string(kErrorReadingFile) + level.string());
 }
 
 /// A pawn that leaves its reach leaves the pattern, and such a position is no mate whatever the answer: an analysis of

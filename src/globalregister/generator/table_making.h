@@ -46,6 +46,7 @@ class CTableMaking {
     [[nodiscard]] EStep AskAboutFinished(const TExistingTable& table);
     [[nodiscard]] EStep LeaveFinished(const TExistingTable& table);
     [[nodiscard]] EStep AskAboutUnfinished(std::uint32_t nLevel);
+    [[nodiscard]] EStep AskAboutUnreadable();
     [[nodiscard]] EStep AskAboutPawns();
     [[nodiscard]] EStep Allocate();
     [[nodiscard]] EStep ReadOldTable();
