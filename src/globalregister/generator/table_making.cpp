@@ -30,6 +30,10 @@ constexpr double kSecondsWorthSyncing = 1;
 
 constexpr std::size_t kOnePosition = 1; // of the longest mates: their length is all that is wanted
 
+/// In bit data the flags take the pairs of so many indices, which name no position in any type.
+constexpr std::uint64_t kPairsOfFlags = 2;
+static_assert(kFileFlags < 1 << (2 * kPairsOfFlags));
+
 /// Share of the table that the marks of a run take besides it.
 constexpr std::uint64_t kMarksShare = 10;
 
@@ -440,7 +444,7 @@ void CTableMaking::CountMates() {
                                    /*bUseCache=*/false);
     const std::vector<std::uint8_t>& data = m_table.data;
     if (m_table.bBitData)
-        for (std::uint64_t i = kPairsOfAByte; i < m_table.GetSize(); ++i)
+        for (std::uint64_t i = kPairsOfFlags; i < m_table.GetSize(); ++i)
             m_report.m_nPositions += BitPair(data.data(), i) & 1;
     else if (m_table.nElementSize == 2)
         for (std::size_t at = 2; at < data.size(); at += 2)
