@@ -61,6 +61,13 @@ bool HasMovableBlackPawn(std::string_view customType) { return customType.find("
 
 } // namespace
 
+std::uint32_t LastLevelOfConversions(std::string_view typeName, std::uint32_t nLongestNeeded) {
+    const std::uint32_t nHalfMoves = nLongestNeeded == 0 ? 0 : 2 * nLongestNeeded - 1;
+    const bool bInPassing = !IsCustomType(typeName) && typeName.find('P') != std::string_view::npos;
+    const auto nTaken = bInPassing ? std::ranges::count(typeName, 'p') : 0;
+    return nHalfMoves + 2 + 2 * static_cast<std::uint32_t>(nTaken);
+}
+
 CTableMaking::CTableMaking(std::string_view typeName, const TGenerateOptions& options, IGenerateHost& host,
                            CGlobalRegisters& registers, TGeneratorControl& control, std::uint64_t nMemory,
                            TPlaceInSeries place)
@@ -349,11 +356,10 @@ bool CTableMaking::FitsElements(int nLevel) const {
     return nLevel <= LevelLimit() && MovesOfLevel(static_cast<std::uint32_t>(nLevel)) < nFirstTooLong;
 }
 
-/// A level of this table can make the next find something, a mate of another type every level up to its own length and
-/// the move that leads there.
+/// A level of this table can make the next find something.
 bool CTableMaking::IsFinishedBy(int nLevel, std::uint64_t nFound) const {
-    const std::uint32_t nHalfMoves = m_nLongestNeeded == 0 ? 0 : 2 * m_nLongestNeeded - 1;
-    return nFound == 0 && nLevel > m_nRepeated && static_cast<std::uint32_t>(nLevel) > nHalfMoves + 2;
+    return nFound == 0 && nLevel > m_nRepeated &&
+           static_cast<std::uint32_t>(nLevel) > LastLevelOfConversions(m_typeName, m_nLongestNeeded);
 }
 
 void CTableMaking::TellProgress(const TGeneratorProgress& level) const {
