@@ -369,7 +369,8 @@ TEST_F(GenerateTables, FilesThatAreNotWhatTheyWereAreRefused) {
     ExpectWhole("Q");
 }
 
-/// As after a power failure: there is no other way to get on than by hand, which would make the table pass for finished.
+/// As after a power failure: there is no other way to get on than by hand, which would make the table pass for
+/// finished.
 TEST_F(GenerateTables, ARestartNeedsNoLevelThatCanBeRead) {
     MakeUpTo("Q", 6);
     const TElements unfinished = Table("Q");

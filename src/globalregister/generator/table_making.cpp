@@ -157,7 +157,8 @@ CTableMaking::EStep CTableMaking::StartAnew(const TExistingTable& replaced) {
     const TExistingTable second = FindInSecondRoot(m_table, m_registers.Options().m_folders);
     if (second.m_form == EExistingForm::Whole)
         return Fail(SecondRootTableText(second.m_file.string()), false);
-    m_files.KeepOld(replaced.m_form == EExistingForm::Whole);
+    const bool bFinished = replaced.m_form == EExistingForm::Whole || replaced.m_form == EExistingForm::Archive;
+    m_files.KeepOld(bFinished ? replaced.m_file : fs::path());
     return EStep::GoOn;
 }
 
@@ -225,9 +226,8 @@ CTableMaking::EStep CTableMaking::AskAboutUnfinished(std::uint32_t nLevel) {
 CTableMaking::EStep CTableMaking::AskAboutUnreadable() {
     const fs::path level = fs::path(m_files.Plain()) += kIterationExtension;
     m_report.m_found = EFoundTable::Unfinished;
-    return WhatToDo() == EThreeWay::No && Exists(level)
-               ? EStep::GoOn
-               : Fail(std::string(kErrorReadingFile) + level.string());
+    return WhatToDo() == EThreeWay::No && Exists(level) ? EStep::GoOn
+                                                        : Fail(std::string(kErrorReadingFile) + level.string());
 }
 
 /// A pawn that leaves its reach leaves the pattern, and such a position is no mate whatever the answer: an analysis of
