@@ -198,6 +198,7 @@ unsigned CGeneratorFiles::FilesToKeep() const {
     return nKeep;
 }
 
+/// Those that are not kept go.
 std::error_code CGeneratorFiles::ClearPackedForms(unsigned nKeep) {
     const std::vector<fs::path> files = OldFiles();
     for (std::size_t i = 0; i < files.size(); ++i)

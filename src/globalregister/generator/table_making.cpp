@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "core/chess_exception.h"
+#include "globalregister/custom_type.h"
 #include "globalregister/generator/generate_texts.h"
 #include "globalregister/generator/generator_material.h"
 #include "globalregister/generator/reached_types.h"
