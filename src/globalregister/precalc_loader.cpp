@@ -75,7 +75,9 @@ class CPrecalcLoad {
     }
 
   private:
+    /// A run that makes the table anew may have put its files in their place since the marks were looked at.
     bool Finish(bool bLoaded) {
+        m_data.bCompactUnfinished = m_data.bCompactUnfinished || IsInTheMaking();
         m_data.bFullyLoaded = bLoaded;
         return bLoaded;
     }

@@ -44,7 +44,7 @@ class GeneratorFiles : public testing::TestWithParam<bool> { // true: bit data
 
     /// Two levels, and the end. What is there before is kept.
     void MakeAll(CGeneratorFiles files) const {
-        files.KeepOld(true);
+        files.KeepOld(Plain());
         MakeDetails(files);
         for (const std::uint32_t nLevel : {1u, 2u})
             ASSERT_EQ(files.Save(StateOf(nLevel), nLevel), "");
@@ -115,11 +115,72 @@ TEST_P(GeneratorFiles, AFinishedTableThatIsKeptStays) {
         WriteElements(Plain(), {1, 2, 3});
         WriteElements(Beside(".BAK"), {9});
         CGeneratorFiles files = Files();
-        files.KeepOld(bFinished);
+        files.KeepOld(bFinished ? Plain() : fs::path());
         MakeDetails(files);
         ASSERT_EQ(files.Save(StateOf(1), 1), "");
         EXPECT_EQ(ReadWholeFile(Beside(".BAK")), bFinished ? (TElements{1, 2, 3}) : TElements{9});
         EXPECT_EQ(ReadWholeFile(Plain()), StateOf(1));
+    }
+}
+
+/// A plain file that was cut is not worth what was kept of it before, though a packed form beside it is whole.
+TEST_P(GeneratorFiles, OnlyTheFileThatIsFinishedReplacesWhatIsKept) {
+    for (const char* extension : {"", ".lz4", ".packed.lzw"}) {
+        WriteElements(Beside(extension), {1, 2});
+        WriteElements(Beside(extension).string() + ".BAK", {9});
+    }
+    CGeneratorFiles files = Files();
+    files.KeepOld(Beside(".packed.lzw"));
+    MakeDetails(files);
+    ASSERT_EQ(files.Save(StateOf(1), 1), "");
+    EXPECT_EQ(ReadWholeFile(Plain()), StateOf(1));
+    EXPECT_EQ(ReadWholeFile(Beside(".BAK")), TElements{9});
+    EXPECT_EQ(ReadWholeFile(Beside(".lz4.BAK")), TElements{9});
+    EXPECT_EQ(ReadWholeFile(Beside(".packed.lzw.BAK")), (TElements{1, 2}));
+    EXPECT_FALSE(fs::exists(Beside(".lz4")) || fs::exists(Beside(".packed.lzw")));
+}
+
+/// Bits of an early level beside the lengths of a finished table would be read as finished.
+TEST_P(GeneratorFiles, BitsAreKeptWithTheirLengthsOnly) {
+    WriteElements(Beside(".lz4"), {1});
+    WriteElements(Details(), {2});
+    CGeneratorFiles first = Files();
+    first.KeepOld(Beside(".lz4"));
+    MakeDetails(first);
+    ASSERT_EQ(first.Save(StateOf(1), 1), "");
+    CGeneratorFiles second = Files();
+    second.KeepOld({});
+    MakeDetails(second);
+    ASSERT_EQ(second.Save(StateOf(2), 2), "");
+    EXPECT_EQ(ReadWholeFile(Plain()), StateOf(2));
+    EXPECT_FALSE(fs::exists(Beside(".BAK")));
+    EXPECT_EQ(ReadWholeFile(Beside(".lz4.BAK")), TElements{1});
+    if (GetParam()) {
+        EXPECT_EQ(ReadWholeFile(Details().string() + ".BAK"), TElements{2});
+    }
+}
+
+/// Wherever the first save is killed, what it keeps is the same: an unfinished table with its lengths.
+TEST_P(GeneratorFiles, AKillChangesNothingOfWhatIsKept) {
+    for (int nKill = 0; nKill < 20; ++nKill) {
+        m_folder = std::make_unique<CTemporaryFolder>();
+        WriteElements(Plain(), {1});
+        WriteElements(Details(), {2});
+        int nStep = -1;
+        CGeneratorFiles files = Files([&](std::string_view) {
+            if (++nStep == nKill)
+                throw TKilled{};
+        });
+        try {
+            files.KeepOld({});
+            MakeDetails(files);
+            ASSERT_EQ(files.Save(StateOf(1), 1), "");
+        } catch (const TKilled&) {
+            ASSERT_TRUE(Files().FinishPendingSave()) << nKill;
+        }
+        const bool bReplaced = ReadWholeFile(Plain()) == StateOf(1);
+        EXPECT_EQ(fs::exists(Beside(".BAK")), bReplaced) << nKill;
+        EXPECT_EQ(fs::exists(Details().string() + ".BAK"), bReplaced && GetParam()) << nKill;
     }
 }
 
@@ -269,7 +330,7 @@ TEST_P(GeneratorFiles, ARunThatIsGivenUpLeavesNothing) {
     CGeneratorFiles files = Files();
     files.RemovePartial();
     EXPECT_TRUE(fs::exists(Plain())) << "what is finished is not of this run";
-    files.KeepOld(true);
+    files.KeepOld(Plain());
     MakeDetails(files);
     files.RemovePartial();
     EXPECT_EQ(ReadWholeFile(Plain()), StateOf(kFinished)) << "nor is what no save has replaced yet";

@@ -261,6 +261,58 @@ TEST_F(GenerateTables, ATableOfTheSecondRootIsThere) {
     EXPECT_TRUE(fs::is_empty(m_folder.Path() / "Precalc"));
 }
 
+/// One of the first root does not help: that of the second would be marked as in the making, and taken all the same.
+TEST_F(GenerateTables, NoRestartBesideAFinishedTableOfTheSecondRoot) {
+    m_precalc.m_folders.m_secondRoot = m_folder.Path() / "second";
+    const fs::path file = m_folder.Path() / "second/Q.precalc";
+    WriteElements(file, Old());
+    WriteElements(Plain("Q"), Old(2));
+    m_options.m_existing = EExistingTable::Restart;
+    m_host.m_boxes.m_answers = {true, true};
+    for (const bool bUnfinished : {false, true}) {
+        if (bUnfinished)
+            WriteElements(Beside("Q", ".iter"), {3, 0, 0, 0});
+        EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+        ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
+        EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: The following file exists: " + file.string()));
+        EXPECT_TRUE(Table("Q") == Old(2));
+        EXPECT_EQ(fs::exists(Beside("Q", ".iter")), bUnfinished);
+    }
+}
+
+/// It has its full size, but no load takes it for finished, nor a table of the first root beside it.
+TEST_F(GenerateTables, ATableInTheMakingInTheSecondRootIsNoneAndTold) {
+    m_precalc.m_folders.m_secondRoot = m_folder.Path() / "second";
+    const fs::path file = m_folder.Path() / "second/Q.precalc";
+    WriteElements(file, Old());
+    WriteElements(file.string() + ".iter", {3, 0, 0, 0});
+    for (const bool bFirstToo : {false, true})
+        for (const EExistingTable choice : {EExistingTable::Leave, EExistingTable::Continue, EExistingTable::Restart}) {
+            m_host.m_boxes.m_asked.clear();
+            m_host.m_boxes.m_answers = {true};
+            m_options.m_existing = choice;
+            if (bFirstToo)
+                WriteElements(Plain("Q"), Old());
+            EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+            ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
+            EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: A table in the making: " + file.string()));
+        }
+    EXPECT_FALSE(fs::exists(Beside("Q", ".iter")));
+}
+
+/// The same folder under both names has one table.
+TEST_F(GenerateTables, ASecondRootThatIsTheFirstIsNoOtherFolder) {
+    m_precalc.m_folders.m_secondRoot = m_folder.Path() / "Precalc";
+    m_host.m_boxes.m_answers = {true};
+    WriteElements(Plain("Q"), Old());
+    m_options.m_existing = EExistingTable::Restart;
+    (void)MakeUpTo("Q", 3);
+    m_options.m_existing = EExistingTable::Continue;
+    m_host.m_boxes.m_asked.clear();
+    EXPECT_TRUE(Make("Q").m_bMade);
+    ExpectWhole("Q");
+}
+
 TEST_F(GenerateTables, WhatIsNoTableIsNotTakenForOne) {
     WriteElements(Plain("Q"), {1, 2, 3});
     m_options.m_existing = EExistingTable::Leave;
@@ -314,6 +366,29 @@ TEST_F(GenerateTables, FilesThatAreNotWhatTheyWereAreRefused) {
     EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Error reading file " + Beside("Q", ".iter").string()});
     WriteElements(Beside("Q", ".iter"), {6, 0, 0, 0});
     EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
+    ExpectWhole("Q");
+}
+
+/// As after a power failure: there is no other way to get on than by hand, which would make the table pass for
+/// finished.
+TEST_F(GenerateTables, ARestartNeedsNoLevelThatCanBeRead) {
+    MakeUpTo("Q", 6);
+    const TElements unfinished = Table("Q");
+    WriteElements(Beside("Q", ".BAK"), Old());
+    for (const TElements& cut : {TElements{}, TElements{6, 0}}) {
+        WriteElements(Beside("Q", ".iter"), cut);
+        for (const EExistingTable choice : {EExistingTable::Leave, EExistingTable::Continue}) {
+            m_options.m_existing = choice;
+            EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+            EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Error reading file " + Beside("Q", ".iter").string()});
+        }
+        EXPECT_TRUE(Table("Q") == unfinished);
+    }
+    m_options.m_existing = EExistingTable::Restart;
+    const TGenerateReport report = Make("Q");
+    EXPECT_EQ(report.m_found, EFoundTable::Unfinished);
+    EXPECT_TRUE(report.m_bMade);
+    EXPECT_TRUE(ReadWholeFile(Beside("Q", ".BAK")) == Old()) << "worth more than an unfinished one";
     ExpectWhole("Q");
 }
 
@@ -442,6 +517,22 @@ TEST_F(GenerateTables, AFullDiskIsToldAndTheRunTakenUp) {
     EXPECT_EQ(ReadWholeFile(Beside("R", ".iter")), (TElements{3, 0, 0, 0}));
     EXPECT_EQ(Make("R").m_status, EGenerateStatus::Done);
     ExpectWhole("R");
+}
+
+/// The byte of the flags has room for the bits of two positions, which some types of bit data have there.
+TEST_F(GenerateTables, BitsBesideTheFlagsDoNotKeepATableFromBeingTakenUp) {
+    MakeUpTo("Q", 6);
+    TElements table = Table("Q");
+    for (const std::uint8_t bits : TElements{0x10, 0x40, 0xf0}) {
+        table[0] = bits;
+        WriteElements(Plain("Q"), table);
+        WriteElements(Beside("Q", ".iter"), {6, 0, 0, 0});
+        m_options.m_existing = EExistingTable::Continue;
+        EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
+        TElements expected = Expected("Q");
+        expected[0] = bits;
+        EXPECT_TRUE(Table("Q") == expected) << static_cast<int>(bits);
+    }
 }
 
 // --- several types

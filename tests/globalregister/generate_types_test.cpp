@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+#include "globalregister/generator/table_making.h"
+
 namespace quillon {
 namespace {
 
@@ -54,6 +56,16 @@ TEST(NeededTypes, OrderOfMakingHasWhatIsNeededFirst) {
                 << all[i] << " needs " << needed;
     }
     EXPECT_EQ(TypesInOrderOfMaking({"P", "Q"}), (TTypes{"Q", "R", "P"}));
+}
+
+TEST(LastLevelOfConversions, LeavesRoomForEachCaptureInPassing) {
+    EXPECT_EQ(LastLevelOfConversions("Q", 0), 2u);
+    EXPECT_EQ(LastLevelOfConversions("QR", 16), 33u) << "31 half-moves, and two more";
+    EXPECT_EQ(LastLevelOfConversions("Pp", 28), 59u);
+    EXPECT_EQ(LastLevelOfConversions("QPpp", 28), 61u);
+    EXPECT_EQ(LastLevelOfConversions("QRpp", 28), 57u) << "nobody takes in passing";
+    EXPECT_EQ(LastLevelOfConversions("QPP", 28), 57u);
+    EXPECT_EQ(LastLevelOfConversions("Kkp(b3)+Pa4", 0), 2u) << "a capture leaves the pattern";
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "globalregister/precalc_loader.h"
 
+#include <functional>
+
 #include "core/chess_exception.h"
 #include "globalregister/table_files.h"
 #include "platform/temporary_folder.h"
@@ -17,6 +19,8 @@ class CRoom final : public IPrecalcRoom {
     [[nodiscard]] bool MakeRoom(TPositionType, std::uint64_t size) override {
         const bool bRoom = size == 0 || (m_bRoom && (!m_bLimited || size < m_nQuota));
         m_nReserved = bRoom ? size : 0;
+        if (m_onRoom)
+            m_onRoom();
         return bRoom;
     }
     [[nodiscard]] bool IsGenerating() const override { return false; }
@@ -27,6 +31,7 @@ class CRoom final : public IPrecalcRoom {
     std::uint64_t m_nReserved = 0;
     bool m_bRoom = true;
     bool m_bLimited = false; // by the quota
+    std::function<void()> m_onRoom;
 };
 
 const TElements& Rooks() {
@@ -265,6 +270,17 @@ TEST_F(PrecalcLoader, UnfinishedTablesAnswerWhatTheyHaveSettled) {
     EXPECT_EQ(m_data->ProvedHalfMoves(far), 2 * length - 1);
     EXPECT_EQ(m_data->ProvedHalfMoves(ThreeMenBoard("R", 0, 63, 63 - 8)), kUnknownHalfMoves)
         << "no mate is not settled in such a table";
+}
+
+/// The marks come first, then the files that they are about.
+TEST_F(PrecalcLoader, ATableThatIsMadeAnewDuringItsLoadIsInTheMaking) {
+    const TChessboard none = ThreeMenBoard("R", 0, 63, 63 - 8);
+    WriteElements(First(""), Rooks());
+    ASSERT_TRUE(LoadRook());
+    ASSERT_EQ(m_data->ProvedHalfMoves(none), 0);
+    m_room.m_onRoom = [this] { std::ofstream(First(".iter")) << "1234"; };
+    ASSERT_TRUE(LoadRook());
+    EXPECT_EQ(m_data->ProvedHalfMoves(none), kUnknownHalfMoves);
 }
 
 // A root that fails leaves nothing behind for the next one.

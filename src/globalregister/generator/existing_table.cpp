@@ -4,7 +4,6 @@
 #include <system_error>
 
 #include "globalregister/precalc_files.h"
-#include "globalregister/precalc_format.h"
 #include "globalregister/precalc_read.h"
 #include "globalregister/table_conversion.h"
 
@@ -13,9 +12,6 @@ namespace quillon {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// All flags that a file may have.
-constexpr std::uint16_t kFlagsEnd = (kFlagPawnRanks48 | kFlagCombinations | kFlagWideElements) + 1;
 
 std::optional<std::uint64_t> SizeOfFile(const fs::path& path) {
     std::error_code error;
@@ -37,7 +33,7 @@ class CExistingTable {
                 continue;
             const EExistingForm form = FormIn(file, kind);
             if (best.m_form == EExistingForm::None || form < best.m_form)
-                best = {form, file, m_bSecondRoot};
+                best = {form, file};
         }
         return best;
     }
@@ -55,7 +51,7 @@ class CExistingTable {
                 bWhole = IsWhole(*flags, SizeOfFile(file));
             break;
         case EPrecalcKind::Lz4: // its flags are packed with it
-            for (std::uint16_t wFlags = 0; wFlags < kFlagsEnd && !bWhole; ++wFlags)
+            for (std::uint16_t wFlags = 0; wFlags <= kFileFlags && !bWhole; ++wFlags)
                 bWhole = IsWhole(wFlags, ReadUnpackedSize(file));
             break;
         case EPrecalcKind::PackedLzw:
@@ -108,10 +104,24 @@ class CExistingTable {
 
 TExistingTable FindExistingTable(const TPositionIndexing& indexing, const TPrecalcFolders& folders) {
     const TExistingTable first = CExistingTable(indexing, folders, false).Find();
-    if (first.m_form == EExistingForm::Whole || folders.m_secondRoot.empty() || indexing.custom)
+    if (first.m_form == EExistingForm::Whole)
         return first;
-    const TExistingTable second = CExistingTable(indexing, folders, true).Find();
+    const TExistingTable second = FindInSecondRoot(indexing, folders);
     return second.m_form == EExistingForm::Whole ? second : first;
+}
+
+TExistingTable FindInSecondRoot(const TPositionIndexing& indexing, const TPrecalcFolders& folders) {
+    if (NameInSecondRoot(indexing, folders).empty())
+        return {};
+    const TExistingTable second = CExistingTable(indexing, folders, true).Find();
+    return second.m_form == EExistingForm::Whole ? second : TExistingTable{};
+}
+
+fs::path NameInSecondRoot(const TPositionIndexing& indexing, const TPrecalcFolders& folders) {
+    const fs::path first = GetFileName(indexing, folders, {});
+    fs::path second = GetFileName(indexing, folders, {.m_bSecondRoot = true});
+    std::error_code error;
+    return fs::equivalent(first.parent_path(), second.parent_path(), error) ? fs::path() : second;
 }
 
 bool HasFinishedTable(const TPositionIndexing& indexing, const TPrecalcFolders& folders) {

@@ -44,6 +44,11 @@ inline constexpr std::string_view kPawnAnalysisQuestion = "Should short analysis
     return "The following file exists: " + file +
            "\n\nIt is in the folder PrecalcPath, which nothing is written to, and would be taken before a new one.";
 }
+[[nodiscard]] inline std::string SecondRootInTheMakingText(const std::string& file) {
+    return "A table in the making: " + file +
+           "\n\nIt is in the folder PrecalcPath, which nothing is written to. While it is there, no table of its type "
+           "counts as finished.";
+}
 
 /// Behind kErrorReadingFile and the file.
 inline constexpr std::string_view kNoTable = " (it is no whole table of its type)";

@@ -23,6 +23,16 @@ constexpr std::string_view kLockExtension = ".LOCK";
 constexpr std::size_t kZerosBytes = 1 << 20;
 constexpr const char* kTaskFormat = "Quillon save 1: level %u, finished %u, keep %u, bytes %llu\n";
 
+/// Of the files that were there: four of the table, by kind, then as many of its lengths.
+constexpr std::size_t kKinds = kPrecalcKinds.size(), kTable = 0, kLengths = kKinds;
+constexpr std::size_t kFormsOfBits = 2; // plain and ".lz4": finished if the lengths beside them are
+
+/// Tells a save that keeps none of them from one that is not the first.
+constexpr unsigned kReplaces = 1u << (2 * kKinds);
+
+constexpr bool IsPacked(std::size_t oldFile) { return oldFile % kKinds != 0; }
+constexpr bool IsKept(unsigned nKeep, std::size_t oldFile) { return (nKeep >> oldFile & 1) != 0; }
+
 fs::path With(const fs::path& path, std::string_view extension) { return fs::path(path) += extension; }
 
 bool IsFile(const fs::path& path) {
@@ -96,12 +106,12 @@ bool CGeneratorFiles::CreateDetails(std::uint64_t nBytes, std::uint16_t flags, s
 // --- saving
 
 std::string CGeneratorFiles::Save(std::span<const std::uint8_t> table, std::uint32_t nLevel) {
-    return Run(table, {nLevel, false, m_keepOld, table.size()});
+    return Run(table, {nLevel, false, FilesToKeep(), table.size()});
 }
 
 std::string CGeneratorFiles::Finish(std::span<const std::uint8_t> table) {
     m_bDurable = true;
-    return Run(table, {0, true, m_keepOld, table.size()});
+    return Run(table, {0, true, FilesToKeep(), table.size()});
 }
 
 std::string CGeneratorFiles::Run(std::span<const std::uint8_t> table, const TSaveTask& task) {
@@ -122,19 +132,19 @@ std::string CGeneratorFiles::Run(std::span<const std::uint8_t> table, const TSav
     }
     if (Carry(task))
         return cannotWrite + m_paths.m_plain.string();
-    m_keepOld = EKeepOld::Nothing;
+    m_bReplaces = false;
     return {};
 }
 
 /// Each step leaves what tells that it has been done: those that have are passed over.
 std::error_code CGeneratorFiles::Carry(const TSaveTask& task) {
-    if (task.m_keepOld != EKeepOld::Nothing)
-        if (const std::error_code error = KeepPackedForms())
+    if (task.m_nKeep != 0)
+        if (const std::error_code error = ClearPackedForms(task.m_nKeep))
             return error;
     if (!m_paths.m_details.empty())
-        if (const std::error_code error = TakePlace(NextDetails(), m_paths.m_details, task.m_keepOld))
+        if (const std::error_code error = TakePlace(NextDetails(), m_paths.m_details, IsKept(task.m_nKeep, kLengths)))
             return error;
-    if (const std::error_code error = TakePlace(Next(), m_paths.m_plain, task.m_keepOld))
+    if (const std::error_code error = TakePlace(Next(), m_paths.m_plain, IsKept(task.m_nKeep, kTable)))
         return error;
     std::array<std::uint8_t, sizeof task.m_nLevel> level{};
     StoreLittleEndian(level.data(), task.m_nLevel);
@@ -147,29 +157,54 @@ std::error_code CGeneratorFiles::Carry(const TSaveTask& task) {
     return {};
 }
 
-std::error_code CGeneratorFiles::TakePlace(const fs::path& next, const fs::path& file, EKeepOld keepOld) {
+std::error_code CGeneratorFiles::TakePlace(const fs::path& next, const fs::path& file, bool bKeep) {
     if (!IsFile(next))
         return {};
-    const fs::path kept = With(file, kReplacedExtension);
-    if (IsFile(file) && (keepOld == EKeepOld::All || (keepOld == EKeepOld::IfFree && !IsFile(kept)))) {
-        Step("keep");
-        if (const std::error_code error = RenameTo(file, kept))
+    if (bKeep && IsFile(file))
+        if (const std::error_code error = Keep(file))
             return error;
-    }
     Step("take place");
     return RenameTo(next, file);
 }
 
-std::error_code CGeneratorFiles::KeepPackedForms() {
+std::error_code CGeneratorFiles::Keep(const fs::path& file) {
+    Step("keep");
+    return RenameTo(file, With(file, kReplacedExtension));
+}
+
+std::vector<fs::path> CGeneratorFiles::OldFiles() const {
+    std::vector<fs::path> files;
     for (const fs::path& plain : {m_paths.m_plain, m_paths.m_details})
-        for (const EPrecalcKind kind : {EPrecalcKind::Lz4, EPrecalcKind::PackedLzw, EPrecalcKind::PackedLz4}) {
-            const fs::path packed = With(plain, kPrecalcExtensions[static_cast<std::size_t>(kind)]);
-            if (plain.empty() || !IsFile(packed))
-                continue;
-            Step("keep packed");
-            if (const std::error_code error = RenameTo(packed, With(packed, kReplacedExtension)))
+        for (const std::string_view extension : kPrecalcExtensions)
+            if (!plain.empty())
+                files.push_back(With(plain, extension));
+    return files;
+}
+
+/// Settled before the save, for what it keeps is a ".BAK" as those before it are.
+unsigned CGeneratorFiles::FilesToKeep() const {
+    if (!m_bReplaces)
+        return 0;
+    const std::vector<fs::path> files = OldFiles();
+    const auto isFree = [](const fs::path& file) { return !IsFile(With(file, kReplacedExtension)); };
+    const bool bAllFree = std::ranges::all_of(files, isFree);
+    const auto finished = static_cast<std::size_t>(std::ranges::find(files, m_finished) - files.begin());
+    unsigned nKeep = kReplaces;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const bool bFinished = i == finished || (i == kLengths && finished < kFormsOfBits);
+        if (bFinished || (IsPacked(i) ? isFree(files[i]) : bAllFree))
+            nKeep |= 1u << i;
+    }
+    return nKeep;
+}
+
+/// Those that are not kept go.
+std::error_code CGeneratorFiles::ClearPackedForms(unsigned nKeep) {
+    const std::vector<fs::path> files = OldFiles();
+    for (std::size_t i = 0; i < files.size(); ++i)
+        if (IsPacked(i) && IsFile(files[i]))
+            if (const std::error_code error = IsKept(nKeep, i) ? Keep(files[i]) : Remove(files[i]))
                 return error;
-        }
     return {};
 }
 
@@ -199,8 +234,8 @@ std::error_code CGeneratorFiles::Remove(const fs::path& file) {
 
 std::string CGeneratorFiles::TextOf(const TSaveTask& task) {
     char text[160];
-    std::snprintf(text, sizeof text, kTaskFormat, task.m_nLevel, task.m_bFinished ? 1u : 0u,
-                  static_cast<unsigned>(task.m_keepOld), static_cast<unsigned long long>(task.m_nBytes));
+    std::snprintf(text, sizeof text, kTaskFormat, task.m_nLevel, task.m_bFinished ? 1u : 0u, task.m_nKeep,
+                  static_cast<unsigned long long>(task.m_nBytes));
     return text;
 }
 
@@ -213,8 +248,9 @@ std::optional<CGeneratorFiles::TSaveTask> CGeneratorFiles::ReadTask() const {
     unsigned long long nBytes = 0;
     if (std::sscanf(text.c_str(), kTaskFormat, &level, &finished, &keep, &nBytes) != 4)
         return std::nullopt;
-    const TSaveTask task{level, finished != 0, static_cast<EKeepOld>(keep), nBytes};
-    return keep <= static_cast<unsigned>(EKeepOld::IfFree) && TextOf(task) == text ? std::optional(task) : std::nullopt;
+    const TSaveTask task{level, finished != 0, keep, nBytes};
+    const bool bKnown = keep == 0 || (keep & ~(kReplaces - 1)) == kReplaces;
+    return bKnown && TextOf(task) == text ? std::optional(task) : std::nullopt;
 }
 
 bool CGeneratorFiles::FinishPendingSave() {
@@ -244,7 +280,7 @@ void CGeneratorFiles::RemoveStrays() {
 // not be known as that.
 void CGeneratorFiles::RemovePartial() {
     RemoveStrays();
-    if (m_keepOld != EKeepOld::Nothing || !IsFile(LevelFile())) // what is there was there before
+    if (m_bReplaces || !IsFile(LevelFile())) // what is there was there before
         return;
     if ((!m_paths.m_details.empty() && Remove(m_paths.m_details)) || Remove(m_paths.m_plain))
         return;

@@ -36,13 +36,6 @@ struct TGeneratorPaths {
     std::filesystem::path m_details; // empty: no bit data
 };
 
-/// What the first save is to keep as ".BAK" of what is there.
-enum class EKeepOld : unsigned {
-    Nothing = 0,
-    All = 1,
-    IfFree = 2, // what has no ".BAK" yet: a table in the making is not to replace a finished one that has been kept
-};
-
 /// Called before every change of the files, with its name.
 using TFileStep = std::function<void(std::string_view step)>;
 
@@ -70,10 +63,17 @@ class CGeneratorFiles {
     /// then cost the table, a kill costs nothing. The last one waits in any case.
     void SetDurable(bool bDurable) { m_bDurable = bDurable; }
 
-    /// The first save takes the place of what is there now, which it keeps as ".BAK", packed forms too: they would be
-    /// taken for forms of the new table.
-    ///   bFinished  what is there is a finished table. Otherwise a ".BAK" that is there is worth more than it is.
-    void KeepOld(bool bFinished) { m_keepOld = bFinished ? EKeepOld::All : EKeepOld::IfFree; }
+    /// The first save takes the place of what is there now, packed forms too: they would be taken for forms of the new
+    /// table. It keeps as ".BAK"
+    ///   a finished table             in the place of any ".BAK" before
+    ///   a packed form                where it has no ".BAK" yet
+    ///   another table, its lengths   where no form of it has a ".BAK" yet, which may be a finished one: as one, since
+    ///                                a table beside the lengths of another would look whole
+    ///   finished  the file that is a finished table, plain or packed; empty: none is.
+    void KeepOld(std::filesystem::path finished) {
+        m_bReplaces = true;
+        m_finished = std::move(finished);
+    }
 
     /// Makes the file of lengths at its full size.
     ///   flags      its element 0.
@@ -103,15 +103,18 @@ class CGeneratorFiles {
     struct TSaveTask {
         std::uint32_t m_nLevel = 0;
         bool m_bFinished = false;
-        EKeepOld m_keepOld = EKeepOld::Nothing;
+        unsigned m_nKeep = 0;       // 0, or kReplaces and a bit for each of OldFiles that is kept
         std::uint64_t m_nBytes = 0; // of the new state
     };
 
     [[nodiscard]] std::string Run(std::span<const std::uint8_t> table, const TSaveTask& task);
     [[nodiscard]] std::error_code Carry(const TSaveTask& task);
-    [[nodiscard]] std::error_code KeepPackedForms();
+    [[nodiscard]] std::vector<std::filesystem::path> OldFiles() const;
+    [[nodiscard]] unsigned FilesToKeep() const;
+    [[nodiscard]] std::error_code ClearPackedForms(unsigned nKeep);
     [[nodiscard]] std::error_code TakePlace(const std::filesystem::path& next, const std::filesystem::path& file,
-                                            EKeepOld keepOld);
+                                            bool bKeep);
+    [[nodiscard]] std::error_code Keep(const std::filesystem::path& file);
     [[nodiscard]] std::error_code WriteSmall(const std::filesystem::path& file, std::string_view content);
     void SyncNames() const;
     [[nodiscard]] std::error_code Remove(const std::filesystem::path& file);
@@ -128,7 +131,8 @@ class CGeneratorFiles {
     const TGeneratorPaths m_paths;
     const TFileStep m_onStep;
     CFileLock m_lock;
-    EKeepOld m_keepOld = EKeepOld::Nothing;
+    bool m_bReplaces = false; // until the first save
+    std::filesystem::path m_finished;
     bool m_bDurable = true;
 };
 

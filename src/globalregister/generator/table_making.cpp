@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "core/chess_exception.h"
+#include "globalregister/custom_type.h"
 #include "globalregister/generator/generate_texts.h"
 #include "globalregister/generator/generator_material.h"
 #include "globalregister/generator/reached_types.h"
@@ -29,6 +30,10 @@ constexpr int kBitDataLevelLimit = 32767;
 constexpr double kSecondsWorthSyncing = 1;
 
 constexpr std::size_t kOnePosition = 1; // of the longest mates: their length is all that is wanted
+
+/// In bit data the flags take the pairs of so many indices, which name no position in any type.
+constexpr std::uint64_t kPairsOfFlags = 2;
+static_assert(kFileFlags < 1 << (2 * kPairsOfFlags));
 
 /// Share of the table that the marks of a run take besides it.
 constexpr std::uint64_t kMarksShare = 10;
@@ -56,6 +61,13 @@ constexpr std::uint32_t MovesOfLevel(std::uint32_t nLevel) { return (nLevel + 1)
 bool HasMovableBlackPawn(std::string_view customType) { return customType.find("p(") != std::string_view::npos; }
 
 } // namespace
+
+std::uint32_t LastLevelOfConversions(std::string_view typeName, std::uint32_t nLongestNeeded) {
+    const std::uint32_t nHalfMoves = nLongestNeeded == 0 ? 0 : 2 * nLongestNeeded - 1;
+    const bool bInPassing = !IsCustomType(typeName) && typeName.find('P') != std::string_view::npos;
+    const auto nTaken = bInPassing ? std::ranges::count(typeName, 'p') : 0;
+    return nHalfMoves + 2 + 2 * static_cast<std::uint32_t>(nTaken);
+}
 
 CTableMaking::CTableMaking(std::string_view typeName, const TGenerateOptions& options, IGenerateHost& host,
                            CGlobalRegisters& registers, TGeneratorControl& control, std::uint64_t nMemory,
@@ -123,19 +135,32 @@ CTableMaking::EStep CTableMaking::LookAtFiles() {
         return Fail(OtherRunText(m_files.LockFile().string()), false);
     if (!m_files.FinishPendingSave())
         return Fail(PendingSaveText(m_files.PendingMark().string()), false);
+    if (const fs::path second = NameInSecondRoot(m_table, m_registers.Options().m_folders); IsLeftInTheMaking(second))
+        return Fail(SecondRootInTheMakingText(second.string()), false);
     m_files.RemoveStrays();
     const std::optional<std::uint32_t> nLevel = m_files.ReadLevel();
-    if (!nLevel && IsLeftInTheMaking(m_files.Plain())) // a level that cannot be read
-        return Fail(std::string(kErrorReadingFile) + m_files.Plain().string() + std::string(kIterationExtension));
     EStep step = EStep::GoOn;
     TExistingTable table;
     if (nLevel)
         step = AskAboutUnfinished(*nLevel);
+    else if (IsLeftInTheMaking(m_files.Plain()))
+        step = AskAboutUnreadable();
     else if (table = FindExistingTable(m_table, m_registers.Options().m_folders); table.m_form != EExistingForm::None)
         step = AskAboutFinished(table);
-    if (m_nFirstLevel == 1 && m_nRepeated == 0)
-        m_files.KeepOld(table.m_form == EExistingForm::Whole);
+    if (step == EStep::GoOn && m_nRepeated == 0)
+        step = StartAnew(table);
     return step;
+}
+
+/// One that is made beside a finished table of the second root would spoil that while it is made, and be read by
+/// nobody afterwards.
+CTableMaking::EStep CTableMaking::StartAnew(const TExistingTable& replaced) {
+    const TExistingTable second = FindInSecondRoot(m_table, m_registers.Options().m_folders);
+    if (second.m_form == EExistingForm::Whole)
+        return Fail(SecondRootTableText(second.m_file.string()), false);
+    const bool bFinished = replaced.m_form == EExistingForm::Whole || replaced.m_form == EExistingForm::Archive;
+    m_files.KeepOld(bFinished ? replaced.m_file : fs::path());
+    return EStep::GoOn;
 }
 
 EThreeWay CTableMaking::WhatToDo() const {
@@ -157,7 +182,7 @@ CTableMaking::EStep CTableMaking::AskAboutFinished(const TExistingTable& table) 
     m_report.m_found = EFoundTable::Finished;
     const EThreeWay answer = WhatToDo();
     if (answer == EThreeWay::No)
-        return table.m_bSecondRoot ? Fail(SecondRootTableText(table.m_file.string()), false) : EStep::GoOn;
+        return EStep::GoOn;
     m_report.m_file = table.m_file;
     if (answer == EThreeWay::Yes || m_options.m_existing == EExistingTable::Leave)
         return LeaveFinished(table);
@@ -196,6 +221,14 @@ CTableMaking::EStep CTableMaking::AskAboutUnfinished(std::uint32_t nLevel) {
                        m_host.AskYesNo(LevelQuestion(MovesOfLevel(nLevel), m_place.m_nTypes > 1), kQuestionTitle);
     m_nFirstLevel = m_nRepeated + (bNext ? 1 : 0);
     return EStep::GoOn;
+}
+
+/// The file of the level is cut. How far the table is matters only to those who want to keep it.
+CTableMaking::EStep CTableMaking::AskAboutUnreadable() {
+    const fs::path level = fs::path(m_files.Plain()) += kIterationExtension;
+    m_report.m_found = EFoundTable::Unfinished;
+    return WhatToDo() == EThreeWay::No && Exists(level) ? EStep::GoOn
+                                                        : Fail(std::string(kErrorReadingFile) + level.string());
 }
 
 /// A pawn that leaves its reach leaves the pattern, and such a position is no mate whatever the answer: an analysis of
@@ -244,7 +277,7 @@ CTableMaking::EStep CTableMaking::ReadOldTable() {
     m_table.data = {}; // two of them may be too much
     try {
         std::optional<std::vector<std::uint8_t>> old = ReadWholeFile(m_files.Plain());
-        if (!old || old->size() != nBytes || old->at(0) != flags)
+        if (!old || old->size() != nBytes || (old->at(0) & kFileFlags) != flags)
             return Fail(std::string(kErrorReadingFile) + m_files.Plain().string());
         m_table.data = std::move(*old);
     } catch (const std::bad_alloc&) {
@@ -324,11 +357,10 @@ bool CTableMaking::FitsElements(int nLevel) const {
     return nLevel <= LevelLimit() && MovesOfLevel(static_cast<std::uint32_t>(nLevel)) < nFirstTooLong;
 }
 
-/// A level of this table can make the next find something, a mate of another type every level up to its own length and
-/// the move that leads there.
+/// A level of this table can make the next find something.
 bool CTableMaking::IsFinishedBy(int nLevel, std::uint64_t nFound) const {
-    const std::uint32_t nHalfMoves = m_nLongestNeeded == 0 ? 0 : 2 * m_nLongestNeeded - 1;
-    return nFound == 0 && nLevel > m_nRepeated && static_cast<std::uint32_t>(nLevel) > nHalfMoves + 2;
+    return nFound == 0 && nLevel > m_nRepeated &&
+           static_cast<std::uint32_t>(nLevel) > LastLevelOfConversions(m_typeName, m_nLongestNeeded);
 }
 
 void CTableMaking::TellProgress(const TGeneratorProgress& level) const {
@@ -419,7 +451,7 @@ void CTableMaking::CountMates() {
                                    /*bUseCache=*/false);
     const std::vector<std::uint8_t>& data = m_table.data;
     if (m_table.bBitData)
-        for (std::uint64_t i = kPairsOfAByte; i < m_table.GetSize(); ++i)
+        for (std::uint64_t i = kPairsOfFlags; i < m_table.GetSize(); ++i)
             m_report.m_nPositions += BitPair(data.data(), i) & 1;
     else if (m_table.nElementSize == 2)
         for (std::size_t at = 2; at < data.size(); at += 2)

@@ -23,6 +23,12 @@ namespace quillon {
 ///   Errors  ChessException: there is none.
 void CheckGeneratedType(std::string_view typeName);
 
+/// The last level that can find something because of another type's mate alone: at the length of that, and behind the
+/// move that leads there and its answer. A double step there that only a capture in passing answers has no element in
+/// any table, so each black pawn that may be taken so adds a move of both sides.
+///   nLongestNeeded  moves of the longest mate of the needed types; 0: they have none.
+[[nodiscard]] std::uint32_t LastLevelOfConversions(std::string_view typeName, std::uint32_t nLongestNeeded);
+
 struct TPlaceInSeries {
     int m_nType = 1, m_nTypes = 1;
 };
@@ -42,9 +48,11 @@ class CTableMaking {
     enum class EStep { GoOn, End }; // the latter with the status of the report
 
     [[nodiscard]] EStep LookAtFiles();
+    [[nodiscard]] EStep StartAnew(const TExistingTable& replaced);
     [[nodiscard]] EStep AskAboutFinished(const TExistingTable& table);
     [[nodiscard]] EStep LeaveFinished(const TExistingTable& table);
     [[nodiscard]] EStep AskAboutUnfinished(std::uint32_t nLevel);
+    [[nodiscard]] EStep AskAboutUnreadable();
     [[nodiscard]] EStep AskAboutPawns();
     [[nodiscard]] EStep Allocate();
     [[nodiscard]] EStep ReadOldTable();
