@@ -326,7 +326,12 @@ TEST_F(VerifyQueen, PartialTableWithAFaultBelowItsLongestMate) {
     EXPECT_TRUE(std::ranges::count(log, LogLine("Q", m_nIndex, 0, 2 * kReached - 3)));
 }
 
-TEST_F(VerifyQueen, TableInTheMakingIsFixedWithBlacksMarks) {
+class VerifyInTheMaking : public VerifyQueen, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(VerifyInTheMaking, IsFixedWithBlacksMarks) {
+    const bool bOnDisk = GetParam();
+    if (bOnDisk)
+        m_tables.m_nQuota = 3 * m_elements.size();
     for (std::uint64_t i = 1; i < m_elements.size(); ++i) {
         if (m_elements[i] == 0 || m_elements[i] > kReached)
             m_elements[i] = 127;
@@ -338,11 +343,14 @@ TEST_F(VerifyQueen, TableInTheMakingIsFixedWithBlacksMarks) {
     WriteElements(m_tables.Path("Q", ".iter"), {9, 0, 0, 0});
     LeaveLog();
     const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(m_tables.Use("Q")->diskStream.is_open(), bOnDisk);
     EXPECT_GE(result.m_nFixed, 1u);
     EXPECT_EQ(m_tables.Read("Q")[m_nIndex], right[m_nIndex]);
     EXPECT_TRUE(
         std::ranges::count(m_tables.m_user.m_told, "Information: Max. mate in the partially generated file is #5"));
 }
+
+INSTANTIATE_TEST_SUITE_P(MemoryAndDisk, VerifyInTheMaking, ::testing::Bool());
 
 // --- logs
 

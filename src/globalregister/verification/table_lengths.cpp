@@ -108,13 +108,13 @@ int CTableLengths::LongestMate() const {
     return (nLongest + 1) / 2;
 }
 
-std::uint16_t CTableLengths::ElementFor(std::uint64_t index, int nMoves) const {
+std::uint16_t CTableLengths::ElementFor(std::uint16_t stored, int nMoves) const {
     const std::uint32_t nMost = m_bInTheMaking ? m_nLengthMask : m_nUnknown; // excluded
     const auto element = static_cast<std::uint32_t>(nMoves);
     if (element >= nMost)
         return 0;
-    const bool bMarked = m_bInTheMaking && !m_data.bBitData && m_elements != nullptr;
-    return static_cast<std::uint16_t>(element | (bMarked ? Element(index) & ~m_nLengthMask : 0));
+    const bool bMarked = m_bInTheMaking && !m_data.bBitData;
+    return static_cast<std::uint16_t>(element | (bMarked ? stored & ~m_nLengthMask : 0));
 }
 
 void CTableLengths::SetElement(std::uint64_t index, std::uint16_t element) {

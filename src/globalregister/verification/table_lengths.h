@@ -60,9 +60,10 @@ class CTableLengths {
     /// The longest mate of a legal position in moves; 0: none.
     [[nodiscard]] int LongestMate() const;
 
-    /// The element that stands for a mate in so many moves at this index: with Black's mark, where there is one.
+    /// The element that stands for a mate in so many moves where another is: with Black's mark, if that has one.
+    ///   stored  as it is in the file of the table, or of the details.
     ///   Result  0 if an element has no room for the number.
-    [[nodiscard]] std::uint16_t ElementFor(std::uint64_t index, int nMoves) const;
+    [[nodiscard]] std::uint16_t ElementFor(std::uint16_t stored, int nMoves) const;
 
     /// Corrects what is in memory; data on disk are read there.
     ///   element  of ElementFor.
