@@ -49,8 +49,8 @@ can make others look faulty, so longer mates than the shortest of these are left
 as they are. Run again until nothing is left, for a correction can show another
 fault, or that one was none; where nothing more is written, make the table anew.
 
-Exit status: 0 all right, 1 faults were found, mended or not, or it was
-stopped, 2 no data, or bad usage, 3 memory or disk were full.)";
+Exit status: 0 all right, 1 faults were found, mended or not, it was stopped,
+or only a list was looked at, 2 no data, or bad usage, 3 memory or disk were full.)";
 
 constexpr int kMostVerifyThreads = 256;
 constexpr int kMostVerifyMB = 1 << 20;
@@ -97,7 +97,7 @@ class CVerifyConsole final : public IVerificationHost {
 std::string WordForEnd(const TVerifyResult& result) {
     switch (result.m_eEnd) {
     case EVerifyEnd::AllChecked:
-        return result.m_nFaults == 0 ? "ok" : "faults";
+        return result.m_bAllRight ? "ok" : result.m_nFaults == 0 ? "list_ok" : "faults";
     case EVerifyEnd::Stopped:
         return "stopped";
     default:
@@ -130,8 +130,7 @@ EExitStatus StatusOfVerification(const TVerifyResult& result) {
         return EExitStatus::SystemFailure;
     if (result.m_eEnd == EVerifyEnd::NotBegun || result.m_eEnd == EVerifyEnd::Failed)
         return EExitStatus::BadInput;
-    return result.m_eEnd == EVerifyEnd::AllChecked && result.m_nFaults == 0 ? EExitStatus::Answered
-                                                                            : EExitStatus::Unanswered;
+    return result.m_bAllRight ? EExitStatus::Answered : EExitStatus::Unanswered;
 }
 
 EExitStatus VerifyOne(const std::string& typeName, const TVerifyOptions& options, CGlobalRegisters& registers,

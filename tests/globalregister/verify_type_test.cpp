@@ -58,6 +58,7 @@ TEST_F(VerifyQueen, RightTableIsAllOKWithAnEmptyLog) {
     const TVerifyResult result = Verify();
     EXPECT_EQ(result.m_eEnd, EVerifyEnd::AllChecked);
     EXPECT_EQ(result.m_nFaults, 0u);
+    EXPECT_TRUE(result.m_bAllRight);
     EXPECT_EQ(result.m_nChecked, m_elements.size());
     EXPECT_EQ(result.m_status, kBeginning + " complete - all OK");
     EXPECT_EQ(m_tables.m_user.m_status,
@@ -254,7 +255,7 @@ TEST_F(VerifyQueen, SlowSettingsAreAskedAboutAndComeBack) {
         bPacked = m_tables.Use("Q")->nRandomAccessKind != kPlainAccess;
         return ERunState::Run;
     };
-    EXPECT_EQ(m_tables.Verify({.m_typeName = "Q"}).m_status, kBeginning + " complete - all OK");
+    EXPECT_EQ(m_tables.Verify({.m_typeName = "Q"}).m_status, kBeginning + " complete: 0 failure(s) detected");
     EXPECT_FALSE(bPacked) << "unpacked for the run";
     ASSERT_GE(m_tables.m_user.m_asked.size(), 2u);
     EXPECT_EQ(m_tables.m_user.m_asked[0].find("Option to use compressed data \"random access\" (ini: "
@@ -390,6 +391,24 @@ TEST_F(VerifyQueen, SecondPassOverALogWithoutFaultsHasNothingToCheck) {
     EXPECT_EQ(result.m_eEnd, EVerifyEnd::AllChecked);
     EXPECT_TRUE(result.m_bSecondPass);
     EXPECT_EQ(result.m_nChecked, 0u);
+}
+
+TEST_F(VerifyQueen, ListOfARunThatWasStoppedIsRefusedWhereItIsEmpty) {
+    m_tables.m_user.m_runState = [] { return ERunState::Break; };
+    EXPECT_EQ(Verify().m_eEnd, EVerifyEnd::Stopped);
+    m_tables.m_user.m_runState = [] { return ERunState::Run; };
+    const TVerifyResult second = Verify({.m_typeName = "Q", .m_bSecondPassOnly = true});
+    EXPECT_EQ(second.m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_FALSE(second.m_bAllRight);
+    EXPECT_NE(m_tables.m_user.m_told.back().find(" names no fault, but "), std::string::npos);
+}
+
+TEST_F(VerifyQueen, SecondPassThatFindsNothingProvesNothing) {
+    LeaveLog();
+    const TVerifyResult result = Verify();
+    EXPECT_EQ(result.m_nFaults, 0u);
+    EXPECT_FALSE(result.m_bAllRight);
+    EXPECT_EQ(result.m_status, kBeginning + " complete: 0 failure(s) detected");
 }
 
 TEST_F(VerifyQueen, LogThatIsNoneIsRefused) {

@@ -158,6 +158,9 @@ class CVerification {
             m_indexes = ReadFailureLog(log, data.GetSize());
         m_nItems = m_result.m_bSecondPass ? m_indexes.size() : data.GetSize();
         m_bWholeTable = !m_result.m_bSecondPass || !fs::exists(UnfinishedMark());
+        if (m_nItems == 0 && !m_bWholeTable)
+            throw ChessException("The log " + log.string() +
+                                 " names no fault, but its run did not look at all elements. Verify the whole table.");
     }
 
     [[nodiscard]] fs::path UnfinishedMark() const {
@@ -299,16 +302,25 @@ class CVerification {
 
     // --- the end
 
+    /// What a correction has made faulty is not in the list of a second pass: only an empty list has nothing to add.
+    [[nodiscard]] bool IsAllRight() const {
+        return m_result.m_eEnd == EVerifyEnd::AllChecked && m_result.m_nFaults == 0 &&
+               (!m_result.m_bSecondPass || m_nItems == 0);
+    }
+
     void Report() {
+        m_result.m_bAllRight = IsAllRight();
         m_result.m_status = "Verification of precalculated data for position type " + m_request.m_typeName;
         if (m_result.m_eEnd == EVerifyEnd::Stopped)
             m_result.m_status += " but stopped by user.";
         else if (m_result.m_eEnd == EVerifyEnd::Failed)
             m_result.m_status += " could not be completed.";
-        else if (m_result.m_nFaults == 0)
+        else if (m_result.m_bAllRight)
             m_result.m_status += " complete - all OK";
         else
             m_result.m_status += " complete: " + std::to_string(m_result.m_nFaults) + " failure(s) detected";
+        if (m_result.m_eEnd == EVerifyEnd::AllChecked && m_result.m_nFaults == 0 && !m_result.m_bAllRight)
+            m_host.Inform("Only what the log names was looked at. Verify the whole table.", "Information");
         m_host.Inform("Complete " + CountsText(m_result), "Information");
         m_host.ShowStatus(m_result.m_status);
     }

@@ -8,11 +8,10 @@
 //   fixable  a fault where no mate is stored, or a longer one than there is. Others are only told: what such an element
 //            hides can be a fault elsewhere, and "no mate" cannot be proved by one ply.
 //   fixing   elements are corrected in the plain file and in memory. A mate on the move is certain, and written at
-//   once.
-//            A longer one may rest on an element that is too short, or tells a mate where there is none. The shortest
-//            of those cannot be explained by one ply: it is a fault that is not fixable. So after all elements have
-//            been looked at no element is too short whose length is below those of all such faults, and what rests on
-//            these alone is certain: it is written at the end. The rest is not.
+//            once. A longer one may rest on an element that is too short, or tells a mate where there is none. The
+//            shortest of those cannot be explained by one ply: it is a fault that is not fixable. So after all elements
+//            have been looked at no element is too short whose length is below those of all such faults, and what
+//            rests on these alone is certain: it is written at the end. The rest is not.
 //
 // Threads: VerifyType is called while nobody else uses the data; the host is called on the thread of VerifyType.
 
@@ -86,6 +85,7 @@ struct TVerifyResult {
     std::size_t m_nFixed = 0;
     std::uint64_t m_nChecked = 0;                    // indices
     bool m_bSecondPass = false;                      // only what a log of an earlier run names
+    bool m_bAllRight = false;                        // no element of the whole table is faulty
     bool m_bSystemFailure = false;                   // Failed for want of memory, or a file could not be written
     std::filesystem::path m_file;                    // that was verified; empty: none
     std::vector<std::filesystem::path> m_otherFiles; // of the same type, not looked at
