@@ -33,13 +33,14 @@ Every element is compared with what the rules of chess and the elements one
 move ahead make it, so the tables of what captures and promotions lead to must
 be there. Faults go to PrecalcFailuresTYPE.txt in the working folder: index,
 FEN, stored and computed half-moves. A log that is left over there is kept as
-.BAK, or with --second-pass is the list of what is checked. The list of a run
-that did not come to its end (.unfinished beside it) mends mates on the move
-only.
+.BAK, or with --second-pass is the list of what is checked. That mends mates on
+the move only, unless the list is of a run that came to its end (.whole beside
+it) and no file that was looked at, nor the log, has changed since.
 
 Looked at is the file that the search would read; it is named, and so are other
-files of the type, which are not looked at. --unpack takes the plain file where
-there is one, unpacks others, and holds all in memory: that is quicker.
+files of the type, which are not looked at. --unpack holds all in memory, which
+is quicker: it takes a .lz4 file where there is one, else the plain file, else
+it unpacks. To look at the plain file move the .lz4 away.
 
 --fix corrects elements that say "no mate", or a longer one than there is, in
 the plain file. What an element must be is computed from others, so verify the
@@ -207,7 +208,7 @@ void AddVerifyCommand(CLI::App& app, TChosenCommand& chosen) {
                       "The table is not finished: mates longer than its longest one may be missing");
     command->add_flag("--second-pass", options->m_bSecondPass, "Check only what the log of the last run names");
     command->add_flag("--unpack", options->m_bUnpack,
-                      "Unpack data and hold them in memory, whatever the settings say: the plain file goes first");
+                      "Unpack data and hold them in memory, whatever the settings say: .lz4 goes first, then the plain file");
     command->add_option("--threads", options->m_nThreads, "Threads; without the option one a processor")
         ->type_name("T")
         ->transform(WholeNumber(1, kMostVerifyThreads));

@@ -44,6 +44,13 @@ CTableLengths::CTableLengths(TGlobalRegister& data, bool bInTheMaking)
         throw ChessException("Not enough memory for the table in the making of type " + data.typeName);
 }
 
+std::vector<std::filesystem::path> CTableLengths::Files() const {
+    std::vector<std::filesystem::path> files{m_data.loadedFrom};
+    if (m_data.bBitData)
+        files.push_back(DetailsBeside(m_data.loadedFrom));
+    return files;
+}
+
 std::uint64_t CTableLengths::HoldDetails(std::uint64_t nMost) {
     const std::uint64_t size = m_data.GetSize() * m_data.nElementSize;
     if (!ArePairsInMemory() || size > nMost)

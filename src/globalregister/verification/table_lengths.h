@@ -28,6 +28,9 @@ class CTableLengths {
 
     [[nodiscard]] const TGlobalRegister& Data() const { return m_data; }
 
+    /// The file that was loaded, and of bit data that of the details.
+    [[nodiscard]] std::vector<std::filesystem::path> Files() const;
+
     /// Is it not said to be in the making, and looks so?
     [[nodiscard]] bool LooksUnfinished() const { return m_bLooksUnfinished; }
 

@@ -13,6 +13,9 @@
 //            have been looked at no element is too short whose length is below those of all such faults, and what
 //            rests on these alone is certain: it is written at the end. The rest is not.
 //
+//   second   a pass over a list mends longer mates only while that is a whole one for the files as they are
+//   pass     (whole_list.h): an element that is too short and not in the list would make right ones look too long.
+//
 // Threads: VerifyType is called while nobody else uses the data; the host is called on the thread of VerifyType.
 
 #include <cstdint>
@@ -54,10 +57,6 @@ inline constexpr std::string_view kTryFixQuestion = "Error encountered. Try fix?
 
 /// Begins the question whether the log of an earlier run is to be the list of this one.
 inline constexpr std::string_view kLeftoverLogQuestion = "Unempty log file ";
-
-/// Beside a log while its run goes on, and afterwards if that did not look at all elements: a second pass over it
-/// cannot tell that there are no further faults.
-inline constexpr std::string_view kUnfinishedLogExtension = ".unfinished";
 
 /// Indices between two reports of how far a run has come.
 inline constexpr std::uint64_t kCheckedAtOnce = 500'000;
