@@ -44,7 +44,8 @@ it unpacks. To look at the plain file move the .lz4 away.
 
 --fix corrects elements that say "no mate", or a longer one than there is, in
 the plain file. What an element must be is computed from others, so verify the
-types that captures and promotions lead to first. Written is what is certain:
+types that captures and promotions lead to first: a mate in those that is too
+short would be taken over. If they are right, written is what is certain:
 a fault that cannot be mended (a mate that is too short, or where there is none)
 can make others look faulty, so longer mates than the shortest of these are left
 as they are. Run again until nothing is left, for a correction can show another

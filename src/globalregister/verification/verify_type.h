@@ -11,7 +11,9 @@
 //            once. A longer one may rest on an element that is too short, or tells a mate where there is none. The
 //            shortest of those cannot be explained by one ply: it is a fault that is not fixable. So after all elements
 //            have been looked at no element is too short whose length is below those of all such faults, and what
-//            rests on these alone is certain: it is written at the end. The rest is not.
+//            rests on these alone is certain: it is written at the end. The rest is not. All that holds if the tables
+//            of the other types are right: one element of those that is too short makes right ones of this type look
+//            too long without any fault that is not fixable. So they are to be verified first.
 //
 //   second   a pass over a list mends longer mates only while that is a whole one for the files as they are
 //   pass     (whole_list.h): an element that is too short and not in the list would make right ones look too long.
