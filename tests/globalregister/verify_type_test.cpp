@@ -239,6 +239,19 @@ TEST_F(VerifyQueen, PackedTableIsVerifiedAndNotFixed) {
                   "AskIfSaveAfterDecompressAllToMem in order to create updatable uncompressed precalc file.");
 }
 
+TEST_F(VerifyQueen, PackedTableThatWasSavedUnpackedIsFixed) {
+    m_nIndex = IndexOf(m_elements, 1);
+    Plant(0);
+    LeaveLog();
+    WriteLzw(m_tables.Path("Q", ".packed.lzw"), m_elements);
+    m_tables.m_options.m_nUseDataPackedForRandomAccess = 0;
+    m_tables.m_options.m_bAskIfSaveAfterDecompressAllToMem = true;
+    const TVerifyResult result = m_tables.Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(result.m_file, m_tables.Path("Q"));
+    EXPECT_EQ(result.m_nFixed, 1u);
+    EXPECT_EQ(m_tables.Read("Q"), QueenTable());
+}
+
 TEST_F(VerifyQueen, TableOnDiskIsVerifiedAndFixed) {
     Plant(0);
     LeaveLog();
