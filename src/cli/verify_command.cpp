@@ -33,24 +33,26 @@ Every element is compared with what the rules of chess and the elements one
 move ahead make it, so the tables of what captures and promotions lead to must
 be there. Faults go to PrecalcFailuresTYPE.txt in the working folder: index,
 FEN, stored and computed half-moves. A log that is left over there is kept as
-.BAK, or with --second-pass is the list of what is checked. The list of a run
-that did not come to its end (.unfinished beside it) mends mates on the move
-only.
+.BAK, or with --second-pass is the list of what is checked. That mends mates on
+the move only, unless the list is of a run that came to its end (.whole beside
+it) and no file that was looked at, nor the log, has changed since.
 
 Looked at is the file that the search would read; it is named, and so are other
-files of the type, which are not looked at. --unpack takes the plain file where
-there is one, unpacks others, and holds all in memory: that is quicker.
+files of the type, which are not looked at. --unpack holds all in memory, which
+is quicker: it takes a .lz4 file where there is one, else the plain file, else
+it unpacks. To look at the plain file move the .lz4 away.
 
 --fix corrects elements that say "no mate", or a longer one than there is, in
 the plain file. What an element must be is computed from others, so verify the
-types that captures and promotions lead to first. Written is what is certain:
+types that captures and promotions lead to first: a mate in those that is too
+short would be taken over. If they are right, written is what is certain:
 a fault that cannot be mended (a mate that is too short, or where there is none)
 can make others look faulty, so longer mates than the shortest of these are left
 as they are. Run again until nothing is left, for a correction can show another
 fault, or that one was none; where nothing more is written, make the table anew.
 
-Exit status: 0 all right, 1 faults were found, mended or not, or it was
-stopped, 2 no data, or bad usage, 3 memory or disk were full.)";
+Exit status: 0 all right, 1 faults were found, mended or not, it was stopped,
+or only a list was looked at, 2 no data, or bad usage, 3 memory or disk were full.)";
 
 constexpr int kMostVerifyThreads = 256;
 constexpr int kMostVerifyMB = 1 << 20;
@@ -97,7 +99,7 @@ class CVerifyConsole final : public IVerificationHost {
 std::string WordForEnd(const TVerifyResult& result) {
     switch (result.m_eEnd) {
     case EVerifyEnd::AllChecked:
-        return result.m_nFaults == 0 ? "ok" : "faults";
+        return result.m_bAllRight ? "ok" : result.m_nFaults == 0 ? "list_ok" : "faults";
     case EVerifyEnd::Stopped:
         return "stopped";
     default:
@@ -130,8 +132,7 @@ EExitStatus StatusOfVerification(const TVerifyResult& result) {
         return EExitStatus::SystemFailure;
     if (result.m_eEnd == EVerifyEnd::NotBegun || result.m_eEnd == EVerifyEnd::Failed)
         return EExitStatus::BadInput;
-    return result.m_eEnd == EVerifyEnd::AllChecked && result.m_nFaults == 0 ? EExitStatus::Answered
-                                                                            : EExitStatus::Unanswered;
+    return result.m_bAllRight ? EExitStatus::Answered : EExitStatus::Unanswered;
 }
 
 EExitStatus VerifyOne(const std::string& typeName, const TVerifyOptions& options, CGlobalRegisters& registers,
@@ -208,7 +209,7 @@ void AddVerifyCommand(CLI::App& app, TChosenCommand& chosen) {
                       "The table is not finished: mates longer than its longest one may be missing");
     command->add_flag("--second-pass", options->m_bSecondPass, "Check only what the log of the last run names");
     command->add_flag("--unpack", options->m_bUnpack,
-                      "Unpack data and hold them in memory, whatever the settings say: the plain file goes first");
+                      "Unpack data and hold them in memory, whatever the settings say: .lz4 goes first, then the plain file");
     command->add_option("--threads", options->m_nThreads, "Threads; without the option one a processor")
         ->type_name("T")
         ->transform(WholeNumber(1, kMostVerifyThreads));

@@ -150,7 +150,7 @@ class CPrecalcLoad {
 
     bool From(const fs::path& file, bool bLoaded) {
         if (bLoaded)
-            m_data.loadedFrom = file;
+            m_data.loadedFrom = m_saved.empty() ? file : m_saved;
         return bLoaded;
     }
 
@@ -361,10 +361,12 @@ class CPrecalcLoad {
             name.substr(0, name.size() - kPrecalcExtensions[static_cast<std::size_t>(EPrecalcKind::PackedLzw)].size());
         if (!m_notifier.AskYesNo(std::string(kSaveUnpackedQuestion) + plain + "?", "Question"))
             return;
-        if (WriteWholeFile(plain, m_data.data))
+        if (WriteWholeFile(plain, m_data.data)) {
+            m_saved = plain;
             m_notifier.Inform("File saved.", "Information");
-        else
+        } else {
             m_notifier.Inform("Error saving file " + plain, "Error");
+        }
     }
 
     /// Archives have the same extension, and are none of this.
@@ -410,6 +412,7 @@ class CPrecalcLoad {
     INotifier& m_notifier;
     const TLoadMode m_mode;
     const TPositionIndexing m_numbering; // as it was before a file had its say
+    fs::path m_saved; // the plain file with the elements of the packed one that has been unpacked; empty: none
     bool m_bDiskWanted = false;
     bool m_bInTheMaking = false;
 };

@@ -9,6 +9,7 @@
 
 #include "globalregister/table_files.h"
 #include "globalregister/verification/verify_type.h"
+#include "globalregister/verification/whole_list.h"
 #include "platform/temporary_folder.h"
 
 namespace quillon {
@@ -62,6 +63,17 @@ class CVerifiedTables {
     TVerifyResult Verify(TVerifyRequest request) {
         request.m_logFolder = m_folder.Path();
         return VerifyType(request, Registers(), m_user);
+    }
+
+    /// Says that the log of a type is a whole list for the plain files of these types as they are.
+    void MarkWholeList(const std::string& type, const std::vector<std::string>& others, int nLimit) const {
+        TFileStamps stamps;
+        AddStamps(stamps, {Path(type)});
+        for (const std::string& other : others)
+            AddStamps(stamps, {Path(other)});
+        const std::filesystem::path log = m_folder.Path() / FailureLogName(type, false);
+        const std::string text = WholeListText(log, nLimit, stamps);
+        WriteElements(log.string() + ".whole", TElements(text.begin(), text.end()));
     }
 
     /// The lines of a log.

@@ -1,6 +1,8 @@
 #include "globalregister/verification/verify_type.h"
 
 #include <algorithm>
+#include <chrono>
+#include <optional>
 
 #include "core/fen.h"
 #include "globalregister/verified_tables.h"
@@ -36,12 +38,16 @@ class VerifyQueen : public ::testing::Test {
 
     TVerifyResult Verify(const TVerifyRequest& request = {.m_typeName = "Q"}) {
         m_tables.Write("Q", m_elements);
+        if (m_nWholeListLimit)
+            m_tables.MarkWholeList("Q", {}, *m_nWholeListLimit);
         return m_tables.Verify(request);
     }
     void Plant(std::uint8_t element) { m_elements[m_nIndex] = element; }
 
     /// The leftover log of a run makes the next one check a part of the table only, this index among it.
-    void LeaveLog() const {
+    ///   nLimit  half-moves, what such a run would find; none: it has not come to its end.
+    void LeaveLog(std::optional<int> nLimit = 0) {
+        m_nWholeListLimit = nLimit;
         std::string log;
         for (std::uint64_t index = m_nIndex % 83 + 1; index < m_elements.size(); index += 83)
             log += std::to_string(index) + ",\n";
@@ -52,12 +58,14 @@ class VerifyQueen : public ::testing::Test {
     CVerifiedTables m_tables;
     TElements m_elements;
     std::uint64_t m_nIndex;
+    std::optional<int> m_nWholeListLimit;
 };
 
 TEST_F(VerifyQueen, RightTableIsAllOKWithAnEmptyLog) {
     const TVerifyResult result = Verify();
     EXPECT_EQ(result.m_eEnd, EVerifyEnd::AllChecked);
     EXPECT_EQ(result.m_nFaults, 0u);
+    EXPECT_TRUE(result.m_bAllRight);
     EXPECT_EQ(result.m_nChecked, m_elements.size());
     EXPECT_EQ(result.m_status, kBeginning + " complete - all OK");
     EXPECT_EQ(m_tables.m_user.m_status,
@@ -172,8 +180,7 @@ TEST_F(VerifyQueen, OtherFilesOfTheTypeAreNamed) {
 
 TEST_F(VerifyQueen, FixesOfARunThatWasStoppedAreNotWritten) {
     Plant(0);
-    LeaveLog();
-    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt.unfinished", {});
+    LeaveLog(std::nullopt);
     const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
     EXPECT_EQ(result.m_nFixable, 1u);
     EXPECT_EQ(result.m_nFixed, 0u);
@@ -232,6 +239,19 @@ TEST_F(VerifyQueen, PackedTableIsVerifiedAndNotFixed) {
                   "AskIfSaveAfterDecompressAllToMem in order to create updatable uncompressed precalc file.");
 }
 
+TEST_F(VerifyQueen, PackedTableThatWasSavedUnpackedIsFixed) {
+    m_nIndex = IndexOf(m_elements, 1);
+    Plant(0);
+    LeaveLog();
+    WriteLzw(m_tables.Path("Q", ".packed.lzw"), m_elements);
+    m_tables.m_options.m_nUseDataPackedForRandomAccess = 0;
+    m_tables.m_options.m_bAskIfSaveAfterDecompressAllToMem = true;
+    const TVerifyResult result = m_tables.Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(result.m_file, m_tables.Path("Q"));
+    EXPECT_EQ(result.m_nFixed, 1u);
+    EXPECT_EQ(m_tables.Read("Q"), QueenTable());
+}
+
 TEST_F(VerifyQueen, TableOnDiskIsVerifiedAndFixed) {
     Plant(0);
     LeaveLog();
@@ -254,7 +274,7 @@ TEST_F(VerifyQueen, SlowSettingsAreAskedAboutAndComeBack) {
         bPacked = m_tables.Use("Q")->nRandomAccessKind != kPlainAccess;
         return ERunState::Run;
     };
-    EXPECT_EQ(m_tables.Verify({.m_typeName = "Q"}).m_status, kBeginning + " complete - all OK");
+    EXPECT_EQ(m_tables.Verify({.m_typeName = "Q"}).m_status, kBeginning + " complete: 0 failure(s) detected");
     EXPECT_FALSE(bPacked) << "unpacked for the run";
     ASSERT_GE(m_tables.m_user.m_asked.size(), 2u);
     EXPECT_EQ(m_tables.m_user.m_asked[0].find("Option to use compressed data \"random access\" (ini: "
@@ -326,7 +346,12 @@ TEST_F(VerifyQueen, PartialTableWithAFaultBelowItsLongestMate) {
     EXPECT_TRUE(std::ranges::count(log, LogLine("Q", m_nIndex, 0, 2 * kReached - 3)));
 }
 
-TEST_F(VerifyQueen, TableInTheMakingIsFixedWithBlacksMarks) {
+class VerifyInTheMaking : public VerifyQueen, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(VerifyInTheMaking, IsFixedWithBlacksMarks) {
+    const bool bOnDisk = GetParam();
+    if (bOnDisk)
+        m_tables.m_nQuota = 3 * m_elements.size();
     for (std::uint64_t i = 1; i < m_elements.size(); ++i) {
         if (m_elements[i] == 0 || m_elements[i] > kReached)
             m_elements[i] = 127;
@@ -336,13 +361,16 @@ TEST_F(VerifyQueen, TableInTheMakingIsFixedWithBlacksMarks) {
     m_nIndex = static_cast<std::uint64_t>(std::ranges::find(m_elements, 128 | (kReached - 1)) - m_elements.begin());
     Plant(128 | 127);
     WriteElements(m_tables.Path("Q", ".iter"), {9, 0, 0, 0});
-    LeaveLog();
+    LeaveLog(2 * kReached - 1);
     const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(m_tables.Use("Q")->diskStream.is_open(), bOnDisk);
     EXPECT_GE(result.m_nFixed, 1u);
     EXPECT_EQ(m_tables.Read("Q")[m_nIndex], right[m_nIndex]);
     EXPECT_TRUE(
         std::ranges::count(m_tables.m_user.m_told, "Information: Max. mate in the partially generated file is #5"));
 }
+
+INSTANTIATE_TEST_SUITE_P(MemoryAndDisk, VerifyInTheMaking, ::testing::Bool());
 
 // --- logs
 
@@ -350,6 +378,7 @@ TEST_F(VerifyQueen, SecondPassChecksTheLeftoverLinesOnly) {
     Plant(0);
     const std::string line = LogLine("Q", m_nIndex, 0, 2 * kLongest - 1) + "\n";
     WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", TElements(line.begin(), line.end()));
+    m_nWholeListLimit = 0;
     const TVerifyResult second = Verify({.m_typeName = "Q", .m_bFix = true, .m_bSecondPassOnly = true});
     EXPECT_EQ(m_tables.m_user.m_asked[1], "Unempty log file " + (m_tables.Folder() / "PrecalcFailuresQ.txt").string() +
                                               " already exists\nApply second-pass fixes to data?");
@@ -373,15 +402,77 @@ TEST_F(VerifyQueen, WithoutASecondPassTheLeftoverLogIsKept) {
     EXPECT_EQ(Verify().m_eEnd, EVerifyEnd::Stopped);
     EXPECT_EQ(m_tables.Log("PrecalcFailuresQ.txt.BAK"), std::vector<std::string>{"1,"});
     EXPECT_TRUE(m_tables.Log("PrecalcFailuresQ.txt").empty());
-    EXPECT_TRUE(std::filesystem::exists(m_tables.Folder() / "PrecalcFailuresQ.txt.unfinished"));
+    EXPECT_FALSE(std::filesystem::exists(m_tables.Folder() / "PrecalcFailuresQ.txt.whole"));
 }
 
 TEST_F(VerifyQueen, SecondPassOverALogWithoutFaultsHasNothingToCheck) {
     WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", {});
+    m_nWholeListLimit = 0;
     const TVerifyResult result = Verify({.m_typeName = "Q", .m_bSecondPassOnly = true});
     EXPECT_EQ(result.m_eEnd, EVerifyEnd::AllChecked);
     EXPECT_TRUE(result.m_bSecondPass);
+    EXPECT_TRUE(result.m_bAllRight);
     EXPECT_EQ(result.m_nChecked, 0u);
+}
+
+TEST_F(VerifyQueen, ListOfARunThatWasStoppedIsRefusedWhereItIsEmpty) {
+    m_tables.m_user.m_runState = [] { return ERunState::Break; };
+    EXPECT_EQ(Verify().m_eEnd, EVerifyEnd::Stopped);
+    m_tables.m_user.m_runState = [] { return ERunState::Run; };
+    const TVerifyResult second = Verify({.m_typeName = "Q", .m_bSecondPassOnly = true});
+    EXPECT_EQ(second.m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_FALSE(second.m_bAllRight);
+    EXPECT_NE(m_tables.m_user.m_told.back().find(" names no fault, but "), std::string::npos);
+}
+
+TEST_F(VerifyQueen, SecondPassMendsByTheListOfAWholeRunOverTheseFiles) {
+    Plant(0);
+    EXPECT_EQ(Verify().m_nFaults, 1u);
+    const std::filesystem::path log = m_tables.Folder() / "PrecalcFailuresQ.txt";
+    const TVerifyRequest second{.m_typeName = "Q", .m_bFix = true, .m_bSecondPassOnly = true};
+    const auto nFixedAfterChange = [&](const std::filesystem::path& file) {
+        const auto before = std::filesystem::last_write_time(file);
+        std::filesystem::last_write_time(file, before + std::chrono::seconds(1));
+        const std::size_t nFixed = m_tables.Verify(second).m_nFixed;
+        std::filesystem::last_write_time(file, before);
+        return nFixed;
+    };
+    EXPECT_EQ(nFixedAfterChange(m_tables.Path("Q")), 0u);
+    EXPECT_EQ(nFixedAfterChange(log), 0u);
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
+    EXPECT_EQ(m_tables.Verify(second).m_nFixed, 1u);
+    EXPECT_EQ(m_tables.Read("Q"), QueenTable());
+    EXPECT_TRUE(std::filesystem::exists(log.string() + ".whole")) << "the fixed file is still the one of the list";
+}
+
+TEST(VerifyType, SecondPassMendsNoLongerMateWhenASubTableHasChanged) {
+    CVerifiedTables tables;
+    for (const char* const type : {"Q", "R"})
+        tables.Write(type, ThreeMenElements(type));
+    const TPositionIndexing indexing("P");
+    TChessboard b = ChessboardFromFEN("8/2P5/8/8/8/k7/8/K7");
+    TElements elements(indexing.GetSize(), 0);
+    elements[0] = kFlagPawnRanks48;
+    tables.Write("P", elements);
+    const std::string line = LogLine("P", indexing.GetIndex(b), 0, 0) + "\n";
+    WriteElements(tables.Folder() / "PrecalcFailuresP.txt", TElements(line.begin(), line.end()));
+    tables.MarkWholeList("P", {"Q", "R"}, 0);
+    const auto time = std::filesystem::last_write_time(tables.Path("Q"));
+    std::filesystem::last_write_time(tables.Path("Q"), time + std::chrono::seconds(1));
+    const TVerifyRequest second{.m_typeName = "P", .m_bFix = true, .m_bSecondPassOnly = true};
+    const TVerifyResult changed = tables.Verify(second);
+    EXPECT_EQ(changed.m_nFixable, 1u);
+    EXPECT_EQ(changed.m_nFixed, 0u);
+    std::filesystem::last_write_time(tables.Path("Q"), time);
+    EXPECT_EQ(tables.Verify(second).m_nFixed, 1u);
+}
+
+TEST_F(VerifyQueen, SecondPassThatFindsNothingProvesNothing) {
+    LeaveLog();
+    const TVerifyResult result = Verify();
+    EXPECT_EQ(result.m_nFaults, 0u);
+    EXPECT_FALSE(result.m_bAllRight);
+    EXPECT_EQ(result.m_status, kBeginning + " complete: 0 failure(s) detected");
 }
 
 TEST_F(VerifyQueen, LogThatIsNoneIsRefused) {

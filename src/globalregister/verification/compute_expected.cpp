@@ -1,6 +1,7 @@
 #include "globalregister/verification/compute_expected.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "core/attacks.h"
 #include "core/fen.h"
@@ -35,6 +36,13 @@ void COneMoveTables::HoldDetails(const CGlobalRegisters& registers) {
     nFree -= m_own.HoldDetails(nFree);
     for (const auto& [type, lengths] : m_others)
         nFree -= lengths->HoldDetails(nFree);
+}
+
+std::vector<std::filesystem::path> COneMoveTables::OtherFiles() const {
+    std::vector<std::filesystem::path> files;
+    for (const auto& [type, lengths] : m_others)
+        std::ranges::copy(lengths->Files(), std::back_inserter(files));
+    return files;
 }
 
 CExpectedMate::CExpectedMate(const COneMoveTables& tables)

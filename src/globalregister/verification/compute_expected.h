@@ -11,6 +11,7 @@
 // Threads: one object a thread; the tables are only read.
 
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -35,6 +36,9 @@ class COneMoveTables {
     COneMoveTables(CTableLengths& own, CGlobalRegisters& registers);
 
     [[nodiscard]] const CTableLengths& Own() const { return m_own; }
+
+    /// The files of all other types.
+    [[nodiscard]] std::vector<std::filesystem::path> OtherFiles() const;
 
     /// Of another type than the table's own; null if there are none.
     [[nodiscard]] const CTableLengths* Find(TPositionType type) const {

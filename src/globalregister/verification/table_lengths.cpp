@@ -44,6 +44,13 @@ CTableLengths::CTableLengths(TGlobalRegister& data, bool bInTheMaking)
         throw ChessException("Not enough memory for the table in the making of type " + data.typeName);
 }
 
+std::vector<std::filesystem::path> CTableLengths::Files() const {
+    std::vector<std::filesystem::path> files{m_data.loadedFrom};
+    if (m_data.bBitData)
+        files.push_back(DetailsBeside(m_data.loadedFrom));
+    return files;
+}
+
 std::uint64_t CTableLengths::HoldDetails(std::uint64_t nMost) {
     const std::uint64_t size = m_data.GetSize() * m_data.nElementSize;
     if (!ArePairsInMemory() || size > nMost)
@@ -108,13 +115,13 @@ int CTableLengths::LongestMate() const {
     return (nLongest + 1) / 2;
 }
 
-std::uint16_t CTableLengths::ElementFor(std::uint64_t index, int nMoves) const {
+std::uint16_t CTableLengths::ElementFor(std::uint16_t stored, int nMoves) const {
     const std::uint32_t nMost = m_bInTheMaking ? m_nLengthMask : m_nUnknown; // excluded
     const auto element = static_cast<std::uint32_t>(nMoves);
     if (element >= nMost)
         return 0;
-    const bool bMarked = m_bInTheMaking && !m_data.bBitData && m_elements != nullptr;
-    return static_cast<std::uint16_t>(element | (bMarked ? Element(index) & ~m_nLengthMask : 0));
+    const bool bMarked = m_bInTheMaking && !m_data.bBitData;
+    return static_cast<std::uint16_t>(element | (bMarked ? stored & ~m_nLengthMask : 0));
 }
 
 void CTableLengths::SetElement(std::uint64_t index, std::uint16_t element) {

@@ -28,6 +28,9 @@ class CTableLengths {
 
     [[nodiscard]] const TGlobalRegister& Data() const { return m_data; }
 
+    /// The file that was loaded, and of bit data that of the details.
+    [[nodiscard]] std::vector<std::filesystem::path> Files() const;
+
     /// Is it not said to be in the making, and looks so?
     [[nodiscard]] bool LooksUnfinished() const { return m_bLooksUnfinished; }
 
@@ -60,9 +63,10 @@ class CTableLengths {
     /// The longest mate of a legal position in moves; 0: none.
     [[nodiscard]] int LongestMate() const;
 
-    /// The element that stands for a mate in so many moves at this index: with Black's mark, where there is one.
+    /// The element that stands for a mate in so many moves where another is: with Black's mark, if that has one.
+    ///   stored  as it is in the file of the table, or of the details.
     ///   Result  0 if an element has no room for the number.
-    [[nodiscard]] std::uint16_t ElementFor(std::uint64_t index, int nMoves) const;
+    [[nodiscard]] std::uint16_t ElementFor(std::uint16_t stored, int nMoves) const;
 
     /// Corrects what is in memory; data on disk are read there.
     ///   element  of ElementFor.

@@ -18,6 +18,12 @@ constexpr auto kUpdate = std::ios::in | std::ios::out | std::ios::binary;
     return static_cast<bool>(file.flush());
 }
 
+[[nodiscard]] bool ReadAt(std::fstream& file, std::uint64_t offset, std::uint8_t* bytes, std::size_t nBytes) {
+    file.clear();
+    file.seekg(static_cast<std::streamoff>(offset));
+    return static_cast<bool>(file.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(nBytes)));
+}
+
 } // namespace
 
 std::filesystem::path PlainFileOf(const TGlobalRegister& data, const TPrecalcFolders& folders) {
@@ -33,14 +39,17 @@ CTableUpdate::CTableUpdate(CTableLengths& lengths, const std::filesystem::path& 
         m_details.open(DetailsBeside(plain), kUpdate);
 }
 
-// Of bit data the length is written first: a pair without a length would be of no use.
+// What is replaced is read from the file: data that are read from there tell no marks. Of bit data the length is
+// written first: a pair without a length would be of no use.
 bool CTableUpdate::Write(std::uint64_t index, int nMoves) {
-    const std::uint16_t element = m_lengths.ElementFor(index, nMoves);
-    std::array<std::uint8_t, 2> bytes{};
-    StoreLittleEndian(bytes.data(), element);
+    std::fstream& file = m_bPairs ? m_details : m_file;
     const std::size_t nBytes = m_lengths.Data().nElementSize;
-    if (element == 0 || !WriteAt(m_bPairs ? m_details : m_file, nBytes * index, bytes.data(), nBytes) ||
-        (m_bPairs && !WritePair(index)))
+    std::array<std::uint8_t, 2> bytes{};
+    if (!ReadAt(file, nBytes * index, bytes.data(), nBytes))
+        return false;
+    const std::uint16_t element = m_lengths.ElementFor(LoadLittleEndian<std::uint16_t>(bytes.data()), nMoves);
+    StoreLittleEndian(bytes.data(), element);
+    if (element == 0 || !WriteAt(file, nBytes * index, bytes.data(), nBytes) || (m_bPairs && !WritePair(index)))
         return false;
     m_lengths.SetElement(index, element);
     return true;
@@ -48,12 +57,9 @@ bool CTableUpdate::Write(std::uint64_t index, int nMoves) {
 
 bool CTableUpdate::WritePair(std::uint64_t index) {
     const std::uint64_t offset = index / kPairsOfAByte;
-    m_file.clear();
-    m_file.seekg(static_cast<std::streamoff>(offset));
-    const int byte = m_file.get();
-    if (!m_file)
+    std::uint8_t pairs = 0;
+    if (!ReadAt(m_file, offset, &pairs, 1))
         return false;
-    auto pairs = static_cast<std::uint8_t>(byte);
     AddToBitPair(&pairs, index % kPairsOfAByte, 1);
     return WriteAt(m_file, offset, &pairs, 1);
 }

@@ -15,6 +15,7 @@
 #include "globalregister/precalc_read.h"
 #include "globalregister/verification/slow_settings.h"
 #include "globalregister/verification/table_update.h"
+#include "globalregister/verification/whole_list.h"
 
 namespace quillon {
 
@@ -97,16 +98,16 @@ class CVerification {
             SetLimit(lengths);
         m_host.ShowStatus("Starting verification of precalculated data for position type " + m_request.m_typeName);
         const COneMoveTables tables(lengths, m_registers);
+        AddStamps(m_stamps, lengths.Files());
+        AddStamps(m_stamps, tables.OtherFiles());
         ChooseIndexes(*data);
         CFailureLog log(PrepareLog());
-        if (!m_result.m_bSecondPass)
-            (void)CFailureLog(UnfinishedMark());
         const std::unique_ptr<CTableUpdate> update = m_request.m_bFix ? OpenUpdate(lengths) : nullptr;
         m_bBegun = true;
         Check(tables, log, update.get());
-        EndLog();
         if (update)
             WriteFixes(*update);
+        MarkWholeList(lengths);
     }
 
     /// The search may read another file of the type one day.
@@ -157,18 +158,38 @@ class CVerification {
         if (m_result.m_bSecondPass)
             m_indexes = ReadFailureLog(log, data.GetSize());
         m_nItems = m_result.m_bSecondPass ? m_indexes.size() : data.GetSize();
-        m_bWholeTable = !m_result.m_bSecondPass || !fs::exists(UnfinishedMark());
+        m_bWholeTable = !m_result.m_bSecondPass || IsWholeList();
+        if (m_nItems == 0 && !m_bWholeTable)
+            throw ChessException(
+                "The log " + log.string() +
+                " names no fault, but it is not of a run over all elements of these files. Verify the whole table.");
     }
 
-    [[nodiscard]] fs::path UnfinishedMark() const {
-        return LogPath(false).string() + std::string(kUnfinishedLogExtension);
+    [[nodiscard]] fs::path WholeListMark() const { return LogPath(false).string() + std::string(kWholeListExtension); }
+
+    [[nodiscard]] bool IsWholeList() const {
+        const auto mark = ReadWholeFile(WholeListMark());
+        return mark && std::string(mark->begin(), mark->end()) == WholeListText(LogPath(false), m_nLimit, m_stamps);
+    }
+
+    /// A correction shortens elements that were too long: the list stays whole with regard to those that are too short.
+    void MarkWholeList(const CTableLengths& lengths) {
+        if (m_result.m_eEnd != EVerifyEnd::AllChecked || !m_bWholeTable)
+            return;
+        if (m_result.m_nFixed != 0)
+            AddStamps(m_stamps, lengths.Files());
+        const std::string text = WholeListText(LogPath(false), m_nLimit, m_stamps);
+        if (!WriteWholeFile(WholeListMark(), {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}))
+            m_host.Inform("Error writing to file: " + WholeListMark().string(), "Warning");
     }
 
     /// Whoever wants no second pass has not said that the log may go.
     [[nodiscard]] fs::path PrepareLog() {
         m_result.m_log = LogPath(m_result.m_bSecondPass);
         std::error_code error;
-        if (HasContent(m_result.m_log))
+        if (!m_result.m_bSecondPass)
+            fs::remove(WholeListMark(), error);
+        if (!error && HasContent(m_result.m_log))
             fs::rename(m_result.m_log, FreeNameBeside(m_result.m_log), error);
         if (error)
             throw ChessException("Cannot open file " + m_result.m_log.string());
@@ -182,13 +203,6 @@ class CVerification {
         for (int i = 2; fs::exists(free); ++i)
             free = name + std::to_string(i);
         return free;
-    }
-
-    /// The log of a run over the whole table is a whole list.
-    void EndLog() {
-        std::error_code error;
-        if (m_result.m_eEnd == EVerifyEnd::AllChecked && !m_result.m_bSecondPass)
-            fs::remove(UnfinishedMark(), error);
     }
 
     // --- the loop
@@ -256,7 +270,7 @@ class CVerification {
         if (!m_bWholeTable || m_result.m_eEnd != EVerifyEnd::AllChecked) {
             TellNotWritten(m_fixes.size(),
                            "only a run over the whole table can tell that they are certain. Verify it to "
-                           "the end.");
+                           "the end, and change no file before a second pass.");
             return;
         }
         std::size_t nLeft = 0;
@@ -299,16 +313,25 @@ class CVerification {
 
     // --- the end
 
+    /// What a correction has made faulty is not in the list of a second pass: only an empty list has nothing to add.
+    [[nodiscard]] bool IsAllRight() const {
+        return m_result.m_eEnd == EVerifyEnd::AllChecked && m_result.m_nFaults == 0 &&
+               (!m_result.m_bSecondPass || m_nItems == 0);
+    }
+
     void Report() {
+        m_result.m_bAllRight = IsAllRight();
         m_result.m_status = "Verification of precalculated data for position type " + m_request.m_typeName;
         if (m_result.m_eEnd == EVerifyEnd::Stopped)
             m_result.m_status += " but stopped by user.";
         else if (m_result.m_eEnd == EVerifyEnd::Failed)
             m_result.m_status += " could not be completed.";
-        else if (m_result.m_nFaults == 0)
+        else if (m_result.m_bAllRight)
             m_result.m_status += " complete - all OK";
         else
             m_result.m_status += " complete: " + std::to_string(m_result.m_nFaults) + " failure(s) detected";
+        if (m_result.m_eEnd == EVerifyEnd::AllChecked && m_result.m_nFaults == 0 && !m_result.m_bAllRight)
+            m_host.Inform("Only what the log names was looked at. Verify the whole table.", "Information");
         m_host.Inform("Complete " + CountsText(m_result), "Information");
         m_host.ShowStatus(m_result.m_status);
     }
@@ -320,6 +343,7 @@ class CVerification {
     int m_nLimit = 0;                     // half-moves; 0: the table is finished
     std::vector<std::uint64_t> m_indexes; // of a second pass
     std::uint64_t m_nItems = 0;           // indices to check
+    TFileStamps m_stamps;                 // of the files of all tables, as they were loaded
     bool m_bBegun = false;
     bool m_bWholeTable = true;         // the indices are all that can be faulty
     int m_nShortestDoubtful = INT_MAX; // half-moves stored where more, or no mate, is computed

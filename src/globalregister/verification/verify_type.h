@@ -7,11 +7,16 @@
 //            second pass, if the user wants that; if not, it is kept as ".BAK".
 //   fixable  a fault where no mate is stored, or a longer one than there is. Others are only told: what such an element
 //            hides can be a fault elsewhere, and "no mate" cannot be proved by one ply.
-//   fixing   elements are corrected in the plain file and in memory. A mate on the move is certain, and written at once.
-//            A longer one may rest on an element that is too short, or tells a mate where there is none. The shortest of
-//            those cannot be explained by one ply: it is a fault that is not fixable. So after all elements have been
-//            looked at no element is too short whose length is below those of all such faults, and what rests on these
-//            alone is certain: it is written at the end. The rest is not.
+//   fixing   elements are corrected in the plain file and in memory. A mate on the move is certain, and written at
+//            once. A longer one may rest on an element that is too short, or tells a mate where there is none. The
+//            shortest of those cannot be explained by one ply: it is a fault that is not fixable. So after all elements
+//            have been looked at no element is too short whose length is below those of all such faults, and what
+//            rests on these alone is certain: it is written at the end. The rest is not. All that holds if the tables
+//            of the other types are right: one element of those that is too short makes right ones of this type look
+//            too long without any fault that is not fixable. So they are to be verified first.
+//
+//   second   a pass over a list mends longer mates only while that is a whole one for the files as they are
+//   pass     (whole_list.h): an element that is too short and not in the list would make right ones look too long.
 //
 // Threads: VerifyType is called while nobody else uses the data; the host is called on the thread of VerifyType.
 
@@ -55,10 +60,6 @@ inline constexpr std::string_view kTryFixQuestion = "Error encountered. Try fix?
 /// Begins the question whether the log of an earlier run is to be the list of this one.
 inline constexpr std::string_view kLeftoverLogQuestion = "Unempty log file ";
 
-/// Beside a log while its run goes on, and afterwards if that did not look at all elements: a second pass over it
-/// cannot tell that there are no further faults.
-inline constexpr std::string_view kUnfinishedLogExtension = ".unfinished";
-
 /// Indices between two reports of how far a run has come.
 inline constexpr std::uint64_t kCheckedAtOnce = 500'000;
 
@@ -85,6 +86,7 @@ struct TVerifyResult {
     std::size_t m_nFixed = 0;
     std::uint64_t m_nChecked = 0;                    // indices
     bool m_bSecondPass = false;                      // only what a log of an earlier run names
+    bool m_bAllRight = false;                        // no element of the whole table is faulty
     bool m_bSystemFailure = false;                   // Failed for want of memory, or a file could not be written
     std::filesystem::path m_file;                    // that was verified; empty: none
     std::vector<std::filesystem::path> m_otherFiles; // of the same type, not looked at
