@@ -37,7 +37,7 @@ constexpr std::size_t kGenerateStackBytes = std::size_t{8} << 20;
 constexpr int kMostGenerateThreads = 1024;
 constexpr int kMostGenerateMB = 1 << 24;
 constexpr auto kGenerateWatchStep = std::chrono::milliseconds(20);
-constexpr auto kGenerateProgressStep = std::chrono::milliseconds(500);
+constexpr auto kGenerateProgressStep = std::chrono::milliseconds(200);
 constexpr const char* kGenerationPaused = "paused; to go on: fg, or SIGCONT";
 
 constexpr const char* kGenerateExamples = R"(

@@ -374,6 +374,7 @@ CTableMaking::EStep CTableMaking::RunLevels() {
     options.m_onProgress = [this](const TGeneratorProgress& level) { TellProgress(level); };
     CGeneratorRun run(m_table, m_registers, m_control, options);
     for (int nLevel = m_nFirstLevel;; ++nLevel) {
+        TellProgress({nLevel, options.m_nLevelLimit, 0, 0}); // a short level tells of nothing by itself
         const TLevelResult result = run.RunLevel(nLevel);
         if (result.m_nResult == kLevelBroken || (result.m_nResult == kLevelStopped && result.m_errors.empty()))
             return EndStopped(nLevel);
