@@ -324,7 +324,7 @@ TEST_F(VerifyQueen, TableThatLooksUnfinishedKeepsBlacksMarks) {
     for (std::uint64_t i = 1; i < m_elements.size(); ++i) {
         if (m_elements[i] == 0 || m_elements[i] > kReached)
             m_elements[i] = 127;
-        m_elements[i] |= i % 3 == 0 ? 128 : 0;
+        m_elements[i] = static_cast<std::uint8_t>(m_elements[i] | (i % 3 == 0 ? 128 : 0));
     }
     LeaveLog();
     m_tables.m_nQuota = 3 * m_elements.size(); // so that it stays on disk
@@ -355,7 +355,7 @@ TEST_P(VerifyInTheMaking, IsFixedWithBlacksMarks) {
     for (std::uint64_t i = 1; i < m_elements.size(); ++i) {
         if (m_elements[i] == 0 || m_elements[i] > kReached)
             m_elements[i] = 127;
-        m_elements[i] |= i % 3 == 0 ? 128 : 0;
+        m_elements[i] = static_cast<std::uint8_t>(m_elements[i] | (i % 3 == 0 ? 128 : 0));
     }
     const TElements right = m_elements;
     m_nIndex = static_cast<std::uint64_t>(std::ranges::find(m_elements, 128 | (kReached - 1)) - m_elements.begin());
