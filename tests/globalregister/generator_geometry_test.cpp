@@ -5,6 +5,8 @@
 #include <random>
 #include <set>
 
+#include <gtest/gtest.h>
+
 #include "globalregister/board_by_index.h"
 #include "globalregister/generator/level_marks.h"
 #include "globalregister/generator/table_geometry.h"
