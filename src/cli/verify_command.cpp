@@ -208,8 +208,9 @@ void AddVerifyCommand(CLI::App& app, TChosenCommand& chosen) {
     command->add_flag("--partial", options->m_bPartial,
                       "The table is not finished: mates longer than its longest one may be missing");
     command->add_flag("--second-pass", options->m_bSecondPass, "Check only what the log of the last run names");
-    command->add_flag("--unpack", options->m_bUnpack,
-                      "Unpack data and hold them in memory, whatever the settings say: .lz4 goes first, then the plain file");
+    command->add_flag(
+        "--unpack", options->m_bUnpack,
+        "Unpack data and hold them in memory, whatever the settings say: .lz4 goes first, then the plain file");
     command->add_option("--threads", options->m_nThreads, "Threads; without the option one a processor")
         ->type_name("T")
         ->transform(WholeNumber(1, kMostVerifyThreads));

@@ -1,6 +1,7 @@
 #pragma once
 // Which types of material a position can be of after one white move and Black's reply: the tables that one ply of
-// looking up needs. Who makes tables finds out by itself what they need: a check that asked it would share its mistakes.
+// looking up needs. Who makes tables finds out by itself what they need: a check that asked it would share its
+// mistakes.
 
 #include <set>
 #include <string>
