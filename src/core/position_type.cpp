@@ -14,16 +14,19 @@ constexpr std::size_t kMaxTypeLetters = 7;
 
 } // namespace
 
-TPositionType GetPositionType(const TChessboard& b) {
-    if (WhiteMen(b) + BlackMen(b) > kMaxTypeMen)
-        return 0;
-    const std::uint8_t counts[] = {
+std::array<std::uint8_t, 10> FigureCounts(const TChessboard& b) {
+    return {
         b.m_whiteQueens, b.m_whiteRooks, b.m_whiteBishops, b.m_whiteKnights, b.m_whitePawns,
         b.m_blackQueens, b.m_blackRooks, b.m_blackBishops, b.m_blackKnights, b.m_blackPawns,
     };
+}
+
+TPositionType GetPositionType(const TChessboard& b) {
+    if (WhiteMen(b) + BlackMen(b) > kMaxTypeMen)
+        return 0;
     TPositionType type = 0;
     TPositionType nibble = 0;
-    for (const std::uint8_t count : counts) {
+    for (const std::uint8_t count : FigureCounts(b)) {
         ++nibble;
         for (int i = 0; i < count; ++i)
             type = (type << kNibbleBits) | nibble;

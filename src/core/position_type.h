@@ -6,6 +6,7 @@
 //           0 means more than five figures, or none.
 //   text    the nibbles as letters of "QRBNPqrbnpXx", first nibble first: two white rooks and a black pawn are "RRp".
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,6 +19,9 @@ using TPositionType = std::uint64_t;
 
 inline constexpr int kMaxTypeMen = 5;                            // figures besides the kings
 inline constexpr std::string_view kTypeLetters = "QRBNPqrbnpXx"; // nibble 1 is the first letter
+
+/// The ten counters, in the order of the letters.
+[[nodiscard]] std::array<std::uint8_t, 10> FigureCounts(const TChessboard& b);
 
 /// From the ten counters; 0 when their sum exceeds five.
 [[nodiscard]] TPositionType GetPositionType(const TChessboard& b);

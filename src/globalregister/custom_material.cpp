@@ -12,13 +12,9 @@ constexpr int kCountBits = 4; // no side has more than ten men of a kind
 } // namespace
 
 TMaterialKey MaterialOf(const TChessboard& b) {
-    const std::uint8_t counts[] = {
-        b.m_whiteQueens, b.m_whiteRooks, b.m_whiteBishops, b.m_whiteKnights, b.m_whitePawns,
-        b.m_blackQueens, b.m_blackRooks, b.m_blackBishops, b.m_blackKnights, b.m_blackPawns,
-    };
     TMaterialKey key = 0;
     int shift = 0;
-    for (const std::uint8_t count : counts) {
+    for (const std::uint8_t count : FigureCounts(b)) {
         key += TMaterialKey{count} << shift;
         shift += kCountBits;
     }

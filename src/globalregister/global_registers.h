@@ -90,10 +90,11 @@ class CGlobalRegisters final : private IPrecalcRoom {
         return slot != nullptr && slot->State() == EDataState::Present && Quota() != 0;
     }
 
-    /// Has a load of this type found no room?
+    /// Are there files of this type, and has a load of them found no room?
     [[nodiscard]] bool LacksRoom(TPositionType type) const {
         const TRegisterSlot* const slot = FindSlot(type);
-        return slot != nullptr && slot->State() == EDataState::NoRoom;
+        const std::lock_guard lock(m_loadingLock);
+        return slot != nullptr && slot->State() == EDataState::NoRoom && slot->m_stateBefore == EDataState::Present;
     }
 
     [[nodiscard]] bool HasCustomTypes() const { return !m_customs.empty(); }

@@ -145,8 +145,8 @@ TEST_F(TableLengths, BitDataHaveTheirLengthsInTheDetails) {
 
     CTableUpdate update(lengths, m_data.loadedFrom);
     ASSERT_TRUE(update.IsOpen());
-    EXPECT_TRUE(update.Write(11, 254));
-    EXPECT_FALSE(update.Write(13, 255)) << "that is no length";
+    EXPECT_EQ(update.Write(11, 254), EElementWrite::Done);
+    EXPECT_EQ(update.Write(13, 255), EElementWrite::NoRoom) << "that is no length";
     EXPECT_EQ(lengths.HalfMoves(11), 507);
     EXPECT_EQ(lengths.HalfMoves(13), 0);
     AddToBitPair(pairs.data(), 11, 1);
@@ -188,6 +188,34 @@ TEST_F(TableLengths, MarksOfATableInTheMakingAreNoLengths) {
     EXPECT_EQ(CTableLengths(m_data, false).HalfMoves(5), 253) << "a long mate with all shorter ones";
 }
 
+TEST_F(TableLengths, DetailsInTheMakingHaveNoMarks) {
+    const std::uint64_t size = m_data.GetSize();
+    TElements pairs(size / 4, 0), details(size, 0);
+    for (const std::uint8_t length : std::initializer_list<std::uint8_t>{127, 130, 254}) {
+        AddToBitPair(pairs.data(), length, 1);
+        details[length] = length;
+    }
+    WriteFiles(pairs, details);
+    m_data.bBitData = true;
+    m_data.detailStream.open(DetailsBeside(m_data.loadedFrom), std::ios::binary);
+    CTableLengths lengths(m_data, true);
+    ASSERT_EQ(lengths.HoldDetails(size), size);
+    EXPECT_EQ(lengths.HalfMoves(127), 253);
+    EXPECT_EQ(lengths.HalfMoves(130), 259);
+    EXPECT_EQ(lengths.HalfMoves(254), 507);
+    CTableUpdate update(lengths, m_data.loadedFrom);
+    EXPECT_EQ(update.Write(130, 128), EElementWrite::Done);
+    EXPECT_EQ(lengths.HalfMoves(130), 255);
+}
+
+TEST_F(TableLengths, AFileThatCannotBeWrittenIsNamed) {
+    WriteFiles(TElements(8, 0), {}); // the element would be behind its end
+    CTableLengths lengths(m_data, true);
+    CTableUpdate update(lengths, m_data.loadedFrom);
+    EXPECT_EQ(update.Write(9, 3), EElementWrite::Failed);
+    EXPECT_EQ(update.FileAtFault(), m_data.loadedFrom);
+}
+
 TEST_F(TableLengths, BitDataWithoutTheirDetailsInTheFile) {
     WriteFiles(TElements(m_data.GetSize() / 4, 0), {1, 2, 3});
     m_data.bBitData = true;
@@ -206,7 +234,7 @@ TEST_F(TableLengths, ElementsOfTwoBytes) {
     EXPECT_EQ(lengths.HalfMoves(3), 599);
     EXPECT_EQ(lengths.HalfMoves(4), kUnknownLength);
     CTableUpdate update(lengths, m_data.loadedFrom);
-    EXPECT_TRUE(update.Write(5, 1000));
+    EXPECT_EQ(update.Write(5, 1000), EElementWrite::Done);
     EXPECT_EQ(lengths.HalfMoves(5), 1999);
     table[10] = 0xe8;
     table[11] = 0x03;

@@ -149,6 +149,12 @@ TEST_F(GlobalRegisters, MoreMemoryIsANewChance) {
     for (const char* const type : {"Q", "B"})
         EXPECT_FALSE(Use(type)) << "no room";
     EXPECT_FALSE(registers.IsTypeAvailable(TypeOf("Q")));
+    for (int asked = 0; asked < 2; ++asked) {
+        EXPECT_FALSE(Use("Q"));
+        EXPECT_TRUE(registers.LacksRoom(TypeOf("Q"))) << "whoever asks is told, not the first alone";
+        EXPECT_FALSE(Use("B"));
+        EXPECT_FALSE(registers.LacksRoom(TypeOf("B"))) << "there is no file";
+    }
     registers.SetQuota(kTable);
     EXPECT_FALSE(Use("Q"));
     registers.SetQuota(1 << 20);

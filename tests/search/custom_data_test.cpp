@@ -122,7 +122,8 @@ TEST(CustomData, TheyAreNotTakenForExactData) {
     CCustomTables tables({{kPawnsBlocked, Filled(kPawnsBlocked, 1)}});
     CSearchedPosition position("8/8/8/4k3/7n/p7/P1K5/7R", 33);
     position.Play("Rh1:h4 Ke5-d5");
-    for (const TChessboard* const b : {&position.Root(), &position.Now(), &CSearchedPosition(kOfBlocked, 31).Root()})
+    CSearchedPosition ofBlocked(kOfBlocked, 31);
+    for (const TChessboard* const b : {&position.Root(), &position.Now(), &ofBlocked.Root()})
         EXPECT_EQ(b->m_wKingState & kPrecalcCanAnswer, 0);
 }
 

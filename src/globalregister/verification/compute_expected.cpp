@@ -17,9 +17,8 @@ COneMoveTables::COneMoveTables(CTableLengths& own, CGlobalRegisters& registers) 
         const TPositionType type = TPositionIndexing(typeName).nPositionType;
         if (type == own.Data().nPositionType)
             continue;
-        const bool bHasFiles = registers.IsTypeAvailable(type);
         auto use = std::make_unique<CRegisterUse>(registers.GetRegisterForTool(type));
-        if (!*use && bHasFiles && registers.LacksRoom(type))
+        if (!*use && registers.LacksRoom(type))
             throw ChessException(NoRoomText(typeName));
         if (!*use)
             continue;

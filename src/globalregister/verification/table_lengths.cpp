@@ -30,17 +30,18 @@ std::uint32_t ElementOfHalfMoves(std::uint16_t halfMoves, std::size_t nElementSi
 } // namespace
 
 CTableLengths::CTableLengths(TGlobalRegister& data, bool bInTheMaking)
-    : m_data(data), m_bInTheMaking(bInTheMaking), m_bLooksUnfinished(!bInTheMaking && quillon::LooksUnfinished(data)) {
+    : m_data(data), m_bMarked(bInTheMaking && !data.bBitData),
+      m_bLooksUnfinished(!bInTheMaking && quillon::LooksUnfinished(data)) {
     const bool bByte = data.nElementSize == 1;
     const std::uint32_t nFirstUnsettled = bByte ? kFirstUnsettledByte : kFirstUnsettledWord;
     m_nUnknown = m_bLooksUnfinished ? nFirstUnsettled : bByte ? kUnknownElement : kFirstUnknownWord;
-    m_nLengthMask = bInTheMaking ? nFirstUnsettled : 0xffff;
+    m_nLengthMask = m_bMarked ? nFirstUnsettled : 0xffff;
     const bool bOnDisk = data.diskStream.is_open();
     if (!data.bBitData && !bOnDisk && data.nRandomAccessKind == kPlainAccess)
         m_elements = data.data.data();
     if (data.bBitData && bOnDisk)
         m_pairs.open(data.loadedFrom, std::ios::binary);
-    if (bInTheMaking && !bByte && m_elements == nullptr)
+    if (m_bMarked && !bByte && m_elements == nullptr)
         throw ChessException("Not enough memory for the table in the making of type " + data.typeName);
 }
 
@@ -68,7 +69,7 @@ std::uint32_t CTableLengths::Element(std::uint64_t index) const {
 }
 
 int CTableLengths::LengthOf(std::uint32_t element) const {
-    if (m_bInTheMaking) {
+    if (m_bMarked) {
         element &= m_nLengthMask;
         return element == 0 || element == m_nLengthMask ? 0 : static_cast<int>(2 * element - 1);
     }
@@ -116,12 +117,11 @@ int CTableLengths::LongestMate() const {
 }
 
 std::uint16_t CTableLengths::ElementFor(std::uint16_t stored, int nMoves) const {
-    const std::uint32_t nMost = m_bInTheMaking ? m_nLengthMask : m_nUnknown; // excluded
+    const std::uint32_t nMost = m_bMarked ? m_nLengthMask : m_nUnknown; // excluded
     const auto element = static_cast<std::uint32_t>(nMoves);
     if (element >= nMost)
         return 0;
-    const bool bMarked = m_bInTheMaking && !m_data.bBitData;
-    return static_cast<std::uint16_t>(element | (bMarked ? stored & ~m_nLengthMask : 0));
+    return static_cast<std::uint16_t>(element | (m_bMarked ? stored & ~m_nLengthMask : 0));
 }
 
 void CTableLengths::SetElement(std::uint64_t index, std::uint16_t element) {

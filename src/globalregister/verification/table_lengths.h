@@ -1,8 +1,9 @@
 #pragma once
 // CTableLengths: the elements of a table as lengths of mates, whatever form the data are in, and their correction.
 //
-// Of a table in the making only what is settled counts: the length without Black's mark, and nothing where none is. One
-// that looks like that, and is not said to be, has no lengths where Black's marks would be.
+// Of a table in the making only what is settled counts: the length without Black's mark, and nothing where none is.
+// The details of bit data have no marks. A table that looks to be in the making, and is not said to be, has no lengths
+// where Black's marks would be.
 //
 // Threads: HalfMoves from any thread, while nobody sets lengths.
 
@@ -79,7 +80,7 @@ class CTableLengths {
     [[nodiscard]] bool ArePairsInMemory() const { return m_data.bBitData && !m_data.diskStream.is_open(); }
 
     TGlobalRegister& m_data;
-    const bool m_bInTheMaking;
+    const bool m_bMarked; // in the making, and no bit data: details have no marks
     const bool m_bLooksUnfinished;
     std::uint32_t m_nLengthMask;         // the bits of an element that hold a length
     std::uint32_t m_nUnknown;            // from here on an element is none

@@ -34,25 +34,31 @@ std::filesystem::path PlainFileOf(const TGlobalRegister& data, const TPrecalcFol
 }
 
 CTableUpdate::CTableUpdate(CTableLengths& lengths, const std::filesystem::path& plain)
-    : m_lengths(lengths), m_bPairs(lengths.Data().bBitData), m_file(plain, kUpdate) {
+    : m_lengths(lengths), m_bPairs(lengths.Data().bBitData), m_plain(plain), m_file(plain, kUpdate) {
     if (m_bPairs)
         m_details.open(DetailsBeside(plain), kUpdate);
 }
 
 // What is replaced is read from the file: data that are read from there tell no marks. Of bit data the length is
 // written first: a pair without a length would be of no use.
-bool CTableUpdate::Write(std::uint64_t index, int nMoves) {
+EElementWrite CTableUpdate::Write(std::uint64_t index, int nMoves) {
+    m_fileAtFault = m_bPairs ? DetailsBeside(m_plain) : m_plain;
     std::fstream& file = m_bPairs ? m_details : m_file;
     const std::size_t nBytes = m_lengths.Data().nElementSize;
     std::array<std::uint8_t, 2> bytes{};
     if (!ReadAt(file, nBytes * index, bytes.data(), nBytes))
-        return false;
+        return EElementWrite::Failed;
     const std::uint16_t element = m_lengths.ElementFor(LoadLittleEndian<std::uint16_t>(bytes.data()), nMoves);
+    if (element == 0)
+        return EElementWrite::NoRoom;
     StoreLittleEndian(bytes.data(), element);
-    if (element == 0 || !WriteAt(file, nBytes * index, bytes.data(), nBytes) || (m_bPairs && !WritePair(index)))
-        return false;
+    if (!WriteAt(file, nBytes * index, bytes.data(), nBytes))
+        return EElementWrite::Failed;
+    m_fileAtFault = m_plain;
+    if (m_bPairs && !WritePair(index))
+        return EElementWrite::Failed;
     m_lengths.SetElement(index, element);
-    return true;
+    return EElementWrite::Done;
 }
 
 bool CTableUpdate::WritePair(std::uint64_t index) {

@@ -13,6 +13,12 @@ namespace quillon {
 /// The plain file of a table, in the folder of the file that it was loaded from; there need not be one.
 [[nodiscard]] std::filesystem::path PlainFileOf(const TGlobalRegister& data, const TPrecalcFolders& folders);
 
+enum class EElementWrite : std::uint8_t {
+    Done,
+    NoRoom, // an element has none for the number
+    Failed, // a file cannot be read or written: FileAtFault
+};
+
 class CTableUpdate {
   public:
     /// Opens the file for update; of bit data also that of the details.
@@ -21,14 +27,19 @@ class CTableUpdate {
     [[nodiscard]] bool IsOpen() const { return m_file.is_open() && (!m_bPairs || m_details.is_open()); }
 
     /// Stores a mate in so many moves. It is in the file when this returns.
-    ///   Result  false: an element has no room for the number, or the file cannot be written. Memory is then as it was.
-    [[nodiscard]] bool Write(std::uint64_t index, int nMoves);
+    /// If not, memory is as it was.
+    [[nodiscard]] EElementWrite Write(std::uint64_t index, int nMoves);
+
+    /// Of the last write that failed.
+    [[nodiscard]] const std::filesystem::path& FileAtFault() const { return m_fileAtFault; }
 
   private:
     [[nodiscard]] bool WritePair(std::uint64_t index);
 
     CTableLengths& m_lengths;
     const bool m_bPairs; // two bits an index, and details
+    const std::filesystem::path m_plain;
+    std::filesystem::path m_fileAtFault;
     std::fstream m_file;
     std::fstream m_details;
 };

@@ -72,16 +72,18 @@ class CVerification {
   private:
     void EndByFailure(std::string_view text, std::string_view title) {
         m_host.Inform(text, title);
-        if (m_bBegun)
-            m_result.m_eEnd = EVerifyEnd::Failed;
+        if (!m_bBegun)
+            return;
+        m_result.m_eEnd = EVerifyEnd::Failed;
+        if (!m_fixes.empty())
+            TellNotWritten(m_fixes.size(), "the run was not completed.");
     }
 
     void Verify() {
         const TPositionType type = TPositionIndexing(m_request.m_typeName).nPositionType;
-        const bool bHasFiles = m_registers.IsTypeAvailable(type);
         const CRegisterUse data(m_registers.GetRegisterForTool(type));
         if (!data) {
-            if (bHasFiles && m_registers.LacksRoom(type))
+            if (m_registers.LacksRoom(type))
                 m_host.Inform(NoRoomText(m_request.m_typeName), "Warning");
             m_host.Inform("No information about positions of this type", "Information");
             return;
@@ -253,6 +255,8 @@ class CVerification {
             Write(*update, {fault.m_nIndex, fault.m_nComputed});
         else if (m_fixes.size() < kMostFixes)
             m_fixes.push_back({fault.m_nIndex, fault.m_nComputed});
+        else
+            ++m_nNotKept;
     }
 
     // --- fixes
@@ -286,6 +290,8 @@ class CVerification {
             TellNotWritten(nLeft, "they may rest on elements that are too short, which cannot be mended. Make the data "
                                   "of type " +
                                       m_request.m_typeName + " anew.");
+        if (m_nNotKept != 0)
+            TellNotWritten(m_nNotKept, "there are too many for one run. Verify again.");
     }
 
     void TellNotWritten(std::size_t nFixes, const std::string& reason) {
@@ -293,15 +299,15 @@ class CVerification {
     }
 
     void Write(CTableUpdate& update, const TFix& fix) {
-        if (update.Write(fix.m_nIndex, fix.m_nComputed / 2 + 1)) {
+        const EElementWrite written = update.Write(fix.m_nIndex, fix.m_nComputed / 2 + 1);
+        const std::string element = " (element " + std::to_string(fix.m_nIndex) + ")";
+        if (written == EElementWrite::Done)
             ++m_result.m_nFixed;
-            return;
-        }
-        if (!m_bWriteFailureTold)
-            m_host.Inform("Error writing to file: " + m_result.m_file.string() + " (element " +
-                              std::to_string(fix.m_nIndex) + ")",
-                          "Error");
-        m_bWriteFailureTold = true;
+        else if (written == EElementWrite::NoRoom)
+            TellNotWritten(1, "an element has no room for so long a mate" + element + ".");
+        else if (!m_result.m_bSystemFailure)
+            m_host.Inform("Error writing to file: " + update.FileAtFault().string() + element, "Error");
+        m_result.m_bSystemFailure = m_result.m_bSystemFailure || written == EElementWrite::Failed;
     }
 
     void ShowProgress(std::uint64_t nDone) {
@@ -347,9 +353,9 @@ class CVerification {
     bool m_bBegun = false;
     bool m_bWholeTable = true;         // the indices are all that can be faulty
     int m_nShortestDoubtful = INT_MAX; // half-moves stored where more, or no mate, is computed
-    bool m_bWriteFailureTold = false;
-    std::vector<TFix> m_fixes;        // not written yet
-    std::optional<bool> m_bFixAnswer; // the user's word on the first fault of a stored "no mate"
+    std::vector<TFix> m_fixes;         // not written yet
+    std::size_t m_nNotKept = 0;        // corrections beyond kMostFixes
+    std::optional<bool> m_bFixAnswer;  // the user's word on the first fault of a stored "no mate"
 };
 
 } // namespace
