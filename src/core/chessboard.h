@@ -92,6 +92,11 @@ static_assert(std::is_trivially_copyable_v<TChessboard> && std::is_standard_layo
 }
 [[nodiscard]] constexpr bool IsWhiteToMove(const TChessboard& b) { return (b.m_nMoves & 1) != 0; }
 
+/// Is one of the heuristics of these bits in force?
+[[nodiscard]] constexpr bool HasHeuristic(const TChessboard& b, std::uint32_t bits) {
+    return (b.m_nHeuristics & bits) != 0;
+}
+
 /// Ring of the black king as the record holds it: 0 on the edge, 3 in the centre.
 [[nodiscard]] constexpr int BlackRing(const TChessboard& b) { return (b.m_wBlackState & kRingMask) >> kRingShift; }
 

@@ -31,7 +31,7 @@ std::uint64_t FileSize(const fs::path& path) {
     return error ? 0 : size;
 }
 
-bool Exists(const fs::path& path) {
+bool IsFile(const fs::path& path) {
     std::error_code error;
     return !path.empty() && fs::is_regular_file(path, error);
 }
@@ -99,7 +99,7 @@ class CPrecalcLoad {
         std::array<fs::path, 2> files;
         for (std::size_t i = 0; i < 2; ++i) {
             fs::path file = Name(kind, (i == 0) == bSecondRootFirst);
-            if (Exists(file))
+            if (IsFile(file))
                 files[i] = std::move(file);
         }
         return files;

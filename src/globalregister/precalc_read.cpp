@@ -12,6 +12,11 @@
 
 namespace quillon {
 
+bool Exists(const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::exists(path, error);
+}
+
 std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::filesystem::path& path) {
     std::error_code error;
     const std::uint64_t size = std::filesystem::file_size(path, error);

@@ -11,6 +11,9 @@
 
 namespace quillon {
 
+/// Is there anything of this name? What cannot be asked for is not there.
+[[nodiscard]] bool Exists(const std::filesystem::path& path);
+
 /// None if the file cannot be read to its end.
 ///   Errors  std::bad_alloc.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::filesystem::path& path);

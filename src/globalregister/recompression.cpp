@@ -6,7 +6,6 @@
 #include <new>
 #include <optional>
 #include <streambuf>
-#include <system_error>
 #include <vector>
 
 #include "globalregister/packed/packed_block.h"
@@ -31,11 +30,6 @@ class CMemoryStream : private std::streambuf, public std::istream {
         setg(first, first, first + bytes.size());
     }
 };
-
-bool Exists(const fs::path& path) {
-    std::error_code error;
-    return fs::exists(path, error);
-}
 
 class COffer {
   public:

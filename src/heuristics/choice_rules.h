@@ -13,6 +13,8 @@
 
 namespace quillon {
 
+inline constexpr int kConfinedCategory = 4; // of moves; below: the black king keeps to a corner of the board
+
 /// The choice as it stands.
 struct TChoice {
     TChessboard& m_root; // White to move; rules may try moves in the slots below

@@ -12,10 +12,9 @@ namespace quillon {
 
 namespace {
 
-constexpr int kRunnerRank = 3;       // a black pawn on the fourth rank or beyond (as an index) is on its way
-constexpr int kBesideKing = 2;       // king steps within which a figure belongs to the cage
-constexpr int kCagedCategory = 2;    // below: the king has one step at most within his cage
-constexpr int kConfinedCategory = 4; // below: he keeps to a corner of the board
+constexpr int kRunnerRank = 3;    // a black pawn on the fourth rank or beyond (as an index) is on its way
+constexpr int kBesideKing = 2;    // king steps within which a figure belongs to the cage
+constexpr int kCagedCategory = 2; // below: the king has one step at most within his cage
 
 bool IsPawn(const TChessboard& b, int square) { return KindOf(b.m_board[static_cast<std::size_t>(square)]) == kPawn; }
 

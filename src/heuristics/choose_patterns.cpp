@@ -15,9 +15,8 @@ namespace quillon {
 
 namespace {
 
-constexpr int kConfinedCategory = 4; // below: the king keeps to a corner of the board
-constexpr int kLongPlies = 21;       // shorter problems do without patterns of manoeuvre
-constexpr int kSeaSnakePlies = 41;   // a queen's way up takes its time
+constexpr int kLongPlies = 21;     // shorter problems do without patterns of manoeuvre
+constexpr int kSeaSnakePlies = 41; // a queen's way up takes its time
 constexpr int kSecondRank = 1, kThirdRank = 2;
 constexpr int kSweptPawns = 3;     // black pawns before the first rank that make a rook sweep it
 constexpr int kTiedBlackMoves = 6; // with no more moves Black lives on the pinned figure

@@ -12,17 +12,15 @@ namespace {
 
 constexpr int kLongestFreeKeyPlies = 7; // with so many plies left the key figure may move as well
 
-bool Has(const TChessboard& b, std::uint32_t bit) { return (b.m_nHeuristics & bit) != 0; }
-
 THeuristicMoves TakeList(TChessboard& b, TMove* list) {
     int count = -1;
-    if (Has(b, SH_ZUGZWANGTRIANGLES))
+    if (HasHeuristic(b, SH_ZUGZWANGTRIANGLES))
         count = GenerateTriangleMoves(b, list);
-    if (count < 0 && Has(b, SH_SEASNAKE) && AppliesSeaSnake(b))
+    if (count < 0 && HasHeuristic(b, SH_SEASNAKE) && AppliesSeaSnake(b))
         count = GenerateSeaSnakeMoves(b, list);
-    if (count < 0 && Has(b, SH_ZUGZWANG))
+    if (count < 0 && HasHeuristic(b, SH_ZUGZWANG))
         count = GenerateReturningMoves(b, list);
-    if (count < 0 && Has(b, SH_KEYWHITEFIGURE) && b.m_nMoves > kLongestFreeKeyPlies)
+    if (count < 0 && HasHeuristic(b, SH_KEYWHITEFIGURE) && b.m_nMoves > kLongestFreeKeyPlies)
         count = GenerateKeyFigureMoves(b, list);
     return {count, count >= 0};
 }
@@ -38,7 +36,7 @@ THeuristicMoves GenerateByHeuristics(TChessboard& b, TMove* list) {
     THeuristicMoves moves;
     if (b.m_whiteChecker == kNoChecker)
         moves = TakeList(b, list);
-    if (Has(b, SH_KEYWHITEFIGURE))
+    if (HasHeuristic(b, SH_KEYWHITEFIGURE))
         moves.m_bDoubtful = true; // White plays round its key figure: no refutation of that is one of the position
     return moves;
 }

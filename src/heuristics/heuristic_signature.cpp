@@ -16,8 +16,6 @@ constexpr unsigned kSquareBits = 6; // a square is a digit to base 64
 /// value * 2^bits modulo 2^32, for any count of bits: the language leaves shifts by 32 and more undefined.
 constexpr std::uint32_t ShiftedLeft(std::uint32_t value, unsigned bits) { return bits < 32 ? value << bits : 0; }
 
-constexpr bool Has(const TChessboard& board, std::uint32_t bit) { return (board.m_nHeuristics & bit) != 0; }
-
 /// A signed parameter as a summand modulo 2^32.
 constexpr std::uint32_t Wrapped(int value) { return static_cast<std::uint32_t>(value); }
 
@@ -141,15 +139,15 @@ std::uint32_t ComputeHeurParams(const TChessboard& board) noexcept {
     assert(board.m_pContext != nullptr);
     const TSearchContext& context = *board.m_pContext;
 
-    std::uint32_t v = Has(board, SH_DONTLETFIGUREUNBLOCK) ? BlockedFiguresPart(context) : 0;
+    std::uint32_t v = HasHeuristic(board, SH_DONTLETFIGUREUNBLOCK) ? BlockedFiguresPart(context) : 0;
     v = 2 * v + context.m_bApplyDlfuDynamically;
-    if (Has(board, SH_KEYWHITEFIGURE))
+    if (HasHeuristic(board, SH_KEYWHITEFIGURE))
         v = 64 * v + context.m_nKeyWhiteFigure;
     for (std::uint32_t left = board.m_nHeuristics; left != 0; left &= left - 1)
         v = AppendParameters(v, left & (~left + 1), board, context);
-    if (Has(board, SH_FINDFORCEDMATE))
+    if (HasHeuristic(board, SH_FINDFORCEDMATE))
         v = AppendForcedMate(v, context);
-    if (Has(board, SH_SINGLEQUEENMATE))
+    if (HasHeuristic(board, SH_SINGLEQUEENMATE))
         v = 4 * v + context.m_nSingleQueenMode;
     return v;
 }

@@ -21,6 +21,8 @@ enum class ERuling {
     return KingSteps(WhiteKingSquare(b), BlackKingSquare(b));
 }
 
+inline constexpr int kShortMatePlies = 5; // a mate that excuses what a rule forbids
+
 class CVerifiedMove {
   public:
     /// after      White to move, linked to its parent

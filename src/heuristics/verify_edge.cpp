@@ -13,7 +13,6 @@ namespace quillon {
 namespace {
 
 constexpr int kFewestPliesForShortMate = 9; // with fewer the recursion itself is as quick
-constexpr int kShortMatePlies = 5;
 constexpr int kPliesBeforeFreeCaptures = 3;
 
 bool IsOnRootSquare(CVerifiedMove& move) {

@@ -13,8 +13,6 @@ namespace quillon {
 
 namespace {
 
-constexpr int kShortMatePlies = 5;
-
 /// The figure named by the heuristic has made this move, and its line with the king is no diagonal any more.
 bool HasLeftMainDiagonal(CVerifiedMove& move) {
     const TSquare named = move.Context().m_nBlackFigureOnMainDiagonal;

@@ -7,7 +7,7 @@ namespace quillon {
 
 namespace {
 
-std::uint64_t ElementsIn(std::uint64_t nBudgetMB) {
+std::uint64_t ElementsOfBudget(std::uint64_t nBudgetMB) {
     constexpr std::uint64_t kMegabyte = 1024 * 1024;
     return nBudgetMB * kMegabyte / 100 * kPercentForElements / kBytesPerElement;
 }
@@ -30,9 +30,9 @@ std::uint32_t BucketCount(int nPlies, std::uint64_t nBudgetMB) {
     constexpr std::uint64_t kFewestElements = kSmallBucketElements;
     constexpr std::uint64_t kElementsOfReduced = 24;
     std::uint32_t nBuckets = BucketsByLength(nPlies, nBudgetMB);
-    if (ElementsIn(nBudgetMB) >= nBuckets * kFewestElements)
+    if (ElementsOfBudget(nBudgetMB) >= nBuckets * kFewestElements)
         return nBuckets;
-    while (nBuckets > kFewestBuckets && ElementsIn(nBudgetMB) < nBuckets * kElementsOfReduced)
+    while (nBuckets > kFewestBuckets && ElementsOfBudget(nBudgetMB) < nBuckets * kElementsOfReduced)
         nBuckets /= 2;
     return nBuckets;
 }

@@ -44,11 +44,6 @@ std::uint64_t FileSize(const fs::path& path) {
     return error ? 0 : nSize;
 }
 
-bool Exists(const fs::path& path) {
-    std::error_code error;
-    return fs::exists(path, error);
-}
-
 fs::path PlainFile(const TGlobalRegister& table, const CGlobalRegisters& registers, bool bDetails) {
     if (bDetails && !UsesBitData(table))
         return {};
@@ -92,12 +87,12 @@ void CheckGeneratedType(std::string_view typeName) {
 
 TGenerateReport CTableMaking::Run() {
     using EMember = EStep (CTableMaking::*)();
-    constexpr EMember kSteps[] = {&CTableMaking::LookAtFiles,     &CTableMaking::AskAboutPawns,
-                                  &CTableMaking::Allocate,        &CTableMaking::ReadOldTable,
-                                  &CTableMaking::LoadNeededTypes, &CTableMaking::OpenDetails,
-                                  &CTableMaking::RunLevels,       &CTableMaking::Finish};
+    constexpr EMember kMembers[] = {&CTableMaking::LookAtFiles,     &CTableMaking::AskAboutPawns,
+                                    &CTableMaking::Allocate,        &CTableMaking::ReadOldTable,
+                                    &CTableMaking::LoadNeededTypes, &CTableMaking::OpenDetails,
+                                    &CTableMaking::RunLevels,       &CTableMaking::Finish};
     try {
-        for (const EMember step : kSteps)
+        for (const EMember step : kMembers)
             if ((this->*step)() == EStep::End)
                 break;
     } catch (const std::bad_alloc&) {
