@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "cli/option_values.h"
+#include "heuristics/read_set_check.h"
 #include "library/problem_language.h"
 
 namespace quillon {
@@ -190,6 +191,12 @@ void SetScheduler(TSolveRequest& request, const ChessProblem& problem, const TSo
     request.m_bCustomScheduler = options.m_bCustomScheduler;
 }
 
+/// A set of the command line is one made by hand, as much as one of the dialog.
+const TReadHeuristics& CheckedSet(const TReadHeuristics& read, const TChessboard& board) {
+    CheckReadHeuristics(read, board);
+    return read;
+}
+
 } // namespace
 
 std::vector<SortIndication> IndicationsOf(const ChessProblem& problem, int nUseMainVariant) {
@@ -221,7 +228,7 @@ TSolveRequest MakeRequest(const ChessProblem& problem, const TSolveOptions& opti
     request.m_nPrecalculatedBudgetMB = problem.globRegMB;
     request.m_nLichessLevels = std::max(problem.lichessLevels, 0);
     if (options.m_heuristics)
-        request.m_heuristics = ReadHeuristicsText(*options.m_heuristics);
+        request.m_heuristics = CheckedSet(ReadHeuristicsText(*options.m_heuristics), request.m_board);
     else
         request.m_heuristicClauses = problem.heuristicClauses;
     SetThreads(request, problem, options);

@@ -47,6 +47,19 @@ bool BeginsSaveCheck(const TChessboard& b) {
            b.m_pPrevious != nullptr && IsStraightSlider(b.m_pPrevious->m_board[b.m_lastMove.m_nTo], kWhite);
 }
 
+/// Black took a man while SH_DONTLOSEANYFIGURES is in force, and the rules have let the line go on.
+bool ReleasesLosses(const TChessboard& b) {
+    return (b.m_nHeuristics & SH_DONTLOSEANYFIGURES) != 0 && b.m_pPrevious != nullptr &&
+           WhiteMen(b) < WhiteMen(*b.m_pPrevious);
+}
+
+/// The bits of a line in which the king has left his place with leave. A ban on his moves would from here on only judge
+/// whether he moves again: without it the edge is what counts when the time is over.
+std::uint16_t RelaxedEdgeBits(const TChessboard& b) {
+    const bool bBan = (b.m_nHeuristics & SH_KEEPKINGONTHEEDGE) != 0 && IsStrictEdge(b);
+    return static_cast<std::uint16_t>(bBan ? kEdgeRelaxed | kKingMoveBanSuspended : kEdgeRelaxed);
+}
+
 } // namespace
 
 int CaptureBalance(const TChessboard& b) {
@@ -83,12 +96,14 @@ void DeferEdgeCheck(CVerifiedMove& move) {
 void ApplyDeferredEdgeCheck(TChessboard& b) {
     const bool bSave = BeginsSaveCheck(b);
     const bool bEdge = b.m_pContext->m_shDeferMoves != 0 && (b.m_wBlackState & kEdgeRelaxed) == 0 && IsOffEdge(b);
+    if (ReleasesLosses(b))
+        b.m_wBlackState |= kLossesReleased; // no part of the signature: doubt of other lines is doubt here as well
     if (!bSave && !bEdge)
         return;
     if (bSave)
         b.m_wBlackState |= kWhiteMajorFigureLost;
     if (bEdge) {
-        b.m_wBlackState |= kEdgeRelaxed;
+        b.m_wBlackState |= RelaxedEdgeBits(b);
         b.m_pContext->m_shDeferMaxMoves = DeferredUntil(b);
     }
     b.m_nHeurParams = ComputeHeurParams(b);

@@ -118,7 +118,7 @@ class CRootRun final : public IRootMoves {
     void AskGuide() {
         m_analysis.m_pGuide = nullptr;
         m_bAnsweredByData = HalfMovesByData(m_root) != kUnknownHalfMoves;
-        if (m_run.m_pGuide == nullptr || m_root.m_nMoves < kShortestGuidedRun || m_bAnsweredByData)
+        if (m_run.m_pGuide == nullptr || m_root.m_nMoves < kShortestGuidedRun || m_bAnsweredByData || IsEnded())
             return;
         const std::uint64_t square = std::uint64_t{m_root.m_nMoves} * m_root.m_nMoves;
         LetGuideSearch(std::min(kBriefLook * square, kMostBriefLook));
@@ -132,9 +132,10 @@ class CRootRun final : public IRootMoves {
     }
 
     /// The set of a short problem stays unused: the pass without heuristics has to come anyhow, and answers it sooner
-    /// than the passes before it would have taken (three times as fast on mates in four to six with all keys).
+    /// than the passes before it would have taken (three times as fast on mates in four to six with all keys). Where it
+    /// is not to come, the set is all there is.
     void SpareShortProblem() {
-        if (m_root.m_nMoves < kShortestHeuristicRun)
+        if (m_root.m_nMoves < kShortestHeuristicRun && m_context.m_bRunPass2)
             LeaveOut(m_nChosen, "a problem of this length is solved faster without");
     }
 
@@ -172,9 +173,11 @@ class CRootRun final : public IRootMoves {
 
     /// The passes, until the run is settled, stopped, or has found enough.
     int RunPasses() {
-        do
-            RunPass();
-        while (!IsEnded() && NextPass());
+        if (!HasEnough()) { // of keys that the initial analysis has found
+            do
+                RunPass();
+            while (!IsEnded() && NextPass());
+        }
         FlushPositions(m_context, m_analysis);
         m_run.m_bStopped = IsStopping(m_root) && HasOpenMoves(m_run) && !HasEnough();
         return m_run.m_solutions.empty() ? kNoSolutionFound : kSolutionsFound;
@@ -218,8 +221,9 @@ class CRootRun final : public IRootMoves {
             std::rotate(m_run.m_moves.begin(), found, found + 1);
     }
 
-    /// Where a queen alone plays against a rook alone, what the first reply has shown holds for the whole line below
-    /// it, as long as heuristics ask about it: one thread has to have the line.
+    /// A queen alone against a rook alone gives one check after the other and comes back to the same positions by many
+    /// ways, which quick mode doubts: threads that share the moves within such a line search what the others are
+    /// searching. The moves of the root are shared all the same.
     [[nodiscard]] bool IsLineKeptTogether() const {
         const TChessboard& b = m_root;
         const bool bQueenAlone = b.m_whiteQueens == 1 && b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights == 0;

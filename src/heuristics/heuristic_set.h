@@ -18,6 +18,7 @@ namespace quillon {
 
 // Bits of m_wBlackState that change what a set of heuristics means in the line under analysis.
 inline constexpr std::uint16_t kWhiteMajorFigureLost = 0x20;   // captured; the check of SH_SAVEQUEENROOK is running
+inline constexpr std::uint16_t kLossesReleased = 0x2000;       // SH_DONTLOSEANYFIGURES does not hold in this line
 inline constexpr std::uint16_t kKingMoveBanSuspended = 0x8000; // m_bDontLetKingMove does not hold in this line
 
 /// What a bit that stands for no heuristic prints.

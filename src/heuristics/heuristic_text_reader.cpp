@@ -463,6 +463,9 @@ void StoreReadHeuristics(const TReadHeuristics& read, const TChessboard& board, 
     analysis.m_nKeyLine = read.m_nKeyLine;
     analysis.m_wKeyDiagonal = read.m_wKeyDiagonal;
     analysis.m_seaSnakeAfterMoves.clear();
+    analysis.m_zugzwangPositions.clear();
+    if ((read.m_nHeuristics & SH_ZUGZWANG) != 0)
+        analysis.m_zugzwangPositions[""] = board.m_board; // no moves lead to the root: the text tells none
     if (read.m_bQuickMode)
         analysis.m_bSafeMode = false;
 }

@@ -12,6 +12,7 @@
 #include "heuristics/heuristic_signature.h"
 #include "heuristics/known_compositions.h"
 #include "heuristics/position_class.h"
+#include "heuristics/solved_moves.h"
 #include "heuristics/watched_set.h"
 
 namespace quillon {
@@ -32,7 +33,8 @@ void ResetPlanState(THeuristicParameters& p) {
 }
 
 /// What the engine's own choice starts from, beyond the values of the start of a solve: fields that are kept there
-/// because a person may have set them.
+/// because a person may have set them. The depth of the short-mate search stays: it is set for every solve anew, and
+/// what the solve was asked for with it holds for the choice too.
 void ResetEngineChoice(THeuristicParameters& p) {
     const THeuristicParameters fresh;
     ResetHeuristicParameters(p);
@@ -126,7 +128,9 @@ TInitialAnalysis AnalyzeInitialPosition(TChessboard& root, const TInitialAnalysi
         TakePositionFacts(root); // 3: what the checks and the plan of passes ask, whoever chose
     StorePositionFacts(root, facts, context, analysis);
 
+    result.m_solvedMoves = FindSolvedMoves(root);
     TChoice choice{root, context, analysis, facts};
+    choice.m_bRootMoveSolved = !result.m_solvedMoves.empty();
     if (request.m_bChosenHeuristics)
         choice.m_nMask = request.m_nChosenHeuristics;
     else if (IsReducibleToPrecalcData(root, IsPrecalcDataAvailable)) // 2

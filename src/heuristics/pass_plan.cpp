@@ -49,6 +49,13 @@ int Relax(TChessboard& board, bool& bSafeMode, ERelaxationClock clock) {
     return ResultOf(outcome, board.m_nHeuristics);
 }
 
+/// Quick mode has no part in a signature: what it has doubted, a repetition, stands in the register under sets that the
+/// passes to come have as well. They are safe, and search repetitions.
+void ForgetDoubtOfQuickMode(TAnalysis& analysis) {
+    if (analysis.m_pRegister != nullptr)
+        analysis.m_pRegister->ForgetDoubt();
+}
+
 /// Has the plan put the mask aside for its preliminary pass already?
 bool IsPreliminaryPass(const TChessboard& root) {
     const THeuristicParameters& p = *root.m_pContext;
@@ -105,9 +112,13 @@ int TryRelaxSpecialHeuristics(TChessboard& board) {
         board.m_nHeurParams = ComputeHeurParams(board);
         return result;
     }
+    TAnalysis& analysis = *board.m_pAnalysis;
+    const bool bWasSafe = analysis.m_bSafeMode;
     LogRelaxation(board, RelaxationLogLine(board));
-    const int result = Relax(board, board.m_pAnalysis->m_bSafeMode, ERelaxationClock::Stamp);
+    const int result = Relax(board, analysis.m_bSafeMode, ERelaxationClock::Stamp);
     LogRelaxation(board, RelaxationLogLine(board));
+    if (analysis.m_bSafeMode && !bWasSafe)
+        ForgetDoubtOfQuickMode(analysis);
     return result;
 }
 

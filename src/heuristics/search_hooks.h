@@ -42,7 +42,8 @@ static_assert(kCheapSortHeuristics == 0x800c4);
 [[nodiscard]] inline bool IsWonInBishopMode(const TChessboard&) { return false; }
 
 /// At the first reply, in the ending of a single queen against a rook: the queen's target square. Not noted: a queen
-/// that mates soon behind such a reply is found by the short-mate search at no price.
+/// that mates soon behind such a reply is found by the short-mate search at no price. What else is done about such an
+/// ending, one thread for a line, does not depend on it.
 inline void NoteSingleQueenTarget(const TChessboard&) {}
 
 /// The root's list, sorted: a test of the initial analysis may order it anew. The list stands: of a wide root with few

@@ -90,10 +90,8 @@ ERuling DoubtsSeaSnakeQueen(CVerifiedMove& move) {
                        !IsAttackedByWhite(b, FileOf(move.To()), RankOf(move.To()));
     if (!bCase || move.AllowsMateInOne() || !IsSeaSnakeInForce(b))
         return ERuling::NotDoubtful;
-    const ERuling ruling = move.DoubtfulUnlessShortMate(kShortMatePlies);
-    if (ruling == ERuling::Doubtful)
-        (void)move.Mark(kMoveMark);
-    return ruling;
+    (void)move.Mark(kMoveMark);
+    return move.DoubtfulUnlessShortMate(kShortMatePlies);
 }
 
 ERuling DoubtsPromotedBishopsColour(CVerifiedMove& move) {

@@ -17,7 +17,9 @@ namespace {
 
 // --- SH_SAVEQUEENROOK
 
-constexpr int kNetSquares = 2; // with no more free squares the king is in a net that may hold without heavy figures
+// With no more free squares the king is in a net that may hold without heavy figures. With more, none of the exceptions
+// is a case: the loss of the last heavy figure is doubtful then, as the heuristic has it.
+constexpr int kNetSquares = 2;
 
 /// A lone bishop counts where the initial analysis says that it does the work of a heavy figure.
 bool IsLostMajorBishop(CVerifiedMove& move) {
@@ -79,9 +81,6 @@ ERuling DoubtsLossStrictly(CVerifiedMove& move) {
 }
 
 // --- SH_DONTLOSEANYFIGURES
-
-/// Bit of m_wBlackState: a black capture has released the heuristic in this line.
-constexpr std::uint16_t kLossesReleased = 0x2000;
 
 /// Figures that White may be short of before one more loss counts.
 constexpr int kFiguresToSpare = 0;

@@ -85,9 +85,12 @@ class CBlackSort {
                     continue;
                 }
             }
-            if (const TMateResult verdict = VerifyReply(*child, m_list[i]); verdict != MR_MATE)
+            const TMateResult verdict = VerifyReply(*child, m_list[i]);
+            const std::uint8_t marks = m_list[i].m_nPromotion & (kMoveDefersEdgeCheck | kMoveMark);
+            if (verdict != MR_MATE) {
+                m_deciding.m_nPromotion |= static_cast<std::uint8_t>(marks & kMoveMark); // it is not to be deferred
                 return verdict;
-            const std::uint8_t marks = m_list[i].m_nPromotion & kMoveDefersEdgeCheck;
+            }
             m_list[m_kept] = move;
             m_list[m_kept].m_nPromotion |= marks;
             SetScore(m_list[m_kept], Score(*child, move));

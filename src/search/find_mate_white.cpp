@@ -588,6 +588,12 @@ void ShowProgress(const TChessboard& p) {
     analysis.m_nProgressTicks.store(TickCount64(), std::memory_order_relaxed);
 }
 
+/// The node is answered before it takes its list: one that was handed in was meant for it, and does not outlive it.
+TMateResult AnsweredAtOnce(const TChessboard& p, TMateResult answer) {
+    p.m_pContext->m_byResumeList = 0;
+    return answer;
+}
+
 bool IsProgressPly(const TChessboard& p) { return (p.m_nMoves & 15) == 9 && (p.m_nMoves == 9 || PliesPlayed(p) > 8); }
 
 } // namespace
@@ -596,26 +602,26 @@ template <TNodeKind kKind> TMateResult FindMateWhite(TChessboard* p, bool bUseRe
     const int m = p->m_nMoves;
     const TMateResult exact = AskPrecalcData(*p); // 1
     if (exact != MR_NONE)
-        return exact;
+        return AnsweredAtOnce(*p, exact);
     if (bUseRegister) { // 2
         const TMateResult known = AskRegister(*p);
         if (known != MR_NONE)
-            return known;
+            return AnsweredAtOnce(*p, known);
     }
     if (m < 4) { // 3
         CountPosition(*p->m_pContext, *p->m_pAnalysis);
         if (m == 1)
-            return FindMateInOne(p) ? MR_MATE : MR_NOMATE;
+            return AnsweredAtOnce(*p, FindMateInOne(p) ? MR_MATE : MR_NOMATE);
     }
     if (m > 16 && PliesPlayed(*p) < 10 && !IsEdgeTrialRunning(*p) && BlackRing(*p) == 0) { // 4
         const TMateResult shortCut = ShortCutOnTheEdge(*p);
         if (shortCut > 0)
-            return shortCut;
+            return AnsweredAtOnce(*p, shortCut);
     }
     if (IsProgressPly(*p)) // 5
         ShowProgress(*p);
     if (IsBishopRemoved(*p) && p->m_whiteKnights != 0 && IsWonInBishopMode(*p)) // 6
-        return MR_MATE;
+        return AnsweredAtOnce(*p, MR_MATE);
     return CWhiteNode<kKind>(p).Run(); // 7 to 10
 }
 

@@ -177,6 +177,11 @@ std::uint8_t HintOf(int nHalfMoves) {
 
 } // namespace
 
+bool MatesByData(TChessboard& child, int nPlies) {
+    const int n = HalfMovesBehind(child);
+    return n != 0 && n != kUnknownLength && n <= nPlies;
+}
+
 EStoredTree OrderByStoredTree(TChessboard& p, int nMoves, TMove* list) {
     if (!IsStoredTreeAsked(p))
         return EStoredTree::Silent;

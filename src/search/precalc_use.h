@@ -29,6 +29,10 @@ namespace quillon {
     return (b.m_wKingState & (kPrecalcCanAnswer | kCustomDataMayMate)) == 0 ? MR_NONE : AskPrecalcDataAnyhow(b);
 }
 
+/// Do the data prove that a white move, made in `child`, mates within nPlies, itself counted, against every reply?
+///   child  Black to move, in its slot of the context's stack.
+[[nodiscard]] bool MatesByData(TChessboard& child, int nPlies);
+
 /// What the data made of a list of White's moves.
 enum class EStoredTree : std::uint8_t {
     Silent,  // nothing; the list is as it was

@@ -37,7 +37,7 @@ class ITemporaryRegister {
     /// It is over in one of them: doubt that no other still uses may be thrown away.
     virtual void ReleaseDoubtfulUser(std::uint32_t /*heuristics*/, std::uint32_t /*params*/) {}
 
-    /// The pass without heuristics begins: no doubt is of use any more.
+    /// No doubt is of use any more: the pass without heuristics begins, or quick mode, which doubts too, has ended.
     virtual void ForgetDoubt() {}
 };
 
