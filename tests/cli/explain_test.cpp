@@ -154,6 +154,10 @@ TEST(HeuristicsOption, ASetThatDoesNotFitThePositionIsRefused) {
         {"SH_DONTLETFIGUREUNBLOCK(D5)", "SH_DONTLETFIGUREUNBLOCK needs a black figure on D5"},
         {"SH_KEYWHITEFIGURE(B3)", "SH_KEYWHITEFIGURE needs a white queen, rook or bishop on B3"},
         {"SH_KEYWHITEFIGURE(H3)", "the key white figure on H3 pins no black figure"},
+        {"SH_SEASNAKE", "Invalid piece (Sea snake - approach square)"},
+        {"SH_SEASNAKE(D5,E6), SH_FINDFORCEDMATE(#1)", "FindForcedMate cannot be used together with SeaSnake."},
+        {"SH_KEEPKINGONTHEEDGE(D3)",
+         "Defer check is meaningful only when 'on advanced pawn' or 'on figure captured' selected."},
     };
     for (const auto& row : rows) {
         const TProgramResult result = Solve(kShort, 3, {"--heuristics", row.m_set});
@@ -187,6 +191,16 @@ TEST(NoPass2Option, AbsenceIsNotProved) {
     EXPECT_EQ(
         ObjectOf(Solve(kQueen, 4, {"--json", "--no-pass2", "--heuristics", "SH_DONTRECEDEBLACKKING"})).at("result"),
         "doubtful");
+}
+
+/// Without the last pass the set is all there is, however short the problem.
+TEST(NoPass2Option, AShortProblemKeepsItsSet) {
+    const TProgramResult result =
+        Solve("7k/8/8/8/8/8/5N2/6K1", 4, {"--json", "--explain", "--no-pass2"}); // a knight alone never mates
+    const nlohmann::json object = ObjectOf(result);
+    EXPECT_EQ(object.at("passes"), nlohmann::json::parse(R"(["1", "1b", "1c"])"));
+    EXPECT_EQ(object.at("result"), "doubtful");
+    EXPECT_TRUE(object.at("explain").at("leftOut").empty());
 }
 
 TEST(NoRelaxOption, ThereIsOnePassWithHeuristics) {

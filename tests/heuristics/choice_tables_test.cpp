@@ -376,10 +376,12 @@ TEST(ChoosePatterns, AnotherKeyFigureWhereTheFirstPinsNothing) {
     EXPECT_FALSE(two.P().m_bKeyFigureIsRook);
     EXPECT_TRUE(two.m_choice.m_bSafeModeForced);
 
-    TChoosing snake(kTwo), alone(kTwo);
+    TChoosing snake(kTwo), alone(kTwo), solved(kTwo);
+    solved.m_choice.Set(SH_KEYWHITEFIGURE | SH_DONTLETFIGUREUNBLOCK);
+    solved.m_choice.m_bRootMoveSolved = true;
     snake.m_choice.Set(SH_KEYWHITEFIGURE | SH_DONTLETFIGUREUNBLOCK | SH_SEASNAKE);
     alone.m_choice.Set(SH_KEYWHITEFIGURE);
-    for (TChoosing* other : {&snake, &alone}) {
+    for (TChoosing* other : {&snake, &alone, &solved}) {
         other->P().m_nKeyWhiteFigure = kA1;
         other->P().m_nPinnedFigure = SquareAt(0, 6);
         RebuildKeyFigure(other->m_choice);

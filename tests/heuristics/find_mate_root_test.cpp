@@ -191,6 +191,27 @@ TEST(FindMateRoot, WithoutTheSecondPassDoubtStays) {
     EXPECT_FALSE(run.m_run.m_bStopped);
 }
 
+TEST(FindMateRoot, MatesOnTheMoveNeedNoPass) {
+    CRun first;
+    first.m_analysis.m_nSolveMode = kSingleSolution;
+    EXPECT_EQ(first.Go(kManyKeys, 7), kSolutionsFound);
+    ASSERT_GE(first.Keys().size(), 1u);
+    EXPECT_EQ(first.m_run.m_solutions.front().m_pass, "");
+    EXPECT_TRUE(first.m_run.m_passes.empty());
+    EXPECT_FALSE(first.m_run.m_bStopped);
+
+    const auto truth = reference::SolveAllWithTable(reference::ProblemFromFen(kManyKeys), 4, 1'000'000);
+    ASSERT_TRUE(truth);
+    CRun all;
+    all.m_analysis.m_nSolveMode = kAllSolutions;
+    EXPECT_EQ(all.Go(kManyKeys, 7), kSolutionsFound);
+    std::vector<std::string> keys = all.Keys();
+    std::ranges::sort(keys);
+    EXPECT_EQ(keys, truth->keys);
+    EXPECT_EQ(all.m_run.m_solutions.front().m_pass, "");
+    EXPECT_NE(all.m_run.m_solutions.back().m_pass, "") << "the others take a search";
+}
+
 TEST(FindMateRoot, APassThatSettlesAllIsTheLast) {
     CRun run;
     run.m_analysis.m_nSolveMode = kAllSolutions;

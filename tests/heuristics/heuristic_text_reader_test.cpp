@@ -207,6 +207,14 @@ TEST_F(StoreReadHeuristics, PlanOfPassesStays) {
     EXPECT_FALSE(m_analysis.m_bSafeMode);
 }
 
+TEST_F(StoreReadHeuristics, ZugzwangWithoutMovesIsTheRootToReturnTo) {
+    EXPECT_EQ(Stored("SH_ZUGZWANG"), "stored");
+    ASSERT_EQ(m_analysis.m_zugzwangPositions.size(), 1u);
+    EXPECT_EQ(m_analysis.m_zugzwangPositions.at(""), m_position.m_board);
+    EXPECT_EQ(Stored("SH_3MOVESTOMATE"), "stored");
+    EXPECT_TRUE(m_analysis.m_zugzwangPositions.empty());
+}
+
 TEST_F(StoreReadHeuristics, MarkerOfALineIsNoStartingSet) {
     EXPECT_EQ(Stored("SH_ONECOLORPLAYPOSSIBLE(WhiteSquaresOnly)"),
               "Heuristics: SH_ONECOLORPLAYPOSSIBLE takes no parameter in a set to start with");

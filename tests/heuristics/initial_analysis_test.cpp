@@ -9,6 +9,8 @@
 #include "heuristics/heuristic_set.h"
 #include "heuristics/heuristic_signature.h"
 #include "heuristics/heuristic_text.h"
+#include "heuristics/heuristic_text_reader.h"
+#include "heuristics/read_set_check.h"
 #include "search/searched_position.h"
 
 namespace quillon::test {
@@ -133,6 +135,29 @@ TEST(InitialAnalysis, SafeModeSavesTheHeavyFigureInLargePositionsToo) {
     EXPECT_NE(AnalyzeInitialPosition(safe.Root()).m_nHeuristics & SH_SAVEQUEENROOK, 0u);
 }
 
+std::vector<std::string> SolvedBy(const std::string& placement, int nPlies, bool bByHand) {
+    CSearchedPosition position(placement, nPlies, 1);
+    std::vector<std::string> solved;
+    for (const TMove& move : AnalyzeInitialPosition(position.Root(), {bByHand, 0, nullptr}).m_solvedMoves)
+        solved.push_back(WriteMove(move, position.Root()));
+    std::ranges::sort(solved);
+    return solved;
+}
+
+TEST(InitialAnalysis, MatesOnTheMoveAreSolved) {
+    std::mt19937_64 rng(31);
+    int nSolved = 0;
+    for (int i = 0; i < Samples(300); ++i) {
+        const std::string placement =
+            i % 2 == 0 ? AnyPlacement(rng, i, 4 + i % 8) : reference::RandomMatingPlacement(rng, 4 + i % 5);
+        const auto truth = reference::SolveAllWithTable(reference::ProblemFromFen(placement), 1, 60000);
+        ASSERT_TRUE(truth);
+        EXPECT_EQ(SolvedBy(placement, 9, i % 3 == 0), truth->keys) << placement;
+        nSolved += !truth->keys.empty();
+    }
+    EXPECT_GT(nSolved, Floor(30));
+}
+
 TEST(InitialAnalysis, ReductionAsksForEveryMaterialWithFewerWhiteMen) {
     static std::vector<std::string> asked;
     asked.clear();
@@ -192,6 +217,9 @@ TEST(InitialAnalysis, ChosenSetsAreConsistent) {
             EXPECT_EQ(p.m_bFfmPreliminary,
                       p.m_nFfmWithOther == -1 && position.Root().m_nMoves >= 61 && BlackRing(position.Root()) <= 1);
         }
+        EXPECT_NO_THROW(CheckReadHeuristics(
+            ReadHeuristicsText(HeuristicsText(position.Root(), true, position.Analysis())), position.Root()))
+            << HeuristicsText(position.Root(), true, position.Analysis()) << ": what is printed can be given by hand";
         CSearchedPosition again(placement, position.Root().m_nMoves, 1);
         EXPECT_EQ(AnalyzeInitialPosition(again.Root()).m_rules, initial.m_rules) << "the same root, the same rules";
     }

@@ -6,6 +6,9 @@
 
 #include "heuristics/heuristic_signature.h"
 #include "heuristics/planned_position.h"
+#include "heuristics/sea_snake.h"
+#include "search/register_use.h"
+#include "tempregister/search_register.h"
 
 namespace quillon::test {
 namespace {
@@ -21,6 +24,34 @@ TEST(PassName, CountsRelaxationsByLetters) {
     EXPECT_EQ(PassName(2, 0), "2");
     EXPECT_EQ(PassName(2, 7), "2") << "the pass without heuristics is one";
     EXPECT_NE(PassName(1, 26), PassName(1, 27));
+}
+
+// ---- doubt of quick mode
+
+/// What the register says of a position with eleven plies left, doubted in pass 1 where the snake was over, when the
+/// plan has taken the snake off.
+TMateResult KnownBehindTheSeaSnake(bool bKeepQuick) {
+    CPlannedPosition plan("k7/p7/8/8/8/8/P7/1Q5K", SH_SEASNAKE | SH_DONTRECEDEBLACKKING);
+    TAggregatedTemporaryChessboardRegister known(1 << 20, 256);
+    CSearchRegister kept(known);
+    plan.Analysis().m_pRegister = &kept;
+    plan.Parameters().m_bSeaSnakeKeepQuick = bKeepQuick;
+    TChessboard late = plan.Root();
+    late.m_nMoves = 11;
+    EXPECT_FALSE(AppliesSeaSnake(late));
+    kept.AddDoubtfulUser(late.m_nHeuristics, late.m_nHeurParams);
+    StoreVerdict(late, MR_DOUBTFUL);
+    EXPECT_EQ(AskRegister(late), MR_DOUBTFUL);
+    EXPECT_EQ(plan.Step(), kRelaxed);
+    EXPECT_EQ(plan.Root().m_nHeurParams, late.m_nHeurParams) << "the next pass asks under the same key";
+    EXPECT_EQ(plan.Mask(), late.m_nHeuristics);
+    EXPECT_EQ(plan.Analysis().m_bSafeMode, !bKeepQuick);
+    return AskRegister(late);
+}
+
+TEST(PassPlan, SafeModeDoesNotInheritTheDoubtOfQuickMode) {
+    EXPECT_EQ(KnownBehindTheSeaSnake(false), MR_NONE);
+    EXPECT_EQ(KnownBehindTheSeaSnake(true), MR_DOUBTFUL) << "quick mode goes on";
 }
 
 // ---- steps

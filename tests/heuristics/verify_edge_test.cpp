@@ -330,6 +330,31 @@ TEST(DynamicRelaxation, TheMakerTurnsTheMarkIntoARelaxedLine) {
     EXPECT_EQ(child.m_nHeurParams, ComputeHeurParams(child));
 }
 
+TEST(DynamicRelaxation, TheMakerLiftsTheBanOnKingMovesInItsLine) {
+    CMadeMove line("4k3/8/8/8/8/8/8/KR6", 11, "Ka1-b2 Ke8-d7");
+    line.Context().m_bDontLetKingMove = true;
+    line.Context().m_shDeferMoves = 2;
+    ASSERT_FALSE(line.Doubts(SH_KEEPKINGONTHEEDGE));
+    const TChessboard child = MakeMarked(line);
+    EXPECT_NE(child.m_wBlackState & kEdgeRelaxed, 0);
+    EXPECT_NE(child.m_wBlackState & kKingMoveBanSuspended, 0);
+    EXPECT_EQ(child.m_nHeurParams, ComputeHeurParams(child));
+    Wider(line).Under(SH_KEEPKINGONTHEEDGE);
+    EXPECT_EQ(MakeMarked(line).m_wBlackState & kKingMoveBanSuspended, 0) << "there is none";
+}
+
+/// When the time is over the king counts where he stands, whatever moves.
+TEST(DynamicRelaxation, BehindALiftedBanTheEdgeIsWhatCounts) {
+    CMadeMove off("8/3k3n/8/8/8/8/8/K6N", 7, "Ka1-b1 Nh7-g5"), back("8/3k4/8/8/8/8/8/K6N", 7, "Ka1-b1 Kd7-d8");
+    for (CMadeMove* line : {&off, &back}) {
+        line->Context().m_bDontLetKingMove = true;
+        line->Context().m_shDeferMaxMoves = 11;
+        line->After().m_wBlackState |= kEdgeRelaxed | kKingMoveBanSuspended;
+    }
+    EXPECT_TRUE(off.Doubts(SH_KEEPKINGONTHEEDGE));
+    EXPECT_FALSE(back.Doubts(SH_KEEPKINGONTHEEDGE));
+}
+
 TEST(DynamicRelaxation, AMarkWithoutAnEdgeHeuristicDoesNothing) {
     CMadeMove line("4k3/8/8/8/8/8/8/KR6", 11, "Ka1-b2 Ke8-d7");
     Wider(line).Context().m_shDeferMoves = 2;

@@ -11,8 +11,6 @@
 namespace quillon::test {
 namespace {
 
-constexpr std::uint16_t kLossesReleased = 0x2000;
-
 // ---- SH_SAVEQUEEN/ROOK, strict
 
 TEST(SaveQueenRook, TheLastRookIsLostAndTheKingIsFree) {
@@ -175,6 +173,20 @@ TEST(DontLoseFigures, MayBeReleasedInALine) {
     line.Context().m_nSaveFiguresMode = 1;
     line.After().m_wBlackState |= kLossesReleased;
     EXPECT_FALSE(line.Doubts(SH_DONTLOSEANYFIGURES));
+}
+
+TEST(DontLoseFigures, ACaptureLetThroughReleasesThem) {
+    CMadeMove capture("k7/3N4/2K5/8/8/8/8/R7", 9, "Ra1-a7 Ka8:a7"), quiet("k7/8/8/8/8/8/8/KR6", 9, "Ka1-a2 Ka8-a7");
+    for (CMadeMove* line : {&capture, &quiet}) {
+        line->Under(SH_DONTLOSEANYFIGURES | SH_SAVEQUEENROOK);
+        ApplyDeferredEdgeCheck(line->After());
+    }
+    EXPECT_NE(capture.After().m_wBlackState & kLossesReleased, 0);
+    EXPECT_EQ(quiet.After().m_wBlackState & kLossesReleased, 0);
+    CMadeMove other("k7/3N4/2K5/8/8/8/8/R7", 9, "Ra1-a7 Ka8:a7");
+    other.Under(SH_SAVEQUEENROOK);
+    ApplyDeferredEdgeCheck(other.After());
+    EXPECT_EQ(other.After().m_wBlackState & kLossesReleased, 0);
 }
 
 // ---- SH_KEYWHITEFIGURE

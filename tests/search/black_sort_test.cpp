@@ -43,6 +43,17 @@ bool PlayAnyMove(std::mt19937_64& rng, CSearchedPosition& line, reference::Posit
 
 constexpr int kRootPlies[] = {5, 7, 9, 11, 15, 17, 21, 35}; // all levels of effort
 
+// ---- marks
+
+TEST(BlackSort, HandsTheSeaSnakesMarkToItsCaller) {
+    CSearchedPosition line("7k/8/8/8/1q6/8/8/K6N", 9, 1);
+    line.Root().m_nHeuristics = SH_SEASNAKE;
+    line.Play("Ka1-a2");
+    const TSorted sorted = Sort(line.Now());
+    EXPECT_EQ(sorted.m_sort.m_nVerdict, MR_DOUBTFUL);
+    EXPECT_NE(sorted.m_sort.m_deciding.m_nPromotion & kMoveMark, 0);
+}
+
 // ---- the list
 
 TEST(BlackSort, LeavesTheLegalMovesEachOnce) {

@@ -57,6 +57,23 @@ TEST(PrecalcUse, CapturesBringTheDataWithinReach) {
     EXPECT_EQ(AskPrecalcData(position.Now()), MR_MATE);
 }
 
+/// The list is gone when its giver is: no node after this one may take it.
+TEST(PrecalcUse, AnAnsweredNodeDropsTheListHandedIn) {
+    const CActiveTables tables(true, {"R"});
+    CSearchedPosition position(kFarMate, 9); // too few plies for a mate
+    TMove foreign[1]{};
+    TSearchContext& context = position.Context();
+    context.m_pResumeList = foreign;
+    context.m_nResumeCount = 1;
+    context.m_byResumeList = 2;
+    EXPECT_EQ(position.Verdict(false), MR_NOMATE);
+    EXPECT_EQ(context.m_byResumeList, 0);
+    CSearchedPosition mate(kMateInOne, 1);
+    mate.Context().m_byResumeList = 2;
+    EXPECT_EQ(mate.Verdict(false), MR_MATE);
+    EXPECT_EQ(mate.Context().m_byResumeList, 0);
+}
+
 TEST(PrecalcUse, AdditionalMovesAllowALongerMate) {
     const CActiveTables tables(true, {"R"});
     CSearchedPosition position(kFarMate, 5);
