@@ -4,7 +4,8 @@
 //
 // A deferred check travels like this: the rule marks the move in the list (kMoveDefersEdgeCheck); the black move maker,
 // making the move for good, calls ApplyDeferredEdgeCheck, which sets kEdgeRelaxed in the position, and with it the
-// signature; from then on the line is checked no more until its plies left fall below m_shDeferMaxMoves.
+// signature; from then on the line is checked no more until its plies left fall below m_shDeferMaxMoves. What else the
+// heuristics forbid ends there too: the ban on king moves, and SH_DONTLOSEANYFIGURES if the move has captured.
 //
 // m_shDeferMaxMoves is one field of the thread's context and is written whenever a check is deferred. A line reads it
 // only while kEdgeRelaxed is set, and below such a position no check is deferred again: so what a line reads was
