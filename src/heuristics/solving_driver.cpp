@@ -4,6 +4,7 @@
 
 #include "core/chess_exception.h"
 #include "core/notation.h"
+#include "core/precalc_at_hand.h"
 #include "heuristics/heuristic_text.h"
 #include "heuristics/result_texts.h"
 #include "platform/clock.h"
@@ -91,6 +92,8 @@ CSolve::CSolve(TSolveRequest request) : m_request(std::move(request)), m_context
     m_run.m_bLog = m_request.m_bLog;
     m_run.m_bStopRelaxingOnSolution = m_request.m_bStopRelaxingOnSolution;
     m_analysis.m_bTryRelaxSpecialHeuristicsLog = m_request.m_bRelaxationLog;
+    if (!m_request.m_bUsePrecalculatedData)
+        m_request.m_board.m_wKingState |= kNoPrecalcData;
     TakeRequest();
 }
 

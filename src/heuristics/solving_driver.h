@@ -56,7 +56,7 @@ struct TSolveRequest {
     bool m_bLog = false;
 
     // Data from outside the search: who provides it asks here how far this solve may use it.
-    bool m_bUsePrecalculatedData = true;
+    bool m_bUsePrecalculatedData = true;        // false: none answer, even if others of this process are used
     std::int64_t m_nPrecalculatedBudgetMB = -1; // negative: that of the process
     int m_nLichessLevels = 0;                   // White's first moves that may be asked of the online tablebase
 
