@@ -42,6 +42,17 @@ TEST(BrowseMaxMates, TableWithoutMatesHasNoPositions) {
     EXPECT_TRUE(user.m_asked.empty());
 }
 
+TEST(BrowseMaxMates, PackedTableWithoutMatesHasNoPositionsEither) {
+    CVerifiedTables tables;
+    WriteLzw(tables.Folder() / "Precalc/N.precalc.packed.lzw", TElements(TPositionIndexing("N").GetSize(), 0));
+    const CRegisterUse data = tables.Use("N");
+    ASSERT_EQ(data->nRandomAccessKind, kPackedAccess);
+    for (int round = 0; round < 2; ++round) { // the second from the list that the first has left
+        CBrowseMaxMates mates(*data, tables.Folder(), 10);
+        EXPECT_EQ(mates.Count(), 0u);
+    }
+}
+
 TEST(MissingTypes, AreListedUntilTheUserHasSeenEnough) {
     CVerifiedTables tables;
     for (const char* const type : {"Q", "R", "P"})
