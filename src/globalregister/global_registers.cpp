@@ -198,9 +198,17 @@ std::unique_ptr<TGlobalRegister> CGlobalRegisters::LoadData(TRegisterSlot& slot)
         data->pSlot = &slot;
         if (Load(*data, m_options, *this, m_notifier))
             return data;
-    } catch (const std::exception&) { // memory, files: the type is not to be had
+    } catch (const std::bad_alloc&) {
+        TellMemoryShort(slot.Type());
+    } catch (const std::exception&) { // files: the type is not to be had
     }
     return nullptr;
+}
+
+void CGlobalRegisters::TellMemoryShort(TPositionType type) {
+    TRegisterSlot& slot = SlotOf(type);
+    const std::lock_guard lock(m_loadingLock);
+    slot.m_bRoomRefused = true;
 }
 
 void CGlobalRegisters::EndLoad(TRegisterSlot& slot, std::unique_ptr<TGlobalRegister> data) {

@@ -188,6 +188,7 @@ class CGlobalRegisters final : private IPrecalcRoom {
     void EndLoad(TRegisterSlot& slot, std::unique_ptr<TGlobalRegister> data);
 
     [[nodiscard]] bool MakeRoom(TPositionType type, std::uint64_t size) override;
+    void TellMemoryShort(TPositionType type) override;
     [[nodiscard]] bool TryMakeRoom(TRegisterSlot& slot, std::uint64_t size);
     [[nodiscard]] std::uint64_t Evict(std::uint64_t nNeeded);
     [[nodiscard]] std::uint64_t MemoryInUseUnderLocks(const TRegisterSlot* leftOut) const;

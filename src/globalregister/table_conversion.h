@@ -14,6 +14,7 @@ enum class ETableForm : std::uint8_t {
     Lzw,     // ".packed.lzw"
     Archive, // ".packed.lz4", in buckets
     Simple,  // the same extension, simple packing
+    Unknown, // the same extension, cut or damaged: neither of them
 };
 
 /// The form of a file, by its extension and, where that stands for two, by its content.

@@ -12,6 +12,7 @@
 #include "platform/sleep.h"
 #include "platform/temporary_folder.h"
 #include "support/random_positions.h"
+#include "tempregister/failing_allocation.h"
 
 namespace quillon {
 namespace {
