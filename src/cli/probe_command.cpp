@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "cli/console_notifier.h"
 #include "cli/given_position.h"
@@ -24,9 +25,12 @@ Examples:
   quillon probe --fen "8/8/8/3k4/8/8/8/K3Q3" --json
 
 Data tell the length of the mate with White to move. They know no castling: of
-a position where it is possible they say nothing.
+a position where it is possible they say nothing. Custom types, of which a part
+of the men never moves, tell of a mate in at most so many moves.
 
 Exit status: 0 a mate or none, 1 the data have no answer, 2 bad usage.)";
+
+constexpr const char* kNoDataOnPosition = "No data on this position";
 
 struct TProbeOptions {
     std::string m_fen;
@@ -39,6 +43,7 @@ struct TProbe {
     std::optional<std::uint64_t> m_index; // of the position in its table
     std::optional<int> m_halfMoves;       // 0: no mate; none: no answer
     std::string m_text;                   // for a person
+    bool m_bAtMost = false;               // a custom type knows of this mate; there may be a quicker one
 };
 
 bool IsCastlingPossible(const TGivenPosition& position) {
@@ -47,7 +52,7 @@ bool IsCastlingPossible(const TGivenPosition& position) {
 }
 
 TProbe ProbeData(const TGivenPosition& position, const TGlobalRegister& data) {
-    TProbe probe{data.typeName, data.GetIndex(position.m_board), std::nullopt, "No data on this position"};
+    TProbe probe{data.typeName, data.GetIndex(position.m_board), std::nullopt, kNoDataOnPosition};
     const int n = IsCastlingPossible(position) ? kUnknownHalfMoves : data.ProvedHalfMoves(position.m_board);
     if (n == kUnknownHalfMoves)
         return probe;
@@ -56,15 +61,48 @@ TProbe ProbeData(const TGivenPosition& position, const TGlobalRegister& data) {
     return probe;
 }
 
+/// A custom type knows of no play but that which leaves its frozen men where they are: its mates are mates, though
+/// there may be quicker ones, and nothing else that it says proves anything.
+TProbe ProbeCustomType(const TGivenPosition& position, const TGlobalRegister& data) {
+    TProbe probe = ProbeData(position, data);
+    if (probe.m_halfMoves.value_or(0) == 0)
+        return {probe.m_type, probe.m_index, std::nullopt, kNoDataOnPosition};
+    probe.m_bAtMost = true;
+    probe.m_text = "Mate in at most " + std::to_string(*probe.m_halfMoves / 2 + 1) + " moves in current position";
+    return probe;
+}
+
+bool IsQuicker(const TProbe& probe, const TProbe& other) {
+    return probe.m_halfMoves && (!other.m_halfMoves || *probe.m_halfMoves < *other.m_halfMoves);
+}
+
+/// The quickest mate of all custom types that the position is of; none if it is of none.
+std::optional<TProbe> ProbeCustomTypes(const TGivenPosition& position, CGlobalRegisters& registers) {
+    std::optional<TProbe> best;
+    for (std::size_t next = 0;;) {
+        const CRegisterUse data(registers.GetCustomRegisterForTool(position.m_board, next));
+        if (!data)
+            return best;
+        TProbe probe = ProbeCustomType(position, *data);
+        if (!best || IsQuicker(probe, *best))
+            best = std::move(probe);
+    }
+}
+
 TProbe Probe(const TGivenPosition& position, CGlobalRegisters& registers) {
     if (position.m_fields.m_cSideToMove != 'w')
         return {PositionTypeToString(GetPositionType(position.m_board)), std::nullopt, std::nullopt,
                 "No information about positions before Black's move"};
     const TPositionType type = GetPositionType(position.m_board);
     const CRegisterUse data(registers.GetRegisterForTool(type));
-    if (!data)
-        return {PositionTypeToString(type), std::nullopt, std::nullopt, "No info on positions of this type"};
-    return ProbeData(position, *data);
+    const std::optional<TProbe> exact = data ? std::optional(ProbeData(position, *data)) : std::nullopt;
+    if (exact && exact->m_halfMoves)
+        return *exact;
+    const std::optional<TProbe> custom = ProbeCustomTypes(position, registers);
+    if (custom && (custom->m_bAtMost || !exact))
+        return *custom;
+    return exact.value_or(
+        TProbe{PositionTypeToString(type), std::nullopt, std::nullopt, "No info on positions of this type"});
 }
 
 std::string ProbeJson(const TGivenPosition& position, const TProbe& probe) {
@@ -74,7 +112,7 @@ std::string ProbeJson(const TGivenPosition& position, const TProbe& probe) {
     object["index"] = probe.m_index ? nlohmann::ordered_json(*probe.m_index) : nlohmann::ordered_json(nullptr);
     object["result"] = !probe.m_halfMoves ? "unknown" : *probe.m_halfMoves == 0 ? "no-mate" : "mate";
     if (probe.m_halfMoves && *probe.m_halfMoves != 0)
-        object["moves"] = *probe.m_halfMoves / 2 + 1;
+        object[probe.m_bAtMost ? "moves_at_most" : "moves"] = *probe.m_halfMoves / 2 + 1;
     return object.dump() + "\n";
 }
 
