@@ -1,6 +1,8 @@
 #include "globalregister/precalc_loader.h"
 
+#include <algorithm>
 #include <functional>
+#include <random>
 
 #include "core/chess_exception.h"
 #include "globalregister/table_conversion.h"
@@ -408,9 +410,9 @@ TEST_F(PrecalcLoader, WhereAllocationsFailTheDiskIsRead) {
     fs::remove(First(""));
     fs::remove(First(".lz4"));
     TElements elements = Rooks(); // that do not pack as well
-    for (std::size_t i = 0; i < elements.size(); ++i)
-        elements[i] = static_cast<std::uint8_t>(i * i / 7 % 13);
-    elements[0] = 0;
+    std::mt19937_64 rng(99);
+    std::ranges::generate(elements, [&rng] { return static_cast<std::uint8_t>(rng() % 13); });
+    elements[0] = 0; // the flags
     WriteLzw(First(".packed.lzw"), elements);
     ASSERT_GT(fs::file_size(First(".packed.lzw")), kScarce);
     ASSERT_TRUE(loadScarcely());

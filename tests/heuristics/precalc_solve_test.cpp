@@ -57,7 +57,7 @@ TEST(PrecalcSolve, WithoutLeaveNoDataAnswerWhateverThisProcessHas) {
     ASSERT_TRUE(IsTypeAvailable(TPositionIndexing("R").nPositionType));
     for (const int nThreads : {1, 2})
         for (const bool bUse : {true, false}) {
-            TSolveRequest request = RequestFor({"8/8/8/8/8/7R/2K5/k7", 2, {}}, ESolveMode::AllSolutions);
+            TSolveRequest request = RequestFor({"8/8/8/8/7R/3K4/8/1k6", 3, {}}, ESolveMode::AllSolutions);
             request.m_nThreads = nThreads;
             request.m_bUsePrecalculatedData = bUse;
             CAgreeing notifier;
