@@ -57,13 +57,13 @@ TEST(BrowseMaxMates, ShowsABoardOnce) {
     const auto index = [](std::uint64_t first, std::uint64_t second, std::uint64_t blackKing) {
         return ((first * 64 + second) * 64 + blackKing) * 10; // the white king on a1
     };
-    for (const std::uint64_t blackKing : {36, 44})
-        for (const auto& [first, second] : {std::pair{9, 50}, std::pair{50, 9}})
-            elements[index(static_cast<std::uint64_t>(first), static_cast<std::uint64_t>(second), blackKing)] = 7;
+    for (const std::uint64_t blackKing : {36u, 44u})
+        for (const auto& [first, second] : {std::pair{9u, 50u}, std::pair{50u, 9u}})
+            elements[index(first, second, blackKing)] = 7;
     tables.Write("RR", elements);
     const CRegisterUse data = tables.Use("RR");
     CHeardBoxes user;
-    for (const std::size_t nLimit : {1, 2, 10}) {
+    for (const std::size_t nLimit : {1u, 2u, 10u}) {
         CBrowseMaxMates mates(*data, tables.Folder(), nLimit);
         std::set<std::string> boards;
         while (const std::optional<TChessboard> b = mates.Next(user))
@@ -77,7 +77,8 @@ TEST(BrowseMaxMates, ShowsABoardOnce) {
 TEST(MissingTypes, AreListedUntilTheUserHasSeenEnough) {
     CVerifiedTables tables;
     for (const char* const type : {"Q", "R", "P"})
-        tables.Write(type, TElements(TPositionIndexing(type).GetSize(), *type == 'P' ? kFlagPawnRanks48 : 0));
+        tables.Write(type, TElements(TPositionIndexing(type).GetSize(),
+                                     static_cast<std::uint8_t>(*type == 'P' ? kFlagPawnRanks48 : 0)));
     CHeardBoxes user;
     user.m_answers = {true, false};
     ListMissing(3, tables.Registers(), user);
