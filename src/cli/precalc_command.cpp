@@ -89,6 +89,13 @@ std::string FormText(const TPrecalcFileFound& found) {
     return NameOfForm(FormOf(found.m_path)) + (found.m_file.m_bDetails ? " details" : "");
 }
 
+/// May a load take what the file has? Lengths of bit data are read from the plain file only, and archives from none.
+bool IsLoaded(const TPrecalcFileFound& found) {
+    const ETableForm form = FormOf(found.m_path);
+    return form != ETableForm::Archive && form != ETableForm::Unknown &&
+           (!found.m_file.m_bDetails || found.m_file.m_kind == EPrecalcKind::Plain);
+}
+
 std::string FileLine(const TPrecalcFileFound& found) {
     return Padded(found.m_typeName, 8) + Padded(FormText(found), 16) + Padded(std::to_string(found.m_nSize), 14) +
            WithoutControls(found.m_path.string()) + "\n";
@@ -99,7 +106,7 @@ std::string FileJson(const TPrecalcFileFound& found) {
     object["type"] = found.m_typeName;
     object["form"] = NameOfForm(FormOf(found.m_path));
     object["details"] = found.m_file.m_bDetails;
-    object["searched"] = true;
+    object["searched"] = IsLoaded(found);
     object["elements"] = TPositionIndexing(found.m_typeName).GetSize();
     object["bytes"] = found.m_nSize;
     object["path"] = found.m_path.string();
@@ -132,19 +139,6 @@ std::string StatusJson(const TRegistersStatus& status) {
         object["types"].push_back(std::move(one));
     }
     return object.dump() + "\n";
-}
-
-/// 0 for letters of no type that is looked up.
-TPositionType TypeToLookUp(const std::string& name) {
-    return IsCustomType(name) || name.size() > kMaxTypeMen ? 0 : TPositionIndexing(name).nPositionType;
-}
-
-///   Errors  ChessException: the letters are none of a type that is looked up.
-TPositionType AskedType(const std::string& name) {
-    const TPositionType type = TypeToLookUp(name);
-    if (type == 0)
-        throw ChessException("not the letters of one to five men besides the kings: " + name);
-    return type;
 }
 
 /// Those that are named, else those that have files.
@@ -320,7 +314,8 @@ void AddPrecalcCommand(CLI::App& app, TChosenCommand& chosen) {
     status->add_flag("--json", options->m_bJson, "One JSON object");
     SetPrecalcCallback(*status, chosen, options, TellStatus);
 
-    CLI::App* const missing = command->add_subcommand("missing", "List the types of so many men that have no data");
+    CLI::App* const missing =
+        command->add_subcommand("missing", "List the types of so many men that have no finished data");
     missing->add_option("N", options->m_nPieces, "Men of a position, the kings among them: 3 to 7")
         ->transform(WholeNumber(kFewestTableMen, kMostTableMen))
         ->required();

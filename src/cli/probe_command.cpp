@@ -1,9 +1,12 @@
 #include "cli/probe_command.h"
 
+#include <charconv>
+#include <cstdint>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "cli/console_notifier.h"
@@ -14,6 +17,8 @@
 #include "core/castling.h"
 #include "core/chess_exception.h"
 #include "globalregister/global_registers.h"
+#include "globalregister/table_position.h"
+#include "globalregister/verification/compute_expected.h"
 
 namespace quillon {
 
@@ -23,17 +28,23 @@ constexpr const char* kProbeExamples = R"(
 Examples:
   quillon probe --fen "8/8/8/3k4/8/8/8/K3Q3 w - -" --precalc DIR
   quillon probe --fen "8/8/8/3k4/8/8/8/K3Q3" --json
+  quillon probe --type Q --index 2910 --precalc DIR
 
 Data tell the length of the mate with White to move. They know no castling: of
 a position where it is possible they say nothing. Custom types, of which a part
 of the men never moves, tell of a mate in at most so many moves.
+
+An index is the number of a position in the table of its type: each number is of
+one position, or of none. Where men are equal a position has several; told is the
+one that is looked up.
 
 Exit status: 0 a mate or none, 1 the data have no answer, 2 bad usage.)";
 
 constexpr const char* kNoDataOnPosition = "No data on this position";
 
 struct TProbeOptions {
-    std::string m_fen;
+    std::string m_fen;           // empty: type and index are given
+    std::string m_type, m_index; // as typed
     TPrecalcChoice m_precalc;
     bool m_bJson = false;
 };
@@ -89,10 +100,19 @@ std::optional<TProbe> ProbeCustomTypes(const TGivenPosition& position, CGlobalRe
     }
 }
 
+/// Its index is that of the same men with White to move.
+TProbe ProbeBeforeBlack(const TGivenPosition& position, CGlobalRegisters& registers) {
+    const TPositionType type = GetPositionType(position.m_board);
+    const CRegisterUse data(registers.GetRegisterForTool(type));
+    if (!data)
+        return {PositionTypeToString(type), std::nullopt, std::nullopt, "No info about positions before Black's move"};
+    return {data->typeName, data->GetIndex(position.m_board), std::nullopt,
+            "No information about positions before Black's move"};
+}
+
 TProbe Probe(const TGivenPosition& position, CGlobalRegisters& registers) {
     if (position.m_fields.m_cSideToMove != 'w')
-        return {PositionTypeToString(GetPositionType(position.m_board)), std::nullopt, std::nullopt,
-                "No information about positions before Black's move"};
+        return ProbeBeforeBlack(position, registers);
     const TPositionType type = GetPositionType(position.m_board);
     const CRegisterUse data(registers.GetRegisterForTool(type));
     const std::optional<TProbe> exact = data ? std::optional(ProbeData(position, *data)) : std::nullopt;
@@ -105,6 +125,38 @@ TProbe Probe(const TGivenPosition& position, CGlobalRegisters& registers) {
         TProbe{PositionTypeToString(type), std::nullopt, std::nullopt, "No info on positions of this type"});
 }
 
+// --- a typed index
+
+/// Numbers from 0 on; others are told of.
+std::uint64_t TypedIndex(const std::string& text) {
+    std::uint64_t index = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
+    if (error == std::errc::result_out_of_range)
+        throw ChessException("no table has so many elements: " + text);
+    if (error != std::errc() || end != text.data() + text.size())
+        throw ChessException("Expected a integer number");
+    return index;
+}
+
+/// The position of an index as the data number them.
+///   Result  none: there are no data of the type.
+///   Errors  ChessException: no number, or none of a position.
+std::optional<TGivenPosition> PositionOfIndex(const TProbeOptions& options, CGlobalRegisters& registers) {
+    const std::uint64_t index = TypedIndex(options.m_index);
+    const CRegisterUse data(registers.GetRegisterForTool(AskedType(options.m_type)));
+    if (!data)
+        return std::nullopt;
+    if (index >= data->GetSize())
+        throw ChessException("the table of type " + data->typeName + " has " + std::to_string(data->GetSize()) +
+                             " elements, the first of them is 0");
+    TChessboard b = EmptyChessboard();
+    if (!GetTablePosition(*data, index, b))
+        throw ChessException("no position with White to move has this index in the table of type " + data->typeName);
+    return ReadGivenPosition(TablePositionFEN(b));
+}
+
+// --- the command
+
 std::string ProbeJson(const TGivenPosition& position, const TProbe& probe) {
     nlohmann::ordered_json object;
     object["fen"] = WriteFEN(position.m_board, false) + " " + position.m_fields.m_cSideToMove;
@@ -116,8 +168,9 @@ std::string ProbeJson(const TGivenPosition& position, const TProbe& probe) {
     return object.dump() + "\n";
 }
 
-std::string ProbeText(const TProbe& probe) {
-    std::string text = "Position type:  " + (probe.m_type.empty() ? "none" : probe.m_type) + "\n";
+std::string ProbeText(const TProbeOptions& options, const TGivenPosition& position, const TProbe& probe) {
+    std::string text = options.m_index.empty() ? "" : "Position:       " + WriteFEN(position.m_board, false) + "\n";
+    text += "Position type:  " + (probe.m_type.empty() ? "none" : probe.m_type) + "\n";
     if (probe.m_index)
         text += "Index:          " + std::to_string(*probe.m_index) + "\n";
     return text + probe.m_text + "\n";
@@ -125,17 +178,24 @@ std::string ProbeText(const TProbe& probe) {
 
 EExitStatus RunProbe(const TProbeOptions& options) {
     try {
-        const TGivenPosition position = ReadGivenPosition(options.m_fen);
-        CheckSideToMove(position);
-        if (position.m_note.find("en passant") != std::string::npos) // castlings are taken from the text
-            WriteDiagnostic(position.m_note);
+        if (options.m_fen.empty() == options.m_index.empty())
+            throw ChessException("--fen, or --type and --index: one of the two");
         CProgressLine line(false);
         CConsoleNotifier notifier(line);
         const TSettings settings = LoadSettings(notifier, CommandLineDefaults());
         CGlobalRegisters registers(MakePrecalcOptions(settings, options.m_precalc), notifier,
                                    PrecalcQuota(settings, options.m_precalc, nullptr));
-        const TProbe probe = Probe(position, registers);
-        WriteOutput(options.m_bJson ? ProbeJson(position, probe) : ProbeText(probe));
+        const std::optional<TGivenPosition> position =
+            options.m_index.empty() ? ReadGivenPosition(options.m_fen) : PositionOfIndex(options, registers);
+        if (!position) {
+            WriteDiagnostic("No info on positions of this type");
+            return EExitStatus::Unanswered;
+        }
+        CheckSideToMove(*position);
+        if (position->m_note.find("en passant") != std::string::npos) // castlings are taken from the text
+            WriteDiagnostic(position->m_note);
+        const TProbe probe = Probe(*position, registers);
+        WriteOutput(options.m_bJson ? ProbeJson(*position, probe) : ProbeText(options, *position, probe));
         return probe.m_halfMoves ? EExitStatus::Answered : EExitStatus::Unanswered;
     } catch (const ChessException& failure) {
         WriteDiagnostic(failure.what());
@@ -148,9 +208,17 @@ EExitStatus RunProbe(const TProbeOptions& options) {
 void AddProbeCommand(CLI::App& app, TChosenCommand& chosen) {
     CLI::App* const command = app.add_subcommand("probe", "Ask precalculated endgame data about a position");
     const auto options = std::make_shared<TProbeOptions>();
-    command->add_option("--fen", options->m_fen, "A FEN, its placement alone, or a position id")
-        ->type_name("FEN")
-        ->required();
+    command->add_option("--fen", options->m_fen, "A FEN, its placement alone, or a position id")->type_name("FEN");
+    CLI::Option* const type =
+        command->add_option("--type", options->m_type, "Letters of the men besides the kings, as QRr")
+            ->type_name("TYPE");
+    CLI::Option* const index =
+        command
+            ->add_option("--index", options->m_index,
+                         "Instead of --fen: the index of this position, by which the table of --type has it")
+            ->type_name("N")
+            ->needs(type);
+    type->needs(index);
     AddPrecalcOptions(*command, options->m_precalc, "Data");
     command->add_flag("--json", options->m_bJson, "One JSON object");
     command->footer(kProbeExamples);

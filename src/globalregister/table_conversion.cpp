@@ -57,8 +57,8 @@ void CheckTarget(const fs::path& source, const fs::path& target, EPrecalcKind ki
     std::error_code error;
     if (fs::equivalent(source, target, error))
         Fail(target, "is the file that is to be converted");
-    if (TypeOfFile(target) != TypeOfFile(source) || KindOfFile(target) != kind ||
-        HasDetails(target) != HasDetails(source))
+    const bool bDetails = HasDetails(source) && kind != EPrecalcKind::PackedLzw;
+    if (TypeOfFile(target) != TypeOfFile(source) || KindOfFile(target) != kind || HasDetails(target) != bDetails)
         Fail(target, "not a name for these data in this form");
 }
 
@@ -259,6 +259,8 @@ ETableForm FormOf(const fs::path& path) {
 fs::path NameInForm(const fs::path& path, ETableForm form) {
     std::string name = path.string();
     name.resize(name.size() - Extension(KindOfFile(path)).size());
+    if (form == ETableForm::Lzw && name.ends_with(kDetailsExtension))
+        name.resize(name.size() - kDetailsExtension.size());
     return name + std::string(Extension(KindOf(form)));
 }
 

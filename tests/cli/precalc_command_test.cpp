@@ -119,6 +119,37 @@ TEST_F(PrecalcCommands, ProbeTellsTheLength) {
     const TProgramResult queen = probe("8/8/8/3k4/8/8/8/K3Q3");
     EXPECT_EQ(queen.m_nStatus, 1);
     EXPECT_EQ(queen.m_out, "Position type:  Q\nNo info on positions of this type\n");
+    EXPECT_EQ(probe("8/8/8/3k4/8/8/8/K3Q3 b").m_out,
+              "Position type:  Q\nNo info about positions before Black's move\n");
+    EXPECT_EQ(probe("8/8/8/3k4/8/8/8/K3R3 b").m_out,
+              "Position type:  R\nIndex:          2910\nNo information about positions before Black's move\n");
+}
+
+TEST_F(PrecalcCommands, ProbeGoesToAnIndex) {
+    const auto probe = [this](const std::string& type, const std::string& index,
+                              const char* more = "--precalc-memory=9") {
+        return RunQuillon({"probe", "--type", type, "--index", index, "--precalc", Folder(), more});
+    };
+    const TProgramResult mate = probe("R", "2910");
+    EXPECT_EQ(mate.m_nStatus, 0);
+    EXPECT_EQ(mate.m_out, "Position:       8/8/8/3k4/8/8/8/K3R3\nPosition type:  R\nIndex:          2910\n#14 in "
+                          "current position\n");
+    const auto object = nlohmann::json::parse(probe("R", "2910", "--json").m_out);
+    EXPECT_EQ(object["fen"], "8/8/8/3k4/8/8/8/K3R3 w");
+    EXPECT_EQ(object["index"], 2910);
+    EXPECT_EQ(object["moves"], 14);
+    for (const char* const text : {"12a", "-1", "1.5", "x", "+3", "0x10", " 1"}) {
+        const TProgramResult result = probe("R", text);
+        EXPECT_EQ(result.m_nStatus, 2) << text;
+        EXPECT_EQ(result.m_err, "quillon: Expected a integer number\n") << text;
+    }
+    for (const char* const text : {"0", "40960", "99999999999999999999"})
+        EXPECT_EQ(probe("R", text).m_nStatus, 2) << text;
+    EXPECT_EQ(probe("Q", "7").m_nStatus, 1) << "no data";
+    EXPECT_EQ(probe("K", "7").m_nStatus, 2);
+    EXPECT_EQ(RunQuillon({"probe", "--precalc", Folder()}).m_nStatus, 2);
+    EXPECT_EQ(RunQuillon({"probe", "--type", "R", "--precalc", Folder()}).m_nStatus, 2);
+    EXPECT_EQ(probe("R", "2910", "--fen=8/8/8/3k4/8/8/8/K3R3").m_nStatus, 2);
 }
 
 // They prove mates, which may not be the quickest, and nothing else.
@@ -151,6 +182,10 @@ TEST_F(PrecalcCommands, ListAndStatus) {
     EXPECT_EQ(listed["elements"], 40960);
     EXPECT_EQ(listed["form"], "plain");
     EXPECT_EQ(listed["searched"], true);
+    WriteElements(Folder() + "/Precalc/R.precalc.details.packed.lzw", {0});
+    const TProgramResult two = RunQuillon({"precalc", "list", "--json", "--precalc", Folder()});
+    ASSERT_EQ(two.OutLines().size(), 2u);
+    EXPECT_EQ(nlohmann::json::parse(two.OutLines()[1])["searched"], false) << "no load reads it";
     const std::string custom = WriteCustom();
     EXPECT_NE(RunQuillon({"precalc", "list", "--precalc", Folder()}).m_out.find(custom + "\n"), std::string::npos);
     const TProgramResult all = RunQuillon({"precalc", "status", "--precalc", Folder()});
