@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::size_t kStackBytes = 1u << 20; // of the threads that wait for solves
 constexpr std::string_view kTitle = "Quillon";
-constexpr const char* kOutOfMemory = "out of memory";
 
 /// Nobody sits by to answer. Brute force is what the problem itself asks for.
 class CUnattended : public INotifier {

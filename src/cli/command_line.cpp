@@ -23,6 +23,7 @@
 #include "cli/solve_command.h"
 #include "cli/uci_command.h"
 #include "cli/verify_command.h"
+#include "heuristics/result_texts.h"
 #include "library/text_decoding.h"
 
 namespace quillon {
@@ -113,7 +114,7 @@ int RunCommandLine(int argc, const char* const* argv) {
     try {
         return static_cast<int>(Run(argc, argv));
     } catch (const std::bad_alloc&) {
-        WriteDiagnostic("out of memory");
+        WriteDiagnostic(kOutOfMemory);
     } catch (const std::exception& failure) {
         WriteDiagnostic(failure.what());
     }

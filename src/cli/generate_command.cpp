@@ -55,7 +55,8 @@ The files go to DIR/Precalc, into its folder for so many men where there is
 one. After each level of a table its state is saved. Ctrl+C gives up the level
 under way and keeps that state; a second one ends the program, which costs no
 more. Packing a table that is finished ends first. Ctrl+Z pauses, `fg` or
-SIGCONT goes on. SIGUSR1 writes to standard error how far it has come.
+SIGCONT goes on; a pause is in no time that is told. SIGUSR1 writes to standard
+error how far it has come.
 
 A finished table counts in whatever form and folder it is: it is not made
 again beside its packed form. With --restart it is, and what is replaced stays
@@ -89,7 +90,7 @@ class CWatchedGeneration {
                        CProgressLine& line)
         : m_options(options), m_host(host), m_registers(registers), m_line(line),
           m_suspension(g_generateSignals, line,
-                       {[this] { SetPause(kGeneratorPaused); }, [this] { SetPause(kGeneratorGoesOn); },
+                       {[this] { PauseGenerator(m_control); }, [this] { ResumeGenerator(m_control); },
                         [] { return true; }, kGenerationPaused}) {}
 
     void Run(const std::vector<std::string>& types) {
@@ -109,6 +110,7 @@ class CWatchedGeneration {
 
   private:
     void Generate(const std::vector<std::string>& types) {
+        SetThreadPriority(m_options.m_nThreadPriority);
         try {
             (void)GenerateMany(types, m_options, m_host, m_registers, m_control);
         } catch (...) {
@@ -126,7 +128,7 @@ class CWatchedGeneration {
 
     void Watch() {
         if (g_generateSignals.m_nInterrupts.load(std::memory_order_relaxed) > 0)
-            SetPause(kGeneratorBreaks);
+            m_control.m_nPause.store(kGeneratorBreaks, std::memory_order_relaxed);
         if (g_generateSignals.m_jobs.m_nReports.exchange(0) > 0)
             m_line.WriteReport(m_host.ProgressText() + "\n");
         m_suspension.Obey();
@@ -134,12 +136,6 @@ class CWatchedGeneration {
             return;
         m_line.Show(m_host.ProgressText());
         m_nextProgress = TGenerateClock::now() + kGenerateProgressStep;
-    }
-
-    /// A stop stays a stop.
-    void SetPause(std::uint8_t state) {
-        if (m_control.m_nPause.load(std::memory_order_relaxed) != kGeneratorBreaks)
-            m_control.m_nPause.store(state, std::memory_order_relaxed);
     }
 
     const TGenerateOptions& m_options;

@@ -23,6 +23,14 @@ std::string GivenUp(const TGenerateReport& report) {
     return report.m_nGivenUp == 0 ? "" : "; level " + std::to_string(report.m_nGivenUp) + ", under way, was given up";
 }
 
+/// Nothing where they could not be counted, which has been told.
+std::string MatesOf(const TGenerateReport& report) {
+    if (!report.m_bCounted)
+        return "";
+    return "longest mate #" + std::to_string(report.m_nMate) + ", " + std::to_string(report.m_nPositions) +
+           " indices with a mate, ";
+}
+
 const char* ResultName(const TGenerateReport& report) {
     if (report.m_status == EGenerateStatus::Failed)
         return "failed";
@@ -62,10 +70,9 @@ EThreeWay CGenerateHost::AskYesNoCancel(std::string_view, std::string_view) { re
 
 void CGenerateHost::Progress(const TGenerateProgress& progress) {
     const std::lock_guard lock(m_mutex);
-    m_lastSeen = TClock::now();
     if (progress.m_typeName != m_progress.m_typeName || progress.m_level.m_nLevel != m_progress.m_level.m_nLevel) {
         m_nFirstPermille = progress.m_level.m_nPermille;
-        m_firstSeen = m_lastSeen;
+        m_firstSeen = progress.m_seconds;
     }
     m_progress = progress;
 }
@@ -80,7 +87,7 @@ std::string CGenerateHost::ProgressText() const {
         text += ", " + std::to_string(m_progress.m_nType) + " of " + std::to_string(m_progress.m_nTypes);
     text += ": level " + std::to_string(level.m_nLevel) + WithDecimals(", %.1f%%", level.m_nPermille / 10.0) + ", " +
             std::to_string(m_progress.m_nFoundBefore + level.m_nFound) + " found";
-    const double seconds = std::chrono::duration<double>(m_lastSeen - m_firstSeen).count();
+    const double seconds = m_progress.m_seconds - m_firstSeen;
     if (level.m_nPermille <= m_nFirstPermille || seconds <= 0)
         return text;
     const double permilleASecond = (level.m_nPermille - m_nFirstPermille) / seconds;
@@ -112,8 +119,7 @@ std::string GenerateText(const TGenerateReport& report) {
     const char* const packed = report.m_bNotPacked ? ", not packed" : "";
     if (!report.m_bMade)
         return head + WithoutControls(report.m_file.string()) + " exists already" + packed;
-    return head + "longest mate #" + std::to_string(report.m_nMate) + ", " + std::to_string(report.m_nPositions) +
-           " positions with a mate, " + std::to_string(report.m_nLevels) + " levels, " +
+    return head + MatesOf(report) + std::to_string(report.m_nLevels) + " levels, " +
            WithDecimals("%.2f s, ", report.m_seconds) + WithoutControls(report.m_file.string()) + ", " +
            std::to_string(report.m_nBytes) + " bytes" + packed;
 }
@@ -123,9 +129,12 @@ std::string GenerateJson(const TGenerateReport& report) {
     TGenerateJson object;
     object["type"] = report.m_typeName;
     object["result"] = ResultName(report);
-    object["mate"] = report.m_bMade || report.m_nLevels > 0 ? TGenerateJson(report.m_nMate) : none;
-    object["positions"] = report.m_bMade ? TGenerateJson(report.m_nPositions) : none;
+    const bool bMateKnown = report.m_bMade ? report.m_bCounted : report.m_nLevels > 0;
+    object["mate"] = bMateKnown ? TGenerateJson(report.m_nMate) : none;
+    object["positions"] = report.m_bCounted ? TGenerateJson(report.m_nPositions) : none;
     object["levels"] = report.m_bMade || report.m_nLevels > 0 ? TGenerateJson(report.m_nLevels) : none;
+    object["given_up"] = report.m_nGivenUp > 0 ? TGenerateJson(report.m_nGivenUp) : none;
+    object["packed"] = report.m_bPacked ? TGenerateJson(*report.m_bPacked) : none;
     object["seconds"] = report.m_seconds;
     object["file"] = report.m_file.string();
     object["bytes"] = report.m_nBytes;

@@ -1,7 +1,6 @@
 #pragma once
 // How a run of the generator speaks to the person at the command line: options answer what it asks.
 
-#include <chrono>
 #include <mutex>
 #include <string>
 
@@ -35,8 +34,6 @@ class CGenerateHost final : public IGenerateHost {
     [[nodiscard]] EExitStatus Status() const { return m_status; }
 
   private:
-    using TClock = std::chrono::steady_clock;
-
     CProgressLine& m_line;
     CConsoleNotifier m_notifier;
     const TGenerateAnswers m_answers;
@@ -45,7 +42,7 @@ class CGenerateHost final : public IGenerateHost {
     mutable std::mutex m_mutex; // of all below
     TGenerateProgress m_progress;
     unsigned m_nFirstPermille = 0; // where the level was first seen
-    TClock::time_point m_firstSeen{}, m_lastSeen{};
+    double m_firstSeen = 0;        // seconds of the table's run
 };
 
 /// What became of a table, as a line for a person or as a JSON object.

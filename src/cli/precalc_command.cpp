@@ -1,7 +1,9 @@
 #include "cli/precalc_command.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -54,9 +56,9 @@ struct TFormName {
     std::string_view m_name;
     ETableForm m_form;
 };
-constexpr std::array kFormNames{TFormName{"plain", ETableForm::Plain}, TFormName{"lz4", ETableForm::Lz4},
-                                TFormName{"lzw", ETableForm::Lzw}, TFormName{"archive", ETableForm::Archive},
-                                TFormName{"simple", ETableForm::Simple}};
+constexpr std::array kFormNames{TFormName{"plain", ETableForm::Plain},   TFormName{"lz4", ETableForm::Lz4},
+                                TFormName{"lzw", ETableForm::Lzw},       TFormName{"archive", ETableForm::Archive},
+                                TFormName{"simple", ETableForm::Simple}, TFormName{"unknown", ETableForm::Unknown}};
 
 struct TPrecalcCommandOptions {
     TPrecalcChoice m_precalc;
@@ -87,6 +89,13 @@ std::string FormText(const TPrecalcFileFound& found) {
     return NameOfForm(FormOf(found.m_path)) + (found.m_file.m_bDetails ? " details" : "");
 }
 
+/// May a load take what the file has? Lengths of bit data are read from the plain file only, and archives from none.
+bool IsLoaded(const TPrecalcFileFound& found) {
+    const ETableForm form = FormOf(found.m_path);
+    return form != ETableForm::Archive && form != ETableForm::Unknown &&
+           (!found.m_file.m_bDetails || found.m_file.m_kind == EPrecalcKind::Plain);
+}
+
 std::string FileLine(const TPrecalcFileFound& found) {
     return Padded(found.m_typeName, 8) + Padded(FormText(found), 16) + Padded(std::to_string(found.m_nSize), 14) +
            WithoutControls(found.m_path.string()) + "\n";
@@ -97,7 +106,7 @@ std::string FileJson(const TPrecalcFileFound& found) {
     object["type"] = found.m_typeName;
     object["form"] = NameOfForm(FormOf(found.m_path));
     object["details"] = found.m_file.m_bDetails;
-    object["searched"] = true;
+    object["searched"] = IsLoaded(found);
     object["elements"] = TPositionIndexing(found.m_typeName).GetSize();
     object["bytes"] = found.m_nSize;
     object["path"] = found.m_path.string();
@@ -132,30 +141,24 @@ std::string StatusJson(const TRegistersStatus& status) {
     return object.dump() + "\n";
 }
 
-/// 0 for letters of no type that is looked up.
-TPositionType TypeToLookUp(const std::string& name) {
-    return IsCustomType(name) || name.size() > kMaxTypeMen ? 0 : TPositionIndexing(name).nPositionType;
-}
-
-///   Errors  ChessException: the letters are none of a type that is looked up.
-TPositionType AskedType(const std::string& name) {
-    const TPositionType type = TypeToLookUp(name);
-    if (type == 0)
-        throw ChessException("not the letters of one to five men besides the kings: " + name);
-    return type;
-}
-
 /// Those that are named, else those that have files.
-std::set<TPositionType> AskedTypes(const TPrecalcCommandOptions& options, const TPrecalcFolders& folders) {
-    std::vector<std::string> names = options.m_types;
+std::set<std::string> AskedTypes(const TPrecalcCommandOptions& options, const TPrecalcFolders& folders) {
+    std::set<std::string> names(options.m_types.begin(), options.m_types.end());
     if (names.empty())
         for (const TPrecalcFileFound& found : FindPrecalcFiles(folders))
-            names.push_back(found.m_typeName);
-    std::set<TPositionType> types;
-    for (const std::string& name : names)
-        if (!options.m_types.empty() || TypeToLookUp(name) != 0)
-            types.insert(AskedType(name));
-    return types;
+            if (IsCustomType(found.m_typeName) || TypeToLookUp(found.m_typeName) != 0)
+                names.insert(found.m_typeName);
+    return names;
+}
+
+/// Loads data of a type, custom ones too; what cannot be had is told of in the status.
+bool LoadForStatus(const std::string& name, CGlobalRegisters& registers, TRegistersStatus& withoutFiles) {
+    const bool bCustom = IsCustomType(name);
+    const std::string typeName = bCustom ? TPositionIndexing(name).typeName : name;
+    const TPositionType type = bCustom ? registers.CustomNumber(typeName) : AskedType(name);
+    if (type == 0)
+        withoutFiles.m_types.push_back({typeName});
+    return type != 0 && static_cast<bool>(CRegisterUse(registers.GetRegisterForTool(type)));
 }
 
 EExitStatus TellStatus(const TPrecalcCommandOptions& options) {
@@ -164,10 +167,12 @@ EExitStatus TellStatus(const TPrecalcCommandOptions& options) {
     const TSettings settings = LoadSettings(notifier, CommandLineDefaults());
     const TPrecalcOptions precalc = MakePrecalcOptions(settings, options.m_precalc);
     CGlobalRegisters registers(precalc, notifier, PrecalcQuota(settings, options.m_precalc, nullptr));
+    TRegistersStatus withoutFiles;
     bool bAll = true;
-    for (const TPositionType type : AskedTypes(options, precalc.m_folders))
-        bAll = static_cast<bool>(CRegisterUse(registers.GetRegisterForTool(type))) && bAll;
-    const TRegistersStatus status = registers.Status();
+    for (const std::string& name : AskedTypes(options, precalc.m_folders))
+        bAll = LoadForStatus(name, registers, withoutFiles) && bAll;
+    TRegistersStatus status = registers.Status();
+    std::ranges::move(withoutFiles.m_types, std::back_inserter(status.m_types));
     WriteOutput(options.m_bJson ? StatusJson(status) : ShowStatus(status) + "\n");
     return bAll ? EExitStatus::Answered : EExitStatus::Unanswered;
 }
@@ -304,12 +309,13 @@ void AddPrecalcCommand(CLI::App& app, TChosenCommand& chosen) {
 
     CLI::App* const status = command->add_subcommand("status", "Load data and tell what they take and what is missing");
     status->add_option("TYPE", options->m_types,
-                       "Letters of the men besides the kings, as QRr; without any, all types");
+                       "Letters of the men besides the kings, as QRr, or a custom type; without any, all types");
     AddPrecalcOptions(*status, options->m_precalc, "Data");
     status->add_flag("--json", options->m_bJson, "One JSON object");
     SetPrecalcCallback(*status, chosen, options, TellStatus);
 
-    CLI::App* const missing = command->add_subcommand("missing", "List the types of so many men that have no data");
+    CLI::App* const missing =
+        command->add_subcommand("missing", "List the types of so many men that have no finished data");
     missing->add_option("N", options->m_nPieces, "Men of a position, the kings among them: 3 to 7")
         ->transform(WholeNumber(kFewestTableMen, kMostTableMen))
         ->required();

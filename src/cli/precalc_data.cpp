@@ -6,6 +6,7 @@
 #include "app/memory_limits.h"
 #include "cli/option_values.h"
 #include "core/chess_exception.h"
+#include "globalregister/position_indexing.h"
 #include "globalregister/precalc_files.h"
 #include "platform/processors.h"
 
@@ -50,6 +51,17 @@ TPrecalcOptions MakePrecalcOptions(const TSettings& settings, const TPrecalcChoi
         throw ChessException("no folder with precalculated data: " + *choice.m_folder);
     options.m_folders = FoldersOf(*choice.m_folder, settings.m_precalcPath);
     return options;
+}
+
+TPositionType TypeToLookUp(const std::string& name) {
+    return IsCustomType(name) || name.size() > kMaxTypeMen ? 0 : TPositionIndexing(name).nPositionType;
+}
+
+TPositionType AskedType(const std::string& name) {
+    const TPositionType type = TypeToLookUp(name);
+    if (type == 0)
+        throw ChessException("not the letters of one to five men besides the kings: " + name);
+    return type;
 }
 
 std::uint64_t PrecalcQuota(const TSettings& settings, const TPrecalcChoice& choice, const ChessProblem* problem) {

@@ -27,6 +27,12 @@ void AddPrecalcOptions(CLI::App& command, TPrecalcChoice& choice, const char* gr
 ///   Errors  ChessException: the folder is none.
 [[nodiscard]] TPrecalcOptions MakePrecalcOptions(const TSettings& settings, const TPrecalcChoice& choice);
 
+/// 0 for letters of no type that is looked up.
+[[nodiscard]] TPositionType TypeToLookUp(const std::string& name);
+
+///   Errors  ChessException: the letters are none of a type that is looked up.
+[[nodiscard]] TPositionType AskedType(const std::string& name);
+
 /// Bytes that the data may take: none if the problem forbids them; what the command line says, else the problem, else
 /// the settings' share of the memory of the machine.
 ///   problem  null: none.

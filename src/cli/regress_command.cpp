@@ -46,8 +46,9 @@ found against what they expect: the answer, the order of White's moves. The line
 go to standard output and to the file RegressionTest.log in the working folder;
 the log before stays as RegressionTest.log.BAK. A problem that requires data
 which are not there is left out and told. With --jobs all problems share the
-data, and what one says of the memory for them does not count. Ctrl+C stops the run, and the log keeps
-what was done; a second one ends the program.
+data, but for those that forbid them, and what one says of the memory for them
+does not count. Ctrl+C stops the run, and the log keeps what was done; a second
+one ends the program.
 
 Exit status: 0 all that was run is as expected, 1 something failed, was left in
 doubt, ran into the time limit or was stopped, 2 bad input or usage, 3 failure of

@@ -1,7 +1,9 @@
 #include "cli/solve_command.h"
 
 #include <memory>
+#include <new>
 #include <optional>
+#include <system_error>
 
 #include "cli/console_notifier.h"
 #include "cli/explain_text.h"
@@ -14,6 +16,7 @@
 #include "cli/watched_solve.h"
 #include "core/chess_exception.h"
 #include "globalregister/active_registers.h"
+#include "heuristics/result_texts.h"
 #include "library/problem_file_error.h"
 #include "platform/interrupt.h"
 #include "platform/terminal.h"
@@ -59,6 +62,9 @@ class CSolveCommand {
         : m_options(options), m_line(options.m_bProgress || IsTerminal(EStream::Error)) {}
 
     EExitStatus Run() {
+        // A report that is asked for while problems and data are read comes with the first solve; without a handler the
+        // signal would end the program. Ctrl+C does, as long as there is nothing to tell of.
+        InstallJobSignals(g_signals.m_jobs);
         if (!CanReadHeuristics())
             return EExitStatus::BadInput;
         const std::optional<TProblemSource> source = ReadSource();
@@ -73,7 +79,6 @@ class CSolveCommand {
         if (!OpenPrecalcData())
             return EExitStatus::BadInput;
         InstallInterruptHandler(g_signals.m_nInterrupts);
-        InstallJobSignals(g_signals.m_jobs);
         for (const TSourceItem& item : source->m_items)
             RunItem(item);
         if (!m_options.m_bJson && m_totals.m_nProblems + m_totals.m_nNotStarted > 1)
@@ -155,6 +160,10 @@ class CSolveCommand {
             Count(report);
         } catch (const ChessException& failure) {
             ReportError(item, failure.what());
+        } catch (const std::bad_alloc&) { // the next problem may do with less
+            ReportError(item, kOutOfMemory, EExitStatus::SystemFailure);
+        } catch (const std::system_error& failure) { // no thread, for example
+            ReportError(item, failure.what(), EExitStatus::SystemFailure);
         }
     }
 
@@ -203,16 +212,16 @@ class CSolveCommand {
         return m_totals.m_nStopped;
     }
 
-    void ReportError(const TSourceItem& item, const std::string& message) {
+    void ReportError(const TSourceItem& item, const std::string& message, EExitStatus status = EExitStatus::BadInput) {
         ++m_totals.m_nErrors;
         if (m_options.m_bJson)
             WriteOutput(JsonErrorText(item.m_id, message, m_fileName, item.m_nLine, item.m_nColumn) + "\n");
-        Fail(PlaceText(m_fileName, item) + message);
+        Fail(PlaceText(m_fileName, item) + message, status);
     }
 
-    void Fail(const std::string& message) {
+    void Fail(const std::string& message, EExitStatus status = EExitStatus::BadInput) {
         WriteDiagnostic(message);
-        Worsen(EExitStatus::BadInput);
+        Worsen(status);
     }
 
     void Worsen(EExitStatus status) { m_status = Graver(m_status, status); }

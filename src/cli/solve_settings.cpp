@@ -40,6 +40,7 @@ void ApplySettings(const TSettings& settings, const ChessProblem& problem, const
     request.m_bUsePredefinedIndications |= settings.m_nUsePredefinedIndications > 0;
     request.m_bRelaxationLog |= settings.m_bTryRelaxSpecialHeuristicsLog;
     request.m_nMemoryShare = settings.m_nMaxMemRatioForTempReg;
+    request.m_bClearRegister = settings.m_bClearRegisterOnStartSolving;
     if (!options.m_threads && problem.levels == kUnsetCount)
         request.m_nMultithreadingLevels = std::max(settings.m_nMultithreadingLevels, 1);
     ApplyScheduler(settings, problem, options, request);

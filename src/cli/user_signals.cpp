@@ -1,5 +1,6 @@
 #include "cli/user_signals.h"
 
+#include <chrono>
 #include <utility>
 
 #include "platform/sleep.h"
@@ -8,15 +9,17 @@ namespace quillon {
 
 namespace {
 
-constexpr std::uint32_t kLongestFallingAsleepMs = 200; // before the process stops
-constexpr std::uint32_t kLongestWakingMs = 50;         // until the signal that has continued it is counted
+// With the time until the signal is noticed (20 ms) a suspend takes a tenth of a second at most.
+constexpr std::chrono::milliseconds kLongestFallingAsleep{75};
+constexpr std::chrono::milliseconds kLongestWaking{50}; // until the signal that has continued it is counted
 
 constexpr const char* kPausedHereMessage =
     "the process cannot be stopped here and waits instead; to go on: SIGCONT, or Ctrl+Z again";
 constexpr const char* kGoingOnMessage = "going on";
 
-template <class TCondition> void WaitUpTo(std::uint32_t nMs, TCondition condition) {
-    for (std::uint32_t ms = 0; ms < nMs && !condition(); ++ms)
+template <class TCondition> void WaitUpTo(std::chrono::milliseconds time, TCondition condition) {
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (!condition() && std::chrono::steady_clock::now() < end)
         SleepMs(1);
 }
 
@@ -44,10 +47,10 @@ void CSuspension::Suspend() {
     m_run.m_pause();
     m_bPaused = true;
     m_line.WriteMessage(m_run.m_pausedMessage);
-    WaitUpTo(kLongestFallingAsleepMs, [&] { return m_run.m_allSleep() || isContinued(); });
+    WaitUpTo(kLongestFallingAsleep, [&] { return m_run.m_allSleep() || isContinued(); });
     if (!isContinued())
         StopProcess();
-    WaitUpTo(kLongestWakingMs, isContinued);
+    WaitUpTo(kLongestWaking, isContinued);
     m_signals.m_jobs.m_nSuspends.store(0); // one more while it fell asleep has had its effect
     if (isContinued())
         GoOn();

@@ -50,6 +50,7 @@ a fault that cannot be mended (a mate that is too short, or where there is none)
 can make others look faulty, so longer mates than the shortest of these are left
 as they are. Run again until nothing is left, for a correction can show another
 fault, or that one was none; where nothing more is written, make the table anew.
+While another process makes or mends the table, --fix is refused.
 
 Exit status: 0 all right, 1 faults were found, mended or not, it was stopped,
 or only a list was looked at, 2 no data, or bad usage, 3 memory or disk were full.)";

@@ -26,8 +26,8 @@ struct TSearchContext;
 inline constexpr std::int8_t kNoChecker = -1;
 inline constexpr std::int8_t kDoubleCheck = 64;
 
-// Bits of m_wKingState that the chess core sets. 0x800 and 0x1000 tell of precalculated data (precalc_at_hand.h); the
-// others belong to the heuristics.
+// Bits of m_wKingState that the chess core sets. 0x800, 0x1000 and 0x4000 are about precalculated data
+// (precalc_at_hand.h); the others belong to the heuristics.
 inline constexpr std::uint16_t kNarrowPlay = 0x4;         // the initial analysis: little room for both sides
 inline constexpr std::uint16_t kBareBlackKing = 0x400;    // Black has a bare king and White can still mate
 inline constexpr std::uint16_t kPrecalcCanAnswer = 0x800; // precalculated data can answer for this material

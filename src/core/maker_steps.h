@@ -135,7 +135,7 @@ inline void FollowBlockedFigure(TChessboard& b, TSquare from, TSquare to) {
 /// Keeps the bits that say whether precalculated data can answer, after a capture or a promotion.
 inline void UpdatePrecalcBits(TChessboard& b) {
     int state = b.m_wKingState & ~(kPrecalcCanAnswer | kCustomDataMayMate);
-    if (ArePrecalcDataAtHand()) {
+    if (ArePrecalcDataAtHand() && (state & kNoPrecalcData) == 0) {
         if (WhiteMen(b) + BlackMen(b) <= kMaxTypeMen && IsPrecalcDataAvailable(GetPositionType(b)))
             state |= kPrecalcCanAnswer;
         if (IsCustomPrecalcDataAvailable(b))

@@ -18,7 +18,7 @@ class CBrowseMaxMates {
   public:
     /// Before the first position.
     ///   data      used until this goes.
-    ///   nLimit    positions at most.
+    ///   nLimit    positions at most. Those that differ only in which of equal men is which are one.
     ///   Errors    ChessException: damaged data, among them a longest mate that no legal position has.
     CBrowseMaxMates(const TGlobalRegister& data, const std::filesystem::path& installation, std::size_t nLimit);
 

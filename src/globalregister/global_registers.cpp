@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <limits>
 #include <new>
 #include <set>
 
@@ -94,18 +95,22 @@ void CGlobalRegisters::ReadFolders() {
 }
 
 void CGlobalRegisters::AddCustomType(const std::string& typeName) {
-    auto known =
-        std::ranges::find_if(m_customs, [&](const auto& type) { return type.m_indexing.typeName == typeName; });
-    if (known == m_customs.end()) {
+    TPositionType number = CustomNumber(typeName);
+    if (number == 0) {
         if (m_customs.size() == kMostCustomTypes)
             return;
+        number = NumberOfCustom(m_customs.size());
         TPositionIndexing indexing(typeName);
         const TMaterialKey material = MaterialOf(indexing.custom->Type());
-        m_customs.push_back({std::move(indexing), material, SlotOf(CustomNumber(m_customs.size()))});
-        known = m_customs.end() - 1;
+        m_customs.push_back({std::move(indexing), material, SlotOf(number)});
     }
-    known->m_slot.SetState(EDataState::Present);
+    SlotOf(number).SetState(EDataState::Present);
     m_bAnyFile = true;
+}
+
+/// Of a type that is looked up: an ordinary one of not too many men, or a custom one of the folders.
+bool CGlobalRegisters::HasName(TPositionType type) const {
+    return type % 2 != 0 ? type / 2 < m_customs.size() : type != 0 && PositionTypeToString(type).size() <= kMaxTypeMen;
 }
 
 std::string CGlobalRegisters::NameOf(TPositionType type) const {
@@ -160,12 +165,23 @@ bool CGlobalRegisters::IsCustomMaterialAvailable(const TChessboard& b) const {
 }
 
 TGlobalRegister* CGlobalRegisters::GetRegisterForTool(TPositionType type) {
-    if (type == 0 || PositionTypeToString(type).size() > kMaxTypeMen || Quota() == 0)
+    if (!HasName(type) || Quota() == 0)
         return nullptr;
     TRegisterSlot& slot = SlotOf(type);
     if (TGlobalRegister* const data = slot.Acquire())
         return data;
     return LoadSlot(slot, nullptr, {});
+}
+
+TGlobalRegister* CGlobalRegisters::GetCustomRegisterForTool(TChessboard b, std::size_t& next) {
+    b.m_nMoves = std::numeric_limits<decltype(b.m_nMoves)>::max(); // a load pays for any table
+    return GetCustomRegister(b, {}, next);
+}
+
+TPositionType CGlobalRegisters::CustomNumber(std::string_view typeName) const {
+    const auto known =
+        std::ranges::find_if(m_customs, [&](const auto& type) { return type.m_indexing.typeName == typeName; });
+    return known == m_customs.end() ? 0 : NumberOfCustom(static_cast<std::size_t>(known - m_customs.begin()));
 }
 
 TGlobalRegister* CGlobalRegisters::LoadSlot(TRegisterSlot& slot, const TChessboard* b, const TSearchGate& gate) {
@@ -198,9 +214,17 @@ std::unique_ptr<TGlobalRegister> CGlobalRegisters::LoadData(TRegisterSlot& slot)
         data->pSlot = &slot;
         if (Load(*data, m_options, *this, m_notifier))
             return data;
-    } catch (const std::exception&) { // memory, files: the type is not to be had
+    } catch (const std::bad_alloc&) {
+        TellMemoryShort(slot.Type());
+    } catch (const std::exception&) { // files: the type is not to be had
     }
     return nullptr;
+}
+
+void CGlobalRegisters::TellMemoryShort(TPositionType type) {
+    TRegisterSlot& slot = SlotOf(type);
+    const std::lock_guard lock(m_loadingLock);
+    slot.m_bRoomRefused = true;
 }
 
 void CGlobalRegisters::EndLoad(TRegisterSlot& slot, std::unique_ptr<TGlobalRegister> data) {

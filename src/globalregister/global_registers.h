@@ -73,10 +73,17 @@ class CGlobalRegisters final : private IPrecalcRoom {
     [[nodiscard]] TGlobalRegister* GetCustomRegister(const TChessboard& b, const TSearchGate& gate, std::size_t& next);
 
     /// The same whatever the load costs.
+    ///   type  of a custom type its CustomNumber.
     [[nodiscard]] TGlobalRegister* GetRegisterForTool(TPositionType type);
     [[nodiscard]] TGlobalRegister* GetRegisterForTool(const TChessboard& b) {
         return GetRegisterForTool(GetPositionType(b));
     }
+
+    [[nodiscard]] TGlobalRegister* GetCustomRegisterForTool(TChessboard b, std::size_t& next);
+
+    /// The number that a custom type has here as long as the folders are not read again; 0: it has no files, or is left
+    /// out.
+    [[nodiscard]] TPositionType CustomNumber(std::string_view typeName) const;
 
     /// On the thread that got them. Null does nothing.
     static void ReleaseRegister(TGlobalRegister* data) {
@@ -173,7 +180,8 @@ class CGlobalRegisters final : private IPrecalcRoom {
     static constexpr std::size_t kMostCustomTypes = 256; // each is looked at in every node of its material
 
     /// Custom types have no number of their own. Those of ordinary types are even.
-    [[nodiscard]] static constexpr TPositionType CustomNumber(std::size_t i) { return 2 * i + 1; }
+    [[nodiscard]] static constexpr TPositionType NumberOfCustom(std::size_t i) { return 2 * i + 1; }
+    [[nodiscard]] bool HasName(TPositionType type) const;
     [[nodiscard]] std::string NameOf(TPositionType type) const;
     void AddCustomType(const std::string& typeName);
 
@@ -188,6 +196,7 @@ class CGlobalRegisters final : private IPrecalcRoom {
     void EndLoad(TRegisterSlot& slot, std::unique_ptr<TGlobalRegister> data);
 
     [[nodiscard]] bool MakeRoom(TPositionType type, std::uint64_t size) override;
+    void TellMemoryShort(TPositionType type) override;
     [[nodiscard]] bool TryMakeRoom(TRegisterSlot& slot, std::uint64_t size);
     [[nodiscard]] std::uint64_t Evict(std::uint64_t nNeeded);
     [[nodiscard]] std::uint64_t MemoryInUseUnderLocks(const TRegisterSlot* leftOut) const;

@@ -1,5 +1,6 @@
 #include "globalregister/missing_types.h"
 
+#include "globalregister/generator/existing_table.h"
 #include "globalregister/verification/one_move_types.h"
 
 namespace quillon {
@@ -23,7 +24,11 @@ std::vector<std::string> MissingTypes(int nPieces, const CGlobalRegisters& regis
     std::vector<std::string> types;
     AddTypes("", 0, nPieces - 2, types);
     std::erase_if(types, [&](const std::string& type) {
-        return CannotMate(type) || registers.IsTypeAvailable(TPositionIndexing(type).nPositionType);
+        if (CannotMate(type))
+            return true;
+        const TPositionIndexing indexing(type);
+        return registers.IsTypeAvailable(indexing.nPositionType) &&
+               HasFinishedTable(indexing, registers.Options().m_folders);
     });
     return types;
 }

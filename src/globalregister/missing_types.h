@@ -1,5 +1,5 @@
 #pragma once
-// Which types have no precalculated data.
+// Which types have no finished precalculated data.
 
 #include <string>
 #include <vector>
@@ -12,8 +12,9 @@ namespace quillon {
 inline constexpr int kFewestTableMen = 3;
 inline constexpr int kMostTableMen = 2 + kMaxTypeMen;
 
-/// The types of so many men, with the kings, that have no files to load; in the order of their letters. Material that
-/// cannot mate needs none and is not listed.
+/// The types of so many men, with the kings, that have no finished table to load, an unfinished one or none, as the
+/// generator of tables would miss them; in the order of their letters. Material that cannot mate needs none and is not
+/// listed.
 ///   nPieces  kFewestTableMen to kMostTableMen.
 [[nodiscard]] std::vector<std::string> MissingTypes(int nPieces, const CGlobalRegisters& registers);
 

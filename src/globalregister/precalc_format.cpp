@@ -49,6 +49,10 @@ std::optional<std::uint8_t> ReadFlags(const std::filesystem::path& path) {
     return static_cast<std::uint8_t>(byte);
 }
 
+std::string UnreadableWarning(const std::filesystem::path& path) {
+    return "Data file is missing, damaged or cannot be read:\n\n" + path.string();
+}
+
 std::string FileSizeWarning(const std::filesystem::path& path, std::uint64_t nFileSize, std::uint64_t nExpectedSize) {
     return "Data file size and/or its header seems improper:\n\n" + path.string() +
            "\n\nFile size=" + std::to_string(nFileSize) + "\nExpected file size=" + std::to_string(nExpectedSize);

@@ -66,12 +66,8 @@ class CPrecalcLoad {
         if (m_options.m_nUseDataPackedForRandomAccess < 2)
             return Finish(LoadWhole() || LoadUnpacked() || LoadSimple());
         if (!m_bDiskWanted)
-            return Finish(LoadWhole() || LoadPackedOfRoots() || LoadSimple());
-        if (LoadPackedOfRoots())
-            return Finish(true);
-        if (m_options.m_nUseDataPackedForRandomAccess > 2 && IsArchived())
-            return Finish(false);
-        return Finish(LoadWhole() || LoadSimple());
+            return Finish(LoadWhole() || LoadPackedOfRoots() || (!IsArchiveInTheWay() && LoadSimple()));
+        return Finish(LoadPackedOfRoots() || (!IsArchiveInTheWay() && (LoadWhole() || LoadSimple())));
     }
 
   private:
@@ -105,8 +101,27 @@ class CPrecalcLoad {
         return files;
     }
 
-    [[nodiscard]] bool IsArchived() const {
-        return !Files(EPrecalcKind::PackedLz4, false)[0].empty() || !Files(EPrecalcKind::PackedLz4, false)[1].empty();
+    [[nodiscard]] bool IsArchiveInTheWay() const {
+        return m_options.m_nUseDataPackedForRandomAccess > 2 &&
+               std::ranges::any_of(Files(EPrecalcKind::PackedLz4, false),
+                                   [](const auto& file) { return !file.empty(); });
+    }
+
+    /// Tries a file. Where memory is too short for it another one, or the disk, may still do.
+    bool Try(const fs::path& file, bool (CPrecalcLoad::*load)(const fs::path&)) {
+        try {
+            if (!file.empty() && (this->*load)(file)) {
+                m_data.loadedFrom = m_saved.empty() ? file : m_saved;
+                return true;
+            }
+        } catch (const std::bad_alloc&) {
+            m_room.TellMemoryShort(m_data.nPositionType);
+        }
+        return !file.empty() && StartAnew();
+    }
+
+    bool TryAll(const std::array<fs::path, 2>& files, bool (CPrecalcLoad::*load)(const fs::path&)) {
+        return std::ranges::any_of(files, [&](const fs::path& file) { return Try(file, load); });
     }
 
     // --- room
@@ -139,19 +154,8 @@ class CPrecalcLoad {
     // --- whole tables
 
     bool LoadWhole() {
-        for (const fs::path& file : Files(EPrecalcKind::Lz4, false))
-            if (!file.empty() && (From(file, ReadLz4File(file)) || StartAnew()))
-                return true;
-        for (const fs::path& file : Files(EPrecalcKind::Plain, true))
-            if (!file.empty() && (From(file, LoadPlain(file)) || StartAnew()))
-                return true;
-        return false;
-    }
-
-    bool From(const fs::path& file, bool bLoaded) {
-        if (bLoaded)
-            m_data.loadedFrom = m_saved.empty() ? file : m_saved;
-        return bLoaded;
+        return TryAll(Files(EPrecalcKind::Lz4, false), &CPrecalcLoad::ReadLz4File) ||
+               TryAll(Files(EPrecalcKind::Plain, true), &CPrecalcLoad::LoadPlain);
     }
 
     /// What a file that is of no use has left behind is taken back. Always false.
@@ -172,21 +176,27 @@ class CPrecalcLoad {
     }
 
     bool ReadLz4File(const fs::path& file) {
-        const std::optional<std::uint64_t> size = ReadUnpackedSize(file);
-        if (size && !CanHold(*size))
-            return false;
-        std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
-        std::vector<std::uint8_t> table;
-        if (!size || !content || !UnpackBlock(*content, table) || table.empty()) {
+        const std::optional<TPackedStart> start = ReadPackedStart(file);
+        if (!start) {
             WarnAboutSize(file, FileSize(file), TableBytes());
             return false;
         }
-        content.reset();
-        if (!TakeForm(file, table[0], table.size()))
+        if (!TakeForm(file, start->m_nFirstByte, start->m_nUnpackedSize) || !CanHold(start->m_nUnpackedSize))
             return false;
-        m_data.data = std::move(table);
+        if (!UnpackFile(file, start->m_nUnpackedSize, m_data.data)) {
+            TellUnreadable(file);
+            return false;
+        }
         CheckLoadedTable(file, EPrecalcKind::Lz4);
         return true;
+    }
+
+    /// False: the content is damaged or cannot be read.
+    ///   Errors  std::bad_alloc.
+    static bool UnpackFile(const fs::path& file, std::uint64_t nUnpackedSize, std::vector<std::uint8_t>& unpacked) {
+        const std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
+        unpacked.reserve(nUnpackedSize + kUnpackSlack); // all that unpacking would ask for
+        return content && UnpackBlock(*content, unpacked);
     }
 
     bool LoadPlain(const fs::path& file) {
@@ -200,17 +210,26 @@ class CPrecalcLoad {
             return false;
         if (!m_data.bBitData && IsLargeForMemory(size))
             return OpenOnDisk(file);
-        if (CanHold(size) && ReadTable(file, size)) {
-            CheckLoadedTable(file, EPrecalcKind::Plain);
-            return true;
+        if (CanHold(size)) {
+            if (ReadTable(file, size)) {
+                CheckLoadedTable(file, EPrecalcKind::Plain);
+                return true;
+            }
+            if (!m_mode.m_bAllowDisk)
+                TellUnreadable(file);
         }
         return m_mode.m_bAllowDisk && OpenOnDisk(file);
     }
 
+    ///   Errors  std::bad_alloc: for the combinations.
+    void Number(std::uint16_t wFlags) {
+        if (!ApplyFlags(m_data, wFlags))
+            throw std::bad_alloc();
+    }
+
     /// Numbers the positions as the file does, and finds out what its elements are.
     bool TakeForm(const fs::path& file, std::uint8_t flags, std::uint64_t size) {
-        if (!ApplyFlags(m_data, flags))
-            return false;
+        Number(flags);
         m_data.nElementSize = static_cast<std::uint8_t>(ElementSize(m_data, flags));
         switch (PlainFormOf(m_data, flags, size)) {
         case EPlainForm::Elements:
@@ -227,22 +246,21 @@ class CPrecalcLoad {
         return false;
     }
 
-    /// Of bit data: the lengths, which stay on disk. Without them there are no data.
+    /// Of bit data: the lengths, which stay on disk beside them. Without them there are no data.
     bool OpenDetails(const fs::path& file) {
-        const bool bSecondRoot = file.parent_path() == Name(EPrecalcKind::Plain, true).parent_path() &&
-                                 file != Name(EPrecalcKind::Plain, false);
-        const fs::path details = Name(EPrecalcKind::Plain, bSecondRoot, true);
+        const fs::path details = NameInForm(file, ETableForm::Plain) += kDetailsExtension;
         const std::optional<std::uint8_t> flags = ReadFlags(details);
-        if (!flags)
-            return false;
-        m_data.nElementSize = static_cast<std::uint8_t>(ElementSize(m_data, *flags));
+        m_data.nElementSize = static_cast<std::uint8_t>(ElementSize(m_data, flags.value_or(0)));
         const std::uint64_t expected = m_data.GetSize() * m_data.nElementSize;
-        if (FileSize(details) != expected) {
+        if (IsFile(details) && FileSize(details) != expected) {
             WarnAboutSize(details, FileSize(details), expected);
             return false;
         }
-        m_data.detailStream.open(details, std::ios::binary);
+        if (flags)
+            m_data.detailStream.open(details, std::ios::binary);
         m_data.bBitData = m_data.detailStream.is_open();
+        if (!m_data.bBitData)
+            TellUnreadable(details);
         return m_data.bBitData;
     }
 
@@ -254,19 +272,28 @@ class CPrecalcLoad {
         } else {
             m_data.diskStream.open(file, std::ios::binary);
         }
-        if (!m_data.diskStream.is_open())
+        if (!m_data.diskStream.is_open()) {
+            TellUnreadable(file);
             return false;
+        }
         (void)m_room.MakeRoom(m_data.nPositionType, 0);
         OfferPacking(file, EPrecalcKind::Plain);
         return true;
     }
 
+    /// The machine may have less memory than the quota: without the disk that is the end of it.
     bool ReadTable(const fs::path& file, std::uint64_t size) {
-        std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
-        if (!content || content->size() != size)
+        try {
+            std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
+            if (!content || content->size() != size)
+                return false;
+            m_data.data = std::move(*content);
+            return true;
+        } catch (const std::bad_alloc&) {
+            if (!m_mode.m_bAllowDisk)
+                throw;
             return false;
-        m_data.data = std::move(*content);
-        return true;
+        }
     }
 
     void CheckLoadedTable(const fs::path& file, EPrecalcKind kind) {
@@ -292,18 +319,16 @@ class CPrecalcLoad {
 
     // --- packed tables
 
-    bool LoadPackedOfRoots() {
-        for (const fs::path& file : Files(EPrecalcKind::PackedLzw, true))
-            if (!file.empty() && (From(file, LoadPacked(file, false, m_mode.m_bVerifying)) || StartAnew()))
-                return true;
-        return false;
-    }
+    bool LoadPackedOfRoots() { return TryAll(Files(EPrecalcKind::PackedLzw, true), &CPrecalcLoad::LoadAsPacked); }
+
+    bool LoadAsPacked(const fs::path& file) { return LoadPacked(file, false, m_mode.m_bVerifying); }
 
     bool LoadPacked(const fs::path& file, bool bForceStream, bool bQuotaUnchecked) {
         const std::uint64_t size = FileSize(file);
         const std::optional<TPackedTableHeader> header = ReadPackedHeader(file);
-        if (!header || header->m_nFileSize != size || !ApplyFlags(m_data, header->m_wFlags) ||
-            header->m_nElements != m_data.GetSize()) {
+        if (header)
+            Number(header->m_wFlags);
+        if (!header || header->m_nFileSize != size || header->m_nElements != m_data.GetSize()) {
             WarnAboutSize(file, size, header ? header->m_nFileSize : kPackedTableHeaderBytes);
             return false;
         }
@@ -311,8 +336,13 @@ class CPrecalcLoad {
         const bool bStream = bForceStream || IsLargeForMemory(size);
         m_data.packed = RandomAccessLZWBuffer::MakePackedReader(m_data.nElementSize, header->m_nBlockElements);
         if (!OpenPacked(file, bStream, bQuotaUnchecked) &&
-            (bStream || !m_mode.m_bAllowDisk || !OpenPacked(file, true, bQuotaUnchecked)))
+            (bStream || !m_mode.m_bAllowDisk || !OpenPacked(file, true, bQuotaUnchecked))) {
+            if (m_data.packed->Load(file, true)) // it was for want of room
+                m_room.TellMemoryShort(m_data.nPositionType);
+            else
+                TellUnreadable(file);
             return false;
+        }
         m_data.nRandomAccessKind = kPackedAccess;
         return true;
     }
@@ -324,12 +354,10 @@ class CPrecalcLoad {
     }
 
     /// Packed tables where packed ones are not wanted.
-    bool LoadUnpacked() {
-        for (const fs::path& file : Files(EPrecalcKind::PackedLzw, true))
-            if (!file.empty() &&
-                (From(file, LoadPacked(file, true, m_mode.m_bVerifying) && UnpackLoaded(file)) || StartAnew()))
-                return true;
-        return false;
+    bool LoadUnpacked() { return TryAll(Files(EPrecalcKind::PackedLzw, true), &CPrecalcLoad::LoadAndUnpack); }
+
+    bool LoadAndUnpack(const fs::path& file) {
+        return LoadPacked(file, true, m_mode.m_bVerifying) && UnpackLoaded(file);
     }
 
     bool UnpackLoaded(const fs::path& file) {
@@ -347,6 +375,7 @@ class CPrecalcLoad {
                 return true;
             }
         } catch (const std::bad_alloc&) {
+            m_room.TellMemoryShort(m_data.nPositionType);
         }
         if (!m_mode.m_bAllowDisk || !m_room.MayStayPacked(m_notifier))
             return false;
@@ -369,22 +398,23 @@ class CPrecalcLoad {
         }
     }
 
-    /// Archives have the same extension, and are none of this.
-    bool LoadSimple() {
-        for (const fs::path& file : Files(EPrecalcKind::PackedLz4, false))
-            if (!file.empty() && (From(file, ReadSimple(file)) || StartAnew()))
-                return true;
-        return false;
-    }
+    bool LoadSimple() { return TryAll(Files(EPrecalcKind::PackedLz4, false), &CPrecalcLoad::ReadSimple); }
 
+    /// Archives have the same extension, and are none of this.
     bool ReadSimple(const fs::path& file) {
-        if (FormOf(file) != ETableForm::Simple || m_data.custom || UsesBitData(m_data) ||
-            !CanHold(ReadUnpackedSize(file).value_or(TableBytes())))
+        const ETableForm form = FormOf(file);
+        if (form == ETableForm::Archive || m_data.custom || UsesBitData(m_data))
             return false;
-        const std::optional<std::vector<std::uint8_t>> content = ReadWholeFile(file);
-        std::vector<std::uint8_t> simple;
-        if (!content || !UnpackBlock(*content, simple) || !TakeSimple(std::move(simple))) {
+        const std::uint64_t size = form == ETableForm::Simple ? ReadUnpackedSize(file).value_or(0) : 0;
+        if (size == 0 || size > MostSimpleBytes(m_data.GetSize())) {
             WarnAboutSize(file, FileSize(file), TableBytes());
+            return false;
+        }
+        if (!CanHold(size))
+            return false;
+        std::vector<std::uint8_t> simple;
+        if (!UnpackFile(file, size, simple) || !TakeSimple(std::move(simple))) {
+            TellUnreadable(file);
             return false;
         }
         return true;
@@ -392,8 +422,9 @@ class CPrecalcLoad {
 
     bool TakeSimple(std::vector<std::uint8_t> simple) {
         const std::optional<std::uint8_t> flags = SimpleFlags(simple);
-        if (!flags || !ApplyFlags(m_data, *flags) || !IsWholeSimple(simple, m_data.GetSize()) ||
-            !CanHold(simple.size()))
+        if (flags)
+            Number(*flags);
+        if (!flags || !IsWholeSimple(simple, m_data.GetSize()))
             return false;
         TakeLook(LookUnfinished(SeenInSimple(simple)));
         m_data.nPackedSize = static_cast<std::uint32_t>(simple.size());
@@ -405,6 +436,8 @@ class CPrecalcLoad {
     void WarnAboutSize(const fs::path& file, std::uint64_t size, std::uint64_t expected) {
         m_notifier.Inform(FileSizeWarning(file, size, expected), "Warning");
     }
+
+    void TellUnreadable(const fs::path& file) { m_notifier.Inform(UnreadableWarning(file), "Warning"); }
 
     TGlobalRegister& m_data;
     const TPrecalcOptions& m_options;

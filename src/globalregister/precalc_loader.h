@@ -6,9 +6,12 @@
 //   2  whole: ".lz4" of the first root, of the second; the plain file of the second root, of the first
 //   3  packed: ".packed.lzw" of the second root, of the first; as it is with UseDataPackedForRandomAccess 2, else only
 //      if there is no other, and unpacked
-//   4  ".packed.lz4": an archive is not read; simple packing under this name is, if there is nothing else
+//   4  ".packed.lz4": an archive is not read; simple packing under this name is, if there is nothing else. With
+//      UseDataPackedForRandomAccess above 2 neither is, and where the disk is wanted the load fails before 2
 //
-// A file that is cut, oversized, of another type or unreadable is told of and not used: then there are no data.
+// A file that is cut, oversized, of another type or unreadable is told of and not used: then there are no data. What
+// memory is too short for is read from disk, if its form allows it, and so is a plain table where the machine has less
+// memory than the quota.
 //
 // Threads: loads of different registers may run at the same time; IPrecalcRoom is told about each.
 
@@ -31,6 +34,9 @@ class IPrecalcRoom {
     /// Sets `size` bytes aside for the register that is being loaded, instead of what was set aside before; may unload
     /// others. False: there is no room, and nothing is set aside.
     [[nodiscard]] virtual bool MakeRoom(TPositionType type, std::uint64_t size) = 0;
+
+    /// The machine has less memory than MakeRoom has given.
+    virtual void TellMemoryShort(TPositionType) {}
 
     [[nodiscard]] virtual bool IsGenerating() const = 0;
 

@@ -50,6 +50,13 @@ std::optional<std::uint64_t> ReadUnpackedSize(const std::filesystem::path& path)
     return ReadBytes(file, head.data(), head.size()) ? UnpackedSize(head) : std::nullopt;
 }
 
+std::optional<TPackedStart> ReadPackedStart(const std::filesystem::path& path) {
+    const std::optional<std::uint64_t> size = ReadUnpackedSize(path);
+    std::ifstream file(path, std::ios::binary);
+    const std::optional<std::uint8_t> first = FirstUnpackedByte(file);
+    return size && first ? std::optional(TPackedStart{*size, *first}) : std::nullopt;
+}
+
 std::optional<std::uint8_t> SimpleFlags(std::span<const std::uint8_t> simple) { return SimpleElement(simple, 0); }
 
 } // namespace quillon

@@ -27,6 +27,15 @@ namespace quillon {
 /// What the head of a block or container (packed_block.h) says that it unpacks to; none if the file is none.
 [[nodiscard]] std::optional<std::uint64_t> ReadUnpackedSize(const std::filesystem::path& path);
 
+/// Of a file that is a block or container: what it unpacks to, without unpacking it.
+struct TPackedStart {
+    std::uint64_t m_nUnpackedSize = 0;
+    std::uint8_t m_nFirstByte = 0; // of a table its flags
+};
+
+/// None if the file is neither, or unpacks to nothing.
+[[nodiscard]] std::optional<TPackedStart> ReadPackedStart(const std::filesystem::path& path);
+
 /// The flags of a table in simple packing (simple_packing.h).
 [[nodiscard]] std::optional<std::uint8_t> SimpleFlags(std::span<const std::uint8_t> simple);
 

@@ -57,8 +57,8 @@ void CheckTarget(const fs::path& source, const fs::path& target, EPrecalcKind ki
     std::error_code error;
     if (fs::equivalent(source, target, error))
         Fail(target, "is the file that is to be converted");
-    if (TypeOfFile(target) != TypeOfFile(source) || KindOfFile(target) != kind ||
-        HasDetails(target) != HasDetails(source))
+    const bool bDetails = HasDetails(source) && kind != EPrecalcKind::PackedLzw;
+    if (TypeOfFile(target) != TypeOfFile(source) || KindOfFile(target) != kind || HasDetails(target) != bDetails)
         Fail(target, "not a name for these data in this form");
 }
 
@@ -226,6 +226,7 @@ TBytes Unpacked(const fs::path& source) {
     case ETableForm::Simple:
         return UnpackSimply(source);
     case ETableForm::Archive:
+    case ETableForm::Unknown:
         break;
     }
     std::ostringstream content;
@@ -248,15 +249,18 @@ ETableForm FormOf(const fs::path& path) {
     case EPrecalcKind::PackedLz4:
         break;
     }
-    TBytes head(kBlockHeaderBytes);
-    std::ifstream file(path, std::ios::binary);
-    file.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(head.size()));
-    return file && IsPackedBlock(head) ? ETableForm::Simple : ETableForm::Archive;
+    std::error_code error;
+    const std::optional<TPackedLz4Header> header = ReadPackedLz4Header(path);
+    if (header && header->m_nFileSize == fs::file_size(path, error) && !error)
+        return ETableForm::Archive;
+    return ReadUnpackedSize(path) ? ETableForm::Simple : ETableForm::Unknown;
 }
 
 fs::path NameInForm(const fs::path& path, ETableForm form) {
     std::string name = path.string();
     name.resize(name.size() - Extension(KindOfFile(path)).size());
+    if (form == ETableForm::Lzw && name.ends_with(kDetailsExtension))
+        name.resize(name.size() - kDetailsExtension.size());
     return name + std::string(Extension(KindOf(form)));
 }
 
@@ -264,12 +268,13 @@ void PackTableFile(const fs::path& source, ETableForm form, const fs::path& targ
     RefuseUnfinished(source);
     if (FormOf(source) != ETableForm::Plain)
         Fail(source, "is packed already");
-    if (form == ETableForm::Plain)
+    if (form == ETableForm::Plain || form == ETableForm::Unknown)
         Fail(target, "is no packed form");
     CheckTarget(source, target, KindOf(form));
     const TPlainFile plain = DescribeFile(source);
     switch (form) {
     case ETableForm::Plain:
+    case ETableForm::Unknown:
         return;
     case ETableForm::Lz4:
         return PackLz4(source, target, nProcessors);

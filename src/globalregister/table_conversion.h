@@ -14,12 +14,14 @@ enum class ETableForm : std::uint8_t {
     Lzw,     // ".packed.lzw"
     Archive, // ".packed.lz4", in buckets
     Simple,  // the same extension, simple packing
+    Unknown, // the same extension, cut or damaged: neither of them
 };
 
 /// The form of a file, by its extension and, where that stands for two, by its content.
 [[nodiscard]] ETableForm FormOf(const std::filesystem::path& path);
 
-/// The name that the same data have in this form.
+/// The name that the same data have in this form. Lengths of bit data that are packed by LZW are a table of their own,
+/// which a load takes before the bits: they get the name of the table.
 [[nodiscard]] std::filesystem::path NameInForm(const std::filesystem::path& path, ETableForm form);
 
 /// Packs a plain file, of a table, of bit data or of their details. An archive has a log of its buckets beside it.

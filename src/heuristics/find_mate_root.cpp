@@ -67,8 +67,9 @@ class CDoubtOfPass {
 // What the best-first proof of the guide may cost, in positions expanded (some 200,000 take a second). A short problem
 // is solved by the passes before a long look would pay. Before the pass without heuristics, which may take days, there
 // is a second look, as long again. A run that wants all keys gains little from the first: it only gets the brief look.
-// Threads that share a look expand some positions that one of them alone would have found needless (a tenth to a half
-// more with two): they may have half as many again for each thread more, and it is over sooner all the same.
+// Threads that share a look expand positions that one of them alone would have found needless (a tenth to a half more
+// with two, by chance of their timing): each may have as many as one alone. With less a mate that one thread finds at
+// the edge of its look was now found, now not; and the look is over no later.
 constexpr int kShortestLongLook = 13;
 constexpr std::uint64_t kBriefLook = 100, kLongLook = 1500; // times the square of the plies
 constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 3'000'000;
@@ -87,8 +88,12 @@ class CRootRun final : public IRootMoves {
         TMove list[kMaxMoves];
         m_root.m_nHeuristics = 0; // none is chosen yet: the list is to be whole
         int count = GenerateWhiteMoves(m_root, list);
-        if (m_root.m_nMoves >= 4)
-            count = SortWhiteMoves(m_root, count, list, m_root.m_nMoves <= 5).m_nMoves;
+        m_nGoodMoves = 0;
+        if (m_root.m_nMoves >= 4) {
+            const TWhiteSort sort = SortWhiteMoves(m_root, count, list, m_root.m_nMoves <= 5);
+            count = sort.m_nMoves;
+            m_nGoodMoves = sort.m_nBest < count ? sort.m_nBest : 0;
+        }
         m_run.m_moves.clear();
         for (int i = 0; i < count; ++i) {
             TMove move = list[i];
@@ -97,6 +102,22 @@ class CRootRun final : public IRootMoves {
                 m_run.m_moves.push_back({{list[i].m_nFrom, list[i].m_nTo, list[i].m_nPromotion, 0},
                                          IsSolved(move) ? kRootMoveMates : kRootMoveNotTried});
         }
+    }
+
+    /// Behind ListMoves: how many threads the root wants, 0 for no other number than it has.
+    [[nodiscard]] int DemandedThreads() {
+        TThreadDemandInput input{};
+        input.m_nThreads = m_analysis.m_nThreads;
+        input.m_nMoves = static_cast<int>(m_run.m_moves.size());
+        input.m_nGoodMoves = m_nGoodMoves;
+        input.m_nForcingMoves = static_cast<int>(
+            std::ranges::count_if(m_run.m_moves, [this](const TRootMove& move) { return IsForcing(move.m_move); }));
+        input.m_nProcessors = UsableProcessors();
+        input.m_bPawnsOnly = WhiteMen(m_root) + BlackMen(m_root) == m_root.m_whitePawns + m_root.m_blackPawns;
+        const int checker = m_root.m_whiteChecker;
+        input.m_bLineChecker = checker != kNoChecker && checker != kDoubleCheck &&
+                               (m_root.m_board[static_cast<std::size_t>(checker)] & kRook) != 0; // a queen has it, too
+        return ComputeThreadDemand(input);
     }
 
     void ChooseHeuristics(bool bFirstTime) {
@@ -184,6 +205,14 @@ class CRootRun final : public IRootMoves {
     }
 
   private:
+    /// Does the move check, capture or promote?
+    [[nodiscard]] bool IsForcing(TMove move) const {
+        if (m_root.m_board[move.m_nTo] != kNoFigure || PromotionKind(move) != 0)
+            return true;
+        TChessboard* const child = CopyToChild(&m_root);
+        return MakeWhiteMove(*child, move) != 0 && (child->m_blackChecker != kNoChecker || move.m_nEnPassant != 0);
+    }
+
     [[nodiscard]] bool IsLongLookWorthwhile() const {
         return m_root.m_nMoves >= kShortestLongLook && (m_analysis.m_nSolveMode & kAllSolutions) == 0 &&
                m_run.m_solutions.empty();
@@ -205,8 +234,8 @@ class CRootRun final : public IRootMoves {
         SetPassNumber();
         m_analysis.m_pStatusText.store(kGuideLooking, std::memory_order_relaxed);
         const int threads = ThreadsForLook(m_analysis);
-        const std::uint64_t parts = static_cast<std::uint64_t>(threads) + 1;
-        const EProofResult result = m_run.m_pGuide->Search(m_root, nMostNodes * parts / 2, threads);
+        const EProofResult result =
+            m_run.m_pGuide->Search(m_root, nMostNodes * static_cast<std::uint64_t>(threads), threads);
         m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
         if (result != EProofResult::Proved)
             return;
@@ -529,6 +558,7 @@ class CRootRun final : public IRootMoves {
     TRootRun& m_run;
     TChessboard& m_root;
     std::string m_passName;
+    int m_nGoodMoves = 0;               // of the root, at the head of its list
     std::uint32_t m_nChosen = 0;        // mask that the plan starts from
     bool m_bByClock = false;            // the pass to come is there because the ones before were quick
     bool m_bAnsweredByData = false;     // the root itself: no guide is needed
@@ -542,16 +572,6 @@ class CRootRun final : public IRootMoves {
     std::size_t m_nTried = 0;       // moves of this pass begun by the one thread,
     std::size_t m_nEnded = 0;       // or ended by the threads
 };
-
-/// How many threads the root wants; no sort tells good moves from others yet, so only the number of moves counts.
-int DemandedThreads(const TAnalysis& analysis, const TRootRun& run, const TChessboard& b) {
-    TThreadDemandInput input{};
-    input.m_nThreads = analysis.m_nThreads;
-    input.m_nMoves = static_cast<int>(run.m_moves.size());
-    input.m_nProcessors = UsableProcessors();
-    input.m_bPawnsOnly = WhiteMen(b) + BlackMen(b) == b.m_whitePawns + b.m_blackPawns;
-    return ComputeThreadDemand(input);
-}
 
 } // namespace
 
@@ -583,7 +603,7 @@ int RunRoot(TSearchContext& context, TAnalysis& analysis, const TChessboard& boa
     driver.ListMoves();
     if (nPlies > kShortestDemandingPlies && bAllowThreadDemand && !analysis.m_bThreadsForced &&
         !context.m_bNoThreadDemand) {
-        if (const int demand = DemandedThreads(analysis, run, root)) {
+        if (const int demand = driver.DemandedThreads()) {
             analysis.m_bThreadsForced = true;
             return -demand;
         }

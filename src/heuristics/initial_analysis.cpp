@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "core/precalc_at_hand.h"
 #include "core/queries.h"
 #include "heuristics/choose_edge.h"
 #include "heuristics/choose_forced_mate.h"
@@ -133,7 +134,7 @@ TInitialAnalysis AnalyzeInitialPosition(TChessboard& root, const TInitialAnalysi
     choice.m_bRootMoveSolved = !result.m_solvedMoves.empty();
     if (request.m_bChosenHeuristics)
         choice.m_nMask = request.m_nChosenHeuristics;
-    else if (IsReducibleToPrecalcData(root, IsPrecalcDataAvailable)) // 2
+    else if ((root.m_wKingState & kNoPrecalcData) == 0 && IsReducibleToPrecalcData(root, IsPrecalcDataAvailable)) // 2
         choice.m_nMask = SH_REDUCTIONTOGLOBREGPOS;
     if (!request.m_bChosenHeuristics && !HasOnlyTwinBishops(root))
         ChooseHeuristics(choice); // 4 to 13

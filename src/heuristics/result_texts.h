@@ -50,6 +50,9 @@ inline constexpr const char* kMovesFound = "The following moves have been found:
 /// "Engine wants to force a different number of threads (n). Do you accept it?"
 [[nodiscard]] std::string ThreadDemandQuestion(int nThreads);
 
+/// What a run ends with that has found no memory for what it cannot do without.
+inline constexpr char kOutOfMemory[] = "Out of memory.";
+
 /// The line of the mode in the summary: "* Search for single solution\n".
 [[nodiscard]] std::string ModeText(const TAnalysis& analysis, bool bAnySolution);
 

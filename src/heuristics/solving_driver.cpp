@@ -4,6 +4,7 @@
 
 #include "core/chess_exception.h"
 #include "core/notation.h"
+#include "core/precalc_at_hand.h"
 #include "heuristics/heuristic_text.h"
 #include "heuristics/result_texts.h"
 #include "platform/clock.h"
@@ -21,7 +22,7 @@ namespace quillon {
 namespace {
 
 constexpr std::int64_t kMegabyte = 1 << 20;
-constexpr std::int64_t kMostGuideBytes = 128 * kMegabyte; // more positions than its longest look expands
+constexpr std::int64_t kMostGuideBytes = 128 * kMegabyte; // more positions than its longest look expands on two threads
 constexpr std::int64_t kGuideBytesAlone = 8 * kMegabyte;  // where the register is given no memory to share
 constexpr std::int64_t kFewestSharedBytes = 2 * kMegabyte;
 constexpr std::uint64_t kLastEffective = 999'999; // threads; no machine starts so many
@@ -67,16 +68,21 @@ std::uint64_t EffectiveThreads(const TAnalysis& analysis) {
     return std::min(threads, kLastEffective);
 }
 
-/// Stops of single threads end with the solve they were given in: another's threads have the same numbers.
-class CStopsOfSolve {
+/// Stops end with the start that they were given in, and so does what was meant for single threads. They are taken back
+/// at its end, not at the beginning of the next: whoever starts a solve on another thread may stop it before it runs.
+class CCommandsOfSolve {
   public:
-    explicit CStopsOfSolve(TAnalysis& analysis) : m_analysis(analysis) {}
-    ~CStopsOfSolve() { DropStopsOfThreads(m_analysis); }
-    CStopsOfSolve(const CStopsOfSolve&) = delete;
-    CStopsOfSolve& operator=(const CStopsOfSolve&) = delete;
+    CCommandsOfSolve(TAnalysis& analysis, TSearchContext& context) : m_analysis(analysis), m_context(context) {}
+    ~CCommandsOfSolve() {
+        DropCommandsOfSolve(m_analysis);
+        m_context.m_nStopRequest.store(kRunRequest, std::memory_order_relaxed);
+    }
+    CCommandsOfSolve(const CCommandsOfSolve&) = delete;
+    CCommandsOfSolve& operator=(const CCommandsOfSolve&) = delete;
 
   private:
     TAnalysis& m_analysis;
+    TSearchContext& m_context;
 };
 
 bool HadPassWithHeuristics(const TSolvingResult& result) {
@@ -91,6 +97,8 @@ CSolve::CSolve(TSolveRequest request) : m_request(std::move(request)), m_context
     m_run.m_bLog = m_request.m_bLog;
     m_run.m_bStopRelaxingOnSolution = m_request.m_bStopRelaxingOnSolution;
     m_analysis.m_bTryRelaxSpecialHeuristicsLog = m_request.m_bRelaxationLog;
+    if (!m_request.m_bUsePrecalculatedData)
+        m_request.m_board.m_wKingState |= kNoPrecalcData;
     TakeRequest();
 }
 
@@ -221,7 +229,8 @@ void CSolve::PrepareExpectedWhiteMoves() {
     m_analysis.m_pExpectedWhiteMoves = m_expectedWhiteMoves.get();
 }
 
-/// Made once, empty at the start of a solve, kept across the restarts within it.
+/// Made once and kept across the restarts within a solve. A further start finds it empty, or, if it is told to use it,
+/// with all that the one before has proved: a stop leaves it as it is.
 void CSolve::PrepareRegister(INotifier& notifier) {
     if (!IsRegisterWorthwhile())
         return;
@@ -233,7 +242,7 @@ void CSolve::PrepareRegister(INotifier& notifier) {
             budget, BucketCount(PliesOf(m_request.m_nStipulation), budget / kMegabyte));
         m_searchRegister = std::make_unique<CSearchRegister>(*m_register);
         m_pShownRegister.store(m_register.get(), std::memory_order_release);
-    } else {
+    } else if (m_request.m_bClearRegister) {
         m_register->Clear(0, true);
     }
     m_register->m_hooks.m_showMessage = [&notifier](std::string_view text, std::string_view title) {
@@ -298,7 +307,7 @@ int CSolve::RunRoot(INotifier& notifier) {
 TSolvingResult CSolve::StartSolving(INotifier& notifier) {
     const std::uint64_t start = AnalysisTicks(m_analysis); // what is made ready counts as well
     const CCountedThread running(m_analysis.m_nRunningThreads);
-    const CStopsOfSolve stops(m_analysis);
+    const CCommandsOfSolve commands(m_analysis, *m_context);
     Prepare(notifier);
     if (m_request.m_bBruteForce && !notifier.AskYesNo(kBruteForceQuestion, "Quillon")) {
         m_run.m_bStopped = true;

@@ -53,10 +53,11 @@ struct TSolveRequest {
     bool m_bAllowThreadDemand = false;   // the user may be asked for more threads
     std::int64_t m_nMemoryBudgetMB = -1; // of the register; 0: none; negative: a share of the physical memory
     int m_nMemoryShare = 20;             // that share, in percent
+    bool m_bClearRegister = true;        // a further start begins with an empty register, not with what is known
     bool m_bLog = false;
 
     // Data from outside the search: who provides it asks here how far this solve may use it.
-    bool m_bUsePrecalculatedData = true;
+    bool m_bUsePrecalculatedData = true;        // false: none answer, even if others of this process are used
     std::int64_t m_nPrecalculatedBudgetMB = -1; // negative: that of the process
     int m_nLichessLevels = 0;                   // White's first moves that may be asked of the online tablebase
 
@@ -117,7 +118,8 @@ class CSolve {
     explicit CSolve(TSolveRequest request);
     ~CSolve();
 
-    /// Runs the solve to its end. May be called again: each start begins with the request as it was given.
+    /// Runs the solve to its end. May be called again: each start begins with the request as it was given. A stop ends
+    /// with the start that it was given in; one that comes before a start ends that at once.
     ///   Errors  ChessException for a request that cannot be run: stipulation out of range, Black in check.
     [[nodiscard]] TSolvingResult StartSolving(INotifier& notifier);
 

@@ -19,13 +19,15 @@ int GroupSize(int nMoves, int nWanted, int nLimit) {
 std::uint64_t FirstThreadNumber(int nLevel, std::uint32_t nParent, int nWanted, int nSize) {
     const auto size = static_cast<std::uint64_t>(nSize);
     std::uint64_t base = static_cast<std::uint64_t>(nWanted), parents = 0;
-    for (int level = 1; level < nLevel && base <= kLastThreadNumber; ++level) {
+    for (int level = 1; level < nLevel; ++level) {
+        if (base > kLastThreadNumber)
+            return std::uint64_t{kLastThreadNumber} + 1;
         parents = base;
         base = parents * (size + 1);
     }
-    if (base > kLastThreadNumber || nParent < parents)
-        return std::uint64_t{kLastThreadNumber} + 1;
-    return (nParent - parents) * size + base;
+    // (nParent - parents) * size + base, in an order in which nothing is negative: where a forced move has left a level
+    // without a group, the parent's number lies below those of its level.
+    return nParent * size + (base - parents * size);
 }
 
 std::vector<std::vector<TMove>> DealMoves(const TMove* moves, int nMoves, int nThreads) {

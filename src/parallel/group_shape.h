@@ -20,7 +20,9 @@ inline constexpr std::uint32_t kLastThreadNumber = 0x7FFFF;
 ///   nLimit   of the analysis, 1: a group is none; 0: there is no limit.
 [[nodiscard]] int GroupSize(int nMoves, int nWanted, int nLimit);
 
-/// Number of the first thread of a group; thread i of it has i more. Each level of the tree has a range of its own.
+/// Number of the first thread of a group; thread i of it has i more. In a tree of full groups every thread has a number
+/// of its own; where a level has been left out (a forced move) or groups are capped, two may have the same. The search
+/// does not look at numbers. A command to a number is for every thread that has it, until the first of them has ended.
 ///   nLevel   moves of White played before the node, >= 1.
 ///   nParent  number of the thread that forms the group.
 ///   nWanted  threads a group is to have; nSize: threads this one gets.

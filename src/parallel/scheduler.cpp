@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "parallel/search_thread.h"
+#include "platform/clock.h"
 #include "platform/memory_info.h"
 #include "platform/sleep.h"
 #include "search/analysis.h"
@@ -20,12 +21,14 @@ using TClock = std::chrono::steady_clock;
 
 constexpr int kAttempts = 3;                                      // to start a worker
 constexpr TClock::duration kStep = std::chrono::milliseconds(10); // in which requests to the node reach its workers
+constexpr std::uint64_t kExhaustedMs = 500; // without an attempt when there is no thread to be had
 
 constexpr std::uint64_t kMiB = 1u << 20;
 constexpr std::uint64_t kMemoryPart = 5; // a fifth of the memory
 
 std::atomic<int> g_nSchedulerThreads{0};
-std::atomic<int> g_nMostSchedulerThreads{-1}; // negative: by memory
+std::atomic<int> g_nMostSchedulerThreads{-1};    // negative: by memory
+std::atomic<std::uint64_t> g_nExhaustedUntil{0}; // as TickCount64
 
 /// Takes one of the threads that there may be: false when there is none left.
 bool TakeThread() {
@@ -36,6 +39,12 @@ bool TakeThread() {
 }
 
 void GiveThreadBack() { g_nSchedulerThreads.fetch_sub(1, std::memory_order_relaxed); }
+
+/// Has the system just had no thread to give? It is not asked again at once: there are thousands of nodes in a second,
+/// and each attempt costs the register part of what it knows.
+bool IsSystemExhausted() { return TickCount64() < g_nExhaustedUntil.load(std::memory_order_relaxed); }
+
+void NoteExhaustedSystem() { g_nExhaustedUntil.store(TickCount64() + kExhaustedMs, std::memory_order_relaxed); }
 
 /// 1 for the first white nodes below the multithreading levels.
 int LevelOf(const TChessboard& b) {
@@ -87,6 +96,8 @@ void TScheduler::TakeMoves(const TMove* list, int nMoves) {
     m_slots.resize(static_cast<std::size_t>(nMoves));
     for (TSlot& slot : m_slots)
         slot.m_move = *list++;
+    if (!m_bInRange)
+        m_nCustomFrom = nMoves;
 }
 
 TMateResult TScheduler::Run(TNodeFunction pNode) {
@@ -128,34 +139,31 @@ bool TScheduler::GiveNextTurn() {
 
 // --- Workers
 
+/// At the limit of their number the register keeps what it has: that ends no thread, and each move of each node would
+/// have it emptied.
 bool TScheduler::StartWorker() {
-    if (m_workers.size() >= kMostWorkers)
+    if (m_workers.size() >= kMostWorkers || IsSystemExhausted())
         return false;
-    for (int attempt = 1;; ++attempt) {
-        if (!TakeThread())
-            return false;
-        switch (TryStartWorker()) {
-        case EStart::Started:
-            return true;
-        case EStart::NoThread:
-            GiveThreadBack();
-            if (attempt < kAttempts)
-                break;
-            SetMostSchedulerThreads(std::max(SchedulerThreads(), 1)); // the system's limit
-            return false;
-        case EStart::NoMemory:
-            GiveThreadBack();
-            if (attempt == kAttempts)
-                return false;
-            break;
-        }
-        if (m_position.m_pAnalysis->m_pRegister != nullptr)
-            m_position.m_pAnalysis->m_pRegister->FreeMemory();
+    EStart start = TryStartWorker();
+    for (int attempt = 1; start != EStart::Started && attempt < kAttempts; ++attempt) {
+        if (start != EStart::AtLimit)
+            FreeMemory();
         SleepMs(0);
+        start = TryStartWorker();
     }
+    if (start == EStart::NoThread)
+        NoteExhaustedSystem();
+    return start == EStart::Started;
+}
+
+void TScheduler::FreeMemory() const {
+    if (ITemporaryRegister* const known = m_position.m_pAnalysis->m_pRegister)
+        known->FreeMemory();
 }
 
 TScheduler::EStart TScheduler::TryStartWorker() {
+    if (!TakeThread())
+        return EStart::AtLimit;
     const std::size_t slot = m_nNext, workers = m_workers.size();
     try {
         TWorker& worker = m_workers.emplace_back();
@@ -166,16 +174,19 @@ TScheduler::EStart TScheduler::TryStartWorker() {
         worker.m_thread = CThread(SearchStackBytes(m_position.m_nInitialMoves), [this, &worker] { Work(worker); });
         m_pTurn = &worker;
     } catch (const std::bad_alloc&) {
-        return Forget(slot, workers), EStart::NoMemory;
+        Forget(slot, workers);
+        return EStart::NoMemory;
     } catch (const std::system_error&) {
-        return Forget(slot, workers), EStart::NoThread;
+        Forget(slot, workers);
+        return EStart::NoThread;
     }
     m_passedOn = kRunRequest;
     return EStart::Started;
 }
 
-/// Back to so many workers, the slot not begun.
+/// Back to so many workers, the slot not begun: there is no thread.
 void TScheduler::Forget(std::size_t slot, std::size_t nWorkers) {
+    GiveThreadBack();
     m_slots[slot].m_pWorker = nullptr;
     m_nNext = slot;
     while (m_workers.size() > nWorkers)

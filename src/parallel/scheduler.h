@@ -49,7 +49,8 @@ class TScheduler {
   public:
     /// A scheduler for moves of the white node `position`.
     ///   pParent      the innermost scheduler that its line stands in, null for none.
-    ///   nCustomFrom  so many moves at the head of the list were sorted among the best.
+    ///   nCustomFrom  so many moves at the head of the list were sorted among the best. Outside the range, where a turn
+    ///                is short for every move, none of them counts as late.
     TScheduler(TChessboard& position, const TScheduler* pParent, int nCustomFrom);
     TScheduler(const TScheduler&) = delete;
     TScheduler& operator=(const TScheduler&) = delete;
@@ -73,6 +74,9 @@ class TScheduler {
 
     /// Is this the scheduler of a node within the levels told, not of one further down?
     [[nodiscard]] bool IsInRange() const { return m_bInRange; }
+
+    /// What the moves have had so far.
+    [[nodiscard]] TSlotTimes Times() const;
 
   private:
     struct TWorker {
@@ -99,7 +103,7 @@ class TScheduler {
         std::chrono::steady_clock::duration m_left{};
     };
 
-    enum class EStart { Started, NoThread, NoMemory };
+    enum class EStart { Started, AtLimit, NoThread, NoMemory };
 
     [[nodiscard]] bool IsEnded() const;
     [[nodiscard]] bool MayGoOn() const;
@@ -107,6 +111,7 @@ class TScheduler {
 
     [[nodiscard]] bool StartWorker();
     [[nodiscard]] EStart TryStartWorker();
+    void FreeMemory() const;
     void Forget(std::size_t slot, std::size_t nWorkers);
     [[nodiscard]] bool TakeSlot(TWorker& worker);
     void Work(TWorker& worker);
@@ -126,7 +131,6 @@ class TScheduler {
     void StopWorkers();
 
     [[nodiscard]] TMateResult Conclude();
-    [[nodiscard]] TSlotTimes Times() const;
 
     TChessboard& m_position;
     TSearchContext& m_context;

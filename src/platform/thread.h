@@ -43,4 +43,8 @@ void SetThreadPriority(int nPriority);
 /// The threads made by CThread that exist in this process now.
 [[nodiscard]] int LiveThreads();
 
+/// The next `nThreads` that are asked for are refused, as by a system that has none left: what callers do then can be
+/// tried out. 0: none is.
+void RefuseThreads(int nThreads);
+
 } // namespace quillon

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <limits.h>
 #include <memory>
 #include <sys/resource.h>
@@ -17,6 +18,7 @@ namespace {
 using TBody = std::function<void()>;
 
 std::atomic<int> g_nLiveThreads{0};
+std::atomic<int> g_nRefusedThreads{0};
 
 constexpr int kNiceOfAStep = 5; // one step of priority in the system's measure
 
@@ -56,6 +58,9 @@ class CThreadAttributes {
 } // namespace
 
 CThread::CThread(std::size_t stackBytes, std::function<void()> body) {
+    if (g_nRefusedThreads.load(std::memory_order_relaxed) > 0 &&
+        g_nRefusedThreads.fetch_sub(1, std::memory_order_relaxed) > 0)
+        Check(EAGAIN, "start of a thread");
     CThreadAttributes attributes;
     attributes.SetStack(stackBytes);
     auto argument = std::make_unique<TBody>(std::move(body));
@@ -90,6 +95,8 @@ void SetThreadPriority(int nPriority) {
     if (nPriority != 0)
         (void)setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), -nPriority * kNiceOfAStep);
 }
+
+void RefuseThreads(int nThreads) { g_nRefusedThreads.store(nThreads, std::memory_order_relaxed); }
 
 int LiveThreads() { return g_nLiveThreads.load(std::memory_order_relaxed); }
 

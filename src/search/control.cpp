@@ -323,10 +323,12 @@ void DropOwnCommand(TAnalysis& analysis, std::uint32_t thread) {
         EndCommand(analysis);
 }
 
-void DropStopsOfThreads(TAnalysis& analysis) {
+void DropCommandsOfSolve(TAnalysis& analysis) {
     const CControlLock lock(analysis);
     UnmarkStopped(analysis, kAllThreads);
-    if (analysis.m_nCommand.load(std::memory_order_relaxed) == kStopCommand && !AreAllStopped(analysis))
+    const bool bPauseOfAll =
+        analysis.m_nCommand.load(std::memory_order_relaxed) == kPauseCommand && IsInForceFor(analysis, kAllThreads);
+    if (!bPauseOfAll)
         EndCommand(analysis);
 }
 

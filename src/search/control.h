@@ -78,7 +78,8 @@ bool ObeyManualCommand(const TChessboard& b, TMove* list, int nMoves, int& i, in
 /// A thread that ends takes back a pause or stop that was meant for it alone: a later thread of its number is another.
 void DropOwnCommand(TAnalysis& analysis, std::uint32_t thread);
 
-/// A solve that ends takes back the stops of single threads that have never come about.
-void DropStopsOfThreads(TAnalysis& analysis);
+/// A solve that ends takes back what was meant for it or for single threads of it: stops and pauses; another start is
+/// another solve, whose threads have the same numbers. A pause of all threads stays: whoever has given it ends it.
+void DropCommandsOfSolve(TAnalysis& analysis);
 
 } // namespace quillon

@@ -31,6 +31,11 @@ bool IsKnownToTables(const TChessboard& b) {
            (BlackCastlingsOnBoard(b) == 0 || BlackCastlingsLeft(b) == 0);
 }
 
+/// Null: there are no data, or this solve is not to use them.
+CGlobalRegisters* RegistersFor(const TChessboard& b) {
+    return ArePrecalcDataAtHand() && (b.m_wKingState & kNoPrecalcData) == 0 ? ActiveRegisters() : nullptr;
+}
+
 TSearchGate GateOf(const TChessboard& b) {
     return {(b.m_pAnalysis->m_nSolveMode & kAllSolutions) != 0,
             b.m_pContext->m_nPositionsLeft != TSearchContext::kNoBound, IsStopping};
@@ -63,8 +68,8 @@ bool IsLengthWorthReading(const TChessboard& b) {
 } // namespace
 
 std::uint16_t HalfMovesByData(const TChessboard& b) {
-    CGlobalRegisters* const registers = ActiveRegisters();
-    if (registers == nullptr || !ArePrecalcDataAtHand() || !IsKnownToTables(b))
+    CGlobalRegisters* const registers = RegistersFor(b);
+    if (registers == nullptr || !IsKnownToTables(b))
         return kUnknownHalfMoves;
     try {
         const CRegisterUse data(registers->GetRegister(b, GateOf(b)));
@@ -106,7 +111,7 @@ ECustomAnswer AskNextCustomType(CGlobalRegisters& registers, const TChessboard& 
 /// A custom type knows only play that leaves its frozen men where they are: a mate by it is one, but there may be a
 /// shorter one, and where it has none there may be one. Of the types that the position is of, any may mate.
 bool MatesWithFrozenMen(const TChessboard& b) {
-    CGlobalRegisters* const registers = ActiveRegisters();
+    CGlobalRegisters* const registers = RegistersFor(b);
     if (registers == nullptr || !registers->HasCustomTypes() || !IsKnownToTables(b))
         return false;
     ECustomAnswer answer = ECustomAnswer::Silent;

@@ -1,11 +1,14 @@
 // `quillon generate`.
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <thread>
 
+#include "cli/generate_host.h"
 #include "cli/program_run.h"
 #include "globalregister/table_files.h"
 
@@ -42,6 +45,8 @@ TEST_F(GenerateCommand, MakesTablesThatProbeReads) {
     EXPECT_EQ(queen["mate"], 10);
     EXPECT_EQ(rook["mate"], 16);
     EXPECT_EQ(rook["result"], "made");
+    EXPECT_EQ(rook["packed"], true);
+    EXPECT_TRUE(rook["given_up"].is_null());
     EXPECT_EQ(rook["file"], Table("R.precalc"));
     EXPECT_EQ(rook["bytes"], 40960);
     EXPECT_GT(rook["levels"], 30);
@@ -106,6 +111,68 @@ TEST_F(GenerateCommand, AnInterruptedRunGoesOn) {
     EXPECT_FALSE(std::filesystem::exists(Table("QR.precalc.iter")));
     EXPECT_TRUE(ReadWholeFile(Table("Q.precalc")) == ThreeMenElements("Q"));
     EXPECT_TRUE(ReadWholeFile(Table("R.precalc")) == ThreeMenElements("R"));
+}
+
+/// The pause is in no time that is told.
+TEST_F(GenerateCommand, APausedRunStandsStill) {
+    const auto start = std::chrono::steady_clock::now();
+    CProgramRun run(Arguments({"QR", "--with-subtypes", "--progress", "--json"}), {"", "", false, EProcessGroup::Own});
+    ASSERT_TRUE(run.WaitForError("QR, 3 of 3: level "));
+    run.Signal(SIGTSTP);
+    ASSERT_TRUE(run.WaitForStop());
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    run.Signal(SIGCONT);
+    EXPECT_TRUE(run.WaitForError("quillon: going on\n"));
+    run.Signal(SIGINT);
+    const TProgramResult result = run.Finish();
+    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+    const std::vector<std::string> lines = result.OutLines();
+    ASSERT_EQ(lines.size(), 3u) << result.m_err;
+    double told = 0;
+    for (const std::string& line : lines)
+        told += TGeneratedJson::parse(line)["seconds"].get<double>();
+    EXPECT_LE(told, wall.count() - 0.4);
+    const TGeneratedJson last = TGeneratedJson::parse(lines.back());
+    EXPECT_EQ(last["given_up"].is_null(), last["result"] == "made") << "it may have been too late to give up a level";
+}
+
+TEST(GenerateHost, RateAndTimeLeftAreThoseOfTheLevelWithoutPauses) {
+    CProgressLine line(false);
+    CGenerateHost host(line, {});
+    EXPECT_EQ(host.ProgressText(), "starting");
+    TGenerateProgress progress{"QR", 2, 3, {7, 255, 0, 0}, 40'000'000, 100, 5.0};
+    host.Progress(progress);
+    EXPECT_EQ(host.ProgressText(), "QR, 2 of 3: level 7, 0.0%, 100 found");
+    progress.m_level.m_nPermille = 250;
+    progress.m_level.m_nFound = 23;
+    progress.m_seconds = 15;
+    host.Progress(progress);
+    EXPECT_EQ(host.ProgressText(),
+              "QR, 2 of 3: level 7, 25.0%, 123 found, 1.00 million a second, 0:30 left in the level");
+}
+
+TEST(GenerateHost, JsonTellsWhatIsNotKnownAsNull) {
+    TGenerateReport report;
+    report.m_status = EGenerateStatus::Done;
+    report.m_bMade = report.m_bNotPacked = true;
+    report.m_bPacked = false;
+    report.m_nMate = report.m_nLevels = 9;
+    report.m_nGivenUp = 0;
+    const TGeneratedJson made = TGeneratedJson::parse(GenerateJson(report));
+    EXPECT_EQ(made["result"], "made");
+    EXPECT_EQ(made["packed"], false);
+    EXPECT_TRUE(made["mate"].is_null()) << "not counted";
+    EXPECT_TRUE(made["positions"].is_null());
+    EXPECT_EQ(GenerateText(report).find("longest"), std::string::npos);
+    report = {};
+    report.m_status = EGenerateStatus::Cancelled;
+    report.m_nLevels = 3;
+    report.m_nMate = 2;
+    report.m_nGivenUp = 4;
+    const TGeneratedJson stopped = TGeneratedJson::parse(GenerateJson(report));
+    EXPECT_EQ(stopped["given_up"], 4);
+    EXPECT_EQ(stopped["mate"], 2);
+    EXPECT_TRUE(stopped["packed"].is_null());
 }
 
 TEST_F(GenerateCommand, WrongUsageIsToldInOneLine) {

@@ -31,6 +31,14 @@ class PrecalcCommands : public ::testing::Test {
         elements.pop_back();
         WriteElements(Table(), elements);
     }
+    /// A custom type whose positions have all the same element; its path.
+    std::string WriteCustom(std::uint8_t element = 5) {
+        const std::string path = Folder() + "/CustomPrecalc/Rk_+Kc2+Pa2+p_a3.precalc";
+        TElements elements(TPositionIndexing("Rk+Kc2+Pa2+pa3").GetSize(), element);
+        elements[0] = 0; // the flags
+        WriteElements(path, elements);
+        return path;
+    }
     void ExpectFailure(const std::vector<std::string>& arguments, const std::string& message) {
         const TProgramResult result = RunQuillon(arguments);
         EXPECT_EQ(result.m_nStatus, 2) << message;
@@ -111,6 +119,60 @@ TEST_F(PrecalcCommands, ProbeTellsTheLength) {
     const TProgramResult queen = probe("8/8/8/3k4/8/8/8/K3Q3");
     EXPECT_EQ(queen.m_nStatus, 1);
     EXPECT_EQ(queen.m_out, "Position type:  Q\nNo info on positions of this type\n");
+    EXPECT_EQ(probe("8/8/8/3k4/8/8/8/K3Q3 b").m_out,
+              "Position type:  Q\nNo info about positions before Black's move\n");
+    EXPECT_EQ(probe("8/8/8/3k4/8/8/8/K3R3 b").m_out,
+              "Position type:  R\nIndex:          2910\nNo information about positions before Black's move\n");
+}
+
+TEST_F(PrecalcCommands, ProbeGoesToAnIndex) {
+    const auto probe = [this](const std::string& type, const std::string& index,
+                              const char* more = "--precalc-memory=9") {
+        return RunQuillon({"probe", "--type", type, "--index", index, "--precalc", Folder(), more});
+    };
+    const TProgramResult mate = probe("R", "2910");
+    EXPECT_EQ(mate.m_nStatus, 0);
+    EXPECT_EQ(mate.m_out, "Position:       8/8/8/3k4/8/8/8/K3R3\nPosition type:  R\nIndex:          2910\n#14 in "
+                          "current position\n");
+    const auto object = nlohmann::json::parse(probe("R", "2910", "--json").m_out);
+    EXPECT_EQ(object["fen"], "8/8/8/3k4/8/8/8/K3R3 w");
+    EXPECT_EQ(object["index"], 2910);
+    EXPECT_EQ(object["moves"], 14);
+    for (const char* const text : {"12a", "-1", "1.5", "x", "+3", "0x10", " 1"}) {
+        const TProgramResult result = probe("R", text);
+        EXPECT_EQ(result.m_nStatus, 2) << text;
+        EXPECT_EQ(result.m_err, "quillon: Expected a integer number\n") << text;
+    }
+    for (const char* const text : {"0", "40960", "99999999999999999999"})
+        EXPECT_EQ(probe("R", text).m_nStatus, 2) << text;
+    EXPECT_EQ(probe("Q", "7").m_nStatus, 1) << "no data";
+    EXPECT_EQ(probe("K", "7").m_nStatus, 2);
+    EXPECT_EQ(RunQuillon({"probe", "--precalc", Folder()}).m_nStatus, 2);
+    EXPECT_EQ(RunQuillon({"probe", "--type", "R", "--precalc", Folder()}).m_nStatus, 2);
+    EXPECT_EQ(probe("R", "2910", "--fen=8/8/8/3k4/8/8/8/K3R3").m_nStatus, 2);
+}
+
+// They prove mates, which may not be the quickest, and nothing else.
+TEST_F(PrecalcCommands, ProbeTellsWhatCustomTypesProve) {
+    const auto probe = [this](const std::string& fen, const char* format) {
+        return RunQuillon({"probe", "--fen", fen, "--precalc", Folder(), format});
+    };
+    (void)WriteCustom(5);
+    constexpr const char* kOfType = "8/8/8/4k3/8/p7/P1K5/7R";
+    const auto mate = nlohmann::json::parse(probe(kOfType, "--json").m_out);
+    EXPECT_EQ(mate["type"], "Rk+Kc2+Pa2+pa3");
+    EXPECT_EQ(mate["result"], "mate");
+    EXPECT_EQ(mate["moves_at_most"], 5);
+    EXPECT_FALSE(mate.contains("moves"));
+    const TProgramResult text = RunQuillon({"probe", "--fen", kOfType, "--precalc", Folder()});
+    EXPECT_EQ(text.m_nStatus, 0);
+    EXPECT_NE(text.m_out.find("\nMate in at most 5 moves in current position\n"), std::string::npos) << text.m_out;
+    EXPECT_EQ(nlohmann::json::parse(probe(kRookEnding, "--json").m_out)["moves"], 14) << "exact data come first";
+    EXPECT_EQ(probe("8/8/8/4k3/8/p7/PK6/7R", "--json").m_nStatus, 1) << "the king is not on its square";
+    (void)WriteCustom(0);
+    const TProgramResult none = probe(kOfType, "--json");
+    EXPECT_EQ(none.m_nStatus, 1);
+    EXPECT_EQ(nlohmann::json::parse(none.m_out)["result"], "unknown") << "no mate is none of their answers";
 }
 
 TEST_F(PrecalcCommands, ListAndStatus) {
@@ -120,10 +182,23 @@ TEST_F(PrecalcCommands, ListAndStatus) {
     EXPECT_EQ(listed["elements"], 40960);
     EXPECT_EQ(listed["form"], "plain");
     EXPECT_EQ(listed["searched"], true);
-    const std::string custom = Folder() + "/CustomPrecalc/KQk_+Pa2.precalc";
-    WriteElements(custom, {0});
+    WriteElements(Folder() + "/Precalc/R.precalc.details.packed.lzw", {0});
+    const TProgramResult two = RunQuillon({"precalc", "list", "--json", "--precalc", Folder()});
+    ASSERT_EQ(two.OutLines().size(), 2u);
+    EXPECT_EQ(nlohmann::json::parse(two.OutLines()[1])["searched"], false) << "no load reads it";
+    const std::string custom = WriteCustom();
     EXPECT_NE(RunQuillon({"precalc", "list", "--precalc", Folder()}).m_out.find(custom + "\n"), std::string::npos);
-    EXPECT_EQ(RunQuillon({"precalc", "status", "--precalc", Folder()}).m_nStatus, 0);
+    const TProgramResult all = RunQuillon({"precalc", "status", "--precalc", Folder()});
+    EXPECT_EQ(all.m_nStatus, 0);
+    EXPECT_EQ(all.m_out, "Current size of global register in memory: 0 MB\nR 0 MB AllocCount=0 LastAccess 0 sec(s). "
+                         "ago\nRk+Kc2+Pa2+pa3 0 MB AllocCount=0 LastAccess 0 sec(s). ago\n0 register(s) pending.\n");
+    const TProgramResult customs =
+        RunQuillon({"precalc", "status", "Rk+Kc2+Pa2+pa3", "KQk+Pa2", "--precalc", Folder(), "--json"});
+    EXPECT_EQ(customs.m_nStatus, 1);
+    const auto types = nlohmann::json::parse(customs.m_out)["types"];
+    ASSERT_EQ(types.size(), 2u);
+    EXPECT_EQ(types[0], nlohmann::json::parse(R"({"type":"Rk+Kc2+Pa2+pa3","loaded":true,"bytes":3721})"));
+    EXPECT_EQ(types[1], nlohmann::json::parse(R"({"type":"KQk+Pa2","loaded":false,"bytes":0})"));
     const TProgramResult status = RunQuillon({"precalc", "status", "R", "QR", "--precalc", Folder()});
     EXPECT_EQ(status.m_nStatus, 1);
     EXPECT_EQ(status.m_out, "Current size of global register in memory: 0 MB\nQR unavailable/redundant/not enough "

@@ -106,6 +106,19 @@ CProgramRun::~CProgramRun() {
 
 void CProgramRun::Signal(int signal) const { kill(m_pid, signal); }
 
+/// The system tells the mask of the signals that a process catches.
+bool CProgramRun::WaitForHandler(int signal) const {
+    using namespace std::chrono_literals;
+    const std::regex caught(R"(SigCgt:\s*([0-9a-f]+))");
+    for (int nSteps = 0; nSteps < 500; ++nSteps, std::this_thread::sleep_for(20ms)) {
+        const std::string status = ReadAll("/proc/" + std::to_string(m_pid) + "/status");
+        std::smatch mask;
+        if (std::regex_search(status, mask, caught) && (std::stoull(mask[1], nullptr, 16) >> (signal - 1) & 1) != 0)
+            return true;
+    }
+    return false;
+}
+
 bool CProgramRun::WaitForStop() const {
     using namespace std::chrono_literals;
     for (int nSteps = 0; nSteps < 3000; ++nSteps, std::this_thread::sleep_for(20ms)) {

@@ -40,6 +40,9 @@ class CProgramRun {
 
     void Signal(int signal) const;
 
+    /// Waits, up to ten seconds, until the program has a handler for the signal; false if it gets none.
+    [[nodiscard]] bool WaitForHandler(int signal) const;
+
     /// Waits, up to a minute, until a signal has stopped the process; false if none does.
     [[nodiscard]] bool WaitForStop() const;
 

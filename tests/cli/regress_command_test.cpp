@@ -79,6 +79,17 @@ TEST_F(RegressCommand, SolvesWithDataAsSolveDoes) {
     EXPECT_NE(none.m_out.find("Requires clause not satisfied"), std::string::npos) << none.m_out;
 }
 
+// A table that knows of no mate shows who asks it.
+TEST_F(RegressCommand, OfProblemsAtATimeNoneUsesDataThatItForbids) {
+    WriteElements(m_folder.Path() / "Precalc/R.precalc", TElements(ThreeMenElements("R").size(), 0));
+    const TProgramResult result = Run("1 #3 Requires R { FEN: 8/8/8/8/7R/3K4/8/1k6 }\n"
+                                      "2 #3 NOGLOBREG Requires R { FEN: 8/8/8/8/7R/3K4/8/1k6 }\n",
+                                      {"--jobs", "2", "--quick"});
+    EXPECT_EQ(result.m_nStatus, 0) << result.m_out << result.m_err;
+    EXPECT_NE(result.m_out.find("Prob.#1 No solution"), std::string::npos) << result.m_out;
+    EXPECT_NE(result.m_out.find("Prob.#2 Kd3-c3"), std::string::npos) << result.m_out;
+}
+
 TEST_F(RegressCommand, AllAsExpectedIsStatusZeroAndTheOldLogStays) {
     m_folder.Write("RegressionTest.log", "old\n");
     EXPECT_EQ(Run("1" + std::string(kGoodProblem), {"--quick"}).m_nStatus, 0);

@@ -18,7 +18,8 @@ using TClock = std::chrono::steady_clock;
 using TJson = nlohmann::ordered_json;
 
 constexpr const char* kHopelessFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR";
-constexpr double kSoon = 10; // seconds; some 0.1 on an idle machine, much more on a busy one with sanitizers
+constexpr double kSoon = 1;  // seconds; some 0.1 on an idle machine
+constexpr int kAttempts = 5; // to be so soon: a busy machine may hold up any of them
 
 std::vector<std::string> Hopeless(std::vector<std::string> more) {
     std::vector<std::string> arguments{"solve", "--fen", kHopelessFen, "--moves", "20",    "--heuristics",
@@ -94,27 +95,62 @@ TEST(Suspend, WithoutJobControlTheProcessWaits) {
     }
 }
 
+/// Does one of some attempts take no longer than is soon? An attempt returns how long it has taken.
+template <class TAttempt> bool IsOnceSoon(TAttempt attempt) {
+    for (int i = 0; i < kAttempts && !::testing::Test::HasFatalFailure(); ++i)
+        if (attempt() < kSoon)
+            return true;
+    return false;
+}
+
 TEST(Suspend, AnInterruptMeanwhileIsObeyedBehindIt) {
-    CProgramRun run(Hopeless({"--threads", "4^2", "--progress"}), {"", "", false, EProcessGroup::Own});
-    WaitForPass(run);
-    run.Signal(SIGTSTP);
-    ASSERT_TRUE(run.WaitForStop());
-    run.Signal(SIGINT);
-    run.Signal(SIGCONT);
-    const auto start = TClock::now();
-    const TProgramResult result = run.Finish();
-    EXPECT_LT(SecondsSince(start), kSoon);
-    EXPECT_EQ(result.m_nStatus, 1);
-    EXPECT_EQ(TJson::parse(result.m_out)["result"], "stopped");
+    EXPECT_TRUE(IsOnceSoon([] {
+        CProgramRun run(Hopeless({"--threads", "4^2", "--progress"}), {"", "", false, EProcessGroup::Own});
+        WaitForPass(run);
+        run.Signal(SIGTSTP);
+        EXPECT_TRUE(run.WaitForStop());
+        run.Signal(SIGINT);
+        run.Signal(SIGCONT);
+        const auto start = TClock::now();
+        const TProgramResult result = run.Finish();
+        const double seconds = SecondsSince(start);
+        EXPECT_EQ(result.m_nStatus, 1);
+        EXPECT_EQ(TJson::parse(result.m_out)["result"], "stopped");
+        return seconds;
+    }));
+}
+
+TEST(Suspend, TakesEffectSoon) {
+    EXPECT_TRUE(IsOnceSoon([] {
+        CProgramRun run(Hopeless({"--threads", "4^2", "--progress"}), {"", "", false, EProcessGroup::Own});
+        WaitForPass(run);
+        const auto start = TClock::now();
+        run.Signal(SIGTSTP);
+        EXPECT_TRUE(run.WaitForStop());
+        return SecondsSince(start);
+    }));
 }
 
 TEST(Interrupt, ReachesAllThreadsSoon) {
-    CProgramRun run(Hopeless({"--threads", "4^2", "--progress"}));
-    WaitForPass(run);
-    run.Signal(SIGINT);
-    const auto start = TClock::now();
-    EXPECT_EQ(run.Finish().m_nStatus, 1);
-    EXPECT_LT(SecondsSince(start), kSoon);
+    EXPECT_TRUE(IsOnceSoon([] {
+        CProgramRun run(Hopeless({"--threads", "4^2", "--progress"}));
+        WaitForPass(run);
+        run.Signal(SIGINT);
+        const auto start = TClock::now();
+        EXPECT_EQ(run.Finish().m_nStatus, 1);
+        return SecondsSince(start);
+    }));
+}
+
+/// Nothing is told of a solve that has not begun, but the question does no harm.
+TEST(Report, WhileProblemsAreReadEndsNothing) {
+    CProgramRun run({"solve", "-", "--quiet"}, {"", "", true, EProcessGroup::OfTheTest});
+    ASSERT_TRUE(run.WaitForHandler(SIGUSR1));
+    run.Signal(SIGUSR1);
+    run.Feed("8/8/8/8/7Q/n1K5/8/k7 w - - bm #3;\n");
+    const TProgramResult result = run.Finish();
+    EXPECT_EQ(result.m_nStatus, 0) << result.m_err;
+    EXPECT_NE(result.m_out.find("Qh4-b4"), std::string::npos) << result.m_out;
 }
 
 /// What was begun before the pause ends behind it with the same answer.

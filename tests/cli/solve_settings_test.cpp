@@ -49,6 +49,7 @@ TEST_F(SolveSettings, WithoutAFileLeaveTheRequestAsItIs) {
     EXPECT_EQ(request.m_nThreads, 1);
     EXPECT_EQ(request.m_nMultithreadingLevels, 1);
     EXPECT_EQ(request.m_nMemoryShare, 20);
+    EXPECT_TRUE(request.m_bClearRegister);
     EXPECT_LT(request.m_nMemoryBudgetMB, 0);
     EXPECT_TRUE(request.m_sortIndications.empty());
     EXPECT_EQ(request.m_nLichessLevels, 1);
@@ -96,7 +97,9 @@ TEST_F(SolveSettings, HoldForWhatNobodyElseSays) {
     m_settings.m_bCustomScheduler = true;
     m_settings.m_nMultithreadingLevels = 2;
     m_settings.m_nMaxMemRatioForTempReg = 55;
+    m_settings.m_bClearRegisterOnStartSolving = false;
     const TSolveRequest request = Request();
+    EXPECT_FALSE(request.m_bClearRegister);
     EXPECT_TRUE(request.m_bSafeMode);
     EXPECT_TRUE(request.m_bUsePredefinedIndications);
     EXPECT_TRUE(request.m_bRelaxationLog);

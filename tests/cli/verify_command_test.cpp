@@ -93,7 +93,9 @@ TEST_F(VerifyCommand, MissingTypes) {
     EXPECT_EQ(three.m_nStatus, 1);
     EXPECT_EQ(three.m_out, "List of missing precalculated data for positions with 3 pieces :\nQ\nP\n");
     Write("Q", ThreeMenElements("Q"));
-    Write("P", TElements(98304, 0));
+    TElements pawn(98304, 0);
+    pawn[0] = 1; // its pawns have 48 squares
+    Write("P", pawn);
     const TProgramResult all = Run({"precalc", "missing", "3", "--json"});
     EXPECT_EQ(all.m_nStatus, 0);
     EXPECT_EQ(all.m_out, "{\"pieces\":3,\"missing\":[]}\n");

@@ -1,6 +1,7 @@
 #include "globalregister/generator/generate.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <gtest/gtest.h>
@@ -333,7 +334,7 @@ TEST_F(GenerateTables, OneProcessMakesATable) {
     ASSERT_TRUE(other.Lock());
     EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
     ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
-    EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: Another process is making this table: "));
+    EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: Another process is making or mending this table: "));
     EXPECT_FALSE(fs::exists(Plain("Q")));
 }
 
@@ -375,8 +376,9 @@ TEST_F(GenerateTables, ARestartNeedsNoLevelThatCanBeRead) {
     MakeUpTo("Q", 6);
     const TElements unfinished = Table("Q");
     WriteElements(Beside("Q", ".BAK"), Old());
-    for (const TElements& cut : {TElements{}, TElements{6, 0}}) {
-        WriteElements(Beside("Q", ".iter"), cut);
+    for (const TElements& noLevel : {TElements{}, TElements{6, 0}, TElements(4, 0), TElements{0, 128, 0, 0},
+                                     TElements(4, 255)}) { // cut, or no level of any table
+        WriteElements(Beside("Q", ".iter"), noLevel);
         for (const EExistingTable choice : {EExistingTable::Leave, EExistingTable::Continue}) {
             m_options.m_existing = choice;
             EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
@@ -441,6 +443,44 @@ TEST_F(GenerateTables, ARestartThatIsGivenUpAtOnceLeavesTheTableBefore) {
     EXPECT_EQ(report.m_nLevels, 4u);
     EXPECT_TRUE(Table("R") == before);
     EXPECT_EQ(ReadWholeFile(Beside("R", ".iter")), (TElements{4, 0, 0, 0}));
+}
+
+/// What has been saved is there, and told.
+TEST_F(GenerateTables, AFailureTellsWhatTheTableHas) {
+    m_options.m_onFileStep = [this, nSaves = 0](std::string_view step) mutable {
+        if (step == "next" && ++nSaves == 6)
+            fs::create_directory(Beside("Q", ".NEW"));
+    };
+    const TGenerateReport report = Make("Q");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_EQ(report.m_nLevels, 5u);
+    EXPECT_EQ(report.m_nMate, 3u);
+}
+
+/// The save under way ends, then nothing goes on, and the time does not count.
+TEST_F(GenerateTables, APausedRunStandsStill) {
+    constexpr auto kPause = std::chrono::milliseconds(300);
+    std::atomic<int> nSaves = 0;
+    int nSavesInPause = 0;
+    std::jthread user;
+    m_options.m_onFileStep = [&](std::string_view step) {
+        if (step != "next" || ++nSaves != 4)
+            return;
+        PauseGenerator(*m_control);
+        user = std::jthread([&] {
+            std::this_thread::sleep_for(kPause);
+            nSavesInPause = nSaves;
+            ResumeGenerator(*m_control);
+        });
+    };
+    const auto start = std::chrono::steady_clock::now();
+    const TGenerateReport report = Make("Q");
+    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+    user.join();
+    EXPECT_EQ(nSavesInPause, 4);
+    EXPECT_GT(nSaves, 10);
+    EXPECT_LE(report.m_seconds, wall.count() - 0.29);
+    ExpectWhole("Q");
 }
 
 TEST_F(GenerateTables, AStopIsOfAllTypesThatAreLeft) {
@@ -567,6 +607,20 @@ TEST_F(GenerateTables, ATableOfSixMenIsMeasuredWithItsCombinations) {
     EXPECT_EQ(Make("QQQQ").m_missingTypes, TTexts{"QQQ"});
 }
 
+/// Such a list is that of another table whenever one is put back as it was.
+TEST_F(GenerateTables, ListsOfLongestMatesAreNotBelieved) {
+    WriteElements(Plain("Q"), Expected("Q"));
+    WriteElements(Plain("R"), Expected("R"));
+    TElements list(16, 0);
+    list[0] = 100; // moves
+    list[8] = 1;
+    for (const char* type : {"Q", "R"})
+        WriteElements(m_folder.Path() / "MaxMateIndexesCache" / (std::string(type) + ".idx"), list);
+    const TGenerateReport report = Make("P");
+    EXPECT_TRUE(report.m_bMade);
+    EXPECT_LT(report.m_nLevels, 100u);
+}
+
 TEST_F(GenerateTables, ATypeWithConversionsIsTakenUp) {
     WriteElements(Plain("Q"), Expected("Q"));
     WriteElements(Plain("R"), Expected("R"));
@@ -595,7 +649,6 @@ TEST_F(GenerateTables, WhatIsMissingIsMadeFirst) {
     EXPECT_EQ(reports[1].m_status, EGenerateStatus::Done);
     EXPECT_EQ(reports[1].m_nMate, 28u); // the longest win of a pawn
     EXPECT_EQ(Table("P").at(0), 1);
-    EXPECT_TRUE(fs::exists(m_folder.Path() / "MaxMateIndexesCache/R.idx"));
     ExpectWhole("R");
 }
 
@@ -669,6 +722,24 @@ TEST_F(GenerateTables, PackedBeside) {
     ExpectWhole("Q");
 }
 
+/// A load takes them before the bits, and reads no packed form of the file of lengths.
+TEST_F(GenerateTables, LengthsOfBitsPackedForReadingAreATable) {
+    const fs::path lengths = Beside("QQQQ", ".details");
+    EXPECT_EQ(NameInForm(lengths, ETableForm::Lzw), Beside("QQQQ", ".packed.lzw"));
+    EXPECT_EQ(NameInForm(lengths, ETableForm::Archive), Beside("QQQQ", ".details.packed.lz4"));
+    WriteElements(lengths, {2, 0, 0});
+    const auto failure = [&](const char* extension) -> std::string {
+        try {
+            PackTableFile(lengths, ETableForm::Lzw, Beside("QQQQ", extension), 1);
+        } catch (const ChessException& error) {
+            return error.what();
+        }
+        return "";
+    };
+    EXPECT_NE(failure(".details.packed.lzw").find("not a name for these data"), std::string::npos);
+    EXPECT_NE(failure(".packed.lzw").find("has 3 bytes"), std::string::npos) << "which is what it is made of";
+}
+
 TEST_F(GenerateTables, ATableThatIsThereIsPacked) {
     WriteElements(Plain("Q"), Expected("Q"));
     m_options.m_existing = EExistingTable::Leave;
@@ -676,6 +747,7 @@ TEST_F(GenerateTables, ATableThatIsThereIsPacked) {
     EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
     EXPECT_TRUE(fs::exists(Beside("Q", ".lz4")));
     EXPECT_TRUE(HasFinishedTable(TPositionIndexing("Q"), m_precalc.m_folders));
+    EXPECT_EQ(Make("Q").m_bPacked, true) << "it is there";
     WriteElements(Beside("Q", ".lz4"), {1});
     fs::remove(Plain("Q"));
     EXPECT_FALSE(HasFinishedTable(TPositionIndexing("Q"), m_precalc.m_folders));

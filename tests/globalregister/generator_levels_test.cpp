@@ -1,6 +1,10 @@
 // Tables by levels: against rules of the tests' own, against sweeps that look at every index, and taken up again.
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <set>
+#include <sys/resource.h>
 
 #include "core/chess_exception.h"
 #include "globalregister/generated_tables.h"
@@ -184,6 +188,52 @@ TEST(GeneratorLevels, StopAndBreakEndALevel) {
         ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone);
     FinishTable(table);
     EXPECT_EQ(table.data, ThreeMenElements("R"));
+}
+
+/// For each level: never back, and to the end, whatever it consists of.
+TEST(GeneratorLevels, ProgressGoesFromTheBeginningOfALevelToItsEnd) {
+    CGeneratedTables& tables = ThreeMenTables();
+    const auto registers = tables.Registers();
+    for (const int nThreads : {1, 3})
+        for (const char* const type : {"P", "Qk+Kc3", "Kkp(b7)+Pa2"}) {
+            TGlobalRegister table(type);
+            ASSERT_TRUE(MakeWorkTable(table));
+            std::vector<unsigned> shown;
+            TGeneratorOptions options = Threads(nThreads);
+            options.m_nProgressMs = 0;
+            options.m_onProgress = [&](const TGeneratorProgress& progress) { shown.push_back(progress.m_nPermille); };
+            CGeneratorRun run(table, *registers, tables.Control(), options);
+            for (int level = 1; level <= 6; ++level) {
+                shown.clear();
+                ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone);
+                EXPECT_TRUE(std::ranges::is_sorted(shown)) << type << " " << level;
+                EXPECT_EQ(shown.back(), 1000u) << type << " " << level;
+                if (nThreads == 1) { // several may leave out the last part
+                    ASSERT_GE(shown.size(), 2u);
+                    EXPECT_GT(*std::prev(shown.end(), 2), 600u) << type << " " << level;
+                }
+            }
+        }
+}
+
+TEST(GeneratorLevels, ThreadsHaveThePriorityThatIsWanted) {
+    const auto registers = ThreeMenTables().Registers();
+    TGlobalRegister table("R");
+    ASSERT_TRUE(MakeWorkTable(table));
+    std::set<int> nice;
+    TGeneratorOptions options = Threads(4);
+    options.m_nThreadPriority = -3;
+    options.m_nProgressMs = 0;
+    options.m_onProgress = [&](const TGeneratorProgress&) { nice.insert(getpriority(PRIO_PROCESS, 0)); };
+    const int own = getpriority(PRIO_PROCESS, 0);
+    CGeneratorRun run(table, *registers, ThreeMenTables().Control(), options);
+    for (int level = 1; level <= 300 && nice.size() < 2; ++level)
+        ASSERT_EQ(run.RunLevel(level).m_nResult, kLevelDone);
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), own) << "this thread is not one of them";
+    constexpr int kLow = 15; // as the system measures it
+    if (own < kLow) {
+        EXPECT_EQ(nice, (std::set<int>{own, kLow}));
+    }
 }
 
 TEST(GeneratorLevels, MissingMaterialIsNamed) {

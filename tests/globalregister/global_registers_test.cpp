@@ -12,6 +12,7 @@
 #include "platform/sleep.h"
 #include "platform/temporary_folder.h"
 #include "support/random_positions.h"
+#include "tempregister/failing_allocation.h"
 
 namespace quillon {
 namespace {
@@ -164,6 +165,44 @@ TEST_F(GlobalRegisters, MoreMemoryIsANewChance) {
     EXPECT_FALSE(Use("R"));
     registers.SetQuota(2 << 20);
     EXPECT_FALSE(registers.IsTypeAvailable(TypeOf("R"))) << "memory does not mend a file";
+}
+
+TEST_F(GlobalRegisters, WhatTheMachineHasNoMemoryForHadNoRoom) {
+    WriteLz4(m_home.Path() / "Precalc/Q.precalc.lz4", ThreeMenElements("Q"));
+    CGlobalRegisters& registers = Open();
+    {
+        const test::CFailingAllocations failing(0, kTable);
+        EXPECT_FALSE(Use("Q"));
+    }
+    EXPECT_TRUE(registers.LacksRoom(TypeOf("Q")));
+    EXPECT_EQ(registers.TotalMemoryInUse(), 0u);
+    registers.SetQuota(2 << 20);
+    EXPECT_TRUE(Use("Q"));
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{});
+}
+
+TEST_F(GlobalRegisters, CustomTypesAreHadByTheirNumber) {
+    constexpr const char* kCustomType = "Rk+Kc2+Pa2+pa3";
+    TElements elements(TPositionIndexing(kCustomType).GetSize(), 5);
+    elements[0] = 0; // the flags
+    WriteElements(m_home.Path() / "CustomPrecalc" / (PrecalcBaseName(kCustomType) + ".precalc"), elements);
+    CGlobalRegisters& registers = Open();
+    EXPECT_EQ(registers.CustomNumber("Rk+Kc2+Pa2+pa4"), 0u);
+    const TPositionType number = registers.CustomNumber(kCustomType);
+    ASSERT_NE(number, 0u);
+    EXPECT_EQ(registers.GetRegisterForTool(number + 2), nullptr) << "there is no second one";
+    {
+        const CRegisterUse data(registers.GetRegisterForTool(number));
+        ASSERT_TRUE(data);
+        EXPECT_EQ(data->typeName, kCustomType);
+    }
+    registers.Unload(number);
+    const TChessboard b = ChessboardFromFEN("8/8/8/4k3/8/p7/P1K5/7R");
+    std::size_t next = 0;
+    EXPECT_FALSE(CRegisterUse(registers.GetCustomRegister(b, {}, next))) << "not worth a load";
+    next = 0;
+    EXPECT_TRUE(CRegisterUse(registers.GetCustomRegisterForTool(b, next)));
+    EXPECT_FALSE(CRegisterUse(registers.GetCustomRegisterForTool(b, next)));
 }
 
 TEST_F(GlobalRegisters, DataNotUsedForLongestGoFirst) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <span>
+#include <sstream>
 #include <string_view>
 
 #include "packed_samples.h"
@@ -142,6 +143,32 @@ TEST(PackedBlock, KnowsItsMagics) {
         EXPECT_TRUE(IsPackedBlock(TBytes(magic.begin(), magic.end()))) << magic;
     for (const std::string_view magic : {"LZ43", "lz4", "", "\xff\xff\xff\xff"})
         EXPECT_FALSE(IsPackedBlock(TBytes(magic.begin(), magic.end()))) << magic;
+}
+
+// However many literals a block begins with.
+TEST(PackedBlock, TellsItsFirstByteWithoutBeingUnpacked) {
+    std::mt19937_64 rng(97);
+    const auto firstOf = [](const TBytes& packed) {
+        std::istringstream stream(std::string(packed.begin(), packed.end()));
+        return FirstUnpackedByte(stream);
+    };
+    const auto check = [&](bool bLong, const TBytes& source, int nProcessors) {
+        TBytes packed;
+        ASSERT_TRUE(Pack(bLong, source, packed, nProcessors));
+        EXPECT_EQ(firstOf(packed), source[0]) << source.size();
+        packed.resize(kBlockHeaderBytes + 1);
+        EXPECT_EQ(firstOf(packed), std::nullopt) << source.size();
+    };
+    for (const std::size_t size : {1, 14, 15, 16, 269, 270, 271, 5000})
+        for (const bool bLong : {false, true}) {
+            check(bLong, RandomBytes(rng, size), 1);
+            check(bLong, TBytes(size, 0), 1);
+        }
+    check(true, TBytes(kParallelPackBytes, 3), 2);
+    TBytes empty;
+    ASSERT_TRUE(PackBlock({}, empty, 1));
+    EXPECT_EQ(firstOf(empty), std::nullopt);
+    EXPECT_EQ(firstOf(TBytes(40, 1)), std::nullopt);
 }
 
 TEST(PackedBlock, RoundTripsOfAllSmallSizes) {

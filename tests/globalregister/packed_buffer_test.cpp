@@ -197,6 +197,17 @@ TEST(PackedBuffer, GreatestElementAndItsIndices) {
     EXPECT_EQ(writer->Get(0, false), 200u) << "the flags are stored like elements";
 }
 
+TEST(PackedBuffer, WithoutMatesNoIndexHasTheGreatestElement) {
+    TBytes table(20000, 0);
+    table[0] = 3; // flags
+    table[77] = 255;
+    TBuffer writer = MakePackedWriter(1);
+    ASSERT_TRUE(writer->Compress(table.size(), table, true, 0, 0, 1));
+    std::set<std::uint64_t> indexes{1};
+    EXPECT_EQ(writer->FindMaxAndIndexes(indexes, 10), 0u);
+    EXPECT_TRUE(indexes.empty());
+}
+
 TEST(PackedBuffer, CannotBeUpdated) {
     const TBuffer reader = MakePackedReader(1, 16384);
     try {

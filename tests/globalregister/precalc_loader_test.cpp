@@ -1,10 +1,14 @@
 #include "globalregister/precalc_loader.h"
 
+#include <algorithm>
 #include <functional>
+#include <random>
 
 #include "core/chess_exception.h"
+#include "globalregister/table_conversion.h"
 #include "globalregister/table_files.h"
 #include "platform/temporary_folder.h"
+#include "tempregister/failing_allocation.h"
 
 namespace quillon {
 namespace {
@@ -17,8 +21,9 @@ class CRoom final : public IPrecalcRoom {
   public:
     [[nodiscard]] std::uint64_t Quota() const override { return m_nQuota; }
     [[nodiscard]] bool MakeRoom(TPositionType, std::uint64_t size) override {
-        const bool bRoom = size == 0 || (m_bRoom && (!m_bLimited || size < m_nQuota));
+        const bool bRoom = size == 0 || m_bRoom;
         m_nReserved = bRoom ? size : 0;
+        m_nMostAsked = std::max(m_nMostAsked, size);
         if (m_onRoom)
             m_onRoom();
         return bRoom;
@@ -28,9 +33,11 @@ class CRoom final : public IPrecalcRoom {
         return notifier.AskYesNo(kStayPackedQuestion, "Question");
     }
     std::uint64_t m_nQuota = 64 * kMegabyte;
+    void TellMemoryShort(TPositionType) override { m_bMemoryShort = true; }
     std::uint64_t m_nReserved = 0;
+    std::uint64_t m_nMostAsked = 0; // since the last load began
+    bool m_bMemoryShort = false;    // the same
     bool m_bRoom = true;
-    bool m_bLimited = false; // by the quota
     std::function<void()> m_onRoom;
 };
 
@@ -51,8 +58,11 @@ class PrecalcLoader : public testing::Test {
     }
     fs::path Second(const char* extension) const { return m_second.Path() / ("R.precalc" + std::string(extension)); }
 
-    bool LoadRook(TLoadMode mode = {}) {
+    bool LoadRook(TLoadMode mode = {}, const fs::path& chosen = {}) {
         m_data = std::make_unique<TGlobalRegister>("R");
+        m_data->path = chosen;
+        m_room.m_nMostAsked = 0;
+        m_room.m_bMemoryShort = false;
         return Load(*m_data, m_options, m_room, m_boxes, mode);
     }
 
@@ -76,11 +86,22 @@ class PrecalcLoader : public testing::Test {
         elements.back() = mark;
         return elements;
     }
-    int LoadedMark() {
-        if (!LoadRook())
+    int LoadedMark(const fs::path& chosen = {}) {
+        if (!LoadRook({}, chosen))
             return -1;
         return (m_data->IsMateByIndex(m_data->GetSize() - 1) + 1) / 2;
     }
+
+    /// A load tells of one file, with a warning that begins so, and uses none.
+    void ExpectRefusal(const std::string& beginning, const fs::path& file) {
+        m_boxes.m_told.clear();
+        EXPECT_FALSE(LoadRook());
+        ASSERT_EQ(m_boxes.m_told.size(), 1u) << beginning;
+        EXPECT_EQ(m_boxes.m_told[0].find("Warning: " + beginning + ":\n\n" + file.string()), 0u) << m_boxes.m_told[0];
+    }
+
+    static constexpr const char* kImproper = "Data file size and/or its header seems improper";
+    static constexpr const char* kDamaged = "Data file is missing, damaged or cannot be read";
 
     CTemporaryFolder m_home, m_second;
     TPrecalcOptions m_options;
@@ -173,6 +194,12 @@ TEST_F(PrecalcLoader, PackedTablesComeFirstWhereTheDiskIsWanted) {
     EXPECT_EQ(LoadedMark(), 3);
     WriteSimple(First(".packed.lz4"), Marked(7));
     EXPECT_EQ(LoadedMark(), -1) << "an archive in the way";
+    m_options.m_bGlobalRegisterForceDiskAccess = false;
+    EXPECT_EQ(LoadedMark(), 3);
+    fs::remove(First(""));
+    EXPECT_EQ(LoadedMark(), -1) << "whatever it holds, it is not read";
+    m_options.m_nUseDataPackedForRandomAccess = 2;
+    EXPECT_EQ(LoadedMark(), 7);
 }
 
 TEST_F(PrecalcLoader, WithoutRoomTheDiskIsRead) {
@@ -231,10 +258,7 @@ TEST_F(PrecalcLoader, WrongPackedFilesAreToldOfAndNotUsed) {
         larger.resize(good.size() + 100);
         for (const TElements& wrong : {cut, larger}) {
             WriteElements(file, wrong);
-            m_boxes.m_told.clear();
-            EXPECT_FALSE(LoadRook()) << extension;
-            ASSERT_EQ(m_boxes.m_told.size(), 1u) << extension;
-            EXPECT_EQ(m_boxes.m_told[0].find("Warning: Data file size and/or its header seems improper"), 0u);
+            ExpectRefusal(std::string(extension) == ".packed.lzw" ? kImproper : kDamaged, file);
         }
         TElements foreign(98304, 1);
         write(foreign);
@@ -298,14 +322,127 @@ TEST_F(PrecalcLoader, PackedBlocksAreCountedAsTheyUnpack) {
     EXPECT_EQ(ReadUnpackedSize(First(".lz4")), Rooks().size());
     ASSERT_TRUE(LoadRook());
     EXPECT_EQ(m_room.m_nReserved, Rooks().size());
-    m_room.m_bLimited = true;
-    TElements head(kBlockHeaderBytes, 0);
-    std::copy_n("LZ4 ", 4, head.begin());
-    head[7] = 16; // 256 MB
-    head[8] = kBlockHeaderBytes;
-    WriteElements(First(".lz4"), head);
+}
+
+// A head is believed if the type has tables of that size: else it would throw out other data for nothing.
+TEST_F(PrecalcLoader, NoRoomIsMadeForASizeThatNoTableHas) {
+    for (const bool bSimple : {false, true}) {
+        const fs::path file = First(bSimple ? ".packed.lz4" : ".lz4");
+        bSimple ? WriteSimple(file, Rooks()) : WriteLz4(file, Rooks());
+        TElements bytes = ReadWholeFile(file).value();
+        bytes[7] = 16; // 256 MB
+        WriteElements(file, bytes);
+        ExpectRefusal(kImproper, file);
+        EXPECT_LT(m_room.m_nMostAsked, 2 * Rooks().size());
+        fs::remove(file);
+    }
+}
+
+TEST_F(PrecalcLoader, DamagedHeadsOfPackedTablesAreToldOf) {
+    const fs::path file = First(".packed.lzw");
+    WriteLzw(file, Rooks());
+    const TElements good = ReadWholeFile(file).value();
+    constexpr std::size_t kBlockElementsAt = 17, kSecondOffsetAt = kPackedTableHeaderBytes + kBlockOffsetBytes;
+    for (const std::size_t at : {kBlockElementsAt, kSecondOffsetAt, kSecondOffsetAt + 5}) {
+        TElements bytes = good;
+        bytes[at] = static_cast<std::uint8_t>(bytes[at] ^ 0x1F);
+        WriteElements(file, bytes);
+        if (at == kSecondOffsetAt) { // the first two blocks change places
+            std::copy_n(good.begin() + kSecondOffsetAt - 8, 8, bytes.begin() + kSecondOffsetAt);
+            std::copy_n(good.begin() + kSecondOffsetAt, 8, bytes.begin() + kSecondOffsetAt - 8);
+            WriteElements(file, bytes);
+        }
+        ExpectRefusal(kDamaged, file);
+        m_options.m_nUseDataPackedForRandomAccess = 1;
+        ExpectRefusal(kDamaged, file);
+        m_options.m_nUseDataPackedForRandomAccess = 2;
+    }
+    WriteElements(file, good);
+    m_room.m_bRoom = false;
+    m_boxes.m_told.clear();
     EXPECT_FALSE(LoadRook());
-    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{}) << "not even unpacked";
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{}) << "there is only no room";
+}
+
+// Both forms of ".packed.lz4" are known by their marks: what has neither is no archive.
+TEST_F(PrecalcLoader, AFileThatIsNeitherSimpleNorAnArchiveIsToldOf) {
+    const fs::path file = First(".packed.lz4");
+    WriteElements(First(""), Rooks());
+    PackTableFile(First(""), ETableForm::Archive, file, 1);
+    fs::remove(First(""));
+    EXPECT_FALSE(LoadRook());
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{}) << "an archive";
+    TElements archive = ReadWholeFile(file).value();
+    archive.pop_back();
+    WriteSimple(file, Rooks());
+    const TElements simple = ReadWholeFile(file).value();
+    TElements otherMagic = simple;
+    otherMagic[0] = 'M';
+    for (const TElements& wrong : {archive, otherMagic, TElements(simple.begin(), simple.begin() + 15), TElements{}}) {
+        WriteElements(file, wrong);
+        EXPECT_EQ(FormOf(file), ETableForm::Unknown);
+        ExpectRefusal(kImproper, file);
+    }
+}
+
+// The machine may have less memory than the quota.
+TEST_F(PrecalcLoader, WhereAllocationsFailTheDiskIsRead) {
+    constexpr std::size_t kScarce = 9'000; // more than the buffer of a stream, less than a table
+    const auto loadScarcely = [&](bool bAllowDisk = true) {
+        const test::CFailingAllocations failing(0, kScarce);
+        return LoadRook({.m_bAllowDisk = bAllowDisk});
+    };
+    WriteLz4(First(".lz4"), Rooks());
+    EXPECT_FALSE(loadScarcely()) << "it has to be unpacked";
+    EXPECT_TRUE(m_room.m_bMemoryShort);
+    EXPECT_EQ(m_room.m_nReserved, 0u);
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{}) << "nothing is wrong with it";
+    WriteElements(First(""), Rooks());
+    ASSERT_TRUE(loadScarcely());
+    EXPECT_TRUE(m_data->diskStream.is_open());
+    EXPECT_EQ(m_data->loadedFrom, First(""));
+    EXPECT_EQ(m_room.m_nReserved, 0u);
+    ExpectRookAnswers();
+    EXPECT_FALSE(loadScarcely(false));
+    EXPECT_TRUE(m_room.m_bMemoryShort);
+    ASSERT_TRUE(LoadRook({.m_bAllowDisk = false}));
+
+    fs::remove(First(""));
+    fs::remove(First(".lz4"));
+    TElements elements = Rooks(); // that do not pack as well
+    std::mt19937_64 rng(99);
+    std::ranges::generate(elements, [&rng] { return static_cast<std::uint8_t>(rng() % 13); });
+    elements[0] = 0; // the flags
+    WriteLzw(First(".packed.lzw"), elements);
+    ASSERT_GT(fs::file_size(First(".packed.lzw")), kScarce);
+    ASSERT_TRUE(loadScarcely());
+    EXPECT_TRUE(m_data->packed->IsStreaming());
+    EXPECT_EQ(m_data->IsMateByIndex(40'000), HalfMovesOfByte(elements[40'000]));
+    EXPECT_FALSE(loadScarcely(false));
+    EXPECT_TRUE(m_room.m_bMemoryShort);
+}
+
+// The names that the other kinds then have are those of no file, whatever lies beside it.
+TEST_F(PrecalcLoader, OfAChosenFileNoOtherKindIsLookedAt) {
+    const auto chosen = [&](const char* extension) {
+        return m_home.Path() / ("Mine/rook.precalc" + std::string(extension));
+    };
+    WriteElements(First(""), Marked(1));
+    WriteElements(chosen(""), Marked(2));
+    WriteLz4(chosen(".lz4"), Marked(3));
+    WriteLzw(chosen(".packed.lzw"), Marked(4));
+    WriteSimple(chosen(".packed.lz4"), Marked(5));
+    EXPECT_EQ(LoadedMark(chosen("")), 2);
+    EXPECT_EQ(LoadedMark(chosen(".lz4")), 3);
+    EXPECT_EQ(LoadedMark(chosen(".packed.lzw")), 4);
+    EXPECT_EQ(LoadedMark(chosen(".packed.lz4")), 5);
+    EXPECT_EQ(m_data->loadedFrom, chosen(".packed.lz4"));
+    for (const char* const missing : {"", ".lz4", ".packed.lzw", ".packed.lz4"}) {
+        fs::rename(chosen(missing), chosen(".away"));
+        EXPECT_EQ(LoadedMark(chosen(missing)), -1) << missing;
+        fs::rename(chosen(".away"), chosen(missing));
+    }
+    EXPECT_EQ(LoadedMark(), 1);
 }
 
 // Of a table that stops after its first level, and has no element that a finished one could not have.
@@ -515,11 +652,37 @@ TEST_F(BitData, LengthsComeFromTheDetails) {
     EXPECT_EQ(m_data->ProvedHalfMoves(none), 0);
     m_room.m_bRoom = true;
 
-    fs::resize_file(Name(".details"), kSize - 1);
-    EXPECT_FALSE(LoadPawns());
-    EXPECT_EQ(m_boxes.m_told.size(), 1u);
+    for (const std::uint64_t nBytes : {kSize - 1, kSize + 1, std::uint64_t{0}}) {
+        fs::resize_file(Name(".details"), nBytes);
+        EXPECT_FALSE(LoadPawns());
+        EXPECT_EQ(m_boxes.m_told,
+                  std::vector<std::string>{"Warning: " + FileSizeWarning(Name(".details"), nBytes, kSize)});
+        m_boxes.m_told.clear();
+    }
     fs::remove(Name(".details"));
     EXPECT_FALSE(LoadPawns());
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{"Warning: " + UnreadableWarning(Name(".details"))});
+}
+
+/// Where there is no room for the data nothing is told, unless their details are missing.
+TEST_F(BitData, OfAChosenFileTheDetailsLieBesideIt) {
+    m_room.m_nQuota = 1024 * kMegabyte;
+    m_room.m_bRoom = false;
+    Write(kSize / 4, kSize);
+    TElements begin(kBlockHeaderBytes, 0); // of a packed block that unpacks to as much
+    std::copy_n("LZ4 ", 4, begin.begin());
+    for (std::size_t i = 0; i < 4; ++i)
+        begin[4 + i] = static_cast<std::uint8_t>(kSize / 4 >> (8 * i));
+    begin.insert(begin.end(), {0x10, kFlagPawnRanks48});
+    WriteElements(Name(".lz4"), begin);
+    for (const bool bDetails : {true, false}) {
+        TGlobalRegister pawns("PPp");
+        pawns.path = Name(".lz4");
+        EXPECT_FALSE(Load(pawns, m_options, m_room, m_boxes));
+        EXPECT_EQ(m_boxes.m_told.empty(), bDetails);
+        fs::remove(Name(".details"));
+    }
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{"Warning: " + UnreadableWarning(Name(".details"))});
 }
 
 } // namespace

@@ -29,6 +29,15 @@ TEST(SimplePacking, BytesOfATable) {
     EXPECT_EQ(PackSimple(table), expected);
 }
 
+TEST(SimplePacking, TablesWithoutRunsTakeMost) {
+    for (const std::size_t size : {1, 2, 2047, 2048, 2049, 9000}) {
+        TBytes table(size);
+        for (std::size_t i = 0; i < size; ++i)
+            table[i] = static_cast<std::uint8_t>(i % 2);
+        EXPECT_EQ(PackSimple(table).value().size(), MostSimpleBytes(size)) << size;
+    }
+}
+
 TEST(SimplePacking, EveryElementIsRead) {
     std::mt19937_64 rng(95);
     for (const std::size_t size : {1, 127, 128, 129, 130, 131, 257, 2047, 2048, 2049, 9000}) {

@@ -5,7 +5,9 @@
 #include <optional>
 
 #include "core/fen.h"
+#include "globalregister/precalc_format.h"
 #include "globalregister/verified_tables.h"
+#include "platform/file_lock.h"
 
 namespace quillon {
 namespace {
@@ -346,6 +348,40 @@ TEST_F(VerifyQueen, PartialTableWithAFaultBelowItsLongestMate) {
     EXPECT_TRUE(std::ranges::count(log, LogLine("Q", m_nIndex, 0, 2 * kReached - 3)));
 }
 
+/// A level of bit data that was given up has left its lengths, and no bits: it will find them again.
+TEST(VerifyPartialBitData, LengthsWithoutTheirBitsAreNoFaults) {
+    constexpr std::uint8_t kDone = 4;
+    CVerifiedTables tables;
+    TElements lengths = ThreeMenElements("R");
+    TElements pairs(lengths.size() / 4, 0);
+    for (std::uint64_t i = 1; i < lengths.size(); ++i) {
+        if (lengths[i] > kDone + 1 || (lengths[i] == kDone + 1 && i % 3 == 0)) // not come to yet
+            lengths[i] = 0;
+        if (lengths[i] != 0 && lengths[i] <= kDone)
+            AddToBitPair(pairs.data(), i, 1);
+    }
+    for (const bool bPairsInMemory : {true, false}) {
+        TGlobalRegister data("R");
+        data.loadedFrom = tables.Path("R");
+        WriteElements(data.loadedFrom, pairs);
+        WriteElements(DetailsBeside(data.loadedFrom), lengths);
+        data.bBitData = true;
+        data.data = pairs;
+        (bPairsInMemory ? data.detailStream : data.diskStream).open(DetailsBeside(data.loadedFrom), std::ios::binary);
+        CTableLengths own(data, true);
+        const COneMoveTables oneMove(own, tables.Registers());
+        const auto faults = [&](int nLimit) {
+            CIndexChecker checker(oneMove, nLimit);
+            for (std::uint64_t i = 1; i < lengths.size(); i += 29)
+                checker.CheckIndex(i);
+            return checker.m_faults.size();
+        };
+        EXPECT_EQ(faults(2 * kDone - 1), 0u) << bPairsInMemory;
+        EXPECT_GT(faults(0), 10u) << "of a finished table they are";
+        EXPECT_GT(faults(2 * kDone + 3), 10u) << "of a level that is done, too";
+    }
+}
+
 class VerifyInTheMaking : public VerifyQueen, public ::testing::WithParamInterface<bool> {};
 
 TEST_P(VerifyInTheMaking, IsFixedWithBlacksMarks) {
@@ -371,6 +407,28 @@ TEST_P(VerifyInTheMaking, IsFixedWithBlacksMarks) {
 }
 
 INSTANTIATE_TEST_SUITE_P(MemoryAndDisk, VerifyInTheMaking, ::testing::Bool());
+
+// --- other processes
+
+/// Whoever has the lock writes to the same files.
+TEST_F(VerifyQueen, FixesNothingThatAnotherProcessIsAtWorkOn) {
+    Plant(0);
+    LeaveLog();
+    m_tables.Write("Q", m_elements);
+    {
+        CFileLock other;
+        ASSERT_TRUE(other.Take(m_tables.Path("Q", ".LOCK")));
+        EXPECT_EQ(Verify({.m_typeName = "Q", .m_bFix = true}).m_eEnd, EVerifyEnd::NotBegun);
+        EXPECT_EQ(m_tables.m_user.m_told,
+                  std::vector<std::string>{"Error: Another process is making or mending this table: " +
+                                           m_tables.Path("Q", ".LOCK").string() + " is locked by it"});
+        EXPECT_EQ(m_tables.Read("Q"), m_elements);
+        EXPECT_EQ(Verify().m_eEnd, EVerifyEnd::AllChecked) << "looking is free";
+    }
+    LeaveLog();
+    EXPECT_EQ(Verify({.m_typeName = "Q", .m_bFix = true}).m_nFixed, 1u);
+    EXPECT_FALSE(std::filesystem::exists(m_tables.Path("Q", ".LOCK")));
+}
 
 // --- logs
 

@@ -466,6 +466,51 @@ TEST(FindMateRoot, DemandsTwoThreadsForTwoMoves) {
     EXPECT_EQ(one.Go("k7/8/8/8/8/1p5p/1P5P/K6b", 15, true, true), kNoSolutionFound);
 }
 
+/// Of the moves that force at once two thirds count as good at least, whatever their order.
+TEST(FindMateRoot, DemandsThreadsForGoodMoves) {
+    const auto demand = [](const char* placement, int nThreads) {
+        CRun run;
+        run.m_analysis.m_nThreads = static_cast<std::uint8_t>(nThreads);
+        run.m_context->m_nStopRequest = kStopRequest;
+        return run.Go(placement, 15, true, true);
+    };
+    EXPECT_EQ(demand("8/2P1P1P1/8/8/8/7K/8/k7", 4), -8) << "twelve promotions";
+    EXPECT_EQ(demand("6r1/5P1P/8/8/8/6K1/8/k7", 1), -3) << "the rook that checks can be taken in eight ways";
+    EXPECT_EQ(demand("2b5/1P6/8/8/8/7K/8/k7", 1), -2) << "a bishop that checks, in four";
+}
+
+/// Refused, the engine relaxes without what the threads would have had time for.
+TEST(FindMateRoot, WithoutTheThreadsItHasAskedForItDropsItsAids) {
+    for (const bool bNoAids : {false, true}) {
+        CRun run;
+        run.m_run.m_bNoAids = bNoAids;
+        run.m_run.m_bAnalysisOnly = true;
+        EXPECT_EQ(run.Go("8/8/3q4/3k4/8/8/8/K6R", 9), kInitialAnalysisOnly);
+        EXPECT_EQ(run.m_context->m_bQueenCheckRelaxable, !bNoAids);
+    }
+}
+
+/// Where a queen alone plays against a rook alone a thread has its line for itself, as long as heuristics ask about it.
+TEST(FindMateRoot, AQueenAgainstARookHasOneLevelOfThreads) {
+    const struct {
+        const char* m_placement;
+        bool m_bSafeMode, m_bRunPass2;
+        int m_nLevels;
+    } rows[] = {{"8/8/8/3k4/8/6r1/8/K6Q", false, false, 1},  {"8/8/8/3k4/8/6r1/8/K6Q", false, true, 3},
+                {"8/8/8/3k4/8/6r1/8/K6Q", true, false, 3},   {"8/8/8/3k4/8/6r1/8/KN5Q", false, false, 3},
+                {"8/8/8/3k4/8/n5r1/8/K6Q", false, false, 3}, {"8/8/8/3k4/8/6r1/P6p/K6Q", false, false, 1}};
+    for (const auto& row : rows) {
+        CRun run;
+        run.m_analysis.m_nMultithreadingLevels = 3;
+        run.m_analysis.m_bSafeMode = row.m_bSafeMode;
+        run.m_context->m_bRunPass2 = row.m_bRunPass2;
+        run.Choose(SH_DONTRECEDEBLACKKING);
+        (void)run.Go(row.m_placement, 7);
+        EXPECT_EQ(run.m_run.m_passes.back(), row.m_bRunPass2 ? "2" : "1") << row.m_placement;
+        EXPECT_EQ(run.m_analysis.m_nMultithreadingLevels, row.m_nLevels) << row.m_placement;
+    }
+}
+
 TEST(FindMateRoot, AContextMayForbidTheDemand) {
     CRun run;
     run.m_analysis.m_nThreads = 8;

@@ -48,6 +48,24 @@ TEST(PrecalcSolve, SameVerdictsAndKeysWithAndWithoutData) {
         EXPECT_EQ(status.m_nRefCount, 0) << status.m_typeName;
 }
 
+/// A table that knows of no mate shows who asks it.
+TEST(PrecalcSolve, WithoutLeaveNoDataAnswerWhateverThisProcessHas) {
+    CActiveTables tables(false, {});
+    tables.Write("R", TElements(TPositionIndexing("R").GetSize(), 0));
+    ASSERT_TRUE(tables.Registers().UnloadAll());
+    tables.Activate(true);
+    ASSERT_TRUE(IsTypeAvailable(TPositionIndexing("R").nPositionType));
+    for (const int nThreads : {1, 2})
+        for (const bool bUse : {true, false}) {
+            TSolveRequest request = RequestFor({"8/8/8/8/7R/3K4/8/1k6", 3, {}}, ESolveMode::AllSolutions);
+            request.m_nThreads = nThreads;
+            request.m_bUsePrecalculatedData = bUse;
+            CAgreeing notifier;
+            const TSolvingResult result = CSolve(request).StartSolving(notifier);
+            EXPECT_EQ(result.m_verdict, bUse ? EVerdict::NoMate : EVerdict::Mate) << nThreads;
+        }
+}
+
 /// The moves after which every reply leads to a mate in fewer than nMoves, by the reference table.
 std::vector<std::string> KeysByTable(const std::string& type, const std::string& placement, int nMoves) {
     const reference::Position root = reference::ProblemFromFen(placement);

@@ -351,6 +351,31 @@ TEST(SolvingDriver, SafeModeThatAStepForcesIsToldAndEndsWithTheRun) {
     ExpectTheSameTwice(request);
 }
 
+/// What the first start has proved the second looks up, unless it is to begin from nothing.
+TEST(SolvingDriver, AFurtherStartMayUseTheRegister) {
+    for (const bool bClear : {true, false}) {
+        TSolveRequest request = Request("7k/5p2/5P1p/2K4P/8/8/8/8", 11, ESolveMode::AllSolutions);
+        request.m_nMemoryBudgetMB = 16;
+        request.m_bClearRegister = bClear;
+        CSolve solve(request);
+        std::vector<std::uint64_t> known; // before the first pass of each start, the analysis before it has stored some
+        solve.SetPlanSink([&](const TPlanReport&) { known.push_back(solve.RegisterFigures().m_nElements); });
+        CAnswers answers;
+        const TSolvingResult first = solve.StartSolving(answers), second = solve.StartSolving(answers);
+        EXPECT_EQ(Keys(first), std::vector<std::string>{"Kc5-d6"});
+        EXPECT_EQ(Keys(second), Keys(first));
+        EXPECT_TRUE(second.m_bComplete);
+        EXPECT_GT(first.m_register.m_nElements, 0u);
+        ASSERT_EQ(known.size(), 2u);
+        if (bClear) {
+            EXPECT_EQ(known[1], known[0]);
+        } else {
+            EXPECT_GE(known[1], first.m_register.m_nElements);
+            EXPECT_LT(second.m_nPositions, first.m_nPositions);
+        }
+    }
+}
+
 // ---- thread demands
 
 TEST(SolvingDriver, ADemandIsAskedOnceAndObeyed) {

@@ -51,7 +51,36 @@ TEST(GroupShape, MovesAreDealtLikeCards) {
         EXPECT_TRUE(SameMove(hands[j % 7].at(j / 7), moves[j]));
 }
 
-TEST(GroupShape, EveryThreadOfTheTreeHasItsOwnNumber) {
+/// The rule as it is told, step by step and with negative numbers.
+std::int64_t FirstNumberAsTold(int nLevel, std::int64_t parent, std::int64_t wanted, std::int64_t size) {
+    std::int64_t b = wanted, p = 0;
+    for (int i = 1; i < nLevel; ++i) {
+        p = b;
+        b = p * (size + 1);
+    }
+    return (parent - p) * size + b;
+}
+
+TEST(GroupShape, NumbersOfAGroup) {
+    EXPECT_EQ(FirstThreadNumber(1, 0, 4, 4), 4u);
+    EXPECT_EQ(FirstThreadNumber(1, 3, 4, 2), 10u) << "a capped group";
+    EXPECT_EQ(FirstThreadNumber(2, 4, 4, 4), 20u);
+    EXPECT_EQ(FirstThreadNumber(2, 1, 4, 4), 8u) << "of a thread of the root, behind a forced move";
+    for (int level = 1; level <= 4; ++level)
+        for (const int wanted : {2, 3, 16})
+            for (int size = 2; size <= wanted; ++size)
+                for (std::uint32_t parent = 0; parent < 300; parent += 7)
+                    ASSERT_EQ(static_cast<std::int64_t>(FirstThreadNumber(level, parent, wanted, size)),
+                              FirstNumberAsTold(level, parent, wanted, size))
+                        << level << " " << parent << " " << wanted << " " << size;
+}
+
+/// What the search does not mind, and who gives commands by number should know.
+TEST(GroupShape, ALevelLeftOutMayRepeatNumbers) {
+    EXPECT_EQ(FirstThreadNumber(3, 1, 4, 4), FirstThreadNumber(2, 5, 4, 4));
+}
+
+TEST(GroupShape, EveryThreadOfAFullTreeHasItsOwnNumber) {
     for (const int wanted : {2, 3, 4, 16}) {
         std::set<std::uint64_t> used;
         std::vector<std::uint32_t> level;
@@ -80,7 +109,6 @@ TEST(GroupShape, NumbersBeyondTheLastMeanNoThreads) {
     EXPECT_LE(FirstThreadNumber(2, 127, 64, 64), kLastThreadNumber);
     EXPECT_GT(FirstThreadNumber(5, 500'000, 64, 64), kLastThreadNumber);
     EXPECT_GT(FirstThreadNumber(200, 1, 127, 64), kLastThreadNumber);
-    EXPECT_GT(FirstThreadNumber(2, 1, 4, 4), kLastThreadNumber); // of a thread that is of no group one level up
 }
 
 TEST(GroupShape, StacksGrowWithTheLengthFromAMegabyteOn) {

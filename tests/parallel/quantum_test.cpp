@@ -37,6 +37,12 @@ TEST(Quantum, SlotsThatWereSortedAmongTheBestHaveAMultiple) {
         EXPECT_EQ(Quantum(Slots(level, 9, 3, {0, 0, 0}), 2), kAmongTheBest[level - 1]) << level;
 }
 
+TEST(Quantum, OutsideTheRangeAnEarlySlotHasASecond) {
+    EXPECT_EQ(Quantum(Slots(7, 6, 3, {0, 0, 0}), 0), 6);
+    EXPECT_EQ(Quantum(Slots(7, 6, 3, {0, 0, 0}), 1), 1);
+    EXPECT_EQ(Quantum(Slots(7, 6, 3, {0, 0, 0}), 2), 1);
+}
+
 TEST(Quantum, TheFirstOpenSlotHasTheTimeOfTheFirst) {
     TSlotTimes slots = Slots(1, 6, 1, {0, 0, 0});
     slots.m_slots[0].m_bOpen = false;

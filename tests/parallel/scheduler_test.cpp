@@ -147,6 +147,55 @@ TEST(Scheduler, WithoutThreadsTheNodeGoesOnAlone) {
     EXPECT_GT(MostSchedulerThreads(), 1);
 }
 
+/// Counts how often it is told that memory is short.
+class CFreedMemory : public ITemporaryRegister {
+  public:
+    TMateResult Find(const TChessboard&, int, int) override { return MR_NONE; }
+    void Insert(const TChessboard&, int, TMateResult) override {}
+    void InsertDoubtful(const TChessboard&, int) override {}
+    void FreeMemory() override { ++m_nFreed; }
+    int m_nFreed = 0;
+};
+
+TEST(Scheduler, AThreadThatIsRefusedTwiceIsAskedForAThirdTime) {
+    CFreedMemory memory;
+    CScheduled node({{5}, {5, MR_DOUBTFUL}});
+    node.m_analysis.m_pRegister = &memory;
+    RefuseThreads(2);
+    EXPECT_EQ(node.Run(), MR_DOUBTFUL);
+    EXPECT_EQ(memory.m_nFreed, 2);
+    EXPECT_GT(node.Threads(), 0u);
+    EXPECT_EQ(SchedulerThreads(), 0);
+}
+
+/// For some time the nodes go on alone, and nothing is thrown away for threads that are not to be had. What the system
+/// had not once it may have later.
+TEST(Scheduler, ASystemWithoutThreadsIsAskedAgainLater) {
+    const int most = MostSchedulerThreads();
+    CFreedMemory memory;
+    RefuseThreads(3);
+    CScheduled alone({{5}, {5, MR_DOUBTFUL}, {5}});
+    alone.m_analysis.m_pRegister = &memory;
+    EXPECT_EQ(alone.Run(), MR_DOUBTFUL);
+    EXPECT_EQ(alone.Threads(), 0u);
+    EXPECT_EQ(memory.m_nFreed, 2);
+    EXPECT_EQ(MostSchedulerThreads(), most);
+    SleepMs(600);
+    CScheduled later({{5}, {5, MR_MATE}});
+    EXPECT_EQ(later.Run(), MR_MATE);
+    EXPECT_GT(later.Threads(), 0u);
+}
+
+TEST(Scheduler, AtTheLimitTheRegisterKeepsWhatItHas) {
+    CFreedMemory memory;
+    SetMostSchedulerThreads(0);
+    CScheduled node({{5}, {5}});
+    node.m_analysis.m_pRegister = &memory;
+    EXPECT_EQ(node.Run(), MR_NOMATE);
+    EXPECT_EQ(memory.m_nFreed, 0);
+    SetMostSchedulerThreads(-1);
+}
+
 TEST(Scheduler, AMateOfAWorkerThatWasPausedCounts) {
     SetMostSchedulerThreads(1);
     CScheduled node({{100, MR_MATE, false, 0, true}, {300}});
@@ -223,6 +272,16 @@ TEST(Scheduler, TheRangeBeginsBelowTheLevelsOfThreads) {
     for (int played = 4; played <= 16; played += 2) {
         node.m_node->m_nMoves = static_cast<std::uint16_t>(kPlies - played);
         EXPECT_EQ(TScheduler(*node.m_node, nullptr, 1).IsInRange(), played <= 14) << played;
+    }
+}
+
+TEST(Scheduler, OutsideTheRangeNoMoveCountsAsLate) {
+    CScheduled node({{}, {}, {}});
+    for (const int played : {2, 14}) {
+        node.m_node->m_nMoves = static_cast<std::uint16_t>(kPlies - played);
+        TScheduler scheduler(*node.m_node, nullptr, 1);
+        scheduler.TakeMoves(node.m_list.data(), 3);
+        EXPECT_EQ(scheduler.Times().m_nCustomFrom, played == 2 ? 1 : 3);
     }
 }
 

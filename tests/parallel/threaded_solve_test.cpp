@@ -70,8 +70,10 @@ TEST(ThreadedSolve, LevelsGiveTheKeysOfOneThread) {
 TEST(ThreadedSolve, ASingleRootMoveHasGroupsBelowIt) {
     const CNothingLeft nothing;
     CAgreeing notifier;
-    // White in check has one move; behind it all is free.
-    CSolve solve(AllKeys("7k/5ppp/8/8/8/8/r6P/K7", 9, {3, 3}));
+    // White in check can only take the rook; behind it all is free.
+    const char* const placement = "7k/5ppb/8/8/8/8/r6P/K7";
+    ASSERT_EQ(reference::LegalMoves(reference::ProblemFromFen(placement)).size(), 1u);
+    CSolve solve(AllKeys(placement, 9, {3, 3}));
     const TSolvingResult result = solve.StartSolving(notifier);
     EXPECT_EQ(result.m_verdict, EVerdict::NoMate);
     EXPECT_GT(solve.Analysis().m_nFinishedThreads, 0u);
@@ -269,6 +271,28 @@ TEST(ThreadedSolve, AStopOfOneThreadDoesNotMeanTheNextOfItsNumber) {
         EXPECT_TRUE(result.m_bComplete);
         EXPECT_EQ(SortedKeys(result), std::vector<std::string>{"Kc5-d6"});
     }
+}
+
+/// A stop ends the start that it was given in, whoever has given it, and none that comes behind.
+TEST(ThreadedSolve, AStoppedSolveMayBeStartedAgain) {
+    const CNothingLeft nothing;
+    for (const TTree tree : {TTree{1, 1}, TTree{2, 2}})
+        for (const int thread : {-1, 0, 1, int{kAllThreads}}) {
+            CSolve solve(AllKeys(kLong[1].m_placement, 11, tree));
+            CAgreeing notifier;
+            if (thread < 0)
+                solve.RequestStop();
+            else
+                GiveCommand(solve.Analysis(), kStopCommand, static_cast<std::uint16_t>(thread));
+            GiveCommand(solve.Analysis(), kPauseCommand, 60000); // a thread that never comes about
+            const TSolvingResult first = solve.StartSolving(notifier);
+            EXPECT_EQ(solve.Analysis().m_nCommand, kNoCommand);
+            const bool bAll = thread < 0 || thread == kAllThreads || (thread == 0 && tree.m_nThreads == 1);
+            EXPECT_EQ(first.m_verdict, bAll ? EVerdict::Stopped : EVerdict::Mate) << thread;
+            const TSolvingResult second = solve.StartSolving(notifier);
+            EXPECT_TRUE(second.m_bComplete) << thread;
+            EXPECT_EQ(SortedKeys(second), std::vector<std::string>{"Kc5-d6"}) << thread;
+        }
 }
 
 TEST(ThreadedSolve, StartsAndStopsLeaveNothingBehind) {

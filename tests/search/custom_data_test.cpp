@@ -97,6 +97,16 @@ TEST(CustomData, OnlyPositionsOfTheTypeAreAnswered) {
         EXPECT_EQ(Answer(other, 31), MR_NONE) << other;
 }
 
+TEST(CustomData, ASolveMayDoWithoutThem) {
+    CCustomTables tables({{kPawnsBlocked, Filled(kPawnsBlocked, 1)}});
+    ASSERT_EQ(tables.LoadFor(kOfBlocked), 1);
+    CSearchedPosition position("8/8/8/4k3/7n/p7/P1K5/7R", 33);
+    position.Root().m_wKingState |= kNoPrecalcData;
+    position.Play("Rh1:h4 Ke5-d5");
+    EXPECT_EQ(position.Now().m_wKingState & kCustomDataMayMate, 0);
+    EXPECT_EQ(AskPrecalcDataAnyhow(position.Now()), MR_NONE);
+}
+
 TEST(CustomData, TheElementOfTheFlagsIsNoPosition) {
     constexpr const char* kType = "Qp(b3)+Kc1+kh7";
     TElements ones(TPositionIndexing(kType).GetSize(), 1);

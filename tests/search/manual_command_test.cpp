@@ -158,21 +158,28 @@ TEST(ManualCommand, AStopOfOneThreadEndsWithTheThread) {
     EXPECT_TRUE(IsStopping(later.Root()));
 }
 
-TEST(ManualCommand, StopsOfSingleThreadsEndWithTheSolveAndNothingElseDoes) {
+TEST(ManualCommand, WithTheSolveEndsAllButAPauseOfAll) {
     CSearchedPosition line("8/8/8/8/7Q/n1K5/8/k7", 15);
     TAnalysis& analysis = line.Analysis();
     line.Context().m_nThreadNumber = 70;
     GiveCommand(analysis, kStopCommand, 70);
-    GiveCommand(analysis, kPauseCommand, 9);
-    DropStopsOfThreads(analysis);
+    PauseAll(analysis);
+    DropCommandsOfSolve(analysis);
     EXPECT_EQ(analysis.m_nCommand, kPauseCommand);
     EXPECT_FALSE(IsStopping(line.Root()));
-    GiveCommand(analysis, kStopCommand, 70);
-    DropStopsOfThreads(analysis);
+    ResumeAll(analysis);
+    EXPECT_EQ(analysis.m_nCommand, kNoCommand);
+    for (const std::uint8_t command : {kStopCommand, kPauseCommand}) {
+        GiveCommand(analysis, command, 70);
+        DropCommandsOfSolve(analysis);
+        EXPECT_EQ(analysis.m_nCommand, kNoCommand);
+    }
+    GiveManualCommand(analysis, Skip(kSkipToNext));
+    DropCommandsOfSolve(analysis);
     EXPECT_EQ(analysis.m_nCommand, kNoCommand);
     GiveCommand(analysis, kStopCommand, kAllThreads);
-    DropStopsOfThreads(analysis);
-    EXPECT_TRUE(IsStopping(line.Root()));
+    DropCommandsOfSolve(analysis);
+    EXPECT_FALSE(IsStopping(line.Root()));
 }
 
 /// Whoever asked for it may.

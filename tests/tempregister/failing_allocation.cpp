@@ -10,10 +10,11 @@ namespace {
 constexpr long kAll = std::numeric_limits<long>::max();
 
 thread_local long t_nAllocations = 0;
-thread_local long t_nLimit = kAll; // the last allocation that succeeds
+thread_local long t_nLimit = kAll;          // the last allocation that succeeds
+thread_local std::size_t t_nLeastBytes = 0; // of those that fail
 
 void* TryAllocate(std::size_t bytes) noexcept {
-    if (t_nAllocations >= t_nLimit)
+    if (t_nAllocations >= t_nLimit && bytes >= t_nLeastBytes)
         return nullptr;
     ++t_nAllocations;
     return std::malloc(bytes != 0 ? bytes : 1);
@@ -42,7 +43,10 @@ namespace quillon::test {
 
 long AllocationsOfThisThread() { return t_nAllocations; }
 
-CFailingAllocations::CFailingAllocations(long nAllowed) { t_nLimit = t_nAllocations + nAllowed; }
+CFailingAllocations::CFailingAllocations(long nAllowed, std::size_t nLeastBytes) {
+    t_nLimit = t_nAllocations + nAllowed;
+    t_nLeastBytes = nLeastBytes;
+}
 CFailingAllocations::~CFailingAllocations() { t_nLimit = kAll; }
 
 } // namespace quillon::test

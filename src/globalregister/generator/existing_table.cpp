@@ -58,9 +58,9 @@ class CExistingTable {
             bWhole = IsWholeLzw(file);
             break;
         case EPrecalcKind::PackedLz4:
-            if (FormOf(file) != ETableForm::Simple)
+            if (FormOf(file) == ETableForm::Archive)
                 return EExistingForm::Archive;
-            bWhole = !m_indexing.custom && !UsesBitData(m_indexing);
+            bWhole = FormOf(file) == ETableForm::Simple && !m_indexing.custom && !UsesBitData(m_indexing);
             break;
         }
         return bWhole ? EExistingForm::Whole : EExistingForm::Wrong;

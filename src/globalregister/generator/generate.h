@@ -47,13 +47,15 @@ struct TGenerateReport {
     EGenerateStatus m_status = EGenerateStatus::Failed;
     EFoundTable m_found = EFoundTable::None;
     bool m_bMade = false;                    // by this run; false: it was there, or is not finished
+    bool m_bCounted = false;                 // the mates of the table that was made, its longest one among them
     bool m_bNotPacked = false;               // though that was asked for: the run was told to end
+    std::optional<bool> m_bPacked;           // is the form there that was asked for? None: it was not asked for
     bool m_bSystemFailed = false;            // memory or disk, rather than what was asked for
     std::uint32_t m_nMate = 0;               // moves of the longest mate; of an unfinished table of what it has
     std::uint64_t m_nPositions = 0;          // indices with a mate
     std::uint32_t m_nLevels = 0;             // the last that was finished; of a table that is not there 0
     std::uint32_t m_nGivenUp = 0;            // the level that a stop has broken off; 0: none
-    double m_seconds = 0;                    // of this run
+    double m_seconds = 0;                    // of this run, without pauses
     std::filesystem::path m_file;            // the plain one, or the form of it that was there
     std::uint64_t m_nBytes = 0;              // of it, and of the lengths
     std::vector<std::string> m_missingTypes; // without data, which was the failure
@@ -65,6 +67,7 @@ struct TGenerateProgress {
     TGeneratorProgress m_level;
     std::uint64_t m_nElements = 0;    // of the table
     std::uint64_t m_nFoundBefore = 0; // indices settled by the levels before
+    double m_seconds = 0;             // of the table's run so far, without pauses
 };
 
 enum class EThreeWay : std::uint8_t { Yes, No, Cancel };
@@ -99,6 +102,7 @@ enum class EExistingTable : std::uint8_t {
 
 struct TGenerateOptions {
     int m_nThreads = 1;
+    int m_nThreadPriority = 0;        // platform/thread.h
     std::uint64_t m_nMemoryBytes = 0; // that all may take; 0: 90 % of the machine's
     EExistingTable m_existing = EExistingTable::Ask;
     bool m_bWithSubtypes = false;         // what is missing is made first

@@ -38,7 +38,7 @@ inline constexpr std::string_view kPawnAnalysisQuestion = "Should short analysis
 }
 
 [[nodiscard]] inline std::string OtherRunText(const std::string& lock) {
-    return "Another process is making this table: " + lock + " is locked by it";
+    return "Another process is making or mending this table: " + lock + " is locked by it";
 }
 [[nodiscard]] inline std::string SecondRootTableText(const std::string& file) {
     return "The following file exists: " + file +

@@ -68,8 +68,9 @@ bool WriteZeros(const fs::path& path, std::uint64_t nBytes, std::span<const std:
 
 } // namespace
 
+fs::path LockFileOf(const fs::path& plain) { return With(plain, kLockExtension); }
+
 fs::path CGeneratorFiles::PendingMark() const { return With(m_paths.m_plain, kSavePendingExtension); }
-fs::path CGeneratorFiles::LockFile() const { return With(m_paths.m_plain, kLockExtension); }
 fs::path CGeneratorFiles::LevelFile() const { return With(m_paths.m_plain, kIterationExtension); }
 fs::path CGeneratorFiles::Next() const {
     return With(m_paths.m_plain, m_paths.m_details.empty() ? kNextExtension : kBitDataExtension);
@@ -82,13 +83,16 @@ fs::path CGeneratorFiles::DetailsNow() const {
     return IsFile(NextDetails()) ? NextDetails() : m_paths.m_details;
 }
 
-std::optional<std::uint32_t> CGeneratorFiles::ReadLevel() const {
-    std::ifstream file(LevelFile(), std::ios::binary);
+std::optional<std::uint32_t> ReadLevelBeside(const fs::path& plain) {
+    std::ifstream file(With(plain, kIterationExtension), std::ios::binary);
     std::array<std::uint8_t, sizeof(std::uint32_t)> bytes{};
     if (!ReadBytes(file, bytes.data(), bytes.size()))
         return std::nullopt;
-    return LoadLittleEndian<std::uint32_t>(bytes.data());
+    const auto nLevel = LoadLittleEndian<std::uint32_t>(bytes.data());
+    return nLevel >= 1 && nLevel <= kHighestLevel ? std::optional(nLevel) : std::nullopt;
 }
+
+std::optional<std::uint32_t> CGeneratorFiles::ReadLevel() const { return ReadLevelBeside(m_paths.m_plain); }
 
 bool CGeneratorFiles::CreateDetails(std::uint64_t nBytes, std::uint16_t flags, std::size_t nElementSize,
                                     const std::function<bool()>& isStopped) {

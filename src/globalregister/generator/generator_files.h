@@ -7,7 +7,7 @@
 //   NAME.NEW, .BIT_DATA   the next state, a table or bit data, until it is whole
 //   DETAILS               of bit data, the lengths, written while a level runs; DETAILS.NEW until the first save
 //   NAME.BAK, DETAILS.BAK what was there before the run, its packed forms under their names with ".BAK"
-//   NAME.LOCK             one process at a time is at work here
+//   NAME.LOCK             one process at a time is at work here, also one that mends the table
 //
 // A save: 1 the next state goes to a file of its own, down to the disk; 2 SAVE_PENDING tells what is to be done; 3 the
 // files get their names, the level is written; 4 SAVE_PENDING goes. A kill before 2 leaves the old state, a kill behind
@@ -36,6 +36,16 @@ struct TGeneratorPaths {
     std::filesystem::path m_details; // empty: no bit data
 };
 
+/// No table has a level behind this one.
+inline constexpr std::uint32_t kHighestLevel = 32767;
+
+/// The file whose lock a process has that writes to the table of this plain file.
+[[nodiscard]] std::filesystem::path LockFileOf(const std::filesystem::path& plain);
+
+/// The number of a level in the file beside this plain file.
+///   Result  none: there is no such file, it is cut, or tells no level.
+[[nodiscard]] std::optional<std::uint32_t> ReadLevelBeside(const std::filesystem::path& plain);
+
 /// Called before every change of the files, with its name.
 using TFileStep = std::function<void(std::string_view step)>;
 
@@ -50,13 +60,14 @@ class CGeneratorFiles {
     /// Keeps other processes from the files until this object goes.
     ///   Result  false: one of them is at work on them.
     [[nodiscard]] bool Lock() { return m_lock.Take(LockFile()); }
-    [[nodiscard]] std::filesystem::path LockFile() const;
+    [[nodiscard]] std::filesystem::path LockFile() const { return LockFileOf(m_paths.m_plain); }
 
     /// Ends a save that was broken off.
     ///   Result  false: a SAVE_PENDING stays.
     [[nodiscard]] bool FinishPendingSave();
 
-    /// The last finished level; none without a file of it.
+    /// The last finished level; none without a file of it, and where that tells none of kHighestLevel and below: no run
+    /// has written such a file, so the table beside it may be anything, a whole one too.
     [[nodiscard]] std::optional<std::uint32_t> ReadLevel() const;
 
     /// Saves wait until the disk has them, as they do from the start, or leave that to the system: a power failure may

@@ -37,7 +37,7 @@ template <class TCells, class TBase> class CLevels final : public TBase {
         if (nLevel != m_nLastLevel + 1 || UsesFullSweeps())
             Forget();
         const bool bWhite = nLevel % 2 != 0;
-        CLevelThreads threads(m_control, m_options, nLevel, bWhite ? kWhitePhases : kBlackPhases);
+        CLevelThreads threads(m_control, m_options, nLevel, bWhite ? WhitePhases(nLevel == 1) : BlackPhases());
         try {
             if (bWhite)
                 WhiteLevel(threads, static_cast<unsigned>(nLevel + 1) / 2, nLevel == 1);
@@ -49,6 +49,8 @@ template <class TCells, class TBase> class CLevels final : public TBase {
         if (!FlushBitData(m_table, true))
             threads.AddError("Error in Generate_MainLoop2 in call to FlushBitData()");
         const TLevelResult result = threads.Result();
+        if (result.m_nResult == kLevelDone)
+            threads.ShowEnd();
         m_nLastLevel = nLevel;
         if (result.m_nResult != kLevelDone)
             Forget();
@@ -56,7 +58,12 @@ template <class TCells, class TBase> class CLevels final : public TBase {
     }
 
   private:
-    static constexpr unsigned kWhitePhases = 4, kBlackPhases = 2;
+    // How often a level runs its threads.
+    [[nodiscard]] unsigned WhitePhases(bool bFirst) const {
+        return (bFirst ? 1u : 0u) + (m_materials.Root().HasPawnsOfBothColours() ? 1u : 0u) + 1u +
+               (UsesFullSweeps() ? 0u : 1u);
+    }
+    [[nodiscard]] unsigned BlackPhases() const { return m_bBlackKnown ? 2 : 1; }
 
     [[nodiscard]] bool UsesFullSweeps() const { return m_options.m_bFullSweeps || m_table.custom.has_value(); }
 
@@ -140,6 +147,21 @@ template <class TCells, class TBase> class CLevels final : public TBase {
 };
 
 } // namespace
+
+// --- the control
+
+void PauseGenerator(TGeneratorControl& control) {
+    std::uint8_t nState = kGeneratorGoesOn;
+    if (control.m_nPause.compare_exchange_strong(nState, kGeneratorPaused))
+        control.m_nPausedSince = TickCount64();
+}
+
+void ResumeGenerator(TGeneratorControl& control) {
+    std::uint8_t nState = kGeneratorPaused;
+    if (const std::uint64_t nSince = control.m_nPausedSince.exchange(0); nSince != 0)
+        control.m_nPausedMs += TickCount64() - nSince; // before anything goes on
+    control.m_nPause.compare_exchange_strong(nState, kGeneratorGoesOn);
+}
 
 // --- the run
 

@@ -33,12 +33,19 @@ inline constexpr std::uint8_t kGeneratorBreaks = 3; // the level ends at once, w
 struct TGeneratorControl {
     std::atomic<bool> m_bStop{false}; // the level ends at once, with 0
     std::atomic<std::uint8_t> m_nPause{kGeneratorGoesOn};
+    std::atomic<std::uint64_t> m_nPausedSince{0}; // TickCount64 of the pause that lasts
+    std::atomic<std::uint64_t> m_nPausedMs{0};    // of those that have ended, which no time of a run counts
 };
+
+/// Pauses a run, and lets it go on. A stop stays a stop.
+///   Threads  both called by one.
+void PauseGenerator(TGeneratorControl& control);
+void ResumeGenerator(TGeneratorControl& control);
 
 struct TGeneratorProgress {
     int m_nLevel = 0;
     int m_nLevelLimit = 0;
-    unsigned m_nPermille = 0;   // of the work of this level
+    unsigned m_nPermille = 0;   // of the work of this level: never falls, 1000 at its end
     std::uint64_t m_nFound = 0; // indices settled by this level so far
 };
 
@@ -46,7 +53,10 @@ struct TGeneratorOptions {
     int m_nThreads = 1;
     bool m_bFullSweeps = false; // looks at every index at every level: slow, for comparison
     int m_nLevelLimit = 255;    // shown in the progress
-    std::function<void(const TGeneratorProgress&)> m_onProgress; // at most once a second, by one thread at a time
+    int m_nThreadPriority = 0;  // of the threads that are made, platform/thread.h
+    /// By one thread at a time: at most once in so many ms, and at the end of a level that has been done.
+    std::function<void(const TGeneratorProgress&)> m_onProgress;
+    std::uint64_t m_nProgressMs = 1000;
 };
 
 /// Results of a level.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cassert>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -16,6 +17,7 @@
 #include "globalregister/generator/generator_run.h"
 #include "platform/clock.h"
 #include "platform/sleep.h"
+#include "platform/thread.h"
 
 namespace quillon {
 
@@ -28,7 +30,7 @@ struct TGeneratorThread {
 
 class CLevelThreads {
   public:
-    /// nPhases  times that Run is going to be called, for the progress.
+    /// nPhases  times that Run is going to be called, each of which is as much of the progress.
     CLevelThreads(TGeneratorControl& control, const TGeneratorOptions& options, int nLevel, unsigned nPhases)
         : m_control(control), m_options(options), m_nLevel(nLevel), m_nPhases(nPhases),
           m_threads(static_cast<std::size_t>(std::max(options.m_nThreads, 1))) {}
@@ -39,11 +41,15 @@ class CLevelThreads {
         const auto loop = [&](TGeneratorThread& thread) {
             thread.m_nResult = Generate_MainLoop2(thread, nUnits, nChunk, work);
         };
+        const auto loopOfOther = [&](TGeneratorThread& thread) {
+            SetThreadPriority(m_options.m_nThreadPriority);
+            loop(thread);
+        };
         {
             std::vector<std::jthread> others;
             for (std::size_t i = 1; i < m_threads.size() && i * nChunk < nUnits; ++i)
                 try {
-                    others.emplace_back(loop, std::ref(m_threads[i]));
+                    others.emplace_back(loopOfOther, std::ref(m_threads[i]));
                 } catch (const std::exception&) { // fewer threads do the same
                     break;
                 }
@@ -79,6 +85,13 @@ class CLevelThreads {
         return result;
     }
 
+    /// The progress of a level that has been done, however short it was.
+    void ShowEnd() {
+        assert(m_nPhase == m_nPhases);
+        if (m_options.m_onProgress)
+            Tell(kWhole);
+    }
+
     void AddFound(TGeneratorThread& thread) {
         m_nFound.fetch_add(thread.m_nFound, std::memory_order_relaxed);
         thread.m_nFound = 0;
@@ -86,7 +99,7 @@ class CLevelThreads {
 
   private:
     static constexpr std::uint32_t kPauseMs = 100;
-    static constexpr std::uint64_t kProgressMs = 1000;
+    static constexpr std::uint64_t kWhole = 1000; // permille
 
     // Returns the thread's result: that of the phase before, if that was not done.
     template <class TWork>
@@ -98,9 +111,10 @@ class CLevelThreads {
                 const std::uint64_t first = m_nNext.fetch_add(nChunk, std::memory_order_relaxed);
                 if (first >= nUnits)
                     break;
-                work(thread, first, std::min(nUnits, first + nChunk));
+                const std::uint64_t last = std::min(nUnits, first + nChunk);
+                work(thread, first, last);
                 AddFound(thread);
-                ShowProgress(first, nUnits);
+                ShowProgress(last, nUnits);
             }
         } catch (const std::exception& error) {
             nResult = kLevelStopped;
@@ -131,16 +145,23 @@ class CLevelThreads {
     }
 
     void ShowProgress(std::uint64_t nDone, std::uint64_t nUnits) {
-        if (!m_options.m_onProgress || TickCount64() - m_nShownTicks.load(std::memory_order_relaxed) < kProgressMs)
+        const auto isTooEarly = [this] {
+            return TickCount64() - m_nShownTicks.load(std::memory_order_relaxed) < m_options.m_nProgressMs;
+        };
+        if (!m_options.m_onProgress || isTooEarly())
             return;
         const std::unique_lock lock(m_progressLock, std::try_to_lock);
-        if (!lock.owns_lock() || TickCount64() - m_nShownTicks.load(std::memory_order_relaxed) < kProgressMs)
+        if (!lock.owns_lock() || isTooEarly())
             return;
         m_nShownTicks.store(TickCount64(), std::memory_order_relaxed);
-        const std::uint64_t permille = (1000 * m_nPhase + nDone / (nUnits / 1000 + 1)) / m_nPhases;
-        m_options.m_onProgress({m_nLevel, m_options.m_nLevelLimit,
-                                static_cast<unsigned>(std::min<std::uint64_t>(permille, 1000)),
-                                m_nFound.load(std::memory_order_relaxed)});
+        Tell((kWhole * m_nPhase + kWhole * nDone / nUnits) / m_nPhases);
+    }
+
+    // A thread that took its part earlier may come here later than another.
+    void Tell(std::uint64_t nPermille) {
+        m_nShownPermille = std::max(m_nShownPermille, static_cast<unsigned>(nPermille));
+        m_options.m_onProgress(
+            {m_nLevel, m_options.m_nLevelLimit, m_nShownPermille, m_nFound.load(std::memory_order_relaxed)});
     }
 
     TGeneratorControl& m_control;
@@ -153,6 +174,7 @@ class CLevelThreads {
     std::atomic<std::uint64_t> m_nFound{0};
     std::atomic<std::uint64_t> m_nShownTicks{TickCount64()};
     std::mutex m_progressLock;
+    unsigned m_nShownPermille = 0; // under m_progressLock while threads work
     std::atomic<bool> m_bFailed{false};
     std::mutex m_errorLock;
     std::vector<std::string> m_errors;

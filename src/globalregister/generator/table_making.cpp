@@ -24,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kTableLevelLimit = 255;
-constexpr int kBitDataLevelLimit = 32767;
+constexpr int kBitDataLevelLimit = static_cast<int>(kHighestLevel);
 
 /// A run as short as this is repeated at no cost.
 constexpr double kSecondsWorthSyncing = 1;
@@ -51,7 +51,7 @@ fs::path PlainFile(const TGlobalRegister& table, const CGlobalRegisters& registe
 }
 
 /// The moves of the mates that are known after a level.
-constexpr std::uint32_t MovesOfLevel(std::uint32_t nLevel) { return (nLevel + 1) / 2; }
+constexpr std::uint32_t MovesOfLevel(std::uint32_t nLevel) { return nLevel / 2 + nLevel % 2; }
 
 bool HasMovableBlackPawn(std::string_view customType) { return customType.find("p(") != std::string_view::npos; }
 
@@ -68,7 +68,7 @@ CTableMaking::CTableMaking(std::string_view typeName, const TGenerateOptions& op
                            CGlobalRegisters& registers, TGeneratorControl& control, std::uint64_t nMemory,
                            TPlaceInSeries place)
     : m_typeName(typeName), m_options(options), m_host(host), m_registers(registers), m_control(control),
-      m_nMemory(nMemory), m_place(place), m_table(typeName),
+      m_nMemory(nMemory), m_place(place), m_nPausedBefore(control.m_nPausedMs), m_table(typeName),
       m_files({PlainFile(m_table, registers, false), PlainFile(m_table, registers, true)}, options.m_onFileStep),
       m_details(PlainFile(m_table, registers, true)) {
     CheckGeneratedType(typeName);
@@ -108,7 +108,9 @@ TGenerateReport CTableMaking::Run() {
 }
 
 double CTableMaking::Seconds() const {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+    const std::uint64_t nPassed = TickCount64() - m_nStartTicks;
+    const std::uint64_t nPaused = m_control.m_nPausedMs.load() - m_nPausedBefore;
+    return static_cast<double>(nPassed - std::min(nPassed, nPaused)) / 1000; // a pause may have begun before the start
 }
 
 CTableMaking::EStep CTableMaking::Fail(std::string_view text, bool bSystem) {
@@ -192,11 +194,11 @@ CTableMaking::EStep CTableMaking::LeaveFinished(const TExistingTable& table) {
                         std::string(table.m_form == EExistingForm::Archive ? kOnlyArchive : kNoTable),
                     false);
     m_report.m_status = EGenerateStatus::Done;
-    if (m_options.m_packForm && table.m_file == m_files.Plain()) {
-        const fs::path source = m_details.empty() ? m_files.Plain() : m_details;
-        if (!Exists(NameInForm(source, *m_options.m_packForm)))
-            Pack(source);
-    }
+    if (!m_options.m_packForm)
+        return EStep::End;
+    m_report.m_bPacked = Exists(NameInForm(SourceOfPacking(), *m_options.m_packForm));
+    if (!*m_report.m_bPacked && table.m_file == m_files.Plain())
+        Pack();
     return EStep::End;
 }
 
@@ -209,7 +211,7 @@ CTableMaking::EStep CTableMaking::AskAboutUnfinished(std::uint32_t nLevel) {
         m_report.m_status = EGenerateStatus::Cancelled;
         return EStep::End;
     }
-    if (answer == EThreeWay::No || nLevel == 0 || nLevel > static_cast<std::uint32_t>(kBitDataLevelLimit))
+    if (answer == EThreeWay::No)
         return EStep::GoOn; // from the start
     m_nRepeated = static_cast<int>(nLevel);
     const bool bNext = m_options.m_existing == EExistingTable::Continue ||
@@ -218,7 +220,7 @@ CTableMaking::EStep CTableMaking::AskAboutUnfinished(std::uint32_t nLevel) {
     return EStep::GoOn;
 }
 
-/// The file of the level is cut. How far the table is matters only to those who want to keep it.
+/// The file of the level is cut, or tells no level. How far the table is matters only to those who want to keep it.
 CTableMaking::EStep CTableMaking::AskAboutUnreadable() {
     const fs::path level = fs::path(m_files.Plain()) += kIterationExtension;
     m_report.m_found = EFoundTable::Unfinished;
@@ -301,7 +303,7 @@ CTableMaking::EStep CTableMaking::LoadNeededTypes() {
         }
         std::set<std::uint64_t> indexes;
         m_nLongestNeeded = std::max(m_nLongestNeeded, GetMaxMoves(*data, m_registers.Options().m_folders.m_installation,
-                                                                  indexes, kOnePosition, true));
+                                                                  indexes, kOnePosition, /*bUseCache=*/false));
     }
     return lacking.empty() ? EStep::GoOn : TellLackingTypes(lacking);
 }
@@ -359,12 +361,14 @@ bool CTableMaking::IsFinishedBy(int nLevel, std::uint64_t nFound) const {
 }
 
 void CTableMaking::TellProgress(const TGeneratorProgress& level) const {
-    m_host.Progress({m_typeName, m_place.m_nType, m_place.m_nTypes, level, m_table.GetSize(), m_nFoundBefore});
+    m_host.Progress(
+        {m_typeName, m_place.m_nType, m_place.m_nTypes, level, m_table.GetSize(), m_nFoundBefore, Seconds()});
 }
 
 CTableMaking::EStep CTableMaking::RunLevels() {
     TGeneratorOptions options;
     options.m_nThreads = m_options.m_nThreads;
+    options.m_nThreadPriority = m_options.m_nThreadPriority;
     options.m_nLevelLimit = LevelLimit();
     options.m_onProgress = [this](const TGeneratorProgress& level) { TellProgress(level); };
     CGeneratorRun run(m_table, m_registers, m_control, options);
@@ -387,6 +391,7 @@ CTableMaking::EStep CTableMaking::RunLevels() {
             return Fail(failure);
         m_nFoundBefore += result.m_nFound;
         m_report.m_nLevels = static_cast<std::uint32_t>(nLevel);
+        m_report.m_nMate = MovesOfLevel(m_report.m_nLevels);
         if (IsFinishedBy(nLevel, result.m_nFound))
             return EStep::GoOn;
     }
@@ -455,26 +460,35 @@ void CTableMaking::CountMates() {
     else
         m_report.m_nPositions =
             data.size() - 1 - static_cast<std::uint64_t>(std::count(data.begin() + 1, data.end(), 0));
+    m_report.m_bCounted = true;
 }
 
 void CTableMaking::OfferPacking() {
     if (m_options.m_packForm)
-        Pack(m_table.bBitData ? m_details : m_files.Plain());
+        Pack();
     else if (!IsStopped())
         RecompressOffer(m_table, m_files.Plain(), EPrecalcKind::Plain, m_registers.Options(), m_host);
 }
 
+/// Of bit data a packed table that is read as it is has the lengths (table_conversion.h); other forms are those of the
+/// file of pairs, beside which the lengths stay as they are.
+fs::path CTableMaking::SourceOfPacking() const {
+    return !m_details.empty() && *m_options.m_packForm == ETableForm::Lzw ? m_details : m_files.Plain();
+}
+
 /// What has this name already, of a table before this one, is kept as that was.
-void CTableMaking::Pack(const fs::path& source) {
+void CTableMaking::Pack() {
+    m_report.m_bPacked = false;
     if (IsStopped()) {
         m_report.m_bNotPacked = true;
         return;
     }
-    const fs::path target = NameInForm(source, *m_options.m_packForm);
+    const fs::path source = SourceOfPacking(), target = NameInForm(source, *m_options.m_packForm);
     try {
         if (std::error_code error; fs::is_regular_file(target, error))
             fs::rename(target, fs::path(target) += kReplacedExtension);
         PackTableFile(source, *m_options.m_packForm, target, m_options.m_nThreads);
+        m_report.m_bPacked = true;
     } catch (const std::exception& failure) {
         (void)Fail(std::string(kErrorDuringCompression) + ".\n" + failure.what());
     }

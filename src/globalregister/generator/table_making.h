@@ -7,7 +7,6 @@
 //
 // Threads: Run on one thread, which makes its own.
 
-#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -16,6 +15,7 @@
 
 #include "globalregister/generator/existing_table.h"
 #include "globalregister/generator/generate.h"
+#include "platform/clock.h"
 
 namespace quillon {
 
@@ -64,10 +64,11 @@ class CTableMaking {
     [[nodiscard]] EStep Finish();
     void TryCountMates();
     void OfferPacking();
-    void Pack(const std::filesystem::path& source);
+    void Pack();
+    [[nodiscard]] std::filesystem::path SourceOfPacking() const;
 
     [[nodiscard]] bool IsStopped() const;
-    [[nodiscard]] double Seconds() const; // since the start
+    [[nodiscard]] double Seconds() const; // since the start, without pauses
     [[nodiscard]] EThreeWay WhatToDo() const;
     [[nodiscard]] bool MakeTable(bool bWideElements);
     [[nodiscard]] bool IsFinishedBy(int nLevel, std::uint64_t nFound) const;
@@ -87,7 +88,8 @@ class CTableMaking {
     const std::uint64_t m_nMemory;
     const TPlaceInSeries m_place;
 
-    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+    const std::uint64_t m_nStartTicks = TickCount64();
+    const std::uint64_t m_nPausedBefore; // ms
     TGlobalRegister m_table;
     CGeneratorFiles m_files;
     std::filesystem::path m_details; // empty: no bit data

@@ -1,6 +1,7 @@
 #include "globalregister/packed/packed_block.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <future>
 #include <limits>
@@ -8,7 +9,9 @@
 #include <string_view>
 #include <system_error>
 
+#include "globalregister/packed/byte_streams.h"
 #include "globalregister/packed/little_endian.h"
+#include "globalregister/packed/sequence_format.h"
 #include "platform/processors.h"
 
 namespace quillon {
@@ -190,6 +193,26 @@ std::optional<std::uint64_t> UnpackedSize(TByteSpan packed) {
     if (packed.size() < kBlockHeaderBytes || !(bOld || IsPackedBlock(packed)))
         return std::nullopt;
     return WordAt(packed, bOld ? 12 : 4);
+}
+
+// What unpacks to anything begins with a literal: a match has nothing to repeat yet.
+std::optional<std::uint8_t> FirstUnpackedByte(std::istream& packed) {
+    std::array<std::uint8_t, kBlockHeaderBytes> head{};
+    bool bRead = ReadBytes(packed, head.data(), head.size());
+    if (bRead && IsContainer(head)) { // whose own head is longer
+        packed.ignore(kContainerHeaderBytes - kBlockHeaderBytes);
+        bRead = ReadBytes(packed, head.data(), head.size()) && !IsContainer(head);
+    }
+    if (!bRead || !UnpackedSize(head))
+        return std::nullopt;
+    const int nLiterals = packed.get() >> 4;
+    if (nLiterals == kNibbleFull)
+        while (packed.get() == kExtensionFull) {
+        }
+    const int byte = packed.get();
+    if (!packed || nLiterals == 0)
+        return std::nullopt;
+    return static_cast<std::uint8_t>(byte);
 }
 
 bool IsPackedBlock(TByteSpan bytes) {

@@ -26,6 +26,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <istream>
 #include <optional>
 #include <span>
 #include <vector>
@@ -63,6 +64,10 @@ inline constexpr std::size_t kUnpackSlack = 16;
 /// The size that a block or container says that it unpacks to; none if the bytes begin with none of the magics. Its
 /// first kBlockHeaderBytes are enough.
 [[nodiscard]] std::optional<std::uint64_t> UnpackedSize(std::span<const std::uint8_t> packed);
+
+/// The first byte that a block or container unpacks to, without unpacking it; none if it unpacks to nothing or is none.
+///   packed  at its beginning.
+[[nodiscard]] std::optional<std::uint8_t> FirstUnpackedByte(std::istream& packed);
 
 /// True if the bytes begin with one of the four magics that are written.
 [[nodiscard]] bool IsPackedBlock(std::span<const std::uint8_t> bytes);

@@ -176,6 +176,12 @@ std::optional<TPackedLz4Header> DecodePackedLz4Header(const TPackedLz4HeaderByte
     return header;
 }
 
+std::optional<TPackedLz4Header> ReadPackedLz4Header(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    TPackedLz4HeaderBytes bytes;
+    return ReadBytes(file, bytes.data(), bytes.size()) ? DecodePackedLz4Header(bytes) : std::nullopt;
+}
+
 bool SavePackedLz4(const std::filesystem::path& path, std::istream& source, std::uint64_t nCount, std::uint16_t wFlags,
                    const std::function<void(std::string_view)>& log, int nProcessors) {
     bool bWritten = false;

@@ -42,6 +42,9 @@ using TPackedLz4HeaderBytes = std::array<std::uint8_t, kPackedLz4HeaderBytes>;
 /// None without the mark "LZ4e" and the size of a bucket: not a file of buckets.
 [[nodiscard]] std::optional<TPackedLz4Header> DecodePackedLz4Header(const TPackedLz4HeaderBytes& bytes);
 
+/// Of a file; none as well if it is too short or cannot be read.
+[[nodiscard]] std::optional<TPackedLz4Header> ReadPackedLz4Header(const std::filesystem::path& path);
+
 /// Writes a file of nCount bytes of a table from `source`. Several buckets are packed at the same time.
 ///   log     takes a line after each bucket.
 ///   Errors  false, and the file is gone: a stream failed, or memory or threads are short.

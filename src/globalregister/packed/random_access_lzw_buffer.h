@@ -82,7 +82,7 @@ class CRandomAccessLZWBuffer final : public CRandomAccessPackedBufferBase {
                     greatest = element;
                     indexes.clear();
                 }
-                if (element == greatest && index != 0 && indexes.size() < nLimit)
+                if (element == greatest && element != 0 && index != 0 && indexes.size() < nLimit)
                     indexes.insert(index);
                 ++index;
             }

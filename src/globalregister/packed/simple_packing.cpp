@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "globalregister/packed/little_endian.h"
+#include "globalregister/packed/packed_table_header.h"
 
 namespace quillon {
 
@@ -34,10 +35,14 @@ void AppendBlock(std::span<const std::uint8_t> block, std::vector<std::uint8_t>&
 
 } // namespace
 
+std::uint64_t MostSimpleBytes(std::uint64_t nElements) {
+    return kHeadBytes + BlocksOf(nElements, kSimpleBlockElements) * kOffsetBytes + nElements;
+}
+
 std::optional<std::vector<std::uint8_t>> PackSimple(std::span<const std::uint8_t> table) {
     if (std::ranges::any_of(table, IsRun))
         return std::nullopt;
-    const std::size_t nBlocks = (table.size() + kSimpleBlockElements - 1) / kSimpleBlockElements;
+    const std::size_t nBlocks = BlocksOf(table.size(), kSimpleBlockElements);
     std::vector<std::uint8_t> packed(kHeadBytes + nBlocks * kOffsetBytes);
     for (std::size_t block = 0; block < nBlocks; ++block) {
         StoreLittleEndian(packed.data() + kHeadBytes + block * kOffsetBytes, static_cast<std::uint32_t>(packed.size()));
@@ -52,7 +57,7 @@ std::optional<std::vector<std::uint8_t>> PackSimple(std::span<const std::uint8_t
 }
 
 bool IsWholeSimple(std::span<const std::uint8_t> packed, std::uint64_t nElements) {
-    const std::uint64_t nBlocks = (nElements + kSimpleBlockElements - 1) / kSimpleBlockElements;
+    const std::uint64_t nBlocks = BlocksOf(nElements, kSimpleBlockElements);
     if (nBlocks == 0 || packed.size() < kHeadBytes || nBlocks > (packed.size() - kHeadBytes) / kOffsetBytes ||
         LoadLittleEndian<std::uint32_t>(packed.data() + 4) != nBlocks)
         return false;

@@ -23,6 +23,9 @@ namespace quillon {
 
 inline constexpr std::uint64_t kSimpleBlockElements = 2048;
 
+/// No table of so many elements takes more when it is packed.
+[[nodiscard]] std::uint64_t MostSimpleBytes(std::uint64_t nElements);
+
 /// None if an element has no form here or the result has 4 GB or more.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> PackSimple(std::span<const std::uint8_t> table);
 

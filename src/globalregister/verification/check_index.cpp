@@ -33,8 +33,10 @@ void CIndexChecker::CheckIndex(std::uint64_t index) {
     const CTableLengths& own = m_tables.Own();
     int nStored = own.HalfMoves(index);
     const int nComputed = m_expected.ComputeExpected();
+    if (m_nLimit != 0 && nComputed >= m_nLimit && own.SaysNoMate(index))
+        return;
     const bool bPairAgrees = own.PairAgrees(index);
-    if (bPairAgrees && (nComputed == nStored || (m_nLimit != 0 && nStored == 0 && nComputed >= m_nLimit)))
+    if (bPairAgrees && nComputed == nStored)
         return;
     if (!bPairAgrees)
         nStored = StoredApart(own, index, nComputed);

@@ -55,6 +55,13 @@ class CTableLengths {
     ///   Errors  ChessException: it cannot be read.
     [[nodiscard]] bool PairSaysMate(std::uint64_t index) const;
 
+    /// No mate is stored. Of bit data the pair tells: a level that was given up has left its lengths in the details,
+    /// where it will find them again.
+    ///   Errors  as PairSaysMate.
+    [[nodiscard]] bool SaysNoMate(std::uint64_t index) const {
+        return m_data.bBitData ? !PairSaysMate(index) : HalfMoves(index) == 0;
+    }
+
     /// Pair and details of bit data say the same. True for all other data.
     ///   Errors  as PairSaysMate.
     [[nodiscard]] bool PairAgrees(std::uint64_t index) const {

@@ -1,6 +1,7 @@
 #include "globalregister/verification/verify_type.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cstdio>
 #include <memory>
@@ -9,13 +10,16 @@
 #include <system_error>
 
 #include "core/chess_exception.h"
-#include "globalregister/packed/little_endian.h"
+#include "globalregister/generator/existing_table.h"
+#include "globalregister/generator/generate_texts.h"
+#include "globalregister/generator/generator_files.h"
 #include "globalregister/precalc_file_name.h"
 #include "globalregister/precalc_files.h"
 #include "globalregister/precalc_read.h"
 #include "globalregister/verification/slow_settings.h"
 #include "globalregister/verification/table_update.h"
 #include "globalregister/verification/whole_list.h"
+#include "platform/file_lock.h"
 
 namespace quillon {
 
@@ -80,7 +84,10 @@ class CVerification {
     }
 
     void Verify() {
-        const TPositionType type = TPositionIndexing(m_request.m_typeName).nPositionType;
+        const TPositionIndexing indexing(m_request.m_typeName);
+        if (m_request.m_bFix && !LockFiles(indexing))
+            return;
+        const TPositionType type = indexing.nPositionType;
         const CRegisterUse data(m_registers.GetRegisterForTool(type));
         if (!data) {
             if (m_registers.LacksRoom(type))
@@ -112,6 +119,19 @@ class CVerification {
         MarkWholeList(lengths);
     }
 
+    /// Whoever makes the table anew, or mends it too, would write at once. Before the load: what is in memory is then
+    /// what the files hold until the end.
+    bool LockFiles(const TPositionIndexing& indexing) {
+        const TPrecalcFolders& folders = m_registers.Options().m_folders;
+        const std::array files{GetFileName(indexing, folders, {}), NameInSecondRoot(indexing, folders)};
+        for (std::size_t i = 0; i < files.size(); ++i)
+            if (const fs::path lock = LockFileOf(files[i]); !files[i].empty() && !m_locks[i].Take(lock)) {
+                m_host.Inform(OtherRunText(lock.string()), kErrorTitle);
+                return false;
+            }
+        return true;
+    }
+
     /// The search may read another file of the type one day.
     void NameFiles(const TGlobalRegister& data) {
         m_result.m_file = data.loadedFrom;
@@ -135,11 +155,8 @@ class CVerification {
 
     /// Moves. What the generator has written down is not misled by a faulty element.
     [[nodiscard]] static int LongestFinished(const CTableLengths& lengths) {
-        const auto level = ReadWholeFile(lengths.Data().loadedFrom.string() + std::string(kIterationExtension));
-        if (!level || level->size() != sizeof(std::uint32_t))
-            return lengths.LongestMate();
-        return static_cast<int>(
-            (std::min<std::uint32_t>(LoadLittleEndian<std::uint32_t>(level->data()), UINT16_MAX) + 1) / 2);
+        const std::optional<std::uint32_t> nLevel = ReadLevelBeside(lengths.Data().loadedFrom);
+        return nLevel ? static_cast<int>((*nLevel + 1) / 2) : lengths.LongestMate();
     }
 
     // --- the log
@@ -346,6 +363,7 @@ class CVerification {
     CGlobalRegisters& m_registers;
     IVerificationHost& m_host;
     TVerifyResult m_result;
+    std::array<CFileLock, 2> m_locks;     // of the table in either root, while it is mended
     int m_nLimit = 0;                     // half-moves; 0: the table is finished
     std::vector<std::uint64_t> m_indexes; // of a second pass
     std::uint64_t m_nItems = 0;           // indices to check
