@@ -287,7 +287,8 @@ class CRootRun final : public IRootMoves {
         m_run.m_initialRules = initial.m_rules;
         m_run.m_bSafeModeForced = initial.m_bSafeModeForced;
         for (const TMove& move : initial.m_solvedMoves)
-            AddSolution(move, {});
+            if (!HasEnough())
+                AddSolution(move, {});
         for (TRootMove& root : m_run.m_moves)
             if (IsSolved(root.m_move))
                 root.m_nResult = kRootMoveMates;

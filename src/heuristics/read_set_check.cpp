@@ -33,6 +33,7 @@ void CheckReadHeuristics(const TReadHeuristics& read, const TChessboard& board) 
     TAnalysis analysis;
     TChessboard root = board;
     root.m_pContext = context.get();
+    context->m_pRoot = &root; // watched figures are counted on it
     root.m_pAnalysis = &analysis;
     root.m_nHeuristics = read.m_nHeuristics;
     StoreReadHeuristics(read, root, *context, analysis);

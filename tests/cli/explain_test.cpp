@@ -171,6 +171,11 @@ TEST(HeuristicsOption, ASetThatDoesNotFitThePositionIsRefused) {
     }
 }
 
+TEST(HeuristicsOption, WatchedFiguresAreCheckedOnTheBoard) {
+    const TProgramResult result = Solve(kShort, 3, {"--quiet", "--heuristics", "SH_DONTLETFIGUREUNBLOCK(B1)"});
+    EXPECT_EQ(result.m_nStatus, 0) << result.m_err;
+}
+
 TEST(HeuristicsOption, NoneIsTheLastPassAlone) {
     const nlohmann::json object = ObjectOf(Solve(kQueen, 4, {"--json", "--heuristics", "none"}));
     EXPECT_EQ(object.at("passes"), nlohmann::json::parse(R"(["2"])"));
