@@ -69,7 +69,9 @@ TProgressState CObserver::Read(std::optional<std::uint32_t> thread) const {
     ReadThreads(state);
     state.m_bPaused = analysis.m_nCommand.load(std::memory_order_relaxed) == kPauseCommand &&
                       analysis.m_nCommandThread.load(std::memory_order_relaxed) == kAllThreads;
-    state.m_nPositions = analysis.m_nPositions.load(std::memory_order_relaxed);
+    // Who waits is to see that something moves: a root move may be nothing but short-mate search for minutes.
+    state.m_nPositions = analysis.m_nPositions.load(std::memory_order_relaxed) +
+                         analysis.m_nTrialPositions.load(std::memory_order_relaxed);
     state.m_register = m_solve.RegisterFigures();
     state.m_nGlobalRegisterMegabytes = PrecalcMegabytes();
     state.m_seconds = Seconds();

@@ -23,7 +23,7 @@ struct TProgressState {
     TShownPass m_pass;                     // the one begun last; its m_nPass is 0 before the first
     double m_part = 0;                     // of the pass that is done, from 0 to 1
     std::uint64_t m_nPasses = 0;           // planned so far
-    std::uint64_t m_nPositions = 0;        // so far, counted as in the result: without the short-mate search
+    std::uint64_t m_nPositions = 0;        // searched so far; the result leaves out those of the short-mate search
     TRegisterFigures m_register;
     std::uint64_t m_nGlobalRegisterMegabytes = 0; // of precalculated data
     std::uint32_t m_nRunningThreads = 0, m_nSchedulerThreads = 0;

@@ -53,7 +53,7 @@ TEST(Explain, ASetMadeByHandIsListedPassByPass) {
 }
 
 TEST(Explain, TheEnginesOwnChoiceNamesItsRules) {
-    const TProgramResult result = Solve("8/8/8/8/7Q/1K6/8/k7", 8, {"--explain"});
+    const TProgramResult result = Solve("8/8/8/8/8/2K5/Q7/4k3", 8, {"--explain"});
     EXPECT_TRUE(IsBefore(result.m_out, "Initial set of heuristics: SH_", "  because: ")) << result.m_out;
     EXPECT_TRUE(IsBefore(result.m_out, "  because: ", "Best-first proof: found a mate after ")) << result.m_out;
     EXPECT_TRUE(IsBefore(result.m_out, "  because: ", "Plan:\nPass 1: SH_"));
