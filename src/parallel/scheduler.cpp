@@ -21,13 +21,14 @@ using TClock = std::chrono::steady_clock;
 
 constexpr int kAttempts = 3;                                      // to start a worker
 constexpr TClock::duration kStep = std::chrono::milliseconds(10); // in which requests to the node reach its workers
-constexpr std::uint64_t kExhaustedMs = 500; // without an attempt when there is no thread to be had
+constexpr std::uint64_t kExhaustedMs = 500; // without an attempt when there was no thread to be had
 
 constexpr std::uint64_t kMiB = 1u << 20;
 constexpr std::uint64_t kMemoryPart = 5; // a fifth of the memory
 
 std::atomic<int> g_nSchedulerThreads{0};
-std::atomic<int> g_nMostSchedulerThreads{-1};    // negative: by memory
+std::atomic<int> g_nMostSchedulerThreads{-1}; // negative: by memory
+std::atomic<std::uint64_t> g_nExhaustedMs{kExhaustedMs};
 std::atomic<std::uint64_t> g_nExhaustedUntil{0}; // as TickCount64
 
 /// Takes one of the threads that there may be: false when there is none left.
@@ -40,11 +41,13 @@ bool TakeThread() {
 
 void GiveThreadBack() { g_nSchedulerThreads.fetch_sub(1, std::memory_order_relaxed); }
 
-/// Has the system just had no thread to give? It is not asked again at once: there are thousands of nodes in a second,
-/// and each attempt costs the register part of what it knows.
+/// Has the system just had no thread, or no memory for one, to give? It is not asked again at once: there are thousands
+/// of nodes in a second, and each attempt costs the register part of what it knows.
 bool IsSystemExhausted() { return TickCount64() < g_nExhaustedUntil.load(std::memory_order_relaxed); }
 
-void NoteExhaustedSystem() { g_nExhaustedUntil.store(TickCount64() + kExhaustedMs, std::memory_order_relaxed); }
+void NoteExhaustedSystem() {
+    g_nExhaustedUntil.store(TickCount64() + g_nExhaustedMs.load(std::memory_order_relaxed), std::memory_order_relaxed);
+}
 
 /// 1 for the first white nodes below the multithreading levels.
 int LevelOf(const TChessboard& b) {
@@ -83,6 +86,11 @@ int MostSchedulerThreads() {
 }
 
 void SetMostSchedulerThreads(int nMost) { g_nMostSchedulerThreads.store(nMost, std::memory_order_relaxed); }
+
+void SetExhaustedMs(std::uint64_t nMs) {
+    g_nExhaustedMs.store(nMs, std::memory_order_relaxed);
+    g_nExhaustedUntil.store(0, std::memory_order_relaxed);
+}
 
 TScheduler::TScheduler(TChessboard& position, const TScheduler* pParent, int nCustomFrom)
     : m_position(position), m_context(*position.m_pContext), m_nDepth(pParent != nullptr ? pParent->CustomDepth() : 0),
@@ -139,19 +147,20 @@ bool TScheduler::GiveNextTurn() {
 
 // --- Workers
 
-/// At the limit of their number the register keeps what it has: that ends no thread, and each move of each node would
-/// have it emptied.
+/// At the limit of their number nothing is freed, and no further attempt made: that ends no thread, the limit may be
+/// reached for hours, and each move of each node would have the register emptied.
 bool TScheduler::StartWorker() {
     if (m_workers.size() >= kMostWorkers || IsSystemExhausted())
         return false;
     EStart start = TryStartWorker();
+    if (start == EStart::AtLimit)
+        return false;
     for (int attempt = 1; start != EStart::Started && attempt < kAttempts; ++attempt) {
-        if (start != EStart::AtLimit)
-            FreeMemory();
+        FreeMemory();
         SleepMs(0);
         start = TryStartWorker();
     }
-    if (start == EStart::NoThread)
+    if (start == EStart::NoThread || start == EStart::NoMemory)
         NoteExhaustedSystem();
     return start == EStart::Started;
 }

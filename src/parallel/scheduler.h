@@ -45,6 +45,9 @@ inline constexpr int kMostNestedSchedulers = 12;
 /// Another limit; negative: that by memory again.
 void SetMostSchedulerThreads(int nMost);
 
+/// How long no thread is asked for when the system had none, or no memory for one; what it had not is forgotten.
+void SetExhaustedMs(std::uint64_t nMs);
+
 class TScheduler {
   public:
     /// A scheduler for moves of the white node `position`.

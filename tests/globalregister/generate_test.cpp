@@ -483,6 +483,35 @@ TEST_F(GenerateTables, APausedRunStandsStill) {
     ExpectWhole("Q");
 }
 
+TEST_F(GenerateTables, AStopInAPauseStaysAStop) {
+    TGeneratorControl control;
+    PauseGenerator(control);
+    EXPECT_EQ(control.m_nPause, kGeneratorPaused);
+    control.m_nPause = kGeneratorBreaks;
+    ResumeGenerator(control);
+    EXPECT_EQ(control.m_nPause, kGeneratorBreaks);
+    PauseGenerator(control);
+    EXPECT_EQ(control.m_nPause, kGeneratorBreaks);
+}
+
+/// Nobody has gone on: the time until the stop is one of the pause.
+TEST_F(GenerateTables, APauseThatAStopEndsIsInNoTime) {
+    constexpr auto kPause = std::chrono::milliseconds(300);
+    m_host.m_boxes.m_answers = {true};
+    m_options.m_onFileStep = [&](std::string_view step) {
+        if (step != "next" || m_control->m_nPause != kGeneratorGoesOn)
+            return;
+        PauseGenerator(*m_control);
+        std::this_thread::sleep_for(kPause);
+        m_control->m_nPause = kGeneratorBreaks;
+    };
+    const auto start = std::chrono::steady_clock::now();
+    const TGenerateReport report = Make("Q");
+    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+    EXPECT_EQ(report.m_status, EGenerateStatus::Cancelled);
+    EXPECT_LE(report.m_seconds, wall.count() - 0.29);
+}
+
 TEST_F(GenerateTables, AStopIsOfAllTypesThatAreLeft) {
     CGlobalRegisters registers(m_precalc, m_host, m_nQuota);
     TGeneratorControl control;

@@ -173,6 +173,7 @@ TEST(Scheduler, AThreadThatIsRefusedTwiceIsAskedForAThirdTime) {
 TEST(Scheduler, ASystemWithoutThreadsIsAskedAgainLater) {
     const int most = MostSchedulerThreads();
     CFreedMemory memory;
+    SetExhaustedMs(600'000);
     RefuseThreads(3);
     CScheduled alone({{5}, {5, MR_DOUBTFUL}, {5}});
     alone.m_analysis.m_pRegister = &memory;
@@ -180,7 +181,7 @@ TEST(Scheduler, ASystemWithoutThreadsIsAskedAgainLater) {
     EXPECT_EQ(alone.Threads(), 0u);
     EXPECT_EQ(memory.m_nFreed, 2);
     EXPECT_EQ(MostSchedulerThreads(), most);
-    SleepMs(600);
+    SetExhaustedMs(500);
     CScheduled later({{5}, {5, MR_MATE}});
     EXPECT_EQ(later.Run(), MR_MATE);
     EXPECT_GT(later.Threads(), 0u);

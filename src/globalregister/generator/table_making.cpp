@@ -108,8 +108,10 @@ TGenerateReport CTableMaking::Run() {
 }
 
 double CTableMaking::Seconds() const {
-    const std::uint64_t nPassed = TickCount64() - m_nStartTicks;
-    const std::uint64_t nPaused = m_control.m_nPausedMs.load() - m_nPausedBefore;
+    const std::uint64_t nNow = TickCount64(), nPassed = nNow - m_nStartTicks;
+    const std::uint64_t nSince = m_control.m_nPausedSince.load(); // a stop ends a run in the middle of a pause
+    const std::uint64_t nPaused =
+        m_control.m_nPausedMs.load() - m_nPausedBefore + (nSince != 0 && nSince < nNow ? nNow - nSince : 0);
     return static_cast<double>(nPassed - std::min(nPassed, nPaused)) / 1000; // a pause may have begun before the start
 }
 

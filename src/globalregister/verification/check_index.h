@@ -22,9 +22,8 @@ enum class ERunState : std::uint8_t { Run, Pause = 1, Break = 3 };
 /// One thread's part.
 class CIndexChecker {
   public:
-    /// nLimit  half-moves: of a table that is not finished what is stored as no mate may be one so long, or longer; 0:
-    /// none
-    ///         may.
+    /// nLimit  half-moves: of a table that is not finished what is stored as no mate may be one so long, or longer;
+    ///         0: none may.
     CIndexChecker(const COneMoveTables& tables, int nLimit) : m_tables(tables), m_expected(tables), m_nLimit(nLimit) {}
 
     /// Adds a fault to m_faults, if there is one. An index that names no legal position has none.
