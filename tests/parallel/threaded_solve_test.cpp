@@ -288,8 +288,9 @@ TEST(ThreadedSolve, AStoppedSolveMayBeStartedAgain) {
             const TSolvingResult first = solve.StartSolving(notifier);
             EXPECT_EQ(solve.Analysis().m_nCommand, kNoCommand);
             const bool bAll = thread < 0 || thread == kAllThreads || (thread == 0 && tree.m_nThreads == 1);
-            const bool bDone = tree.m_nThreads > 1 && first.m_bComplete; // before the stop was passed on to them
-            EXPECT_EQ(first.m_verdict, bAll && !bDone ? EVerdict::Stopped : EVerdict::Mate) << thread;
+            if (!bAll || tree.m_nThreads == 1) { // several may have found the key before the stop is passed on to them
+                EXPECT_EQ(first.m_verdict, bAll ? EVerdict::Stopped : EVerdict::Mate) << thread;
+            }
             const TSolvingResult second = solve.StartSolving(notifier);
             EXPECT_TRUE(second.m_bComplete) << thread;
             EXPECT_EQ(SortedKeys(second), std::vector<std::string>{"Kc5-d6"}) << thread;
