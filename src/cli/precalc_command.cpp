@@ -90,8 +90,7 @@ std::string FormText(const TPrecalcFileFound& found) {
 }
 
 /// May a load take what the file has? Lengths of bit data are read from the plain file only, and archives from none.
-bool IsLoaded(const TPrecalcFileFound& found) {
-    const ETableForm form = FormOf(found.m_path);
+bool IsLoaded(const TPrecalcFileFound& found, ETableForm form) {
     return form != ETableForm::Archive && form != ETableForm::Unknown &&
            (!found.m_file.m_bDetails || found.m_file.m_kind == EPrecalcKind::Plain);
 }
@@ -104,9 +103,10 @@ std::string FileLine(const TPrecalcFileFound& found) {
 std::string FileJson(const TPrecalcFileFound& found) {
     TPrecalcJson object;
     object["type"] = found.m_typeName;
-    object["form"] = NameOfForm(FormOf(found.m_path));
+    const ETableForm form = FormOf(found.m_path);
+    object["form"] = NameOfForm(form);
     object["details"] = found.m_file.m_bDetails;
-    object["searched"] = IsLoaded(found);
+    object["searched"] = IsLoaded(found, form);
     object["elements"] = TPositionIndexing(found.m_typeName).GetSize();
     object["bytes"] = found.m_nSize;
     object["path"] = found.m_path.string();

@@ -86,14 +86,14 @@ void CheckGeneratedType(std::string_view typeName) {
 }
 
 TGenerateReport CTableMaking::Run() {
-    using EMember = EStep (CTableMaking::*)();
-    constexpr EMember kMembers[] = {&CTableMaking::LookAtFiles,     &CTableMaking::AskAboutPawns,
-                                    &CTableMaking::Allocate,        &CTableMaking::ReadOldTable,
-                                    &CTableMaking::LoadNeededTypes, &CTableMaking::OpenDetails,
-                                    &CTableMaking::RunLevels,       &CTableMaking::Finish};
+    using TPhase = EStep (CTableMaking::*)();
+    constexpr TPhase kPhases[] = {&CTableMaking::LookAtFiles,     &CTableMaking::AskAboutPawns,
+                                  &CTableMaking::Allocate,        &CTableMaking::ReadOldTable,
+                                  &CTableMaking::LoadNeededTypes, &CTableMaking::OpenDetails,
+                                  &CTableMaking::RunLevels,       &CTableMaking::Finish};
     try {
-        for (const EMember step : kMembers)
-            if ((this->*step)() == EStep::End)
+        for (const TPhase phase : kPhases)
+            if ((this->*phase)() == EStep::End)
                 break;
     } catch (const std::bad_alloc&) {
         (void)Fail(kNoMemoryForTable);
