@@ -89,8 +89,8 @@ EEdgeRelaxation FindRelaxation(CVerifiedMove& move) {
 }
 
 void DeferEdgeCheck(CVerifiedMove& move) {
-    (void)move.Mark(kMoveDefersEdgeCheck);
-    move.Context().m_shDeferMaxMoves = DeferredUntil(move.After());
+    if (move.Mark(kMoveDefersEdgeCheck))
+        move.Context().m_shDeferMaxMoves = DeferredUntil(move.After());
 }
 
 void ApplyDeferredEdgeCheck(TChessboard& b) {

@@ -28,7 +28,8 @@ enum class EEdgeRelaxation {
 /// Steps 1 to 4 of the relaxation, nothing marked yet: marking waits until cheaper excuses of the rule have failed.
 [[nodiscard]] EEdgeRelaxation FindRelaxation(CVerifiedMove& move);
 
-/// Marks the move and writes down how long the check is deferred.
+/// Marks the move and writes down how long the check is deferred. Where there is no move to mark nothing is deferred,
+/// and nothing is written.
 void DeferEdgeCheck(CVerifiedMove& move);
 
 /// Black men won by White, in men, against the root: figures lost by White count against it. Pawns count only if

@@ -143,12 +143,14 @@ class CRootRun final : public IRootMoves {
             return;
         const std::uint64_t square = std::uint64_t{m_root.m_nMoves} * m_root.m_nMoves;
         LetGuideSearch(std::min(kBriefLook * square, kMostBriefLook));
-        if (!IsLongLookWorthwhile())
-            return;
-        LetGuideSearch(std::min(kLongLook * square, kMostLongLook));
-        // Forced play is what the guide finds first: where a long look has found none, a run of it would find none
-        // either.
-        if (!m_run.m_pGuide->IsProved())
+        const bool bLongLook = IsLongLookWorthwhile();
+        if (bLongLook)
+            LetGuideSearch(std::min(kLongLook * square, kMostLongLook));
+        if (m_run.m_pGuide->IsProved())
+            LeaveOutWhatDoubtsGuide();
+        else if (bLongLook)
+            // Forced play is what the guide finds first: where a long look has found none, a run of it would find none
+            // either.
             LeaveOut(SH_FINDFORCEDMATE, "there is no forced play");
     }
 
@@ -219,12 +221,22 @@ class CRootRun final : public IRootMoves {
     }
 
     /// A set made by hand stays as it is, and so does what the problem asks for.
+    [[nodiscard]] std::uint32_t Dispensable() const {
+        return m_run.m_bChosenHeuristics ? 0 : m_nChosen & ~m_run.m_nOfClauses;
+    }
+
     void LeaveOut(std::uint32_t heuristics, const char* reason) {
-        heuristics &= m_nChosen & ~m_run.m_nOfClauses;
-        if (m_run.m_bChosenHeuristics || heuristics == 0)
+        heuristics &= Dispensable();
+        if (heuristics == 0)
             return;
         m_run.m_leftOut.push_back({heuristics, reason});
         m_nChosen &= ~heuristics;
+    }
+
+    /// Before the passes are planned: the walk through the proof takes its time, and a set in use is not thinned out.
+    void LeaveOutWhatDoubtsGuide() {
+        if (const std::uint32_t asked = Dispensable())
+            LeaveOut(HeuristicsAgainstGuide(m_root, *m_run.m_pGuide, asked), "it would doubt that mate");
     }
 
     void LetGuideSearch(std::uint64_t nMostNodes) {
@@ -240,7 +252,6 @@ class CRootRun final : public IRootMoves {
         if (result != EProofResult::Proved)
             return;
         m_analysis.m_pGuide = m_run.m_pGuide;
-        LeaveOut(HeuristicsAgainstGuide(m_root, *m_run.m_pGuide, m_nChosen), "it would doubt that mate");
         TMove key;
         if (!m_run.m_pGuide->Suggest(m_root, key))
             return;
@@ -490,11 +501,12 @@ class CRootRun final : public IRootMoves {
         return m_run.m_bLog ? FindMateBlack<kLoggingNode>(&child) : FindMateBlack<kPlainNode>(&child);
     }
 
-    /// A line that went back to the root itself has gained White nothing; in quick mode that is doubt, as everywhere.
+    /// A line that went back to the root itself has gained White nothing; with heuristics in force that is doubt, safe
+    /// mode or not, as everywhere.
     [[nodiscard]] std::uint8_t JudgeRootMove(TMateResult result) const {
         if (result == MR_NOMATE || result == MR_NONE)
             return kRootMoveRefuted;
-        if (result == MR_REPETITION && IsStrict(m_root))
+        if (result == MR_REPETITION && m_root.m_byPass >= 2)
             return kRootMoveRefuted;
         return kRootMoveDoubtful;
     }
@@ -504,7 +516,8 @@ class CRootRun final : public IRootMoves {
         if (m_root.m_byPass >= 2)
             return false;
         const int result = Relax();
-        if (m_root.m_nHeuristics == 0 && m_run.m_pGuide != nullptr && IsLongLookWorthwhile())
+        const bool bProofIsNext = m_root.m_nHeuristics == 0 && m_context.m_bRunPass2;
+        if (bProofIsNext && m_run.m_pGuide != nullptr && IsLongLookWorthwhile())
             LetGuideSearch(std::min(kLongLook * m_root.m_nMoves * m_root.m_nMoves, kMostLongLook));
         SetPassNumber();
         m_bByClock = result < 0;

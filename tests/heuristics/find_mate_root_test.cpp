@@ -9,6 +9,7 @@
 #include "core/notation.h"
 #include "platform/clock.h"
 #include "platform/processors.h"
+#include "search/proof_guide.h"
 #include "search/searched_position.h"
 
 namespace quillon::test {
@@ -396,6 +397,41 @@ TEST(FindMateRoot, TheRegisterHearsOfThePasses) {
     ASSERT_EQ(known.m_params.size(), 4u);
     EXPECT_EQ(known.m_params[0], known.m_params[1]);
     EXPECT_NE(known.m_params[0], 0u);
+}
+
+// ---- the guide's look before the pass without heuristics
+
+/// A mate in eight at most with two rooks against a king, who has to walk. The guide comes when the plan is told: what
+/// it searches, it searches behind the passes with heuristics.
+class CLateGuide : public CRun {
+  public:
+    explicit CLateGuide(bool bRunPass2) {
+        m_context->m_bLetRelaxHeuristics = false;
+        m_context->m_bRunPass2 = bRunPass2;
+        m_run.m_planSink = [this](const TPlanReport&) { m_run.m_pGuide = &m_guide; };
+    }
+    [[nodiscard]] int GoAgainstTheMate() {
+        m_run.m_nInitialHeuristics = SH_KEEPKINGONTHEEDGE; // he may not move at all
+        return Go("8/8/8/4k3/8/8/8/RR4K1", 15, false);
+    }
+
+    CProofGuide m_guide{std::size_t{1} << 20};
+};
+
+TEST(FindMateRoot, TheGuideLooksOnceMoreBeforeThePassWithoutHeuristics) {
+    CLateGuide guided(true);
+    EXPECT_EQ(guided.GoAgainstTheMate(), kSolutionsFound);
+    EXPECT_EQ(guided.m_run.m_passes, (std::vector<std::string>{"1", "2"}));
+    EXPECT_TRUE(guided.m_guide.IsProved());
+    EXPECT_EQ(guided.m_analysis.m_pGuide, &guided.m_guide);
+    EXPECT_TRUE(guided.m_run.m_leftOut.empty()) << "the set was in use as it was chosen";
+}
+
+TEST(FindMateRoot, WithoutThatPassThereIsNothingToGuide) {
+    CLateGuide guided(false);
+    EXPECT_EQ(guided.GoAgainstTheMate(), kNoSolutionFound);
+    EXPECT_EQ(guided.m_run.m_passes, std::vector<std::string>{"1"});
+    EXPECT_EQ(guided.m_guide.Nodes(), 0u);
 }
 
 // ---- special results

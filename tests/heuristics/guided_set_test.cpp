@@ -87,5 +87,14 @@ TEST(GuidedSet, LeavesTheRootAsItWas) {
     EXPECT_TRUE(static_cast<const THeuristicParameters&>(rooks.Context()) == parameters);
 }
 
+/// No move of the walk is deferred, so nothing is written down of how long.
+TEST(GuidedSet, LeavesTheTimeOfADeferredCheckAsItWas) {
+    CGuided rooks(kRooks, kPlies);
+    rooks.Context().m_shDeferMoves = 3;
+    rooks.Context().m_shDeferMaxMoves = 99;
+    EXPECT_EQ(rooks.Against(SH_KEEPKINGONTHEEDGE), 0u) << "the king's moves are let pass";
+    EXPECT_EQ(rooks.Context().m_shDeferMaxMoves, 99);
+}
+
 } // namespace
 } // namespace quillon::test
