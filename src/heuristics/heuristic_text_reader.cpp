@@ -219,6 +219,7 @@ void CSetReader::ReadKeyLine(const TPiece& parameter) {
 
 void CSetReader::CheckDiagonal(const TPiece& parameter) const {
     const int first = m_read.m_wKeyDiagonal & 0xff, second = m_read.m_wKeyDiagonal >> 8;
+    // Nor is one square a diagonal: nothing moves along it.
     if (first == second || AbsDiff(FileOf(first), FileOf(second)) != AbsDiff(RankOf(first), RankOf(second)))
         Fail(parameter, "no diagonal: " + Quoted(parameter.m_text));
 }
@@ -466,8 +467,6 @@ void StoreReadHeuristics(const TReadHeuristics& read, const TChessboard& board, 
     analysis.m_zugzwangPositions.clear();
     if ((read.m_nHeuristics & SH_ZUGZWANG) != 0)
         analysis.m_zugzwangPositions[""] = board.m_board; // no moves lead to the root: the text tells none
-    if (read.m_bQuickMode)
-        analysis.m_bSafeMode = false;
 }
 
 } // namespace quillon

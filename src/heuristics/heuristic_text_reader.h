@@ -23,7 +23,7 @@ struct TReadHeuristics {
     std::uint8_t m_nKeyLine = kNoKeyLine;
     std::uint16_t m_wKeyDiagonal = kNoKeyDiagonal;
     std::uint8_t m_nBishopMode = 0; // marker of SH_ONECOLORPLAYPOSSIBLE
-    bool m_bQuickMode = false;      // told in the text
+    bool m_bQuickMode = false;      // told in the text: the default, and no word against safe mode
 };
 
 /// Reads a set.
@@ -31,7 +31,7 @@ struct TReadHeuristics {
 [[nodiscard]] TReadHeuristics ReadHeuristicsText(std::string_view text);
 
 /// Puts a set that was read for `board` into the parameters of a solve: watched figures and key figure are looked up on
-/// the board, the user's plan of passes (relaxation, fallback, last pass) stays as it is.
+/// the board, the user's plan of passes (relaxation, fallback, last pass) and safe mode stay as they are.
 ///   Errors  ChessException: a named square holds no figure that the heuristic could mean, or the text told of a state
 ///           within a line that no root can have. Nothing is stored then.
 void StoreReadHeuristics(const TReadHeuristics& read, const TChessboard& board, THeuristicParameters& parameters,

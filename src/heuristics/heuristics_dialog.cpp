@@ -272,6 +272,7 @@ void CDialogReader::ReadKeyDiagonal() {
         return;
     const TSquare first = ReadSquare(m_d.m_keyDiagonal1, "Key diagonal - field 1");
     const TSquare second = ReadSquare(m_d.m_keyDiagonal2, "Key diagonal - field 2");
+    // Nor is one square a diagonal: nothing moves along it.
     if (first == kNoSquare || second == kNoSquare || first == second ||
         AbsDiff(FileOf(first), FileOf(second)) != AbsDiff(RankOf(first), RankOf(second)))
         Stop(kBadKeyDiagonal);

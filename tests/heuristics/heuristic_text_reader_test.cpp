@@ -204,7 +204,7 @@ TEST_F(StoreReadHeuristics, PlanOfPassesStays) {
     EXPECT_TRUE(m_p.m_bHeuristicsFallback);
     EXPECT_TRUE(m_analysis.m_bSafeMode);
     EXPECT_EQ(Stored("SH_3MOVESTOMATE, QuickMode"), "stored");
-    EXPECT_FALSE(m_analysis.m_bSafeMode);
+    EXPECT_TRUE(m_analysis.m_bSafeMode);
 }
 
 TEST_F(StoreReadHeuristics, ZugzwangWithoutMovesIsTheRootToReturnTo) {
