@@ -126,8 +126,26 @@ constexpr TChoiceRule kSavedFiguresRule{"pattern: no figure can be spared", CanS
 
 // --- Zugzwang, key figure, sweeping rook
 
+/// While it lives, what is searched is none of the passes: the register of the analysis, if there is one, knows.
+class CSideAnalysis {
+  public:
+    explicit CSideAnalysis(const TAnalysis& analysis)
+        : m_pRegister(analysis.m_pRegister), m_bBefore(m_pRegister != nullptr && m_pRegister->SetSideAnalysis(true)) {}
+    ~CSideAnalysis() {
+        if (m_pRegister != nullptr)
+            m_pRegister->SetSideAnalysis(m_bBefore);
+    }
+    CSideAnalysis(const CSideAnalysis&) = delete;
+    CSideAnalysis& operator=(const CSideAnalysis&) = delete;
+
+  private:
+    ITemporaryRegister* const m_pRegister;
+    const bool m_bBefore;
+};
+
 /// Would White mate in two after every black move, were Black to move now?
 bool IsLostIfBlackMoves(TChessboard& root) {
+    const CSideAnalysis aside(*root.m_pAnalysis);
     TChessboard* const passed = CopyToChild(&root);
     passed->m_nMoves = static_cast<std::uint16_t>(root.m_nMoves - 1);
     passed->m_lastMove = {};

@@ -29,6 +29,10 @@ class ITemporaryRegister {
     /// Memory is short: gives some of what it holds back.
     virtual void FreeMemory() {}
 
+    /// A search beside the passes begins (true) or is over: in it a verdict that contradicts what is stored is told
+    /// rather than repaired, whatever pass it belongs to. Returns what was in force before.
+    virtual bool SetSideAnalysis(bool /*bOn*/) { return false; }
+
     // What a run tells of its passes. Only a register that keeps doubt apart by heuristics has to listen.
 
     /// A pass with these heuristics begins, in one thread more.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "heuristics/choose_edge.h"
@@ -329,6 +330,29 @@ TEST(ChoosePatterns, ZugzwangIsTheRootToReturnTo) {
     TChoosing brief("k7/8/1K6/8/8/8/8/6R1", 19);
     ChoosePatterns(brief.m_choice);
     EXPECT_FALSE(brief.m_choice.Has(SH_ZUGZWANG));
+}
+
+/// Counts what is stored inside a search beside the passes, and what outside one.
+class CSideListener : public CRecordingRegister {
+  public:
+    void Insert(const TChessboard&, int, TMateResult) override { ++(m_bSide ? m_nInside : m_nOutside); }
+    bool SetSideAnalysis(bool bOn) override { return std::exchange(m_bSide, bOn); }
+    bool m_bSide = false;
+    int m_nInside = 0, m_nOutside = 0;
+};
+
+TEST(ChoosePatterns, TheRegisterHearsOfASearchBesideThePasses) {
+    for (const bool bBefore : {false, true}) {
+        CSideListener known;
+        known.m_bSide = bBefore;
+        TChoosing rook("k7/8/1K6/8/8/8/8/6R1");
+        rook.m_position.Analysis().m_pRegister = &known;
+        ChoosePatterns(rook.m_choice);
+        EXPECT_TRUE(rook.m_choice.Has(SH_ZUGZWANG));
+        EXPECT_GT(known.m_nInside, 0);
+        EXPECT_EQ(known.m_nOutside, 0);
+        EXPECT_EQ(known.m_bSide, bBefore);
+    }
 }
 
 TEST(ChoosePatterns, SavedFigures) {

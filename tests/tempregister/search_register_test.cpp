@@ -112,5 +112,12 @@ TEST_F(SearchRegister, AllDoubtCanBeForgotten) {
     EXPECT_EQ(m_known.GetDoubtfulCount(), 0u);
 }
 
+TEST_F(SearchRegister, PassesOnThatASearchIsBesideThePasses) {
+    EXPECT_FALSE(m_register.SetSideAnalysis(true));
+    EXPECT_TRUE(m_known.bSideAnalysis);
+    EXPECT_TRUE(m_register.SetSideAnalysis(false));
+    EXPECT_FALSE(m_known.bSideAnalysis);
+}
+
 } // namespace
 } // namespace quillon::test
