@@ -80,9 +80,6 @@ struct TSearchMarks {
     static constexpr std::uint16_t kNoPawnMovePly = 65535;
     std::uint16_t m_nNoPawnMovePly = kNoPawnMovePly;
 
-    // The queen's target square of the single-queen pruning at the first reply, 255 for none.
-    TSquare m_nSingleQueenTarget = kNoSquare;
-
     bool m_bBlockedSubtreeTrial = false; // option of the trial with SH_DONTLETFIGUREUNBLOCK added, first plies only
     bool m_bEdgeTrial = false;           // SH_KEEPKINGONTHEEDGE is in force as a trial of this line
     bool m_bNoStore = false;             // verdicts are not stored

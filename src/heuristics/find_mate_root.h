@@ -111,12 +111,12 @@ inline constexpr int kShortestGuidedRun = 7;
 /// Plies, the root among them, whose moves tell how far a pass has come.
 inline constexpr int kShownPlies = 4;
 
-/// Results of FindMateRoot; any other negative value -n is a demand for n threads (at most 127).
+/// Results of FindMateRoot; a value -n from -2 down is a demand for n threads (at most 127). None is for one thread:
+/// -1 is what a run with m_bAnalysisOnly returns.
 inline constexpr int kNoSolutionFound = 0;
 inline constexpr int kSolutionsFound = 1;
 inline constexpr int kRequiredHeuristicsUnmet = 127;
 inline constexpr int kInitialAnalysisOnly = -1;
-inline constexpr int kThreadDemandOnForcedMate = -4;
 
 /// Runs the passes over `board` (validated; White to move) with `nPlies` plies, odd.
 ///   bFirstTime          run the initial analysis (once a solve).

@@ -1,6 +1,7 @@
 #include "heuristics/solving_driver.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "core/chess_exception.h"
 #include "core/notation.h"
@@ -88,6 +89,10 @@ class CCommandsOfSolve {
 bool HadPassWithHeuristics(const TSolvingResult& result) {
     return std::ranges::any_of(result.m_passRecords,
                                [](const TPassRecord& pass) { return !pass.m_heuristics.empty(); });
+}
+
+bool HadPassWithoutHeuristics(const TSolvingResult& result) {
+    return std::ranges::any_of(result.m_passRecords, [](const TPassRecord& pass) { return pass.m_heuristics.empty(); });
 }
 
 } // namespace
@@ -275,20 +280,22 @@ void CSolve::Prepare(INotifier& notifier) {
     PrepareRegister(notifier);
 }
 
-int CSolve::RunOnce(bool bFirstTime, bool bAllowDemand) {
-    m_analysis.m_bAllowForcedThreads = bAllowDemand;
+int CSolve::RunOnce(bool bFirstTime) {
     m_analysis.m_pStatusText.store(kInitialCheckPending, std::memory_order_relaxed);
     m_analysis.m_nStartTicks.store(AnalysisTicks(m_analysis), std::memory_order_relaxed);
     m_analysis.m_nProgressTicks.store(TickCount64(), std::memory_order_relaxed);
     const auto root = m_analysis.m_nThreads < 2 ? FindMateRoot : FindMateRootThreads;
     return root(*m_context, m_analysis, m_request.m_board, PliesOf(m_request.m_nStipulation), m_run, bFirstTime,
-                bAllowDemand);
+                m_analysis.m_bAllowForcedThreads);
 }
 
 int CSolve::RunRoot(INotifier& notifier) {
-    const int result = RunOnce(true, m_request.m_bAllowThreadDemand);
+    m_analysis.m_bAllowForcedThreads = m_request.m_bAllowThreadDemand;
+    const int result = RunOnce(true);
+    m_analysis.m_bAllowForcedThreads = false;
     if (result >= 0)
         return result;
+    assert(result != kInitialAnalysisOnly); // which a solve never asks for
     if (IsStopping(*m_context->m_pRoot)) {
         m_run.m_bStopped = true;
         return kNoSolutionFound;
@@ -301,7 +308,7 @@ int CSolve::RunRoot(INotifier& notifier) {
     } else {
         m_run.m_bNoAids = true;
     }
-    return RunOnce(true, false);
+    return RunOnce(true);
 }
 
 TSolvingResult CSolve::StartSolving(INotifier& notifier) {
@@ -322,7 +329,7 @@ TSolvingResult CSolve::StartSolving(INotifier& notifier) {
         if (m_request.m_mode == ESolveMode::FirstSolution) // the second phase is there for the duals
             m_analysis.m_nSolveMode = kAllSolutions;
         SwitchToBruteForce();
-        (void)RunOnce(false, false);
+        (void)RunOnce(false);
     }
     return Collect(static_cast<double>(AnalysisTicks(m_analysis) - start) / 1000.0);
 }
@@ -388,7 +395,7 @@ TRegisterFigures CSolve::RegisterFigures() const {
 
 void CSolve::FillTexts(TSolvingResult& result) const {
     const int count = static_cast<int>(result.m_solutions.size());
-    const bool bNoPass2 = !m_context->m_bRunPass2;
+    const bool bNoPass2 = !m_context->m_bRunPass2 && !HadPassWithoutHeuristics(result);
     const bool bNoRelaxation = !m_context->m_bLetRelaxHeuristics && HadPassWithHeuristics(result);
     const int limit = SolutionLimit(m_analysis);
     result.m_title = kMateSearchTitle;

@@ -157,7 +157,7 @@ class CSolve {
     void PrepareExpectedWhiteMoves();
     [[nodiscard]] bool IsRegisterWorthwhile() const;
     [[nodiscard]] int RunRoot(INotifier& notifier);
-    [[nodiscard]] int RunOnce(bool bFirstTime, bool bAllowDemand);
+    [[nodiscard]] int RunOnce(bool bFirstTime);
     void TakeChosenHeuristics();
     void SwitchToBruteForce();
     [[nodiscard]] TSolvingResult Collect(double seconds);

@@ -81,7 +81,7 @@ struct TAnalysis : THeuristicAnalysisParameters {
     std::uint32_t m_nStopFlags = 0;
     std::uint8_t m_nHybridPhase = kNotHybrid;
     std::uint32_t m_nRequiredHeuristics = 0;  // if not 0: all of it must be in the mask after the initial analysis
-    bool m_bAllowForcedThreads = false;       // the driver may return a thread demand
+    bool m_bAllowForcedThreads = false;       // the driver may return a thread demand: first attempt of a start
     bool m_bThreadsForced = false;            // the demand was made in this solve, it comes once
     std::uint8_t m_nThreads = 1;              // of a group
     std::uint8_t m_nMultithreadingLevels = 1; // 1: only the first move runs in parallel

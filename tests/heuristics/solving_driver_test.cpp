@@ -200,6 +200,16 @@ TEST(SolvingDriver, AProofInTheFirstPassStandsWithoutTheSecond) {
         " NOTE: Pass without heuristics is currently switched off (see heuristics selection dialog box)"));
 }
 
+/// Without a set there is no other pass, whatever is asked for: that it has been left out would not be true.
+TEST(SolvingDriver, APassWithoutHeuristicsThatRanIsNotToldAsSwitchedOff) {
+    TSolveRequest request = Request(kNoMate, 2);
+    request.m_bRunPass2 = false;
+    const TSolvingResult result = Solve(request);
+    EXPECT_EQ(result.m_passes, std::vector<std::string>{"2"});
+    EXPECT_EQ(result.m_verdict, EVerdict::NoMate);
+    EXPECT_TRUE(result.m_text.ends_with(" sec.)")) << result.m_text;
+}
+
 TEST(SolvingDriver, UnmetHeuristicsLeaveEverythingOpen) {
     TSolveRequest request = Request(kMateInThree, 3);
     request.m_nRequiredHeuristics = SH_AREKINGSNEAR;
@@ -349,6 +359,18 @@ TEST(SolvingDriver, SafeModeThatAStepForcesIsToldAndEndsWithTheRun) {
     (void)solve.StartSolving(answers);
     EXPECT_NE(solve.ShowAnalysisSettings().find("> Safe Mode forced by engine\n"), std::string::npos);
     ExpectTheSameTwice(request);
+}
+
+/// A set is printed with it, and may be given as it was printed.
+TEST(SolvingDriver, QuickModeInASetUndoesNoSafeMode) {
+    for (const bool bSafeMode : {true, false}) {
+        TSolveRequest request = Request(kNoMate, 4);
+        request.m_heuristics = ReadHeuristicsText("SH_DONTRECEDEBLACKKING, QuickMode");
+        request.m_bSafeMode = bSafeMode;
+        const TSolvingResult result = Solve(request);
+        EXPECT_EQ(result.m_passRecords.front().m_heuristics,
+                  bSafeMode ? "SH_DONTRECEDEBLACKKING" : "SH_DONTRECEDEBLACKKING,  QuickMode");
+    }
 }
 
 /// What the first start has proved the second looks up, unless it is to begin from nothing.
