@@ -29,6 +29,9 @@ class ITemporaryRegister {
     /// Memory is short: gives some of what it holds back.
     virtual void FreeMemory() {}
 
+    /// A good moment to give some of it back before memory is short. Costs nothing to speak of while there is plenty.
+    virtual void FreeMemoryEarly() {}
+
     // What a run tells of its passes. Only a register that keeps doubt apart by heuristics has to listen.
 
     /// A pass with these heuristics begins, in one thread more.
