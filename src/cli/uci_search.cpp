@@ -1,16 +1,17 @@
 #include "cli/uci_search.h"
 
 #include <algorithm>
-#include <exception>
+#include <new>
 
 #include "parallel/search_thread.h"
-#include "platform/thread.h"
 
 namespace quillon {
 
 namespace {
 
 using namespace std::chrono_literals;
+
+constexpr const char* kNoMove = "0000";
 
 constexpr auto kLookStep = 20ms;
 constexpr auto kNodesStep = 2ms; // with a limit of nodes
@@ -30,23 +31,39 @@ int MovesWithin(std::int64_t plies) {
 
 } // namespace
 
+std::string AnyMove(const TGamePosition& position) {
+    const std::vector<TGameMove> moves = LegalMoves(position);
+    return moves.empty() ? kNoMove : UciMove(moves.front().m_move);
+}
+
 CUciSearch::CUciSearch(TUciOrder order, CUciOutput& output)
     : m_order(std::move(order)), m_output(output), m_notifier(output), m_finder(m_order.m_request, m_notifier),
-      m_improver(m_order.m_request, m_notifier), m_bHeld(m_order.m_go.m_bInfinite || m_order.m_go.m_bPonder),
-      m_nextProgress(m_start + kInfoStep) {
+      m_improver(m_order.m_request, m_notifier), m_bestMove(AnyMove(m_order.m_position)),
+      m_bHeld(m_order.m_go.m_bInfinite || m_order.m_go.m_bPonder), m_nextProgress(m_start + kInfoStep) {
     if (!m_bHeld)
         SetDeadline();
 }
 
 void CUciSearch::Run() {
     {
-        const CThread thread(SearchStackBytes(kStackSlots), [this] { Search(); });
+        const CThread solver = StartSolver();
         Watch();
     }
     m_bEnding.store(true, std::memory_order_relaxed);
     m_output.Line("bestmove " + m_bestMove);
     m_finder.Release();
     m_improver.Release();
+}
+
+/// No thread: the search is over, but its answer may have to wait.
+CThread CUciSearch::StartSolver() {
+    try {
+        return {SearchStackBytes(kStackSlots), [this] { Search(); }};
+    } catch (const std::exception& failure) { // of the system, which has no thread or no memory
+        TellFailure(failure);
+        NoteEnd();
+        return {};
+    }
 }
 
 void CUciSearch::Stop() {
@@ -102,7 +119,14 @@ void CUciSearch::Look() {
         m_improver.RequestStop();
     if (now >= m_nextProgress) {
         m_nextProgress = now + kInfoStep;
+        TellProgress();
+    }
+}
+
+void CUciSearch::TellProgress() {
+    try {
         m_output.Line(InfoLine(Progress()));
+    } catch (const std::bad_alloc&) { // there may be memory for the next line
     }
 }
 
@@ -119,20 +143,30 @@ void CUciSearch::Search() {
     try {
         FindMove();
     } catch (const std::exception& failure) {
-        m_output.Line(InfoString(failure.what()));
+        TellFailure(failure);
     }
+    NoteEnd();
+}
+
+void CUciSearch::NoteEnd() {
     const std::lock_guard lock(m_mutex);
     m_bDone = true;
     m_changed.notify_all();
 }
 
+/// Where there is no memory for the words it is not told.
+void CUciSearch::TellFailure(const std::exception& failure) noexcept {
+    try {
+        m_output.Line(InfoString(failure.what()));
+    } catch (const std::bad_alloc&) {
+    }
+}
+
 void CUciSearch::FindMove() {
-    const std::vector<TGameMove> moves = LegalMoves(m_order.m_position);
-    if (moves.empty()) {
+    if (m_bestMove == kNoMove) {
         TellNoMove();
         return;
     }
-    m_bestMove = UciMove(moves.front().m_move);
     const TUciGo& go = m_order.m_go;
     if (go.m_mate)
         FindInOneGo(StipulationOf(*go.m_mate));
@@ -186,18 +220,27 @@ TMateAnswer CUciSearch::Find(int nMoves) {
     return answer;
 }
 
+/// Is there more to find out about a mate in nMoves?
+bool CUciSearch::IsImprovable(const TMateAnswer& answer, int nMoves, bool bShortest) const {
+    return !m_improver.IsStopping() && (!answer.m_bToMate || (!bShortest && MovesOf(answer.m_line) < nMoves));
+}
+
 /// Makes the line complete where it is not; then, unless the length is known to be the shortest, tries whether the mate
-/// comes as soon as the line shows it.
+/// comes as soon as the line shows it. The finder gives its memory back first: both together would have it twice.
 void CUciSearch::Improve(TMateAnswer answer, int nMoves, bool bShortest) {
+    if (!IsImprovable(answer, nMoves, bShortest))
+        return;
+    m_finder.Release();
     AllowForImproving();
-    for (;;) {
+    while (IsImprovable(answer, nMoves, bShortest)) {
         if (!answer.m_bToMate) {
             m_improver.CompleteLine(m_order.m_position, nMoves, answer);
             TellMate(answer, nMoves);
+            if (!answer.m_bToMate)
+                return;
+            continue;
         }
         const int nShown = MovesOf(answer.m_line);
-        if (bShortest || !answer.m_bToMate || nShown >= nMoves || m_improver.IsStopping())
-            return;
         TMateAnswer sooner = m_improver.FindMate(m_order.m_position, nShown);
         if (sooner.m_verdict != EVerdict::Mate)
             return;

@@ -14,12 +14,14 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <string>
 
 #include "cli/mate_finder.h"
 #include "cli/uci_notifier.h"
+#include "platform/thread.h"
 
 namespace quillon {
 
@@ -29,6 +31,9 @@ struct TUciOrder {
     TSolveRequest m_request; // threads and memory
 };
 
+/// A legal move, whichever; "0000" if there is none.
+[[nodiscard]] std::string AnyMove(const TGamePosition& position);
+
 /// Threads: Run on a thread of the caller's choice; it makes another one for the solver. The rest from any thread.
 class CUciSearch {
   public:
@@ -36,7 +41,8 @@ class CUciSearch {
     CUciSearch(const CUciSearch&) = delete;
     CUciSearch& operator=(const CUciSearch&) = delete;
 
-    /// Searches, sends the best move, gives memory back and returns.
+    /// Searches, sends the best move, gives memory back and returns. Without a thread for the solver the best move is
+    /// any.
     void Run();
 
     /// The best move follows at once.
@@ -52,8 +58,10 @@ class CUciSearch {
     using TClock = std::chrono::steady_clock;
 
     // The thread of Run.
+    [[nodiscard]] CThread StartSolver();
     void Watch();
     void Look();
+    void TellProgress();
     [[nodiscard]] TClock::time_point NextLook() const;
     void SetDeadline();
 
@@ -64,12 +72,15 @@ class CUciSearch {
     void FindUpwards(int nMost);
     [[nodiscard]] TMateAnswer Find(int nMoves);
     void TellNoMove();
+    [[nodiscard]] bool IsImprovable(const TMateAnswer& answer, int nMoves, bool bShortest) const;
     void Improve(TMateAnswer answer, int nMoves, bool bShortest);
     void AllowForImproving();
     void TellMate(const TMateAnswer& answer, int nMoves);
 
     [[nodiscard]] TUciInfo Progress() const;
     void StopAll();
+    void TellFailure(const std::exception& failure) noexcept;
+    void NoteEnd();
 
     const TUciOrder m_order;
     CUciOutput& m_output;
@@ -80,7 +91,7 @@ class CUciSearch {
     const TClock::time_point m_start = TClock::now();
     std::atomic<int> m_nDepth{1}; // plies under search
     std::atomic<bool> m_bEnding{false};
-    std::string m_bestMove = "0000"; // of the solver's thread; read behind its end
+    std::string m_bestMove; // of the solver's thread; read behind its end
 
     std::mutex m_mutex; // guards what follows
     std::condition_variable m_changed;

@@ -1,6 +1,7 @@
 #include "cli/uci_session.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "app/version.h"
 #include "cli/output.h"
@@ -190,10 +191,17 @@ void CUciSession::Go(const TWords& words) {
     m_output.Line("bestmove 0000");
 }
 
+/// Without a search the interface gets its move all the same.
 void CUciSession::Start(TUciGo go) {
-    m_precalc.Apply();
-    m_search = std::make_unique<CUciSearch>(TUciOrder{*m_position, std::move(go), m_request}, m_output);
-    m_thread = CThread(kWatchStackBytes, [search = m_search.get()] { search->Run(); });
+    try {
+        m_precalc.Apply();
+        m_search = std::make_unique<CUciSearch>(TUciOrder{*m_position, std::move(go), m_request}, m_output);
+        m_thread = CThread(kWatchStackBytes, [search = m_search.get()] { search->Run(); });
+    } catch (const std::exception& failure) { // of the system, which has no thread or no memory
+        m_search.reset();
+        Say(failure.what());
+        m_output.Line("bestmove " + AnyMove(*m_position));
+    }
 }
 
 /// Returns when the best move has been sent and the memory is free.

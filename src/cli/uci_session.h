@@ -18,6 +18,9 @@ namespace quillon {
 class CUciSession {
   public:
     CUciSession(std::istream& input, CUciOutput& output, CUciPrecalc& precalc);
+    CUciSession(const CUciSession&) = delete;
+    CUciSession& operator=(const CUciSession&) = delete;
+    ~CUciSession() { EndSearch(); }
 
     EExitStatus Run();
 

@@ -107,6 +107,12 @@ CSolve::CSolve(TSolveRequest request) : m_request(std::move(request)), m_context
     TakeRequest();
 }
 
+/// By command, for what stands in the driver's context alone would be passed on from thread to thread, level by level.
+void CSolve::RequestStop() {
+    AskThread(*m_context, kStopRequest);
+    GiveCommand(m_analysis, kStopCommand, kAllThreads);
+}
+
 /// A solve may be started again: what an earlier run has found, forced, relaxed or switched to is forgotten.
 void CSolve::TakeRequest() {
     static_cast<TRootFindings&>(m_run) = {};

@@ -123,8 +123,9 @@ class CSolve {
     ///   Errors  ChessException for a request that cannot be run: stipulation out of range, Black in check.
     [[nodiscard]] TSolvingResult StartSolving(INotifier& notifier);
 
-    // From any thread.
-    void RequestStop() { m_context->m_nStopRequest.store(kStopRequest, std::memory_order_relaxed); }
+    // From any thread, not from a signal handler: there is a lock in the control record.
+    // A stop reaches every thread at its next node, and ends a pause.
+    void RequestStop();
     // A pause of all threads, in which the clock of the solve stands still. It does not undo a stop: nodes that have
     // obeyed it have returned no verdict, and those above them must know.
     void Pause() { PauseAll(m_analysis); }

@@ -8,6 +8,7 @@
 #include "parallel/node_share.h"
 #include "parallel/thread_group.h"
 #include "search/analysis.h"
+#include "search/control.h"
 #include "search/search_hooks.h"
 
 namespace quillon {
@@ -78,6 +79,13 @@ class CLevelGroup {
     CThreadGroup m_group; // ends before the members that its threads work on
 };
 
+/// Behind a group no thread of it waits for the register.
+void MakeRoomInRegister(const TChessboard& p) {
+    ITemporaryRegister* const known = p.m_pAnalysis->m_pRegister;
+    if (known != nullptr && !IsStopping(p))
+        known->FreeMemoryEarly();
+}
+
 } // namespace
 
 int FindMateMultithreadingLevel(TChessboard& p, int nMoves, TMove* list, TNodeFunction pNode) {
@@ -90,7 +98,9 @@ int FindMateMultithreadingLevel(TChessboard& p, int nMoves, TMove* list, TNodeFu
     } catch (const std::bad_alloc&) {
         return kContinueHere;
     }
-    return group.Run();
+    const TMateResult result = group.Run();
+    MakeRoomInRegister(p);
+    return result;
 }
 
 } // namespace quillon

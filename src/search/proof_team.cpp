@@ -20,7 +20,7 @@ bool CProofTeam::IsOver(const TChessboard& b) {
            (IsControlPending(b) && PauseOrStop(b));
 }
 
-/// A request to the calling thread, as the threads that help it see it.
+/// A request to the calling thread, as the threads that help it see it. A bound that it has set itself is none.
 bool CProofTeam::IsCallerStopping(const TChessboard& b) {
     if (b.m_pContext == m_pCaller)
         return false; // it asks itself
@@ -29,7 +29,7 @@ bool CProofTeam::IsCallerStopping(const TChessboard& b) {
         SleepMs(kPauseStepMs);
         request = m_pCaller->m_nStopRequest.load(std::memory_order_relaxed);
     }
-    return request >= kStopRequest;
+    return request == kStopRequest;
 }
 
 } // namespace quillon

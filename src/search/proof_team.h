@@ -18,7 +18,8 @@ enum class EProofResult { Proved, Refuted, Open };
 
 class CProofTeam {
   public:
-    /// `root` is that of the calling thread: a pause or stop of its context holds for all. It outlives the team.
+    /// `root` is that of the calling thread: a pause or stop that its context is asked for holds for all. It outlives
+    /// the team.
     CProofTeam(const TChessboard& root, int nThreads, std::uint64_t nMostNodes);
 
     /// One thread shares with nobody: it need not look at marks nor at what others have stored.

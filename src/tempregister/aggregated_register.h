@@ -127,6 +127,10 @@ class TAggregatedTemporaryChessboardRegister : public TTemporaryChessboardRegist
     ///   bEarly  a periodic call. false: an insert has hit the budget or found no memory.
     void EmptySomeDataWhenRegisterFull(bool bEarly) override;
 
+    /// The periodic call, from wherever it suits. A few relaxed reads unless less than a quarter is free. Sweeps hold
+    /// all threads up: behind one the next comes when they have worked many times as long.
+    void MakeRoomEarly();
+
     using TChessboardRegister<bool>::Clear;
 
     /// nMode > 0 empties the final results and keeps their array of buckets; 0 empties everything and gives the arrays
@@ -183,6 +187,7 @@ class TAggregatedTemporaryChessboardRegister : public TTemporaryChessboardRegist
     void AdoptDoubtfulRegisters();
     [[nodiscard]] const std::function<void()>& Repaint(bool bQuiet) const;
 
+    [[nodiscard]] bool IsNearlyFull() const { return FreeElements() * 4 < nMaxElements; }
     [[nodiscard]] bool IsEvictionDue(bool bEarly) const;
     [[nodiscard]] std::uint32_t Evict(bool bEarly);
     [[nodiscard]] std::uint32_t DropShortest(std::uint32_t freed);
@@ -195,6 +200,7 @@ class TAggregatedTemporaryChessboardRegister : public TTemporaryChessboardRegist
     std::mutex logLock;
     std::mutex doubtfulLock;
     std::atomic<std::uint64_t> nLastEmptiedTicks; // of the last eviction, ms
+    std::atomic<std::uint64_t> m_nEarlyFrom = 0;  // no periodic call is heeded before, ms
     std::uint32_t nBuckets;                       // of the final table; the most a doubtful register gets
 
     std::atomic<std::uint64_t> m_nDoubtfulBytes = 0;

@@ -21,6 +21,10 @@ constexpr std::uint64_t kThrottleMs = 16;
 // A sweep frees more buckets than the next inserts need, and what waits on the free lists counts for nobody.
 constexpr std::uint64_t kPartForFreeBuckets = 32;
 
+// So many times as long as it took is searched before another periodic call is heeded: between a fifth and a quarter
+// free, the next one would find little to remove.
+constexpr std::uint64_t kWorkBehindEarly = 32;
+
 constexpr std::uint32_t kEnoughUnusedEarly = 0x40000;
 constexpr std::uint32_t kEnough = 4096;
 constexpr int kShortestLevel = 3;
@@ -88,10 +92,21 @@ void TAggregatedTemporaryChessboardRegister::EmptySomeDataWhenRegisterFull(bool 
     nLastEmptiedTicks.store(TickCount64(), std::memory_order_relaxed);
 }
 
+void TAggregatedTemporaryChessboardRegister::MakeRoomEarly() {
+    if (!IsNearlyFull())
+        return;
+    const std::uint64_t start = TickCount64();
+    if (start < m_nEarlyFrom.load(std::memory_order_relaxed))
+        return;
+    EmptySomeDataWhenRegisterFull(true);
+    const std::uint64_t end = TickCount64();
+    m_nEarlyFrom.store(end + (end - start) * kWorkBehindEarly, std::memory_order_relaxed);
+}
+
 bool TAggregatedTemporaryChessboardRegister::IsEvictionDue(bool bEarly) const {
     if (TickCount64() - nLastEmptiedTicks.load(std::memory_order_relaxed) <= kThrottleMs)
         return false;
-    return !bEarly || FreeElements() * 4 < nMaxElements;
+    return !bEarly || IsNearlyFull();
 }
 
 // 1 unused doubt  2 the shortest subproblems, and no more of them from now on  3 level by level. Returns what was

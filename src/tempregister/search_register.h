@@ -16,6 +16,7 @@ class CSearchRegister final : public ITemporaryRegister {
     void Insert(const TChessboard& position, int nMoves, TMateResult verdict) override;
     void InsertDoubtful(const TChessboard& position, int nMoves) override;
     void FreeMemory() override { m_known.EmptySomeDataWhenRegisterFull(false); }
+    void FreeMemoryEarly() override { m_known.MakeRoomEarly(); }
     bool SetSideAnalysis(bool bOn) override { return m_known.bSideAnalysis.exchange(bOn, std::memory_order_relaxed); }
     void AddDoubtfulUser(std::uint32_t heuristics, std::uint32_t params) override;
     void ReleaseDoubtfulUser(std::uint32_t heuristics, std::uint32_t params) override;

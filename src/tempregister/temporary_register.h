@@ -29,6 +29,9 @@ class ITemporaryRegister {
     /// Memory is short: gives some of what it holds back.
     virtual void FreeMemory() {}
 
+    /// A good moment to give some of it back before memory is short. Costs nothing to speak of while there is plenty.
+    virtual void FreeMemoryEarly() {}
+
     /// A search beside the passes begins (true) or is over: in it a verdict that contradicts what is stored is told
     /// rather than repaired, whatever pass it belongs to. Returns what was in force before.
     virtual bool SetSideAnalysis(bool /*bOn*/) { return false; }

@@ -49,6 +49,29 @@ TEST(LevelThreads, NumbersThatAreTooHighMeanNoThreads) {
     EXPECT_EQ(level.m_analysis.m_nFinishedThreads, 0u);
 }
 
+/// Counts the good moments that it is told of.
+class CEarlyFreed : public ITemporaryRegister {
+  public:
+    TMateResult Find(const TChessboard&, int, int) override { return MR_NONE; }
+    void Insert(const TChessboard&, int, TMateResult) override {}
+    void InsertDoubtful(const TChessboard&, int) override {}
+    void FreeMemoryEarly() override { ++m_nFreed; }
+    int m_nFreed = 0;
+};
+
+/// Behind each group, but nobody who stops has time for it.
+TEST(LevelThreads, AGroupThatHasEndedIsAMomentToMakeRoomInTheRegister) {
+    TMove list[] = {{0, 8, 0, 0}, {0, 1, 0, 0}, {0, 9, 0, 0}};
+    CEarlyFreed known;
+    CNodeOfLevel level("8/8/8/8/8/8/8/K6k", kRootPlies - 4, kRootPlies, 0);
+    level.m_analysis.m_pRegister = &known;
+    EXPECT_EQ(FindMateMultithreadingLevel(*level.m_node, 3, list, &RefuteAll), MR_NOMATE);
+    EXPECT_EQ(known.m_nFreed, 1);
+    AskThread(*level.m_context, kStopRequest);
+    (void)FindMateMultithreadingLevel(*level.m_node, 3, list, &RefuteAll);
+    EXPECT_EQ(known.m_nFreed, 1);
+}
+
 /// Only the node itself is within the levels: 13 plies left, 17 at the root.
 TEST(LevelThreads, ANodeWithOneMoveHasNone) {
     CNodeOfLevel one("7k/5ppb/8/8/8/8/r6P/K7", 13, 17, 0), some("7k/5ppb/8/8/8/8/7P/K7", 13, 17, 0);

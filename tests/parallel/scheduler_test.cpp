@@ -3,6 +3,7 @@
 #include "parallel/scheduler.h"
 
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -30,7 +31,9 @@ struct TActed {
 struct TScript {
     std::vector<TActed> m_moves;
     std::atomic<int> m_nAwake{0}, m_nMostAwake{0};
-    std::array<std::atomic<int>, 8> m_steps{};
+    std::array<std::atomic<int>, 256> m_steps{};
+    std::array<std::atomic<bool>, 256> m_bHere{}; // begun in the node's own thread
+    std::thread::id m_nodesThread;
 };
 TScript* g_script;
 
@@ -52,6 +55,7 @@ TMateResult Act(TChessboard* p) {
     EXPECT_EQ(context.m_nResumeCount, 1);
     const std::size_t move = context.m_pResumeList[0].m_nTo;
     const TActed& acted = g_script->m_moves[move];
+    g_script->m_bHere[move] = std::this_thread::get_id() == g_script->m_nodesThread;
     for (int i = 0; i != acted.m_nSteps; ++i) {
         if (!acted.m_bDeaf && PauseOrStop(*p))
             return MR_NOMATE;
@@ -79,6 +83,7 @@ class CScheduled {
     }
 
     TMateResult Run() {
+        m_script.m_nodesThread = std::this_thread::get_id();
         TScheduler scheduler(*m_node, nullptr, 1);
         scheduler.TakeMoves(m_list.data(), static_cast<int>(m_list.size()));
         return scheduler.Run(&Act);
@@ -194,6 +199,26 @@ TEST(Scheduler, AtTheLimitTheRegisterKeepsWhatItHas) {
     node.m_analysis.m_pRegister = &memory;
     EXPECT_EQ(node.Run(), MR_NOMATE);
     EXPECT_EQ(memory.m_nFreed, 0);
+    SetMostSchedulerThreads(-1);
+}
+
+/// None of them ends: those behind the last worker find the node's thread alone.
+TEST(Scheduler, MovesBeyondTheMostWorkersAreSearchedInTheNodesThread) {
+    SetMostSchedulerThreads(2 * kMostWorkers); // whatever memory there is
+    std::vector<TActed> moves(kMostWorkers, {-1});
+    moves.push_back({1});
+    moves.push_back({1, MR_MATE});
+    {
+        CScheduled node(moves);
+        node.m_analysis.m_nSchedulerLevels = 1; // the shortest turns
+        EXPECT_EQ(node.Run(), MR_MATE);
+        EXPECT_EQ(node.Threads(), static_cast<std::uint32_t>(kMostWorkers));
+        EXPECT_FALSE(node.m_script.m_bHere[kMostWorkers - 1]);
+        EXPECT_TRUE(node.m_script.m_bHere[kMostWorkers]);
+        EXPECT_TRUE(node.m_script.m_bHere[kMostWorkers + 1]);
+        EXPECT_EQ(node.m_script.m_steps[kMostWorkers], 1);
+    }
+    EXPECT_EQ(SchedulerThreads(), 0);
     SetMostSchedulerThreads(-1);
 }
 

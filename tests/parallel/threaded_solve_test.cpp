@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "search/control.h"
+#include "tempregister/search_register.h"
 
 namespace quillon::test {
 namespace {
@@ -117,6 +118,39 @@ TEST(ThreadedSolve, AStopEndsAllThreadsSoonAndGivesNoVerdict) {
     }
 }
 
+/// Commanded, a stop need not be passed on from level to level. Taken back with the start that it ends.
+TEST(ThreadedSolve, AStopIsACommandToAllThreadsUntilItHasEndedAStart) {
+    const CNothingLeft nothing;
+    CSolve solve(Endless({2, 2}));
+    CAgreeing notifier;
+    solve.RequestStop();
+    EXPECT_EQ(solve.Analysis().m_nCommand, kStopCommand);
+    EXPECT_EQ(solve.Analysis().m_nCommandThread, kAllThreads);
+    EXPECT_EQ(solve.StartSolving(notifier).m_verdict, EVerdict::Stopped);
+    EXPECT_EQ(solve.Analysis().m_nCommand, kNoCommand);
+}
+
+/// Waits some milliseconds where nothing else keeps the machine busy; so the best attempt counts.
+TEST(ScheduledSolve, AStopReachesTheThreadsOfAllLevelsAtOnce) {
+    const CNothingLeft nothing;
+    const double soon = Few(5) < 5 ? 2 : 0.1; // seconds
+    double best = 60;
+    for (int attempt = 0; attempt < 5 && best > soon; ++attempt) {
+        TSolveRequest request = Endless({2, 3});
+        request.m_nSchedulerLevels = 6;
+        CSolve solve(request);
+        CAgreeing notifier;
+        CThread thread(std::size_t{64} << 20, [&] { (void)solve.StartSolving(notifier); });
+        while (solve.Analysis().m_nSchedulerThreads == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        const auto start = std::chrono::steady_clock::now();
+        solve.RequestStop();
+        thread.Join();
+        best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    }
+    EXPECT_LE(best, soon);
+}
+
 /// Mates in ten are the shortest that a scheduler has a part in.
 TEST(ScheduledSolve, HasTheKeysOfOneThread) {
     const CNothingLeft nothing;
@@ -155,6 +189,25 @@ TEST(ScheduledSolve, LongProblemsHaveTheirKeyOnAnyTree) {
             CSolve shorter(Juggled(AllKeys(problem.m_placement, problem.m_nMoves - 1, tree), rng));
             EXPECT_EQ(shorter.StartSolving(notifier).m_verdict, EVerdict::NoMate) << problem.m_placement;
         }
+}
+
+/// A register that is full all the time forgets while others look things up.
+TEST(ScheduledSolve, EvictionsAllTheTimeChangeNoVerdict) {
+    const CNothingLeft nothing;
+    std::mt19937_64 rng(5106);
+    for (const bool bShorter : {false, true}) {
+        TAggregatedTemporaryChessboardRegister known(1 << 20, 256);
+        known.nMaxElements = 150; // of the thousand that these solves prove
+        CSearchRegister searched(known);
+        CSolve solve(Juggled(AllKeys(kLong[1].m_placement, bShorter ? 10 : 11, {4, 2}), rng));
+        solve.SetPlanSink([&](const TPlanReport&) { solve.Analysis().m_pRegister = &searched; });
+        CAgreeing notifier;
+        const TSolvingResult result = solve.StartSolving(notifier);
+        EXPECT_EQ(SortedKeys(result), bShorter ? std::vector<std::string>{} : std::vector<std::string>{kLong[1].m_key});
+        EXPECT_TRUE(result.m_bComplete);
+        EXPECT_GT(known.Statistics().m_nEvictions, 1u);
+        EXPECT_GT(known.Statistics().m_nHits, 0u);
+    }
 }
 
 TEST(ScheduledSolve, WithoutLevelsThereIsNoScheduler) {

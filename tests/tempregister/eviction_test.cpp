@@ -120,6 +120,39 @@ TEST_F(Eviction, AnEarlyCallLeavesAQuarterFree) {
     EXPECT_EQ(m_known.Statistics().m_nEvictedElements, 76u);
 }
 
+TEST_F(Eviction, APeriodicCallIsHeededWhereLittleIsFree) {
+    const CRegisterFolder folder;
+    RegisterOptions().m_bRegisterInfoLog = true;
+    m_known.nMaxElements = 100;
+    Insert(75, 3);
+    SleepMs(kThrottleMs + 2);
+    m_known.MakeRoomEarly();
+    EXPECT_EQ(m_known.GetElementsCount(), 75u);
+    EXPECT_EQ(CRegisterFolder::Read(folder.LogPath()), "") << "not even asked";
+    Insert(1, 3);
+    m_known.MakeRoomEarly();
+    EXPECT_EQ(m_known.GetElementsCount(), 0u);
+    m_known.nMaxElements = 0;
+    m_known.MakeRoomEarly();
+    EXPECT_EQ(m_known.Statistics().m_nEvictions, 1u);
+}
+
+/// A slow sweep, or periodic calls would leave no time for the search.
+TEST_F(Eviction, APeriodicCallIsNotHeededSoonAfterTheLast) {
+    m_known.m_hooks.m_autoSave = [] { SleepMs(60); };
+    m_known.nMaxElements = 100;
+    for (int round = 0; round < 2; ++round) {
+        Insert(80, 301); // no sweep removes them
+        SleepMs(kThrottleMs + 2);
+        m_known.MakeRoomEarly();
+        EXPECT_EQ(m_known.Statistics().m_nEvictions, 1u);
+        m_known.Clear(0, true);
+    }
+    Insert(100, 9);
+    Insert(1, 9); // an insert that needs room does not wait
+    EXPECT_EQ(m_known.Statistics().m_nEvictions, 2u);
+}
+
 TEST_F(Eviction, AnInsertIntoAFullRegisterMakesRoomForItself) {
     m_known.nMaxElements = 1000;
     Insert(1000, 9);
