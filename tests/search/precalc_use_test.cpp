@@ -193,6 +193,7 @@ void WritePawnMate(CActiveTables& tables, const TChessboard& mate, int nMoves) {
 TEST(PrecalcUse, InTrialsLengthsOfPawnsAreReadBehindACapture) {
     CActiveTables tables(false, {});
     WritePawnMate(tables, ChessboardFromFEN("8/7p/8/8/4k3/8/1P3P2/1K6"), 9);
+    tables.Registers().SetQuota(1 << 20); // the lengths alone, from disk
     ASSERT_TRUE(tables.Registers().UnloadAll());
     tables.Activate(true);
     CSearchedPosition captured("8/7p/8/8/4k3/8/1P3P2/n1K5", 39), quiet("8/7p/8/8/4k3/8/1P3P2/2K5", 39);
