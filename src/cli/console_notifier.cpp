@@ -1,5 +1,6 @@
 #include "cli/console_notifier.h"
 
+#include "cli/harmless_question.h"
 #include "heuristics/result_texts.h"
 
 namespace quillon {
@@ -16,7 +17,7 @@ void CConsoleNotifier::Inform(std::string_view text, std::string_view title) {
 
 bool CConsoleNotifier::AskYesNo(std::string_view text, std::string_view) {
     // Brute force is asked for by an option of the user or of the problem; nobody has asked for more threads.
-    return text == kBruteForceQuestion;
+    return text == kBruteForceQuestion || IsHarmlessQuestion(text);
 }
 
 } // namespace quillon

@@ -6,8 +6,8 @@
 
 namespace quillon {
 
-/// Messages go to standard error. Questions are answered without asking: Yes to what an option asked for, No to the
-/// rest.
+/// Messages go to standard error. Questions are answered without asking: Yes to what an option asked for and to what
+/// harms nobody, No to the rest.
 class CConsoleNotifier : public INotifier {
   public:
     explicit CConsoleNotifier(CProgressLine& line) : m_line(line) {}

@@ -20,6 +20,7 @@
 #include "cli/solve_settings.h"
 #include "core/chess_exception.h"
 #include "globalregister/browse_max_mates.h"
+#include "globalregister/disk_access.h"
 #include "globalregister/global_registers.h"
 #include "globalregister/missing_types.h"
 #include "globalregister/precalc_files.h"
@@ -48,7 +49,8 @@ is loaded; lzw (.packed.lzw), read as it is; archive (.packed.lz4), only kept;
 simple (.packed.lz4), quick to read, for tables with no mate above 127 moves.
 
 Exit status: 0 done, 1 some types cannot be had (status, missing, longest), 2
-bad usage, or a file that is not what its name says.)";
+bad usage, or a file that is not what its name says or has no such form, 3 a
+file cannot be read or written, or memory is short.)";
 
 constexpr int kMostPositions = 1'000'000; // of longest
 
@@ -279,6 +281,9 @@ void SetPrecalcCallback(CLI::App& command, TChosenCommand& chosen, std::shared_p
         chosen = [options, run] {
             try {
                 return run(*options);
+            } catch (const CDiskFailure& failure) {
+                WriteDiagnostic(failure.what());
+                return EExitStatus::SystemFailure;
             } catch (const ChessException& failure) {
                 WriteDiagnostic(failure.what());
                 return EExitStatus::BadInput;

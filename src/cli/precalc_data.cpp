@@ -28,8 +28,9 @@ void AddPrecalcOptions(CLI::App& command, TPrecalcChoice& choice, const char* gr
         ->group(group);
     command
         .add_option("--precalc-memory", choice.m_memoryMB,
-                    "Memory for precalculated data, in MiB; 0: do not use any. Without the option a fifth of the "
-                    "memory of the machine, or what the problem says. A problem that forbids them gets none")
+                    "Memory for precalculated data, in MiB; 0: do not use any. Without the option what the problem "
+                    "says, else MaxMemRatioForPrecalculatedData in options.ini, else a fifth of the memory of the "
+                    "machine. A problem that forbids them gets none")
         ->type_name("MB")
         ->transform(WholeNumber(0, kMostPrecalcMB))
         ->group(group);

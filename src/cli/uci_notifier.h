@@ -1,6 +1,7 @@
 #pragma once
 // What the solver says beside its verdicts, for an interface that cannot be asked anything.
 
+#include "cli/harmless_question.h"
 #include "cli/uci_output.h"
 #include "cli/uci_text.h"
 #include "core/notifier.h"
@@ -13,7 +14,7 @@ class CUciNotifier final : public INotifier {
     explicit CUciNotifier(CUciOutput& output) : m_output(output) {}
 
     void Inform(std::string_view text, std::string_view) override { m_output.Line(InfoString(text)); }
-    [[nodiscard]] bool AskYesNo(std::string_view, std::string_view) override { return false; }
+    [[nodiscard]] bool AskYesNo(std::string_view text, std::string_view) override { return IsHarmlessQuestion(text); }
 
   private:
     CUciOutput& m_output;

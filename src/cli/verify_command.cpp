@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli/console_notifier.h"
+#include "cli/harmless_question.h"
 #include "cli/option_values.h"
 #include "cli/output.h"
 #include "cli/precalc_data.h"
@@ -77,7 +78,7 @@ class CVerifyConsole final : public IVerificationHost {
 
     void Inform(std::string_view text, std::string_view title) override { m_notifier.Inform(text, title); }
     bool AskYesNo(std::string_view text, std::string_view) override {
-        if (text == kStayPackedQuestion || text == kTryFixQuestion)
+        if (IsHarmlessQuestion(text) || text == kTryFixQuestion)
             return true;
         if (text.starts_with(kLeftoverLogQuestion))
             return m_options.m_bSecondPass;

@@ -107,13 +107,17 @@ static_assert(std::is_trivially_copyable_v<TChessboard> && std::is_standard_layo
 /// Colour (as ColourOf) of the squares that the bishop taken off the board lived on; for modes 1 and 2.
 [[nodiscard]] constexpr int RemovedBishopColour(const TChessboard& b) { return b.m_bySideState & 1; }
 
-/// Figures besides the kings: White's, Black's, both.
+/// Men besides the kings, pawns counted.
 [[nodiscard]] constexpr int WhiteMen(const TChessboard& b) {
     return b.m_whiteQueens + b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights + b.m_whitePawns;
 }
 [[nodiscard]] constexpr int BlackMen(const TChessboard& b) {
     return b.m_blackQueens + b.m_blackRooks + b.m_blackBishops + b.m_blackKnights + b.m_blackPawns;
 }
+
+/// The same without pawns.
+[[nodiscard]] constexpr int WhiteFigureCount(const TChessboard& b) { return WhiteMen(b) - b.m_whitePawns; }
+[[nodiscard]] constexpr int BlackFigureCount(const TChessboard& b) { return BlackMen(b) - b.m_blackPawns; }
 
 /// The counter of a figure (code with colour). Kings have none.
 [[nodiscard]] std::uint8_t& CounterOf(TChessboard& b, TFigure figure);

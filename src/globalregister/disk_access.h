@@ -3,7 +3,15 @@
 
 #include <mutex>
 
+#include "core/chess_exception.h"
+
 namespace quillon {
+
+/// A file could not be read or written, and what was asked for is not to blame.
+class CDiskFailure : public ChessException {
+  public:
+    using ChessException::ChessException;
+};
 
 /// Held while a stream of a table is positioned and read. Nothing else is locked while it is held.
 [[nodiscard]] inline std::mutex& DiskAccessSection() {

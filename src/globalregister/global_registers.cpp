@@ -24,9 +24,9 @@ bool HasElement(const TPositionIndexing& indexing, const TChessboard& b) {
 }
 
 bool IsToBeLoaded(const TRegisterSlot& slot, const TChessboard& b, const TSearchGate& gate,
-                  const TPrecalcOptions& options, bool bCustom) {
+                  const TPrecalcOptions& options, bool bFrozenMen) {
     return slot.State() == EDataState::Present &&
-           IsWorthLoading(b, gate, options.m_nUseDataPackedForRandomAccess, bCustom);
+           IsWorthLoading(b, gate, options.m_nUseDataPackedForRandomAccess, bFrozenMen);
 }
 
 constexpr std::size_t PlaceOf(TPositionType type, std::size_t nPlaces) {
@@ -128,10 +128,10 @@ TGlobalRegister* CGlobalRegisters::GetRegister(const TChessboard& b, const TSear
 }
 
 TGlobalRegister* CGlobalRegisters::DataOf(TRegisterSlot& slot, const TChessboard& b, const TSearchGate& gate,
-                                          bool bCustom) {
+                                          bool bFrozenMen) {
     if (TGlobalRegister* const data = slot.Acquire()) [[likely]]
         return data;
-    if (!IsToBeLoaded(slot, b, gate, m_options, bCustom))
+    if (!IsToBeLoaded(slot, b, gate, m_options, bFrozenMen))
         return nullptr;
     return LoadSlot(slot, &b, gate);
 }
@@ -144,12 +144,13 @@ TGlobalRegister* CGlobalRegisters::GetCustomRegister(const TChessboard& b, const
         const TCustomSlot& type = m_customs[next++];
         if (type.m_material != material)
             continue;
+        const bool bFrozenMen = !type.m_indexing.custom->frozenSquares.empty();
         // Before the index, which costs more.
-        if (!type.m_slot.IsLoaded() && !IsToBeLoaded(type.m_slot, b, gate, m_options, true))
+        if (!type.m_slot.IsLoaded() && !IsToBeLoaded(type.m_slot, b, gate, m_options, bFrozenMen))
             continue;
         if (!HasElement(type.m_indexing, b))
             continue;
-        if (TGlobalRegister* const data = DataOf(type.m_slot, b, gate, true))
+        if (TGlobalRegister* const data = DataOf(type.m_slot, b, gate, bFrozenMen))
             return data;
     }
     return nullptr;

@@ -36,8 +36,9 @@ struct TSearchGate {
 
 /// True if a search at `b` may load the data of its type.
 ///   nUsePacked  UseDataPackedForRandomAccess.
-///   bCustom     a custom type: its frozen men do not make its table larger.
-[[nodiscard]] bool IsWorthLoading(const TChessboard& b, const TSearchGate& gate, int nUsePacked, bool bCustom = false);
+///   bFrozenMen  of a custom type, whose table they do not make larger.
+[[nodiscard]] bool IsWorthLoading(const TChessboard& b, const TSearchGate& gate, int nUsePacked,
+                                  bool bFrozenMen = false);
 
 /// One type that has been asked for, or is loaded.
 struct TRegisterStatus {
@@ -190,7 +191,7 @@ class CGlobalRegisters final : private IPrecalcRoom {
     void ReadFolders();
 
     [[nodiscard]] TGlobalRegister* DataOf(TRegisterSlot& slot, const TChessboard& b, const TSearchGate& gate,
-                                          bool bCustom);
+                                          bool bFrozenMen);
     [[nodiscard]] TGlobalRegister* LoadSlot(TRegisterSlot& slot, const TChessboard* b, const TSearchGate& gate);
     [[nodiscard]] std::unique_ptr<TGlobalRegister> LoadData(TRegisterSlot& slot);
     void EndLoad(TRegisterSlot& slot, std::unique_ptr<TGlobalRegister> data);

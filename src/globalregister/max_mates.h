@@ -1,7 +1,8 @@
 #pragma once
 // The longest mates of a table, and those of the material that a type can turn into.
 //
-// They are kept beside the data, in `MaxMateIndexesCache/<name of the type>.idx`. Numbers are little-endian:
+// They are kept beside the data, in `MaxMateIndexesCache/<name of the type>.idx`, the name as in those of the data
+// files (precalc_file_name.h: "Qr_"), so that "Qr" and "QR" do not share a file. Numbers are little-endian:
 //   offset  bytes   content
 //   0       8       moves of the longest mate
 //   8       8 each  indices of positions that have it, ascending: all, or as many as were wanted, 2048 at least

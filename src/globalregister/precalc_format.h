@@ -83,7 +83,7 @@ enum class EPlainForm : std::uint8_t {
 /// The first byte of a plain or details file, which is where the flags are.
 [[nodiscard]] std::optional<std::uint8_t> ReadFlags(const std::filesystem::path& path);
 
-/// The warning about a file that is there, or has to be, and cannot be read although its size is right.
+/// The warning about a file that is there, or has to be, and cannot be read, whatever its size.
 [[nodiscard]] std::string UnreadableWarning(const std::filesystem::path& path);
 
 /// The warning about a plain file of form Wrong.

@@ -178,7 +178,7 @@ class CPrecalcLoad {
     bool ReadLz4File(const fs::path& file) {
         const std::optional<TPackedStart> start = ReadPackedStart(file);
         if (!start) {
-            WarnAboutSize(file, FileSize(file), TableBytes());
+            WarnAboutHead(file, TableBytes());
             return false;
         }
         if (!TakeForm(file, start->m_nFirstByte, start->m_nUnpackedSize) || !CanHold(start->m_nUnpackedSize))
@@ -203,7 +203,7 @@ class CPrecalcLoad {
         const std::uint64_t size = FileSize(file);
         const std::optional<std::uint8_t> flags = ReadFlags(file);
         if (!flags) {
-            WarnAboutSize(file, size, TableBytes());
+            WarnAboutHead(file, TableBytes());
             return false;
         }
         if (!TakeForm(file, *flags, size))
@@ -329,7 +329,7 @@ class CPrecalcLoad {
         if (header)
             Number(header->m_wFlags);
         if (!header || header->m_nFileSize != size || header->m_nElements != m_data.GetSize()) {
-            WarnAboutSize(file, size, header ? header->m_nFileSize : kPackedTableHeaderBytes);
+            WarnAboutHead(file, header ? header->m_nFileSize : kPackedTableHeaderBytes);
             return false;
         }
         m_data.nElementSize = static_cast<std::uint8_t>(ElementSize(m_data, header->m_wFlags));
@@ -407,7 +407,7 @@ class CPrecalcLoad {
             return false;
         const std::uint64_t size = form == ETableForm::Simple ? ReadUnpackedSize(file).value_or(0) : 0;
         if (size == 0 || size > MostSimpleBytes(m_data.GetSize())) {
-            WarnAboutSize(file, FileSize(file), TableBytes());
+            WarnAboutHead(file, TableBytes());
             return false;
         }
         if (!CanHold(size))
@@ -435,6 +435,15 @@ class CPrecalcLoad {
 
     void WarnAboutSize(const fs::path& file, std::uint64_t size, std::uint64_t expected) {
         m_notifier.Inform(FileSizeWarning(file, size, expected), "Warning");
+    }
+
+    /// Of a file that cannot be opened the size says nothing, and may be right.
+    void WarnAboutHead(const fs::path& file, std::uint64_t expected) {
+        const std::uint64_t size = FileSize(file);
+        if (size > 0 && !ReadFlags(file)) // its first byte, whatever stands there
+            TellUnreadable(file);
+        else
+            WarnAboutSize(file, size, expected);
     }
 
     void TellUnreadable(const fs::path& file) { m_notifier.Inform(UnreadableWarning(file), "Warning"); }

@@ -60,10 +60,10 @@ class COffer {
         const std::uint16_t flags = FlagsOf(m_data, m_data.nElementSize == 2);
         if (m_data.data.empty()) {
             std::ifstream table(m_path, std::ios::binary);
-            return Tell(table && writer->CompressStream(target, table, m_data.GetSize(), flags));
+            return Tell(writer->CompressStream(target, table, m_data.GetSize(), flags) == EPackEnd::Packed);
         }
         CMemoryStream table(m_data.data);
-        Tell(writer->CompressStream(target, table, m_data.GetSize(), flags));
+        Tell(writer->CompressStream(target, table, m_data.GetSize(), flags) == EPackEnd::Packed);
     }
 
     void OfferLz4() {

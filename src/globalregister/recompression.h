@@ -4,7 +4,8 @@
 //   level 1  simple packing, for types of three letters that were loaded from another form than the plain one
 //   level 2  LZW for random access, for types of at least three letters
 //   level 3  LZ4e, an archive, for a table that is read from disk
-// A form that exists already is not offered.
+// A form that exists already is not offered, and nothing of a table in the making: it would be packed only to be packed
+// anew when it is finished, and pass for a finished one elsewhere.
 
 #include <filesystem>
 #include <functional>

@@ -15,7 +15,7 @@ constexpr int kFewMen = 2;  // besides the kings: their tables are small
 constexpr int kEarlier = 6; // half-moves, when all solutions are wanted
 
 constexpr int kMostMen = 7; // with the kings
-constexpr int kMostCustomMen = kSquares;
+constexpr int kMostMenWithFrozen = kSquares;
 constexpr int kMostMenTight = 5;
 constexpr int kMostMenTightUnpacked = 4;
 
@@ -35,9 +35,9 @@ bool IsDeepEnough(const TChessboard& b, bool bAllSolutions) {
 
 } // namespace
 
-bool IsWorthLoading(const TChessboard& b, const TSearchGate& gate, int nUsePacked, bool bCustom) {
+bool IsWorthLoading(const TChessboard& b, const TSearchGate& gate, int nUsePacked, bool bFrozenMen) {
     const int nMen = WhiteMen(b) + BlackMen(b) + 2;
-    const int nMostUsual = bCustom ? kMostCustomMen : kMostMen;
+    const int nMostUsual = bFrozenMen ? kMostMenWithFrozen : kMostMen;
     const int nMost = !gate.m_bTightLimits ? nMostUsual : nUsePacked < 2 ? kMostMenTightUnpacked : kMostMenTight;
     return nMen <= nMost && IsDeepEnough(b, gate.m_bAllSolutions);
 }

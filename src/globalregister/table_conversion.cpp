@@ -1,14 +1,14 @@
 #include "globalregister/table_conversion.h"
 
 #include <fstream>
+#include <new>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <system_error>
 #include <vector>
 
 #include "core/chess_exception.h"
-#include "core/notifier.h"
+#include "globalregister/disk_access.h"
 #include "globalregister/packed/packed_block.h"
 #include "globalregister/packed/packed_lz4_file.h"
 #include "globalregister/packed/random_access_packed_buffer.h"
@@ -17,6 +17,7 @@
 #include "globalregister/precalc_files.h"
 #include "globalregister/precalc_format.h"
 #include "globalregister/precalc_read.h"
+#include "platform/save_file.h"
 
 namespace quillon {
 
@@ -44,6 +45,17 @@ EPrecalcKind KindOf(ETableForm form) {
     throw ChessException(path.string() + ": " + reason);
 }
 
+[[noreturn]] void FailToRead(const fs::path& path) { throw CDiskFailure(path.string() + ": cannot be read"); }
+[[noreturn]] void FailToWrite(const fs::path& path) { throw CDiskFailure(path.string() + ": cannot be written"); }
+
+/// Is there a file that gives nothing away? What is cut or foreign is another matter.
+void CheckReadable(const fs::path& path) {
+    std::error_code error;
+    const std::uint64_t nSize = fs::file_size(path, error);
+    if (error || (nSize > 0 && !ReadFlags(path))) // its first byte, whatever stands there
+        FailToRead(path);
+}
+
 TPositionIndexing IndexingOf(const fs::path& path) {
     const std::optional<std::string> typeName = TypeOfFile(path);
     if (!typeName)
@@ -65,12 +77,14 @@ void CheckTarget(const fs::path& source, const fs::path& target, EPrecalcKind ki
 /// A file under a name of its own until it is whole: then it takes the place of the target in one step.
 class CNewFile {
   public:
-    explicit CNewFile(const fs::path& target) : m_target(target) {
+    /// Beside a plain file ".NEW" is a name of those who make tables.
+    explicit CNewFile(const fs::path& target, std::string_view extension = ".NEW") : m_target(target) {
+        FailAtFileSizeLimit();
         std::error_code error;
         if (fs::is_symlink(target, error)) // the link stays, the file that it names is replaced
             m_target = fs::weakly_canonical(target, error);
         m_path = m_target;
-        m_path += kNewExtension;
+        m_path += extension;
     }
     ~CNewFile() {
         std::error_code error;
@@ -80,14 +94,16 @@ class CNewFile {
     CNewFile& operator=(const CNewFile&) = delete;
 
     [[nodiscard]] const fs::path& Path() const { return m_path; }
-    [[nodiscard]] bool TakePlace() const {
-        std::error_code error;
-        fs::rename(m_path, m_target, error);
-        return !error;
+    /// What stands there goes only when the disk has the new content.
+    void TakePlace() const {
+        std::error_code error = SyncFile(m_path);
+        if (!error)
+            fs::rename(m_path, m_target, error);
+        if (error)
+            FailToWrite(m_target);
     }
 
   private:
-    static constexpr std::string_view kNewExtension = ".NEW";
     fs::path m_target, m_path;
 };
 
@@ -100,7 +116,7 @@ void RefuseUnfinished(const fs::path& path) {
 TBytes Content(const fs::path& path) {
     std::optional<TBytes> content = ReadWholeFile(path);
     if (!content)
-        Fail(path, "cannot be read");
+        FailToRead(path);
     return std::move(*content);
 }
 
@@ -125,24 +141,14 @@ TPlainFile Describe(const fs::path& path, std::uint8_t flags, std::uint64_t nSiz
 }
 
 TPlainFile DescribeFile(const fs::path& path) {
-    const std::optional<std::uint8_t> flags = ReadFlags(path);
-    std::error_code error;
-    const std::uint64_t nSize = fs::file_size(path, error);
-    if (error || (nSize > 0 && !flags))
-        Fail(path, "cannot be read");
-    return Describe(path, flags.value_or(0), nSize);
+    CheckReadable(path);
+    return Describe(path, ReadFlags(path).value_or(0), fs::file_size(path));
 }
 
 void Write(const fs::path& path, const TBytes& content) {
     if (!WriteWholeFile(path, content))
-        Fail(path, "cannot be written");
+        FailToWrite(path);
 }
-
-class CSilentNotifier final : public INotifier {
-  public:
-    void Inform(std::string_view, std::string_view) override {}
-    bool AskYesNo(std::string_view, std::string_view) override { return false; }
-};
 
 void PackLz4(const fs::path& source, const fs::path& target, int nProcessors) {
     TBytes packed;
@@ -157,8 +163,19 @@ void PackLzw(const fs::path& source, const TPlainFile& plain, const fs::path& ta
     std::ifstream table(source, std::ios::binary);
     const auto writer = RandomAccessLZWBuffer::MakePackedWriter(plain.m_nElementSize);
     const CNewFile file(target);
-    if (!table || !writer->CompressStream(file.Path(), table, plain.m_nElements, plain.m_wFlags) || !file.TakePlace())
-        Fail(target, "cannot be written in this form");
+    switch (writer->CompressStream(file.Path(), table, plain.m_nElements, plain.m_wFlags)) {
+    case EPackEnd::Packed:
+        return file.TakePlace();
+    case EPackEnd::ElementTooLarge:
+        Fail(source, "a table with elements above 1023 has no such form");
+    case EPackEnd::NotSmaller:
+        Fail(source, "does not become smaller in this form");
+    case EPackEnd::StreamFailed:
+        table ? FailToWrite(target) : FailToRead(source);
+    case EPackEnd::NoMemory:
+        break;
+    }
+    throw std::bad_alloc();
 }
 
 void PackArchive(const fs::path& source, const TPlainFile& plain, const fs::path& target, int nProcessors) {
@@ -168,9 +185,12 @@ void PackArchive(const fs::path& source, const TPlainFile& plain, const fs::path
     std::ofstream log(fs::path(target) += kPackingLogExtension, std::ios::app);
     const auto write = [&log](std::string_view line) { log << line << std::flush; };
     const CNewFile file(target);
-    if (error || !table || !SavePackedLz4(file.Path(), table, nSize, plain.m_wFlags, write, nProcessors) ||
-        !file.TakePlace())
-        Fail(target, "cannot be written in this form");
+    if (error || !table)
+        FailToRead(source);
+    if (!SavePackedLz4(file.Path(), table, nSize, plain.m_wFlags, write, nProcessors))
+        throw CDiskFailure(table ? target.string() + ": cannot be written, or memory is short"
+                                 : source.string() + ": cannot be read");
+    file.TakePlace();
 }
 
 void PackSimply(const fs::path& source, const TPlainFile& plain, const fs::path& target, int nProcessors) {
@@ -181,21 +201,6 @@ void PackSimply(const fs::path& source, const TPlainFile& plain, const fs::path&
     if (!simple || !PackBlockLong(*simple, block, nProcessors))
         Fail(source, "a table with elements from 128 to 254 has no simple form");
     Write(target, block);
-}
-
-TBytes UnpackLzw(const fs::path& source) {
-    const std::optional<TPackedTableHeader> header = ReadPackedHeader(source);
-    if (!header)
-        Fail(source, "cannot be read");
-    const std::size_t nElementSize = ElementSize(IndexingOf(source), header->m_wFlags);
-    const auto reader = RandomAccessLZWBuffer::MakePackedReader(nElementSize, header->m_nBlockElements);
-    CSilentNotifier silent;
-    if (!reader->Load(source, false))
-        Fail(source, "not a whole file of this form");
-    std::optional<TBytes> table = reader->Unpack(silent);
-    if (!table)
-        Fail(source, "Error unpacking LZW data");
-    return std::move(*table);
 }
 
 TBytes UnpackSimply(const fs::path& source) {
@@ -212,28 +217,48 @@ TBytes UnpackSimply(const fs::path& source) {
     return std::move(*table);
 }
 
-TBytes Unpacked(const fs::path& source) {
+/// Of the forms that are one block: the whole table.
+TBytes Unpacked(const fs::path& source, ETableForm form) {
     TBytes table;
-    switch (FormOf(source)) {
-    case ETableForm::Plain:
-        Fail(source, "not a packed file");
-    case ETableForm::Lz4:
-        if (!UnpackBlock(Content(source), table))
-            Fail(source, "not a whole file of this form");
-        return table;
-    case ETableForm::Lzw:
-        return UnpackLzw(source);
-    case ETableForm::Simple:
+    if (form == ETableForm::Simple)
         return UnpackSimply(source);
-    case ETableForm::Archive:
-    case ETableForm::Unknown:
-        break;
-    }
-    std::ostringstream content;
-    if (!UnpackPackedLz4(source, content))
+    if (!UnpackBlock(Content(source), table))
         Fail(source, "not a whole file of this form");
-    const std::string text = std::move(content).str();
-    return {text.begin(), text.end()};
+    return table;
+}
+
+void UnpackLzw(const fs::path& source, std::ostream& table) {
+    const std::optional<TPackedTableHeader> header = ReadPackedHeader(source);
+    if (!header)
+        Fail(source, "not a whole file of this form");
+    const std::size_t nElementSize = ElementSize(IndexingOf(source), header->m_wFlags);
+    const auto reader = RandomAccessLZWBuffer::MakePackedReader(nElementSize, header->m_nBlockElements);
+    if (!reader->Load(source, true))
+        Fail(source, "not a whole file of this form");
+    try {
+        (void)reader->UnpackTo(table); // the stream tells of its failure itself
+    } catch (const CDiskFailure&) {
+        FailToRead(source);
+    } catch (const ChessException& damage) {
+        Fail(source, damage.what());
+    }
+}
+
+void UnpackArchive(const fs::path& source, std::ostream& table) {
+    if (!UnpackPackedLz4(source, table) && table)
+        Fail(source, "not a whole file of this form");
+}
+
+/// Of the forms in pieces, which need not be in memory whole.
+void UnpackInPieces(const fs::path& source, ETableForm form, const fs::path& target) {
+    const CNewFile file(target, kUnpackedExtension);
+    std::ofstream table(file.Path(), std::ios::binary);
+    form == ETableForm::Lzw ? UnpackLzw(source, table) : UnpackArchive(source, table);
+    table.close();
+    if (!table)
+        FailToWrite(target);
+    (void)Describe(source, ReadFlags(file.Path()).value_or(0), fs::file_size(file.Path()));
+    file.TakePlace();
 }
 
 } // namespace
@@ -290,7 +315,13 @@ void PackTableFile(const fs::path& source, ETableForm form, const fs::path& targ
 void UnpackTableFile(const fs::path& source, const fs::path& target) {
     RefuseUnfinished(source);
     CheckTarget(source, target, EPrecalcKind::Plain);
-    const TBytes table = Unpacked(source);
+    CheckReadable(source);
+    const ETableForm form = FormOf(source);
+    if (form == ETableForm::Plain)
+        Fail(source, "not a packed file");
+    if (form != ETableForm::Lz4 && form != ETableForm::Simple)
+        return UnpackInPieces(source, form, target);
+    const TBytes table = Unpacked(source, form);
     (void)Describe(source, table.empty() ? 0 : table[0], table.size());
     Write(target, table);
 }

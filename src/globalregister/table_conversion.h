@@ -28,8 +28,8 @@ enum class ETableForm : std::uint8_t {
 /// A table that was left in the making is refused: in another form, or folder, it would pass for a finished one.
 ///   target   replaced once the new file is whole. Its name has to be that of the same data in this form.
 ///   Errors   ChessException: not a plain file of its type, a target of another name, or that is the source, data that
-///   this form has no place for, a file that cannot
-///            be read or written. std::bad_alloc.
+///   this form has no place for. CDiskFailure (disk_access.h): a file cannot be read or written; what there was
+///   stays. std::bad_alloc.
 void PackTableFile(const std::filesystem::path& source, ETableForm form, const std::filesystem::path& target,
                    int nProcessors);
 

@@ -9,6 +9,7 @@
 #include "heuristics/choose_forced_mate.h"
 #include "heuristics/choose_miniature.h"
 #include "heuristics/choose_patterns.h"
+#include "heuristics/data_reduction.h"
 #include "heuristics/heuristic_set.h"
 #include "heuristics/heuristic_signature.h"
 #include "heuristics/known_compositions.h"
@@ -91,24 +92,8 @@ void FinishRoot(TChessboard& root) {
 } // namespace
 
 bool IsReducibleToPrecalcData(const TChessboard& root, bool (*isAvailable)(TPositionType)) {
-    const TChessboard& b = root;
-    TChessboard reduced = b;
-    for (int queens = 0; queens <= b.m_whiteQueens; ++queens)
-        for (int rooks = 0; rooks <= b.m_whiteRooks; ++rooks)
-            for (int bishops = 0; bishops <= b.m_whiteBishops; ++bishops)
-                for (int knights = 0; knights <= b.m_whiteKnights; ++knights)
-                    for (int pawns = 0; pawns <= b.m_whitePawns; ++pawns) {
-                        reduced.m_whiteQueens = static_cast<std::uint8_t>(queens);
-                        reduced.m_whiteRooks = static_cast<std::uint8_t>(rooks);
-                        reduced.m_whiteBishops = static_cast<std::uint8_t>(bishops);
-                        reduced.m_whiteKnights = static_cast<std::uint8_t>(knights);
-                        reduced.m_whitePawns = static_cast<std::uint8_t>(pawns);
-                        const bool bSomeTaken = WhiteMen(reduced) > 0 && WhiteMen(reduced) < WhiteMen(b);
-                        if (bSomeTaken && WhiteMen(reduced) + BlackMen(reduced) <= kMaxTypeMen &&
-                            isAvailable(GetPositionType(reduced)))
-                            return true;
-                    }
-    return false;
+    TChessboard reduced = root;
+    return LowerCountersToData(reduced, isAvailable);
 }
 
 TInitialAnalysis AnalyzeInitialPosition(TChessboard& root, const TInitialAnalysisRequest& request) {

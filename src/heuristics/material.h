@@ -1,16 +1,10 @@
 #pragma once
-// What stands on the board, in numbers. Figures are queens, rooks, bishops and knights; heavy ones queens and rooks.
+// What stands on the board, in numbers. Heavy figures are queens and rooks.
 
 #include "core/chessboard.h"
 
 namespace quillon {
 
-[[nodiscard]] constexpr int WhiteFigureCount(const TChessboard& b) {
-    return b.m_whiteQueens + b.m_whiteRooks + b.m_whiteBishops + b.m_whiteKnights;
-}
-[[nodiscard]] constexpr int BlackFigureCount(const TChessboard& b) {
-    return b.m_blackQueens + b.m_blackRooks + b.m_blackBishops + b.m_blackKnights;
-}
 [[nodiscard]] constexpr int WhiteHeavyFigures(const TChessboard& b) { return b.m_whiteQueens + b.m_whiteRooks; }
 
 inline constexpr int kQueenWorth = 9, kRookWorth = 5, kMinorWorth = 3, kPawnWorth = 1;

@@ -1,8 +1,12 @@
 #include "heuristics/verify_material.h"
 
+#include <array>
+
 #include "core/attacks.h"
+#include "core/precalc_at_hand.h"
 #include "core/queries.h"
 #include "heuristics/capture_tests.h"
+#include "heuristics/data_reduction.h"
 #include "heuristics/figure_origin.h"
 #include "heuristics/heuristic_set.h"
 #include "heuristics/heuristic_signature.h"
@@ -95,37 +99,26 @@ bool IsPawnReplaced(CVerifiedMove& move) { return HasPawnAsFarAs(move.After(), m
 
 // --- SH_REDUCTIONTOGLOBREGPOS
 
-/// Takes the white man of least worth off the board; false if only the king is left.
-bool TakeCheapestManOff(TChessboard& b) {
-    int cheapest = -1;
-    for (int square = 0; square < kSquares; ++square) {
-        const TFigure figure = b.m_board[static_cast<std::size_t>(square)];
-        if (IsWhite(figure) && figure != kWhiteKing &&
-            (cheapest < 0 || CaptureValue(figure) < CaptureValue(b.m_board[static_cast<std::size_t>(cheapest)])))
-            cheapest = square;
-    }
-    if (cheapest < 0)
-        return false;
-    TFigure& man = b.m_board[static_cast<std::size_t>(cheapest)];
-    --CounterOf(b, man);
-    man = kNoFigure;
-    return true;
+/// Takes those white men off the board for which the counters have been lowered.
+void TakeUncountedMenOff(TChessboard& b) {
+    std::array<int, kKindMask + 1> nSeen{};
+    for (TFigure& man : b.m_board)
+        if (IsWhite(man) && man != kWhiteKing && ++nSeen[KindOf(man)] > CounterOf(b, man))
+            man = kNoFigure;
 }
 
-/// Do the data say that White does not mate in time from the position with as few white men taken off as brings it
-/// within them? A man that goes may leave the black king in check: of such a position they say nothing. The moves that
-/// a short-mate search allows in addition are no matter here, and stay untouched.
+/// Do the data say that White does not mate in time from the position without the white men that keep it out of them?
+/// A man that goes may leave the black king in check: of such a position they say nothing. The moves that a short-mate
+/// search allows in addition are no matter here, and stay untouched.
 bool HasNoMateReduced(TChessboard b) {
-    while (TakeCheapestManOff(b)) {
-        if (!IsPrecalcDataAvailable(GetPositionType(b)))
-            continue;
-        RebuildWhiteLists(b);
-        if (IsAttackedByWhite(b, b.m_blackKingFile, b.m_blackKingRank))
-            return false;
-        const std::uint16_t n = HalfMovesByData(b);
-        return n == 0 || (n != kUnknownHalfMoves && n > b.m_nMoves);
-    }
-    return false;
+    if (!ArePrecalcDataAtHand() || !LowerCountersToData(b, IsPrecalcDataAvailable))
+        return false;
+    TakeUncountedMenOff(b);
+    RebuildWhiteLists(b);
+    if (IsAttackedByWhite(b, b.m_blackKingFile, b.m_blackKingRank))
+        return false;
+    const std::uint16_t n = HalfMovesByData(b);
+    return n == 0 || (n != kUnknownHalfMoves && n > b.m_nMoves);
 }
 
 } // namespace

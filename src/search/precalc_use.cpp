@@ -62,7 +62,8 @@ bool IsLengthWorthReading(const TChessboard& b) {
     const TSearchContext& context = *b.m_pContext;
     if (context.m_nQuickerLevel == 0 || b.m_nInitialMoves - context.m_nQuickerStart < kLongAnalysis)
         return true;
-    return context.m_nAdditionalMoves > kFewAdditional && WhiteMen(b) + BlackMen(b) <= 1 && WasMaterialChanged(b);
+    return context.m_nAdditionalMoves > kFewAdditional && WhiteFigureCount(b) + BlackFigureCount(b) <= 1 &&
+           WasMaterialChanged(b);
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 // `quillon probe`, `quillon precalc`, and precalculated data in `quillon solve`.
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <random>
 #include <string>
 
 #include "cli/precalc_data.h"
@@ -39,9 +41,9 @@ class PrecalcCommands : public ::testing::Test {
         WriteElements(path, elements);
         return path;
     }
-    void ExpectFailure(const std::vector<std::string>& arguments, const std::string& message) {
+    void ExpectFailure(const std::vector<std::string>& arguments, const std::string& message, int nStatus = 2) {
         const TProgramResult result = RunQuillon(arguments);
-        EXPECT_EQ(result.m_nStatus, 2) << message;
+        EXPECT_EQ(result.m_nStatus, nStatus) << message;
         EXPECT_EQ(result.m_out, "") << message;
         EXPECT_EQ(result.m_err, "quillon: " + message + "\n");
     }
@@ -236,9 +238,37 @@ TEST_F(PrecalcCommands, NothingOverwritesItsSourceOrAForeignFile) {
     std::filesystem::remove(Table(".iter"));
     WriteLzw(Table(".packed.lzw"), whole);
     const auto old = ReadWholeFile(Table(".packed.lzw"));
-    std::filesystem::create_directory(Table(".packed.lzw.NEW")); // no new file can be made
-    EXPECT_EQ(RunQuillon({"precalc", "pack", Table(), "--force"}).m_nStatus, 2);
+    std::filesystem::create_directories(Table(".packed.lzw.NEW/full")); // no new file can be made
+    ExpectFailure({"precalc", "pack", Table(), "--force"}, Table(".packed.lzw") + ": cannot be written", 3);
     EXPECT_EQ(ReadWholeFile(Table(".packed.lzw")), old);
+    std::filesystem::create_directories(Table(".unpacked/full"));
+    ExpectFailure({"precalc", "unpack", Table(".packed.lzw"), "--force"}, Table() + ": cannot be written", 3);
+    EXPECT_EQ(ReadWholeFile(Table()), whole);
+}
+
+TEST_F(PrecalcCommands, ATableThatDoesNotBecomeSmallerIsNoFaultOfTheDisk) {
+    TElements elements(40960);
+    std::mt19937_64 rng(7);
+    std::ranges::generate(elements, [&rng] { return static_cast<std::uint8_t>(rng() % 251); });
+    elements[0] = 0; // the flags
+    WriteElements(Table(), elements);
+    ExpectFailure({"precalc", "pack", Table()}, Table() + ": does not become smaller in this form");
+    EXPECT_FALSE(std::filesystem::exists(Table(".packed.lzw")));
+}
+
+// Without them there would be no data at all; nothing is written.
+TEST_F(PrecalcCommands, DataStayPackedWhereMemoryIsShort) {
+    m_folder.Write("options.ini", "[chess]\nUseDataPackedForRandomAccess=0\nAskIfSaveAfterDecompressAllToMem=1\n");
+    WriteLzw(Folder() + "/Precalc/QQ.precalc.packed.lzw", TElements(TPositionIndexing("QQ").GetSize(), 0));
+    const auto run = [this](std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--precalc-memory", "1", "--work-dir", Folder()});
+        return RunQuillon(arguments);
+    };
+    constexpr const char* kTwoQueens = "7k/8/8/8/8/8/8/KQQ5";
+    EXPECT_EQ(run({"precalc", "status", "QQ"}).m_nStatus, 0);
+    EXPECT_EQ(run({"probe", "--fen", kTwoQueens}).m_out.find("Position type:  QQ\n"), 0u);
+    EXPECT_NE(run({"probe", "--fen", kTwoQueens}).m_out.find("No checkmate in this position"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(Folder() + "/Precalc/QQ.precalc"));
 }
 
 TEST_F(PrecalcCommands, WrongInputIsToldInOneLine) {

@@ -118,6 +118,14 @@ TEST_F(UciPrecalc, AFolderThatIsNoneChangesNothing) {
     EXPECT_EQ(refused.m_err, "quillon: no folder with precalculated data: /no/such/folder\n");
 }
 
+TEST_F(UciPrecalc, DataStayPackedWhereMemoryIsShort) {
+    m_silent.Write("options.ini", "[chess]\nUseDataPackedForRandomAccess=0\n");
+    WriteLzw(m_silent.Path() / "Precalc/RR.precalc.packed.lzw", TElements(TPositionIndexing("RR").GetSize(), 0));
+    CUciClient client({"--work-dir", DataWithoutMates(), "--precalc-memory", "1"});
+    const TLines lines = client.Ask("fen 8/8/8/3k4/8/8/8/KRR5 w - - 0 1", kDeepEnough); // in truth a short mate
+    EXPECT_EQ(Count(lines, "info string no mate in 11"), 1);
+}
+
 TEST_F(UciPrecalc, DamagedFilesAreToldOf) {
     TElements cut = ThreeMenElements("R");
     cut.pop_back();

@@ -301,6 +301,21 @@ TEST_F(GlobalRegisters, TightLimitsKeepLargeTablesOut) {
     EXPECT_TRUE(loaded);
 }
 
+TEST_F(GlobalRegisters, OfManyMenTablesWithFrozenOnesAreLoaded) {
+    const TChessboard b = WithMoves(ChessboardFromFEN("7k/8/8/8/8/pppppp2/8/7K"), 99);
+    const std::pair<const char*, bool> types[] = {{"Kkp(a3)p(b3)p(c3)p(d3)p(e3)p(f3)", false},
+                                                  {"Kkp(a3)p(b3)p(c3)p(d3)p(e3)+pf3", true}};
+    for (const auto& [type, bLoaded] : types) {
+        const fs::path path = m_home.Path() / "CustomPrecalc" / (PrecalcBaseName(type) + ".precalc");
+        WriteElements(path, TElements(TPositionIndexing(type).GetSize(), 0));
+        CGlobalRegisters& registers = Open(1 << 22);
+        std::size_t next = 0;
+        EXPECT_EQ(static_cast<bool>(CRegisterUse(registers.GetCustomRegister(b, {}, next))), bLoaded) << type;
+        EXPECT_TRUE(CRegisterUse(registers.GetRegisterForTool(registers.CustomNumber(type)))) << type;
+        fs::remove(path);
+    }
+}
+
 // A load that waits until it is told to go on: the box about an unfinished table holds it up.
 class CHeldBox final : public INotifier {
   public:

@@ -60,7 +60,7 @@ void WriteTable(const std::filesystem::path& path, const TBytes& table, std::siz
                 std::uint32_t nBlockElements) {
     CPackedImage image(nBlockElements);
     const auto pack = [&](auto packer) {
-        ASSERT_TRUE(packer.Pack(table, table.size() / nElementSize));
+        ASSERT_EQ(packer.Pack(table, table.size() / nElementSize), EPackEnd::Packed);
         image.Take(table.size() / nElementSize, packer.Starts(), packer.Blocks(), 0);
     };
     if (nElementSize == 1)
@@ -82,6 +82,11 @@ void CheckContents(TBuffer& buffer, const TBytes& table, std::size_t nElementSiz
     CHeardNotifier notifier;
     ASSERT_TRUE(buffer->Unpack(notifier) == table);
     EXPECT_EQ(notifier.m_heard, "");
+    std::ostringstream stream;
+    ASSERT_TRUE(buffer->UnpackTo(stream));
+    ASSERT_TRUE(std::move(stream).str() == std::string(table.begin(), table.end()));
+    stream.setstate(std::ios::badbit);
+    EXPECT_FALSE(buffer->UnpackTo(stream));
 }
 
 TEST(PackedBuffer, BytesOfAFile) {
@@ -140,10 +145,11 @@ TEST(PackedBuffer, WritersPackInMemoryAndFromAStreamAlike) {
         ASSERT_NO_FATAL_FAILURE(CheckContents(writer, table, nElementSize));
         ASSERT_TRUE(writer->Save(folder.Path() / "memory", 3));
         std::istringstream source(std::string(table.begin(), table.end()));
-        ASSERT_TRUE(writer->CompressStream(folder.Path() / "stream", source, 100001, 3));
+        ASSERT_EQ(writer->CompressStream(folder.Path() / "stream", source, 100001, 3), EPackEnd::Packed);
         EXPECT_EQ(FileBytes(folder.Path() / "memory"), FileBytes(folder.Path() / "stream"));
         EXPECT_EQ(writer->GetPackedSize(), 8u) << "empty after a stream";
-        EXPECT_FALSE(writer->CompressStream(folder.Path() / "stream", source, 1, 3)) << "the source has ended";
+        EXPECT_EQ(writer->CompressStream(folder.Path() / "stream", source, 1, 3), EPackEnd::StreamFailed)
+            << "the source has ended";
         EXPECT_FALSE(std::filesystem::exists(folder.Path() / "stream"));
     }
 }
@@ -179,6 +185,27 @@ TEST(PackedBuffer, WhatDoesNotBecomeSmallerIsNotPacked) {
     EXPECT_EQ(writer->GetPackedSize(), 8u);
     EXPECT_EQ(writer->GetElements(), 0u);
     EXPECT_FALSE(MakePackedWriter(2)->Compress(2, TBytes{0, 0, 0, 4}, true, 0, 0, 1)) << "1024 has no code";
+}
+
+TEST(PackedBuffer, AStreamTellsWhyItIsNotPacked) {
+    const CTemporaryFolder folder;
+    const auto pack = [&](const TBytes& table, std::size_t nElementSize) {
+        std::istringstream source(std::string(table.begin(), table.end()));
+        return MakePackedWriter(nElementSize)
+            ->CompressStream(folder.Path() / "table", source, table.size() / nElementSize, 0);
+    };
+    std::mt19937_64 rng(94);
+    TBytes table = RandomBytes(rng, 0x100000 + 10);
+    EXPECT_EQ(pack(table, 1), EPackEnd::NotSmaller);
+    EXPECT_EQ(pack({0, 0, 0, 4}, 2), EPackEnd::ElementTooLarge);
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "table"));
+    table.resize(0x300000);
+    EXPECT_EQ(pack(table, 1), EPackEnd::Packed) << "what is left over makes up for the beginning";
+    const TBuffer reader = MakePackedReader(1, 16384);
+    ASSERT_TRUE(reader->Load(folder.Path() / "table", true));
+    std::ostringstream unpacked;
+    ASSERT_TRUE(reader->UnpackTo(unpacked));
+    EXPECT_TRUE(std::move(unpacked).str() == std::string(table.begin(), table.end()));
 }
 
 TEST(PackedBuffer, GreatestElementAndItsIndices) {
@@ -273,6 +300,8 @@ TEST(PackedBuffer, DamagedBlocksAreToldOrReadAsSomething) {
         if (!bRead) {
             std::set<std::uint64_t> indexes;
             EXPECT_THROW(static_cast<void>(reader->FindMaxAndIndexes(indexes, 1)), ChessException);
+            std::ostringstream stream;
+            EXPECT_THROW(static_cast<void>(reader->UnpackTo(stream)), ChessException);
         }
     }
     EXPECT_GT(nTold, 20);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <random>
+#include <sys/resource.h>
 
 #include "core/chess_exception.h"
 #include "globalregister/table_conversion.h"
@@ -364,6 +365,37 @@ TEST_F(PrecalcLoader, DamagedHeadsOfPackedTablesAreToldOf) {
     EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{}) << "there is only no room";
 }
 
+/// No file can be opened while this lives.
+class CNoMoreFiles {
+  public:
+    CNoMoreFiles() {
+        EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &m_before), 0);
+        const rlimit none{0, m_before.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    }
+    ~CNoMoreFiles() { EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &m_before), 0); }
+    CNoMoreFiles(const CNoMoreFiles&) = delete;
+    CNoMoreFiles& operator=(const CNoMoreFiles&) = delete;
+
+  private:
+    rlimit m_before{};
+};
+
+// The size of a file that cannot be opened may be the right one.
+TEST_F(PrecalcLoader, OfAFileThatCannotBeOpenedNoSizeIsTold) {
+    const std::pair<const char*, void (*)(const fs::path&, const TElements&)> forms[] = {
+        {"", WriteElements}, {".lz4", WriteLz4}, {".packed.lzw", WriteLzw}, {".packed.lz4", WriteSimple}};
+    for (const auto& [extension, write] : forms) {
+        write(First(extension), Rooks());
+        {
+            const CNoMoreFiles none;
+            ExpectRefusal(kDamaged, First(extension));
+        }
+        EXPECT_TRUE(LoadRook()) << extension;
+        fs::remove(First(extension));
+    }
+}
+
 // Both forms of ".packed.lz4" are known by their marks: what has neither is no archive.
 TEST_F(PrecalcLoader, AFileThatIsNeitherSimpleNorAnArchiveIsToldOf) {
     const fs::path file = First(".packed.lz4");
@@ -555,6 +587,14 @@ TEST_F(PrecalcLoader, SavingWhatWasUnpackedIsAsked) {
     ASSERT_TRUE(LoadRook());
     EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{"Information: File saved."});
     EXPECT_EQ(ReadWholeFile(First("")), Rooks());
+
+    fs::remove(First(""));
+    fs::create_directory(First(""));
+    m_boxes = CHeardBoxes();
+    m_boxes.m_answers = {true};
+    EXPECT_TRUE(LoadRook()) << "they are in memory all the same";
+    EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{"Error: Error saving file " + First("").string()});
+    EXPECT_EQ(m_data->loadedFrom, First(".packed.lzw"));
 }
 
 TEST_F(PrecalcLoader, PackedTablesThatDoNotFitMayStayPacked) {

@@ -64,6 +64,28 @@ TEST_F(Recompression, SimpleFormIsWrittenAfterItsSavingWasShown) {
     EXPECT_EQ(SavingQuestion(1234, 10'000), "Possible mem.save ratio = 12.34%. Continue?");
 }
 
+TEST_F(Recompression, AnArchiveIsWrittenWithItsLog) {
+    const fs::path table = m_home.Path() / "R.precalc", archive = m_home.Path() / "R.precalc.packed.lz4";
+    const TElements elements = ThreeMenElements("R");
+    WriteElements(table, elements);
+    TGlobalRegister rook("R");
+    rook.diskStream.open(table, std::ios::binary);
+    m_options.m_nAskForGlobalRegisterRecompression = 3;
+    m_boxes.m_answers = {true};
+    RecompressOffer(rook, table, EPrecalcKind::Plain, m_options, m_boxes);
+    EXPECT_EQ(m_boxes.m_asked,
+              TTexts{"Should prepare a compressed version (LZ4e for random access) of file " + table.string()});
+    EXPECT_EQ(m_boxes.m_told, TTexts{"Information: Done"});
+    const TElements log = ReadWholeFile(archive.string() + ".log").value();
+    EXPECT_EQ(std::string(log.begin(), log.end())
+                  .find("Compressed bucket 0. Packed 40960 of 40960 (100%). Compression ratio "),
+              0u);
+    ASSERT_EQ(FormOf(archive), ETableForm::Archive);
+    fs::remove(table);
+    UnpackTableFile(archive, table);
+    EXPECT_EQ(ReadWholeFile(table), elements);
+}
+
 TEST_F(Recompression, FailuresAreTold) {
     m_data.data[9] = 200; // has no simple form
     Offer(1, EPrecalcKind::Lz4, {true, true});

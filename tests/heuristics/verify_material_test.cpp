@@ -235,6 +235,20 @@ TEST(ReducedMaterial, PositionsThatCannotBeAreNotAskedAbout) {
     EXPECT_FALSE(line.Doubts(SH_REDUCTIONTOGLOBREGPOS));
 }
 
+// White mates with queen and rook, and in time; with the rook alone, whose data there are, it would not.
+TEST(ReducedMaterial, ADearManIsTakenOffWhereNoCheapOneWillDo) {
+    const CActiveTables tables(true, {"R"});
+    CMadeMove line("8/8/8/3k4/8/8/7Q/K3R3", 23, "Ka1-b1 Kd5-c4");
+    EXPECT_TRUE(line.Doubts(SH_REDUCTIONTOGLOBREGPOS));
+}
+
+// That the king alone does not mate tells nothing.
+TEST(ReducedMaterial, OneWhiteManStays) {
+    const CActiveTables tables(true, {"q"});
+    CMadeMove line("8/8/8/3k4/8/8/7q/K3R1B1", 23, "Ka1-b1 Kd5-c4");
+    EXPECT_FALSE(line.Doubts(SH_REDUCTIONTOGLOBREGPOS));
+}
+
 // The doubt is about the moves that are left, and takes none of those that a short-mate search allows in addition.
 TEST(ReducedMaterial, AdditionalMovesStayUnused) {
     const CActiveTables tables(true, {"R"});

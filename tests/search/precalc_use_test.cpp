@@ -2,6 +2,8 @@
 
 #include "search/precalc_use.h"
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 
 #include "core/generation.h"
@@ -165,6 +167,50 @@ TEST(PrecalcUse, ShallowNodesDoNotLoad) {
     tables.Registers().Unload(TPositionIndexing("R").nPositionType);
     EXPECT_NE(AskPrecalcData(deep.Root()), MR_NONE);
     EXPECT_EQ(AskPrecalcData(loaded.Root()), MR_MATE) << "what is loaded answers at any depth";
+}
+
+/// Bit data of two white pawns and a black one, as files with holes, that know one mate: in `nMoves`, from here.
+void WritePawnMate(CActiveTables& tables, const TChessboard& mate, int nMoves) {
+    TPositionIndexing indexing("PPp");
+    ASSERT_TRUE(ApplyFlags(indexing, kFlagPawnRanks48));
+    const std::uint64_t index = indexing.GetIndex(mate);
+    const auto write = [&](const std::filesystem::path& path, std::uint64_t nBytes, std::uint64_t at, int byte) {
+        tables.Write("PPp", {});
+        std::ofstream file(path, std::ios::binary);
+        file.put(static_cast<char>(kFlagPawnRanks48));
+        file.seekp(static_cast<std::streamoff>(at));
+        file.put(static_cast<char>(byte));
+        file.close();
+        std::filesystem::resize_file(path, nBytes);
+    };
+    const std::filesystem::path pairs = tables.PathOf("PPp");
+    write(std::filesystem::path(pairs) += ".details", indexing.GetSize(), index, nMoves);
+    write(pairs, indexing.GetSize() / kPairsOfAByte, index / kPairsOfAByte, 1 << (2 * (index % kPairsOfAByte)));
+}
+
+// In the trials of a long analysis the lengths of bit data, which are on disk, are read only behind a change of the
+// material, where a long mate would do and pawns are all that is left.
+TEST(PrecalcUse, InTrialsLengthsOfPawnsAreReadBehindACapture) {
+    CActiveTables tables(false, {});
+    WritePawnMate(tables, ChessboardFromFEN("8/7p/8/8/4k3/8/1P3P2/1K6"), 9);
+    tables.Registers().SetQuota(1 << 20); // the lengths alone, from disk
+    ASSERT_TRUE(tables.Registers().UnloadAll());
+    tables.Activate(true);
+    CSearchedPosition captured("8/7p/8/8/4k3/8/1P3P2/n1K5", 39), quiet("8/7p/8/8/4k3/8/1P3P2/2K5", 39);
+    captured.Play("Kc1-b1 Ke4-d4").Play("Kb1:a1 Kd4-d3").Play("Ka1-b1 Kd3-e4");
+    quiet.Play("Kc1-b1 Ke4-d4").Play("Kb1-a1 Kd4-d3").Play("Ka1-b1 Kd3-e4");
+    for (CSearchedPosition* const position : {&captured, &quiet}) {
+        TSearchContext& context = position->Context();
+        ASSERT_EQ(HalfMovesByData(position->Now()), 17) << "outside of trials";
+        context.m_nQuickerLevel = 1;
+        context.m_nAdditionalMoves = 5;
+        context.m_nQuickerStart = 33;
+        EXPECT_EQ(HalfMovesByData(position->Now()), 17) << "of a short analysis";
+        context.m_nQuickerStart = 25;
+        EXPECT_EQ(HalfMovesByData(position->Now()), position == &captured ? 17 : kUnknownHalfMoves);
+        context.m_nAdditionalMoves = 4;
+        EXPECT_EQ(HalfMovesByData(position->Now()), kUnknownHalfMoves);
+    }
 }
 
 TEST(PrecalcUse, DamagedDataAreToldOfAndGivenUp) {

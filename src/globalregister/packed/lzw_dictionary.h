@@ -30,6 +30,13 @@ struct TLzwCodes {
     std::uint32_t nNextWidthAt = 1; // the number of entries at which the width grows
 
     /// A string of this length becomes an entry if there is room for one.
+    ///
+    /// The strings of a block share 32768 units of the size of an element, in blocks of 16384 elements 65536, and each
+    /// takes three bytes or two words beside its elements. No block reaches that: the strings that it adds have its own
+    /// elements at most, and one more each. With the rich dictionary, whose strings are the most, these are
+    ///   bytes  9760 + 8192 + 1645 * 4 = 24532   in larger blocks  9760 + 16384 + 3693 * 4 = 40916
+    ///   words  11664 + 8192 + 876 * 3 = 22484                     11664 + 16384 + 2924 * 3 = 36820
+    /// units: of the initial strings, of the block, of the entries that are left.
     [[nodiscard]] bool HasRoomFor(std::size_t nLength) const {
         return nEntries < nMaxEntries && nLength <= kMaxLzwString;
     }

@@ -9,7 +9,7 @@ namespace quillon {
 
 namespace {
 
-// More than a block has unpacked at one byte an element, as no table is packed to become larger.
+// More than a block has unpacked at one byte an element.
 constexpr std::size_t kBlockMargin = 8;
 
 } // namespace
@@ -18,12 +18,15 @@ template <class T>
 CLzwTablePacker<T>::CLzwTablePacker(std::size_t nBlockElements, std::size_t nMinBlockBytes)
     : m_nBlockElements(nBlockElements), m_nMinBlockBytes(nMinBlockBytes), m_coder(nBlockElements) {}
 
-template <class T> bool CLzwTablePacker<T>::Pack(std::span<const std::uint8_t> pattern, std::uint64_t nElements) {
+template <class T> std::uint64_t CLzwTablePacker<T>::RoomFor(std::uint64_t nElements) const {
+    return (std::max(m_nMinBlockBytes, m_nBlockElements) + kBlockMargin) * BlocksOf(nElements, m_nBlockElements);
+}
+
+template <class T>
+EPackEnd CLzwTablePacker<T>::Pack(std::span<const std::uint8_t> pattern, std::uint64_t nElements, std::uint64_t nRoom) {
     m_starts.clear();
     m_blocks.clear();
     const std::uint64_t nPeriod = pattern.size() / sizeof(T);
-    const std::uint64_t nBlocks = BlocksOf(nElements, m_nBlockElements);
-    const std::uint64_t nRoom = (std::max(m_nMinBlockBytes, m_nBlockElements) + kBlockMargin) * nBlocks;
     for (std::uint64_t first = 0; first < nElements; first += m_nBlockElements) {
         const std::uint64_t nRest = nElements - first;
         // From the second period on the same blocks come again, as long as they are whole.
@@ -31,12 +34,12 @@ template <class T> bool CLzwTablePacker<T>::Pack(std::span<const std::uint8_t> p
             RepeatBlocks(nRest / m_nBlockElements);
             first += (nRest / m_nBlockElements - 1) * m_nBlockElements;
         } else if (!PackBlock(pattern, first, std::min<std::uint64_t>(nRest, m_nBlockElements))) {
-            return false;
+            return EPackEnd::ElementTooLarge;
         }
         if (m_blocks.size() > nRoom)
-            return false;
+            return EPackEnd::NotSmaller;
     }
-    return true;
+    return EPackEnd::Packed;
 }
 
 template <class T>

@@ -10,15 +10,32 @@
 
 namespace quillon {
 
+/// How packing a table ended.
+enum class EPackEnd : std::uint8_t {
+    Packed,
+    ElementTooLarge, // above 1023: no code stands for it
+    NotSmaller,      // the blocks would take more than about a byte an element
+    StreamFailed,    // the table could not be read, or the packed one not be written
+    NoMemory,
+};
+
 template <class T> class CLzwTablePacker {
   public:
     ///   nMinBlockBytes  a block takes at least so much room.
     CLzwTablePacker(std::size_t nBlockElements, std::size_t nMinBlockBytes);
 
     /// Packs nElements elements that repeat those of `pattern` (bytes, element_bytes.h), as a table of its own.
-    ///   Errors  false: the blocks would take more than about a byte an element, or an element is above 1023.
-    ///           std::bad_alloc.
-    [[nodiscard]] bool Pack(std::span<const std::uint8_t> pattern, std::uint64_t nElements);
+    ///   Returns  Packed, ElementTooLarge or NotSmaller.
+    ///   Errors   std::bad_alloc.
+    [[nodiscard]] EPackEnd Pack(std::span<const std::uint8_t> pattern, std::uint64_t nElements) {
+        return Pack(pattern, nElements, RoomFor(nElements));
+    }
+
+    /// The same for a piece of a larger table, whose blocks may take nRoom bytes.
+    [[nodiscard]] EPackEnd Pack(std::span<const std::uint8_t> pattern, std::uint64_t nElements, std::uint64_t nRoom);
+
+    /// Bytes that the blocks of a table may take: no table is packed to become larger.
+    [[nodiscard]] std::uint64_t RoomFor(std::uint64_t nElements) const;
 
     /// Where each block starts in Blocks().
     [[nodiscard]] std::vector<std::uint64_t>& Starts() { return m_starts; }

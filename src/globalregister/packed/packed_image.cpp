@@ -5,7 +5,6 @@
 #include <new>
 #include <system_error>
 
-#include "core/chess_exception.h"
 #include "globalregister/disk_access.h"
 #include "globalregister/packed/byte_streams.h"
 #include "globalregister/packed/little_endian.h"
@@ -117,7 +116,7 @@ std::span<const std::uint8_t> CPackedImage::BytesOf(std::size_t block, std::vect
     m_stream.clear();
     m_stream.seekg(static_cast<std::streamoff>(m_offsets[block]));
     if (!m_stream || !ReadBytes(m_stream, input.data(), size))
-        throw ChessException("Error reading packed data from disk");
+        throw CDiskFailure("Error reading packed data from disk");
     return {input.data(), size};
 }
 

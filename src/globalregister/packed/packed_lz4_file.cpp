@@ -209,11 +209,7 @@ bool UnpackPackedLz4(const std::filesystem::path& path, std::ostream& table) {
     std::ifstream file(path, std::ios::binary);
     if (error || !file)
         return false;
-    try {
-        return CPackedLz4Reader(file, nFileSize).Unpack(table);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    return CPackedLz4Reader(file, nFileSize).Unpack(table);
 }
 
 } // namespace quillon

@@ -53,9 +53,8 @@ using TPackedLz4HeaderBytes = std::array<std::uint8_t, kPackedLz4HeaderBytes>;
                                  int nProcessors);
 
 /// Writes the table of such a file to `table`.
-///   Errors  false: the file is not whole or not one of buckets, a stream failed, or memory is short. What was written
-///   to
-///           `table` is then of no use.
+///   Errors  false: the file is not whole or not one of buckets, or a stream failed. std::bad_alloc. What was written
+///           to `table` is then of no use.
 [[nodiscard]] bool UnpackPackedLz4(const std::filesystem::path& path, std::ostream& table);
 
 } // namespace quillon

@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "core/chess_exception.h"
+#include "globalregister/packed/byte_streams.h"
 #include "globalregister/packed/element_bytes.h"
 #include "globalregister/packed/lzw_decoder.h"
 #include "globalregister/packed/lzw_table_packer.h"
@@ -58,16 +59,22 @@ class CRandomAccessLZWBuffer final : public CRandomAccessPackedBufferBase {
         std::vector<std::uint8_t> table(GetElements() * sizeof(T));
         CTakenSlot taken(*this);
         try {
-            for (std::size_t block = 0; block < m_image.Blocks(); ++block) {
-                std::uint64_t index = std::uint64_t{block} * BlockSize;
-                for (const T element : DecodeWhole(taken.Slot(), block))
-                    StoreElement(table.data(), index++, element);
-            }
+            for (std::size_t block = 0; block < m_image.Blocks(); ++block)
+                StoreBlock(taken.Slot(), block, table.data() + block * kBlockBytes);
         } catch (const ChessException&) {
             notifier.Inform(kDamaged, "Error");
             return std::nullopt;
         }
         return table;
+    }
+
+    [[nodiscard]] bool UnpackTo(std::ostream& table) override {
+        std::vector<std::uint8_t> bytes(kBlockBytes);
+        CTakenSlot taken(*this);
+        for (std::size_t block = 0; block < m_image.Blocks(); ++block)
+            if (!WriteBytes(table, bytes.data(), StoreBlock(taken.Slot(), block, bytes.data())))
+                return false;
+        return true;
     }
 
     [[nodiscard]] std::uint32_t FindMaxAndIndexes(std::set<std::uint64_t>& indexes, std::size_t nLimit) override {
@@ -98,7 +105,7 @@ class CRandomAccessLZWBuffer final : public CRandomAccessPackedBufferBase {
             return false;
         try {
             CLzwTablePacker<T> packer(BlockSize, nMinBlockBytes);
-            if (!packer.Pack(source, nPatternLength * nElements))
+            if (packer.Pack(source, nPatternLength * nElements) != EPackEnd::Packed)
                 return false;
             if (bShrink)
                 packer.Blocks().reserve(packer.Blocks().size() + nReserve + CPackedImage::kPadding);
@@ -111,8 +118,8 @@ class CRandomAccessLZWBuffer final : public CRandomAccessPackedBufferBase {
         }
     }
 
-    [[nodiscard]] bool CompressStream(const std::filesystem::path& path, std::istream& source, std::uint64_t nElements,
-                                      std::uint16_t wFlags) override {
+    [[nodiscard]] EPackEnd CompressStream(const std::filesystem::path& path, std::istream& source,
+                                          std::uint64_t nElements, std::uint16_t wFlags) override {
         Clear();
         m_image.Empty();
         TPackedTableHeader header = m_image.Header();
@@ -147,6 +154,7 @@ class CRandomAccessLZWBuffer final : public CRandomAccessPackedBufferBase {
 
   private:
     static constexpr const char* kDamaged = "Error unpacking LZW data";
+    static constexpr std::size_t kBlockBytes = BlockSize * sizeof(T); // unpacked
 
     // What one thread needs to decode a block.
     struct TSlot {
@@ -193,6 +201,14 @@ class CRandomAccessLZWBuffer final : public CRandomAccessPackedBufferBase {
         if (elements.size() != m_image.ElementsOf(block))
             throw ChessException(kDamaged);
         return elements;
+    }
+
+    // The bytes of a block in a plain table; how many.
+    std::size_t StoreBlock(TSlot& slot, std::size_t block, std::uint8_t* bytes) {
+        const std::span<const T> elements = DecodeWhole(slot, block);
+        for (std::size_t i = 0; i < elements.size(); ++i)
+            StoreElement(bytes, i, elements[i]);
+        return elements.size() * sizeof(T);
     }
 
     CPackedImage m_image{static_cast<std::uint32_t>(BlockSize)};

@@ -13,11 +13,13 @@
 #include <istream>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <set>
 #include <span>
 #include <vector>
 
 #include "core/notifier.h"
+#include "globalregister/packed/lzw_table_packer.h"
 
 namespace quillon::RandomAccessLZWBuffer {
 
@@ -37,7 +39,8 @@ class CRandomAccessPackedBufferBase {
     [[nodiscard]] virtual bool Save(const std::filesystem::path& path, std::uint16_t wFlags) = 0;
 
     /// The element at `index`. Decodes the block up to it, with `bWholeBlock` to its end. Nothing decoded is kept.
-    ///   Errors  ChessException for an index beyond the table, a damaged block, or a failed read of a stream.
+    ///   Errors  ChessException for an index beyond the table or a damaged block; CDiskFailure for a failed read of a
+    ///           stream.
     [[nodiscard]] virtual std::uint32_t Get(std::uint64_t index, bool bWholeBlock) = 0;
 
     /// No instance can be updated.
@@ -47,6 +50,10 @@ class CRandomAccessPackedBufferBase {
     /// The plain table, as bytes.
     ///   Errors  none; the notifier tells of a damaged block. std::bad_alloc.
     [[nodiscard]] virtual std::optional<std::vector<std::uint8_t>> Unpack(INotifier& notifier) = 0;
+
+    /// Writes the plain table to a stream, block by block.
+    ///   Errors  false: the stream failed. As Get. What was written is then of no use.
+    [[nodiscard]] virtual bool UnpackTo(std::ostream& table) = 0;
 
     /// The greatest element apart from element 0, which holds the flags, and up to nLimit of the indices that hold it.
     /// The greatest value that an element can have means unknown and does not count.
@@ -66,9 +73,9 @@ class CRandomAccessPackedBufferBase {
                                         std::size_t nMinBlockBytes, std::size_t nReserve, std::uint64_t nElements) = 0;
 
     /// Builds a file from a stream of nElements elements without the whole image in memory; the buffer is empty then.
-    ///   Errors  false, as Compress or when a stream fails; the file is gone then.
-    [[nodiscard]] virtual bool CompressStream(const std::filesystem::path& path, std::istream& source,
-                                              std::uint64_t nElements, std::uint16_t wFlags) = 0;
+    /// Unless it is packed, the file is gone.
+    [[nodiscard]] virtual EPackEnd CompressStream(const std::filesystem::path& path, std::istream& source,
+                                                  std::uint64_t nElements, std::uint16_t wFlags) = 0;
 
     /// Bytes of the image and 8; 8 when empty.
     [[nodiscard]] virtual std::uint64_t GetPackedSize() const = 0;
