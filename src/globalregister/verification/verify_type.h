@@ -75,7 +75,7 @@ struct TVerifyRequest {
 enum class EVerifyEnd : std::uint8_t {
     AllChecked,
     Stopped,  // by the user
-    NotBegun, // no data, no log, or the user did not want to go on; it has been told
+    NotBegun, // no data, no room for them, no log, or the user did not want to go on; it has been told
     Failed,   // data are missing or damaged, memory or disk were full; it has been told
 };
 
@@ -87,7 +87,7 @@ struct TVerifyResult {
     std::uint64_t m_nChecked = 0;                    // indices
     bool m_bSecondPass = false;                      // only what a log of an earlier run names
     bool m_bAllRight = false;                        // no element of the whole table is faulty
-    bool m_bSystemFailure = false;                   // Failed for want of memory, or a file could not be written
+    bool m_bSystemFailure = false;                   // memory was short, or a file could not be written
     std::filesystem::path m_file;                    // that was verified; empty: none
     std::vector<std::filesystem::path> m_otherFiles; // of the same type, not looked at
     std::filesystem::path m_log;                     // empty: none was written
