@@ -619,6 +619,30 @@ TEST_F(GenerateTables, BitsBesideTheFlagsDoNotKeepATableFromBeingTakenUp) {
     }
 }
 
+/// All answers of Black promote to what is mate in 127, which in a byte stands for "open". Shorter mates of those types
+/// are there, so that 127 is not taken for that.
+TEST_F(GenerateTables, AMateThatIsTooLongForItsTableEndsTheRun) {
+    for (const char* const type : {"Q", "Qq", "Qr", "Qb", "Qn"}) {
+        TElements elements(TPositionIndexing(type).GetSize(), 127);
+        for (std::uint8_t n = 0; n < 127; ++n)
+            elements[n] = n;
+        WriteElements(Plain(type), elements);
+    }
+    TElements nothingFound(TPositionIndexing("Qp").GetSize(), 127);
+    nothingFound[0] = kFlagPawnRanks48;
+    WriteElements(Plain("Qp"), nothingFound);
+    WriteElements(Beside("Qp", ".iter"), {253, 0, 0, 0});
+    m_options.m_existing = EExistingTable::Continue;
+    const TGenerateReport report = Make("Qp");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_FALSE(report.m_bSystemFailed);
+    EXPECT_EQ(m_host.m_boxes.m_told,
+              TTexts{"Error: An error occurred during data generation.\nQp: a mate is longer than "
+                     "its table can tell"});
+    EXPECT_EQ(report.m_nLevels, 253u);
+    EXPECT_TRUE(Table("Qp") == nothingFound);
+}
+
 // --- bit data
 
 /// Two bits an index, and lengths beside them. Black's knights need no other table, for nobody mates: what costs time

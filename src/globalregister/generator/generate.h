@@ -102,7 +102,7 @@ enum class EExistingTable : std::uint8_t {
 
 struct TGenerateOptions {
     int m_nThreads = 1;
-    int m_nThreadPriority = 0;        // platform/thread.h
+    int m_nThreadPriority = 0;        // platform/thread.h; the user's, where a window lets him choose one
     std::uint64_t m_nMemoryBytes = 0; // that all may take; 0: 90 % of the machine's
     EExistingTable m_existing = EExistingTable::Ask;
     bool m_bWithSubtypes = false;         // what is missing is made first

@@ -49,7 +49,8 @@ class IVerificationHost : public INotifier {
     [[nodiscard]] virtual ERunState RunState() = 0;
 };
 
-/// What commands that run for long ask before they verify on the side.
+/// What commands of a window that run for long ask before they verify on the side. On the command line there is nothing
+/// to ask: verifying is a command of its own there.
 inline constexpr std::string_view kShouldVerifyQuestion =
     "Should correctness of data be verified?\n\n(it would slow down significantly - in case of error detection, error "
     "logs will be created)";
