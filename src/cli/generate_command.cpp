@@ -45,6 +45,7 @@ Examples:
   quillon generate Q R P                          three types, to Precalc here
   quillon generate QRr --with-subtypes --precalc DIR
   quillon generate QRr --continue --precalc DIR   goes on where it was stopped
+  quillon generate QR --pack=lz4                  a packed form beside the table
   quillon generate "KQkp(b3)+Pa2"                 men behind + never move
 
 TYPE is the letters of the men besides the kings, White's in capitals, as QRr.
@@ -68,7 +69,8 @@ them in memory. Nobody is asked anything: without an option that says so nothing
 is replaced or removed.
 
 Exit status: 0 all tables are there, 1 some are unfinished, 2 bad usage, missing
-types, or a file in the way, 3 a failure of the system (memory, disk).)";
+types, a file in the way or one that contradicts itself, 3 a failure of the
+system (memory, disk).)";
 
 struct TGenerateCommandOptions {
     std::vector<std::string> m_types;
@@ -215,7 +217,7 @@ void AddGenerateCommand(CLI::App& app, TChosenCommand& chosen) {
         ->transform(WholeNumber(1, kMostGenerateMB));
     command
         ->add_flag("--pack{lzw}", options->m_pack,
-                   "Also pack the table, made now or before: lzw (without a word) or lz4")
+                   "Also pack the table, made now or before, as lzw, or with --pack=lz4 as lz4")
         ->check(CLI::IsMember({"lzw", "lz4"}));
     CLI::Option* const goOn =
         command->add_flag("--continue", options->m_bContinue, "Go on with unfinished tables from the next level");

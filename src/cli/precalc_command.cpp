@@ -308,7 +308,7 @@ void AddPrecalcCommand(CLI::App& app, TChosenCommand& chosen) {
     const auto options = std::make_shared<TPrecalcCommandOptions>();
 
     CLI::App* const list = command->add_subcommand("list", "List the files that would be looked at");
-    AddPrecalcOptions(*list, options->m_precalc, "Data");
+    AddPrecalcFolder(*list, options->m_precalc, "Data");
     list->add_flag("--json", options->m_bJson, "One JSON object a file, on one line");
     SetPrecalcCallback(*list, chosen, options, ListFiles);
 
@@ -324,7 +324,7 @@ void AddPrecalcCommand(CLI::App& app, TChosenCommand& chosen) {
     missing->add_option("N", options->m_nPieces, "Men of a position, the kings among them: 3 to 7")
         ->transform(WholeNumber(kFewestTableMen, kMostTableMen))
         ->required();
-    AddPrecalcOptions(*missing, options->m_precalc, "Data");
+    AddPrecalcFolder(*missing, options->m_precalc, "Data");
     missing->add_flag("--json", options->m_bJson, "One JSON object");
     SetPrecalcCallback(*missing, chosen, options, TellMissing);
 

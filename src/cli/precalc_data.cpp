@@ -19,13 +19,17 @@ constexpr const char* kDefaultFolder = ".";
 
 } // namespace
 
-void AddPrecalcOptions(CLI::App& command, TPrecalcChoice& choice, const char* group) {
+void AddPrecalcFolder(CLI::App& command, TPrecalcChoice& choice, const char* group) {
     command
         .add_option("--precalc", choice.m_folder,
                     "Folder with precalculated endgame data, or one that has them in Precalc. Without the option "
                     "Precalc in the working folder, where there is one")
         ->type_name("DIR")
         ->group(group);
+}
+
+void AddPrecalcOptions(CLI::App& command, TPrecalcChoice& choice, const char* group) {
+    AddPrecalcFolder(command, choice, group);
     command
         .add_option("--precalc-memory", choice.m_memoryMB,
                     "Memory for precalculated data, in MiB; 0: do not use any. Without the option what the problem "

@@ -20,7 +20,10 @@ struct TPrecalcChoice {
     std::optional<int> m_memoryMB;       // of --precalc-memory; 0: none
 };
 
-/// Adds --precalc and --precalc-memory; `choice` must outlive the reading of the command line.
+/// Adds --precalc, for commands that load no data; `choice` must outlive the reading of the command line.
+void AddPrecalcFolder(CLI::App& command, TPrecalcChoice& choice, const char* group);
+
+/// Adds --precalc-memory, too.
 void AddPrecalcOptions(CLI::App& command, TPrecalcChoice& choice, const char* group);
 
 /// Settings and choice: a chosen folder takes the place of the working folder.

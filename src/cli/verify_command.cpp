@@ -208,7 +208,7 @@ void AddVerifyCommand(CLI::App& app, TChosenCommand& chosen) {
     command->add_option("TYPE", options->m_types, "Letters of the men besides the kings, as QRr")->required();
     command->add_flag("--fix", options->m_bFix, "Correct what can be corrected in the plain file");
     command->add_flag("--partial", options->m_bPartial,
-                      "The table is not finished: mates longer than its longest one may be missing");
+                      "The table is not finished: mates as long as its longest one, and longer ones, may be missing");
     command->add_flag("--second-pass", options->m_bSecondPass, "Check only what the log of the last run names");
     command->add_flag(
         "--unpack", options->m_bUnpack,

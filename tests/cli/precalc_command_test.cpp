@@ -294,6 +294,9 @@ TEST_F(PrecalcCommands, WrongInputIsToldInOneLine) {
     ExpectFailure({"precalc", "pack", Folder() + "/letter.txt"},
                   Folder() + "/letter.txt: not the name of a file of precalculated data");
     EXPECT_EQ(RunQuillon({"solve", "--precalc-memory", "-1"}).m_nStatus, 2);
+    for (const char* const noData : {"list", "missing"}) // they load nothing
+        EXPECT_EQ(RunQuillon({"precalc", noData, "--help"}).m_out.find("--precalc-memory"), std::string::npos);
+    EXPECT_NE(RunQuillon({"precalc", "status", "--help"}).m_out.find("--precalc-memory"), std::string::npos);
     EXPECT_EQ(RunQuillon({"precalc"}).m_nStatus, 2);
 }
 

@@ -88,6 +88,16 @@ TEST_F(VerifyCommand, WhatCannotBeVerified) {
     EXPECT_EQ(Run({"verify", "R", "--threads", "0"}).m_nStatus, 2);
 }
 
+TEST_F(VerifyCommand, ShortMemoryIsAFailureOfTheSystem) {
+    Write("QR", {0}); // its size alone is too much
+    const TProgramResult result = Run({"verify", "QR", "--unpack", "--memory", "1"});
+    EXPECT_EQ(result.m_nStatus, 3);
+    EXPECT_EQ(result.m_err,
+              "quillon: Error: Not enough memory for the data of type QR. Allow more, or let data be read "
+              "from disk (ini: GlobalRegisterForceDiskAccess).\n");
+    EXPECT_EQ(result.m_out, "");
+}
+
 TEST_F(VerifyCommand, MissingTypes) {
     const TProgramResult three = Run({"precalc", "missing", "3"});
     EXPECT_EQ(three.m_nStatus, 1);

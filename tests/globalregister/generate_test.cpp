@@ -156,7 +156,10 @@ TEST_F(GenerateTables, SlowSettingsAreChallenged) {
     m_host.m_answers = {EThreeWay::Yes, EThreeWay::No};
     EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Cancelled);
     ASSERT_EQ(m_host.m_asked.size(), 2u);
-    EXPECT_TRUE(m_host.m_asked[1].starts_with("Option to use data from disk (ini: GlobalRegisterForceDiskAccess)"));
+    EXPECT_EQ(m_host.m_asked[1],
+              "Option to use data from disk (ini: GlobalRegisterForceDiskAccess) without loading to memory is on - it "
+              "SIGNIFICANTLY slows down data generation process.\nDo you want to continue?\n\nNOTE: Select CANCEL, to "
+              "continue with changed setting to force unpack data to memory (for better performance)");
     m_host.m_asked.clear();
     m_host.m_answers = {EThreeWay::Cancel, EThreeWay::Yes};
     EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Cancelled);
@@ -354,17 +357,29 @@ TEST_F(GenerateTables, FilesThatAreNotWhatTheyWereAreRefused) {
     m_options.m_existing = EExistingTable::Continue;
     TElements wrong = table;
     wrong.pop_back();
+    const auto expectFailure = [this](const fs::path& file, bool bSystem) {
+        const TGenerateReport report = Make("Q");
+        EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+        EXPECT_EQ(report.m_bSystemFailed, bSystem) << file;
+        EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Error reading file " + file.string()});
+    };
     WriteElements(Plain("Q"), wrong);
-    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
-    EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Error reading file " + Plain("Q").string()});
+    expectFailure(Plain("Q"), false);
     wrong = table;
     wrong[0] = 1; // flags of pawns
     WriteElements(Plain("Q"), wrong);
-    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+    expectFailure(Plain("Q"), false);
+    fs::remove(Plain("Q"));
+    fs::create_directory(Plain("Q")); // what cannot be read
+    expectFailure(Plain("Q"), true);
+    fs::remove(Plain("Q"));
     WriteElements(Plain("Q"), table);
     WriteElements(Beside("Q", ".iter"), {6, 0});
-    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
-    EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Error reading file " + Beside("Q", ".iter").string()});
+    expectFailure(Beside("Q", ".iter"), false);
+    fs::remove(Beside("Q", ".iter"));
+    fs::create_directory(Beside("Q", ".iter"));
+    expectFailure(Beside("Q", ".iter"), true);
+    fs::remove(Beside("Q", ".iter"));
     WriteElements(Beside("Q", ".iter"), {6, 0, 0, 0});
     EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Done);
     ExpectWhole("Q");
@@ -604,6 +619,95 @@ TEST_F(GenerateTables, BitsBesideTheFlagsDoNotKeepATableFromBeingTakenUp) {
     }
 }
 
+/// All answers of Black promote to what is mate in 127, which in a byte stands for "open". Shorter mates of those types
+/// are there, so that 127 is not taken for that.
+TEST_F(GenerateTables, AMateThatIsTooLongForItsTableEndsTheRun) {
+    for (const char* const type : {"Q", "Qq", "Qr", "Qb", "Qn"}) {
+        TElements elements(TPositionIndexing(type).GetSize(), 127);
+        for (std::uint8_t n = 0; n < 127; ++n)
+            elements[n] = n;
+        WriteElements(Plain(type), elements);
+    }
+    TElements nothingFound(TPositionIndexing("Qp").GetSize(), 127);
+    nothingFound[0] = kFlagPawnRanks48;
+    WriteElements(Plain("Qp"), nothingFound);
+    WriteElements(Beside("Qp", ".iter"), {253, 0, 0, 0});
+    m_options.m_existing = EExistingTable::Continue;
+    const TGenerateReport report = Make("Qp");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_FALSE(report.m_bSystemFailed);
+    EXPECT_EQ(m_host.m_boxes.m_told,
+              TTexts{"Error: An error occurred during data generation.\nQp: a mate is longer than "
+                     "its table can tell"});
+    EXPECT_EQ(report.m_nLevels, 253u);
+    EXPECT_TRUE(Table("Qp") == nothingFound);
+}
+
+// --- bit data
+
+/// Two bits an index, and lengths beside them. Black's knights need no other table, for nobody mates: what costs time
+/// with six men is the levels, and none is run.
+class GenerateBitData : public GenerateTables {
+  protected:
+    GenerateBitData() : m_numbered(kType) {
+        EXPECT_TRUE(ApplyFlags(m_numbered, kFlagCombinations));
+        m_options.m_existing = EExistingTable::Continue;
+        fs::create_directories(Plain(kType).parent_path());
+    }
+    /// All zeros but for the flags, and no more on the disk than that.
+    static void WriteZeros(const fs::path& file, std::uint64_t nBytes) {
+        WriteElements(file, {kFlagCombinations});
+        fs::resize_file(file, nBytes);
+    }
+    [[nodiscard]] std::uint64_t BytesOfBits() const { return m_numbered.GetSize() / kPairsOfAByte; }
+    [[nodiscard]] fs::path Details() const { return Beside(kType, ".details"); }
+
+    static constexpr const char* kType = "nnnn";
+    TPositionIndexing m_numbered;
+};
+
+TEST_F(GenerateBitData, LengthsThatCannotBeMadeAreToldAsAFullDisk) {
+    ASSERT_TRUE(UsesBitData(m_numbered));
+    WriteElements((Details() += ".NEW") / "x", {1}); // a folder that does not go
+    const TGenerateReport report = Make(kType);
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_TRUE(report.m_bSystemFailed);
+    EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Cannot create file (not enough disk space?)"});
+    EXPECT_FALSE(fs::exists(Plain(kType)));
+}
+
+TEST_F(GenerateBitData, ARunIsNotTakenUpWithLengthsThatAreNotItsOwn) {
+    WriteZeros(Plain(kType), BytesOfBits());
+    WriteElements(Beside(kType, ".iter"), {3, 0, 0, 0});
+    const auto expectRefused = [this](const char* what) {
+        const TGenerateReport report = Make(kType);
+        EXPECT_EQ(report.m_status, EGenerateStatus::Failed) << what;
+        EXPECT_FALSE(report.m_bSystemFailed) << what;
+        EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: Error reading file " + Details().string()}) << what;
+    };
+    expectRefused("none");
+    WriteZeros(Details(), m_numbered.GetSize() - 1);
+    expectRefused("of another size");
+}
+
+/// What has been packed is looked for where it would be put: LZW of the lengths, LZ4 of the bits.
+TEST_F(GenerateBitData, AFinishedTableHasItsPackedFormsUnderTheNameOfTheTable) {
+    WriteZeros(Plain(kType), BytesOfBits());
+    WriteZeros(Details(), m_numbered.GetSize());
+    for (const auto& [form, extension] :
+         {std::pair{ETableForm::Lzw, ".packed.lzw"}, std::pair{ETableForm::Lz4, ".lz4"}}) {
+        WriteElements(Beside(kType, extension), {1});
+        m_options.m_packForm = form;
+        const TGenerateReport report = Make(kType);
+        EXPECT_EQ(report.m_status, EGenerateStatus::Done) << extension;
+        EXPECT_EQ(report.m_file, Plain(kType));
+        EXPECT_EQ(report.m_bPacked, true) << extension;
+        EXPECT_EQ(ReadWholeFile(Beside(kType, extension)), TElements{1}) << "it was there";
+        fs::remove(Beside(kType, extension));
+        EXPECT_EQ(std::distance(fs::directory_iterator(Plain(kType).parent_path()), {}), 2) << "nothing else was made";
+    }
+}
+
 // --- several types
 
 TEST_F(GenerateTables, MissingTypesAreNamed) {
@@ -627,7 +731,43 @@ TEST_F(GenerateTables, TypesWithoutRoomAreNotMissing) {
     EXPECT_EQ(report.m_missingTypes, TTexts{});
     ASSERT_FALSE(m_host.m_boxes.m_told.empty());
     EXPECT_EQ(m_host.m_boxes.m_told.back(), "Error: Error reading register data from disk (not enough memory? "
-                                            "UseDataPackedForRandomAccess off?)");
+                                            "UseDataPackedForRandomAccess off?): Q, R");
+}
+
+/// They are to be made anew, and no memory would help.
+TEST_F(GenerateTables, DamagedTypesAreNamed) {
+    WriteElements(Plain("Q"), Expected("Q"));
+    TElements damaged = Expected("R");
+    damaged[damaged.size() / 2] = kUnknownElement;
+    WriteElements(Plain("R"), damaged);
+    const TGenerateReport report = Make("P");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_FALSE(report.m_bSystemFailed);
+    EXPECT_EQ(report.m_missingTypes, TTexts{});
+    ASSERT_FALSE(m_host.m_boxes.m_told.empty());
+    EXPECT_EQ(m_host.m_boxes.m_told.back(), "Error: Error reading register data from disk (not enough memory? "
+                                            "UseDataPackedForRandomAccess off?): R");
+}
+
+/// Behind a promotion the mates of these tables are longer than a byte can tell beside Black's mark.
+TEST_F(GenerateTables, FailuresOfALevelAreListed) {
+    for (const char* const type : {"Q", "R"}) {
+        TElements elements(40960, 126);
+        elements[0] = 0;
+        WriteElements(Plain(type), elements);
+    }
+    TElements nothingFound(TPositionIndexing("P").GetSize(), 127);
+    nothingFound[0] = kFlagPawnRanks48;
+    WriteElements(Plain("P"), nothingFound);
+    WriteElements(Beside("P", ".iter"), {250, 0, 0, 0});
+    m_options.m_existing = EExistingTable::Continue;
+    m_options.m_nThreads = 1; // so that it is found once
+    const TGenerateReport report = Make("P");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_FALSE(report.m_bSystemFailed);
+    EXPECT_EQ(m_host.m_boxes.m_told, TTexts{"Error: An error occurred during data generation.\nError in "
+                                            "Generate_MainLoop2: no room for a mate in 127 moves"});
+    EXPECT_EQ(report.m_nLevels, 252u);
 }
 
 /// Four queens without their combinations would be 2.5 GiB.

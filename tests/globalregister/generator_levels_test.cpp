@@ -51,14 +51,14 @@ void ExpectLikeReference(const std::string& type, const TElements& elements) {
     }
 }
 
-std::vector<std::string> ErrorsOfLevelOne(CGeneratedTables& tables, const std::string& type, int nThreads) {
+TLevelResult FailedLevelOne(CGeneratedTables& tables, const std::string& type, int nThreads) {
     const auto registers = tables.Registers();
     TGlobalRegister table(type);
     EXPECT_TRUE(MakeWorkTable(table));
     CGeneratorRun run(table, *registers, tables.Control(), Threads(nThreads));
-    const TLevelResult result = run.RunLevel(1);
+    TLevelResult result = run.RunLevel(1);
     EXPECT_EQ(result.m_nResult, kLevelStopped);
-    return result.m_errors;
+    return result;
 }
 
 } // namespace
@@ -172,6 +172,19 @@ TEST(GeneratorLevels, DetailsThatCannotBeWrittenEndTheLevel) {
     EXPECT_EQ(result.m_nResult, kLevelStopped);
     ASSERT_FALSE(result.m_errors.empty());
     EXPECT_NE(result.m_errors.front().find("Error in Generate_MainLoop2 in call to "), std::string::npos);
+    EXPECT_TRUE(result.m_bSystemFailed);
+}
+
+TEST(GeneratorLevels, AMateWithoutALengthIsNoFailureOfTheFile) {
+    TOtherForm bits("R", 1, true);
+    const CTemporaryFolder folder;
+    const std::filesystem::path path = folder.Path() / "R.precalc.details";
+    WriteElements(path, {0, 0, 7});
+    bits.m_table.details = std::make_unique<TDetailQueue>();
+    bits.m_table.details->detailFile.open(path, std::ios::binary | std::ios::in | std::ios::out);
+    EXPECT_EQ(ReadBitData(bits.m_table, 2), 7);
+    EXPECT_THROW((void)ReadBitData(bits.m_table, 1), ChessException);
+    EXPECT_THROW((void)ReadBitData(bits.m_table, 3), CDetailFileFailure) << "behind the end";
 }
 
 TEST(GeneratorLevels, StopAndBreakEndALevel) {
@@ -246,9 +259,10 @@ TEST(GeneratorLevels, MissingMaterialIsNamed) {
     CGeneratedTables tables;
     tables.Write("R", ThreeMenElements("R"));
     for (const int nThreads : {1, 2}) {
-        const std::vector<std::string> errors = ErrorsOfLevelOne(tables, "P", nThreads);
-        ASSERT_FALSE(errors.empty());
-        EXPECT_EQ(errors.front(), "No global register found for position type Q");
+        const TLevelResult result = FailedLevelOne(tables, "P", nThreads);
+        ASSERT_FALSE(result.m_errors.empty());
+        EXPECT_EQ(result.m_errors.front(), "No global register found for position type Q");
+        EXPECT_FALSE(result.m_bSystemFailed);
     }
     const auto registers = tables.Registers();
     TGlobalRegister table("P");

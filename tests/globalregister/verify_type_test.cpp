@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "core/fen.h"
+#include "globalregister/generator/generate_texts.h"
 #include "globalregister/precalc_format.h"
 #include "globalregister/verified_tables.h"
 #include "platform/file_lock.h"
@@ -279,13 +280,8 @@ TEST_F(VerifyQueen, SlowSettingsAreAskedAboutAndComeBack) {
     EXPECT_EQ(m_tables.Verify({.m_typeName = "Q"}).m_status, kBeginning + " complete: 0 failure(s) detected");
     EXPECT_FALSE(bPacked) << "unpacked for the run";
     ASSERT_GE(m_tables.m_user.m_asked.size(), 2u);
-    EXPECT_EQ(m_tables.m_user.m_asked[0].find("Option to use compressed data \"random access\" (ini: "
-                                              "UseDataPackedForRandomAccess) is on"),
-              0u);
-    EXPECT_EQ(
-        m_tables.m_user.m_asked[1].find("Option to use data from disk (ini: GlobalRegisterForceDiskAccess) without "
-                                        "loading to memory is on - it SIGNIFICANTLY slows down"),
-        0u);
+    EXPECT_EQ(m_tables.m_user.m_asked[0], PackedDataQuestion()) << "as before tables are made";
+    EXPECT_EQ(m_tables.m_user.m_asked[1], DiskAccessQuestion());
     EXPECT_EQ(m_tables.Registers().Options().m_nUseDataPackedForRandomAccess, 2);
     EXPECT_TRUE(m_tables.Registers().Options().m_bGlobalRegisterForceDiskAccess);
 }
@@ -348,6 +344,17 @@ TEST_F(VerifyQueen, PartialTableWithAFaultBelowItsLongestMate) {
     EXPECT_TRUE(std::ranges::count(log, LogLine("Q", m_nIndex, 0, 2 * kReached - 3)));
 }
 
+/// Bits and lengths of a small type, as a load of a larger one has them.
+void LoadBitData(TGlobalRegister& data, const std::filesystem::path& file, const TElements& pairs,
+                 const TElements& lengths, bool bPairsInMemory) {
+    data.loadedFrom = file;
+    WriteElements(file, pairs);
+    WriteElements(DetailsBeside(file), lengths);
+    data.bBitData = true;
+    data.data = pairs;
+    (bPairsInMemory ? data.detailStream : data.diskStream).open(DetailsBeside(file), std::ios::binary);
+}
+
 /// A level of bit data that was given up has left its lengths, and no bits: it will find them again.
 TEST(VerifyPartialBitData, LengthsWithoutTheirBitsAreNoFaults) {
     constexpr std::uint8_t kDone = 4;
@@ -362,12 +369,7 @@ TEST(VerifyPartialBitData, LengthsWithoutTheirBitsAreNoFaults) {
     }
     for (const bool bPairsInMemory : {true, false}) {
         TGlobalRegister data("R");
-        data.loadedFrom = tables.Path("R");
-        WriteElements(data.loadedFrom, pairs);
-        WriteElements(DetailsBeside(data.loadedFrom), lengths);
-        data.bBitData = true;
-        data.data = pairs;
-        (bPairsInMemory ? data.detailStream : data.diskStream).open(DetailsBeside(data.loadedFrom), std::ios::binary);
+        LoadBitData(data, tables.Path("R"), pairs, lengths, bPairsInMemory);
         CTableLengths own(data, true);
         const COneMoveTables oneMove(own, tables.Registers());
         const auto faults = [&](int nLimit) {
@@ -380,6 +382,70 @@ TEST(VerifyPartialBitData, LengthsWithoutTheirBitsAreNoFaults) {
         EXPECT_GT(faults(0), 10u) << "of a finished table they are";
         EXPECT_GT(faults(2 * kDone + 3), 10u) << "of a level that is done, too";
     }
+}
+
+struct TBitsApart {
+    const char* m_type;
+    bool m_bPairsInMemory;
+    bool m_bPair;          // says that White mates
+    std::uint8_t m_length; // in moves, beside it
+    int m_nStored, m_nComputed;
+};
+
+class VerifyBitData : public ::testing::TestWithParam<TBitsApart> {};
+
+/// What is told as stored decides whether the element can be mended.
+TEST_P(VerifyBitData, WhereBitsAndLengthsDifferTheWrongOneIsTold) {
+    const TBitsApart& p = GetParam();
+    CVerifiedTables tables;
+    TGlobalRegister data(p.m_type);
+    const bool bRook = data.typeName == "R"; // nobody mates with the other type
+    TElements lengths = bRook ? ThreeMenElements("R") : TElements(data.GetSize(), 0);
+    TChessboard b = ChessboardFromFEN("8/8/8/4k3/8/8/1N6/2K5");
+    const std::uint64_t index = bRook ? IndexOf(lengths, 16) : data.GetIndex(b);
+    lengths[index] = p.m_length;
+    TElements pairs(lengths.size() / 4, 0);
+    for (std::uint64_t i = 1; i < lengths.size(); ++i)
+        if (i == index ? p.m_bPair : lengths[i] != 0)
+            AddToBitPair(pairs.data(), i, 1);
+    LoadBitData(data, tables.Path(p.m_type), pairs, lengths, p.m_bPairsInMemory);
+    CTableLengths own(data, false);
+    const COneMoveTables oneMove(own, tables.Registers());
+    CIndexChecker checker(oneMove, 0);
+    checker.CheckIndex(index);
+    ASSERT_EQ(checker.m_faults.size(), 1u);
+    EXPECT_EQ(checker.m_faults[0].m_nStored, p.m_nStored);
+    EXPECT_EQ(checker.m_faults[0].m_nComputed, p.m_nComputed);
+}
+
+constexpr bool kInMemory = true, kOnDisk = false, kMate = true, kNoMate = false;
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryKind, VerifyBitData,
+    ::testing::Values(TBitsApart{"R", kInMemory, kNoMate, 16, 0, 31}, TBitsApart{"R", kInMemory, kNoMate, 20, 0, 31},
+                      TBitsApart{"R", kInMemory, kMate, 0, -1, 31}, TBitsApart{"R", kOnDisk, kNoMate, 16, 0, 31},
+                      TBitsApart{"R", kOnDisk, kNoMate, 20, 39, 31}, TBitsApart{"R", kOnDisk, kMate, 0, -1, 31},
+                      TBitsApart{"N", kInMemory, kNoMate, 5, 9, 0}, TBitsApart{"N", kOnDisk, kNoMate, 5, 9, 0},
+                      TBitsApart{"N", kOnDisk, kMate, 0, -1, 0}));
+
+/// Beside Black's mark an element has seven bits.
+TEST_F(VerifyQueen, ALengthThatAnElementHasNoRoomForIsTold) {
+    constexpr std::uint8_t kMost = 126;
+    m_elements.assign(m_elements.size(), kMost);
+    m_elements[0] = 0;
+    Plant(0);
+    WriteElements(m_tables.Path("Q", ".iter"), {255, 0, 0, 0}); // mates in 128 may be missing
+    const std::string line = LogLine("Q", m_nIndex, 0, 2 * kMost + 1) + "\n";
+    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", TElements(line.begin(), line.end()));
+    m_nWholeListLimit = 255;
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true, .m_bSecondPassOnly = true});
+    EXPECT_EQ(result.m_nFixable, 1u);
+    EXPECT_EQ(result.m_nFixed, 0u);
+    EXPECT_TRUE(std::ranges::count(m_tables.m_user.m_told,
+                                   "Warning: 1 correction(s) not written: an element has no room for so long a mate "
+                                   "(element " +
+                                       std::to_string(m_nIndex) + ")."));
+    EXPECT_EQ(m_tables.Read("Q"), m_elements);
 }
 
 class VerifyInTheMaking : public VerifyQueen, public ::testing::WithParamInterface<bool> {};
@@ -562,6 +628,24 @@ TEST_F(VerifyQueen, StopEndsItWithTheCountsOfWhatWasChecked) {
     EXPECT_EQ(m_tables.m_user.m_told.back().find("Information: Complete ("), 0u);
 }
 
+/// The log has gone, so nothing can say that it is a whole list: that is all.
+TEST_F(VerifyQueen, WhatIsWrittenIsNotToldAsUnwritten) {
+    Plant(0);
+    LeaveLog();
+    const std::filesystem::path log = m_tables.Folder() / "PrecalcFailuresQ.txt";
+    m_tables.m_user.m_runState = [&log] {
+        std::filesystem::remove(log);
+        return ERunState::Run;
+    };
+    const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true});
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::AllChecked);
+    EXPECT_EQ(result.m_nFixed, 1u);
+    EXPECT_EQ(m_tables.m_user.m_told,
+              (std::vector<std::string>{"Warning: Error writing to file: " + log.string() + ".whole",
+                                        "Information: Complete (1 fault(s) found, 1 fixable, 1 fixed)"}));
+    EXPECT_EQ(m_tables.Read("Q"), QueenTable());
+}
+
 TEST_F(VerifyQueen, PauseWaitsAndGoesOn) {
     LeaveLog();
     int nAsked = 0;
@@ -574,6 +658,33 @@ TEST(VerifyType, TypeWithoutData) {
     CVerifiedTables tables;
     EXPECT_EQ(tables.Verify({.m_typeName = "Q"}).m_eEnd, EVerifyEnd::NotBegun);
     EXPECT_EQ(tables.m_user.m_told.back(), "Information: No information about positions of this type");
+}
+
+const std::string kMoreMemory = ". Allow more, or let data be read from disk (ini: GlobalRegisterForceDiskAccess).";
+
+TEST_F(VerifyQueen, DataWithoutRoomAreNotMissing) {
+    m_tables.m_nQuota = m_elements.size();
+    const TVerifyResult result = Verify();
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_TRUE(result.m_bSystemFailure);
+    EXPECT_EQ(m_tables.m_user.m_told,
+              std::vector<std::string>{"Error: Not enough memory for the data of type Q" + kMoreMemory});
+}
+
+/// The own table may stay on disk; that of a promotion is too large even to be looked at.
+TEST(VerifyType, NeededDataWithoutRoomAreNotMissing) {
+    CVerifiedTables tables;
+    TElements elements(TPositionIndexing("Pp").GetSize(), 0);
+    elements[0] = kFlagPawnRanks48;
+    tables.Write("Pp", elements);
+    tables.Write("Pq", {kFlagPawnRanks48});
+    tables.m_nQuota = elements.size() + 1;
+    ASSERT_GT(TPositionIndexing("Pq").GetSize(), tables.m_nQuota);
+    const TVerifyResult result = tables.Verify({.m_typeName = "Pp"});
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_TRUE(result.m_bSystemFailure);
+    EXPECT_EQ(tables.m_user.m_told,
+              std::vector<std::string>{"Error: Not enough memory for the data of type Pq" + kMoreMemory});
 }
 
 TEST(VerifyType, MissingTableOfWhatACaptureLeadsToEndsIt) {

@@ -59,8 +59,10 @@ std::uint16_t ReadBitData(TGlobalRegister& table, std::uint64_t index) {
     queue.detailFile.read(reinterpret_cast<char*>(element.data()), table.nElementSize);
     queue.bFailed = queue.bFailed || !queue.detailFile;
     const auto value = LoadLittleEndian<std::uint16_t>(element.data());
-    if (queue.bFailed || value == 0)
-        throw ChessException("Error reading details of type " + table.typeName);
+    if (queue.bFailed)
+        throw CDetailFileFailure("Error reading details of type " + table.typeName);
+    if (value == 0)
+        throw ChessException("Error reading details of type " + table.typeName + ": a mate has no length");
     return value;
 }
 

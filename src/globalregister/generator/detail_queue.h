@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <fstream>
 #include <mutex>
+#include <stdexcept>
 #include <vector>
 
 namespace quillon {
@@ -30,13 +31,19 @@ struct TDetailQueue {
     std::mutex writeLock; // of what is being written, and of the stream
 };
 
+/// The details file cannot be read or written. What stands in it is another matter: ChessException.
+class CDetailFileFailure : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
 /// Enters the length of an index (moves to mate). Precondition: `details` of the register is set.
 ///   Result  false: the file could not be written.
 ///   Errors  std::bad_alloc: nothing has been entered.
 [[nodiscard]] bool SetBitData(TGlobalRegister& table, std::uint64_t index, std::uint16_t value);
 
 /// The length of an index as the file has it. Precondition: nothing is pending.
-///   Errors  ChessException: it cannot be read, or there is none.
+///   Errors  CDetailFileFailure; ChessException: there is none.
 [[nodiscard]] std::uint16_t ReadBitData(TGlobalRegister& table, std::uint64_t index);
 
 /// Writes what is pending. Without a queue there is nothing to do.

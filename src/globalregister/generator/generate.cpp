@@ -1,10 +1,10 @@
 #include "globalregister/generator/generate.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 #include "core/chess_exception.h"
+#include "globalregister/changed_options.h"
 #include "globalregister/generator/existing_table.h"
 #include "globalregister/generator/generate_texts.h"
 #include "globalregister/generator/reached_types.h"
@@ -33,17 +33,13 @@ class CRunSettings {
         m_host.RestoreTemporaryRegister();
         m_registers.SetGeneratorMode(false);
         m_registers.SetQuota(m_nQuota);
-        try {
-            (void)m_registers.SetOptions(m_options); // with what has been made
-        } catch (const std::bad_alloc&) {            // they are read again when data are next unloaded
-        }
     }
     CRunSettings(const CRunSettings&) = delete;
     CRunSettings& operator=(const CRunSettings&) = delete;
 
     /// False: the user wants no run with these settings.
     [[nodiscard]] bool Challenge() {
-        TPrecalcOptions options = m_options;
+        TPrecalcOptions options = m_registers.Options();
         if (options.m_nUseDataPackedForRandomAccess != 0) {
             const EThreeWay answer = m_host.AskYesNoCancel(PackedDataQuestion(), kQuestionTitle);
             if (answer == EThreeWay::No)
@@ -60,16 +56,16 @@ class CRunSettings {
         const std::string secondRoot = options.m_folders.m_secondRoot.string();
         if (!secondRoot.empty() && !m_host.AskYesNo(SecondRootQuestion(secondRoot), kQuestionTitle))
             return false;
-        return m_registers.SetOptions(std::move(options));
+        return m_changed.Change(std::move(options));
     }
 
   private:
     CRunSettings(IGenerateHost& host, CGlobalRegisters& registers)
-        : m_host(host), m_registers(registers), m_options(registers.Options()), m_nQuota(registers.Quota()) {}
+        : m_host(host), m_registers(registers), m_changed(registers), m_nQuota(registers.Quota()) {}
 
     IGenerateHost& m_host;
     CGlobalRegisters& m_registers;
-    const TPrecalcOptions m_options;
+    CChangedOptions m_changed; // back behind all else, with what has been made
     const std::uint64_t m_nQuota;
 };
 

@@ -50,7 +50,7 @@ struct TGenerateReport {
     bool m_bCounted = false;                 // the mates of the table that was made, its longest one among them
     bool m_bNotPacked = false;               // though that was asked for: the run was told to end
     std::optional<bool> m_bPacked;           // is the form there that was asked for? None: it was not asked for
-    bool m_bSystemFailed = false;            // memory or disk, rather than what was asked for
+    bool m_bSystemFailed = false;            // memory or disk, rather than what was asked for, or files as they are
     std::uint32_t m_nMate = 0;               // moves of the longest mate; of an unfinished table of what it has
     std::uint64_t m_nPositions = 0;          // indices with a mate
     std::uint32_t m_nLevels = 0;             // the last that was finished; of a table that is not there 0
@@ -102,7 +102,7 @@ enum class EExistingTable : std::uint8_t {
 
 struct TGenerateOptions {
     int m_nThreads = 1;
-    int m_nThreadPriority = 0;        // platform/thread.h
+    int m_nThreadPriority = 0;        // platform/thread.h; the user's, where a window lets him choose one
     std::uint64_t m_nMemoryBytes = 0; // that all may take; 0: 90 % of the machine's
     EExistingTable m_existing = EExistingTable::Ask;
     bool m_bWithSubtypes = false;         // what is missing is made first

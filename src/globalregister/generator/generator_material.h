@@ -8,6 +8,8 @@
 
 namespace quillon {
 
+/// What there is to know of a material before its run, for those who show it or ask about it. The run itself wants to
+/// know only that the letters are right: its lookups are of one form for all materials (material.h).
 struct TGeneratorMaterial {
     TChessboard m_scratch;      // an empty board with the counters of the type's men, kings apart
     bool m_bOrdinary = true;    // at most one queen and two rooks, bishops and knights a side

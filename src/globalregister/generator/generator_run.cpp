@@ -44,10 +44,10 @@ template <class TCells, class TBase> class CLevels final : public TBase {
             else
                 BlackLevel(threads, static_cast<unsigned>(nLevel) / 2);
         } catch (const std::exception& error) {
-            threads.AddError(error.what());
+            threads.AddError(error);
         }
         if (!FlushBitData(m_table, true))
-            threads.AddError("Error in Generate_MainLoop2 in call to FlushBitData()");
+            threads.AddError(CDetailFileFailure("Error in Generate_MainLoop2 in call to FlushBitData()"));
         const TLevelResult result = threads.Result();
         if (result.m_nResult == kLevelDone)
             threads.ShowEnd();

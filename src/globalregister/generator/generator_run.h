@@ -68,6 +68,7 @@ struct TLevelResult {
     int m_nResult = kLevelDone;        // the worst of all threads
     std::uint64_t m_nFound = 0;        // indices settled
     std::vector<std::string> m_errors; // of threads, and of the details file
+    bool m_bSystemFailed = false;      // one of them is of memory or a file, rather than of what the data say
 };
 
 /// Fills `data` of a table that nothing is loaded into, and its flags: combinations where the type has six or more men,

@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "core/chess_exception.h"
 #include "globalregister/generator/generator_run.h"
 #include "platform/clock.h"
 #include "platform/sleep.h"
@@ -58,11 +59,16 @@ class CLevelThreads {
         ++m_nPhase;
     }
 
-    /// An error of the thread that calls.
-    void AddError(const std::string& text) {
-        const std::lock_guard lock(m_errorLock);
-        m_errors.push_back(text);
+    /// Of any thread. A ChessException is about what the data say, all else about memory and files.
+    void AddError(const std::exception& error) noexcept {
+        if (dynamic_cast<const ChessException*>(&error) == nullptr)
+            m_bSystemFailed = true;
         m_bFailed = true;
+        try { // memory may be short even for the text
+            const std::lock_guard lock(m_errorLock);
+            m_errors.emplace_back(error.what());
+        } catch (const std::exception&) {
+        }
     }
 
     [[nodiscard]] std::vector<TGeneratorThread>& Threads() { return m_threads; }
@@ -82,6 +88,7 @@ class CLevelThreads {
             result.m_nResult = std::min(result.m_nResult, kLevelStopped);
         result.m_nFound = m_nFound;
         result.m_errors = m_errors;
+        result.m_bSystemFailed = m_bSystemFailed;
         return result;
     }
 
@@ -118,7 +125,7 @@ class CLevelThreads {
             }
         } catch (const std::exception& error) {
             nResult = kLevelStopped;
-            AddErrorOfThread(error.what());
+            AddError(error);
         }
         return nResult;
     }
@@ -133,15 +140,6 @@ class CLevelThreads {
         return m_control.m_bStop.load(std::memory_order_relaxed) || m_bFailed.load(std::memory_order_relaxed)
                    ? kLevelStopped
                    : kLevelDone;
-    }
-
-    // Memory may be short even for the text.
-    void AddErrorOfThread(const char* text) noexcept {
-        m_bFailed = true;
-        try {
-            AddError(text);
-        } catch (const std::exception&) {
-        }
     }
 
     void ShowProgress(std::uint64_t nDone, std::uint64_t nUnits) {
@@ -176,6 +174,7 @@ class CLevelThreads {
     std::mutex m_progressLock;
     unsigned m_nShownPermille = 0; // under m_progressLock while threads work
     std::atomic<bool> m_bFailed{false};
+    std::atomic<bool> m_bSystemFailed{false};
     std::mutex m_errorLock;
     std::vector<std::string> m_errors;
 };

@@ -208,7 +208,7 @@ template <class TCells> class CLevelWork {
     void QueueLengths(const TPlacement& p, std::uint64_t index, unsigned n) {
         static_cast<void>(m_geometry.ForAliases(p, index, [&](std::uint64_t alias) {
             if (m_cells.IsWhiteOpen(alias) && !SetBitData(m_table, alias, static_cast<std::uint16_t>(n)))
-                throw ChessException("Error in Generate_MainLoop2 in call to SetBitData()");
+                throw CDetailFileFailure("Error in Generate_MainLoop2 in call to SetBitData()");
         }));
     }
 

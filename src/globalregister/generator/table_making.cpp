@@ -53,6 +53,13 @@ fs::path PlainFile(const TGlobalRegister& table, const CGlobalRegisters& registe
 /// The moves of the mates that are known after a level.
 constexpr std::uint32_t MovesOfLevel(std::uint32_t nLevel) { return nLevel / 2 + nLevel % 2; }
 
+std::string Joined(const std::vector<std::string>& texts, std::string_view separator) {
+    std::string joined;
+    for (const std::string& text : texts)
+        joined.append(joined.empty() ? "" : separator).append(text);
+    return joined;
+}
+
 bool HasMovableBlackPawn(std::string_view customType) { return customType.find("p(") != std::string_view::npos; }
 
 } // namespace
@@ -226,8 +233,9 @@ CTableMaking::EStep CTableMaking::AskAboutUnfinished(std::uint32_t nLevel) {
 CTableMaking::EStep CTableMaking::AskAboutUnreadable() {
     const fs::path level = fs::path(m_files.Plain()) += kIterationExtension;
     m_report.m_found = EFoundTable::Unfinished;
-    return WhatToDo() == EThreeWay::No && Exists(level) ? EStep::GoOn
-                                                        : Fail(std::string(kErrorReadingFile) + level.string());
+    if (WhatToDo() == EThreeWay::No && Exists(level))
+        return EStep::GoOn;
+    return Fail(std::string(kErrorReadingFile) + level.string(), !ReadWholeFile(level));
 }
 
 /// A pawn that leaves its reach leaves the pattern, and such a position is no mate whatever the answer: an analysis of
@@ -277,7 +285,7 @@ CTableMaking::EStep CTableMaking::ReadOldTable() {
     try {
         std::optional<std::vector<std::uint8_t>> old = ReadWholeFile(m_files.Plain());
         if (!old || old->size() != nBytes || (old->at(0) & kFileFlags) != flags)
-            return Fail(std::string(kErrorReadingFile) + m_files.Plain().string());
+            return Fail(std::string(kErrorReadingFile) + m_files.Plain().string(), !old);
         m_table.data = std::move(*old);
     } catch (const std::bad_alloc&) {
         return Fail(kErrorReadingData);
@@ -315,12 +323,12 @@ CTableMaking::EStep CTableMaking::TellLackingTypes(const std::vector<std::string
     for (const std::string& type : lacking)
         if (!HasFinishedTable(TPositionIndexing(type), m_registers.Options().m_folders))
             m_report.m_missingTypes.push_back(type);
-    if (m_report.m_missingTypes.empty())
-        return Fail(kErrorReadingData);
-    std::string text(kNoRegisterFound);
-    for (const std::string& type : m_report.m_missingTypes)
-        text += (&type == &m_report.m_missingTypes.front() ? "" : ", ") + type;
-    return Fail(text, false);
+    if (!m_report.m_missingTypes.empty())
+        return Fail(std::string(kNoRegisterFound) + Joined(m_report.m_missingTypes, ", "), false);
+    const auto lacksRoom = [this](const std::string& type) {
+        return m_registers.LacksRoom(TPositionIndexing(type).nPositionType);
+    };
+    return Fail(std::string(kErrorReadingData) + ": " + Joined(lacking, ", "), std::ranges::any_of(lacking, lacksRoom));
 }
 
 // --- lengths of bit data
@@ -335,8 +343,10 @@ CTableMaking::EStep CTableMaking::OpenDetails() {
         !m_files.CreateDetails(DetailsBytes(), flags, m_table.nElementSize, [this] { return IsStopped(); }))
         return IsStopped() ? EndStopped(0) : Fail(kNoDetailsFile);
     const fs::path file = m_files.DetailsNow();
-    if (FileSize(file) != DetailsBytes() || ReadFlags(file) != static_cast<std::uint8_t>(flags))
-        return Fail(std::string(kErrorReadingFile) + file.string());
+    const bool bWhole = FileSize(file) == DetailsBytes();
+    const std::optional<std::uint8_t> found = ReadFlags(file);
+    if (!bWhole || found != static_cast<std::uint8_t>(flags))
+        return Fail(std::string(kErrorReadingFile) + file.string(), bWhole && !found);
     m_table.details = std::make_unique<TDetailQueue>();
     m_table.details->detailFile.open(file, std::ios::binary | std::ios::in | std::ios::out);
     return m_table.details->detailFile ? EStep::GoOn : Fail(std::string(kErrorReadingFile) + file.string());
@@ -379,12 +389,8 @@ CTableMaking::EStep CTableMaking::RunLevels() {
         const TLevelResult result = run.RunLevel(nLevel);
         if (result.m_nResult == kLevelBroken || (result.m_nResult == kLevelStopped && result.m_errors.empty()))
             return EndStopped(nLevel);
-        if (result.m_nResult != kLevelDone || !result.m_errors.empty()) {
-            std::string errors;
-            for (const std::string& error : result.m_errors)
-                errors += (errors.empty() ? "" : "\n") + error;
-            return FailInRun(errors, true);
-        }
+        if (result.m_nResult != kLevelDone || !result.m_errors.empty())
+            return FailInRun(Joined(result.m_errors, "\n"), result.m_bSystemFailed);
         if (result.m_nFound > 0 && !FitsElements(nLevel))
             return FailInRun(m_typeName + ": a mate is longer than its table can tell", false);
         m_files.SetDurable(Seconds() >= kSecondsWorthSyncing);

@@ -77,6 +77,7 @@ class CTableMaking {
     [[nodiscard]] std::uint64_t DetailsBytes() const;
     void TellProgress(const TGeneratorProgress& level) const;
     void CountMates();
+    /// bSystem  memory or the disk, rather than what was asked for or files that contradict themselves.
     EStep Fail(std::string_view text, bool bSystem = true);
     EStep FailInRun(const std::string& text, bool bSystem);
 

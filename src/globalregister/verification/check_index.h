@@ -1,6 +1,10 @@
 #pragma once
 // Checking elements of a table on several threads. Nothing is changed while that goes on, so what is found does not
 // depend on the number of threads.
+//
+// The loop is a few lines over std::jthread and not one of a library for parallel loops: between any two elements it
+// waits while the run is paused and ends when it is broken off, and the caller's thread is free for the user meanwhile.
+// Chunks that are all as long need nobody to share them out better, and the program one library less.
 
 #include <atomic>
 #include <cstdint>

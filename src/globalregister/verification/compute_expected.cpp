@@ -19,7 +19,7 @@ COneMoveTables::COneMoveTables(CTableLengths& own, CGlobalRegisters& registers) 
             continue;
         auto use = std::make_unique<CRegisterUse>(registers.GetRegisterForTool(type));
         if (!*use && registers.LacksRoom(type))
-            throw ChessException(NoRoomText(typeName));
+            throw CNoRoom(NoRoomText(typeName));
         if (!*use)
             continue;
         if (auto lengths = std::make_unique<CTableLengths>(**use, false); !lengths->LooksUnfinished())

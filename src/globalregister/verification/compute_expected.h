@@ -32,7 +32,7 @@ class COneMoveTables {
     /// Loads the data of all other types that can be needed, as far as there are any and they are finished.
     /// Those that look unfinished are not used. Details of bit data are held in memory as far as the quota allows.
     ///   own   of the type itself, kept by the caller.
-    ///   Errors  ChessException: damaged data; data that there is no room for.
+    ///   Errors  ChessException: damaged data. CNoRoom: data that there is no room for.
     COneMoveTables(CTableLengths& own, CGlobalRegisters& registers);
 
     [[nodiscard]] const CTableLengths& Own() const { return m_own; }

@@ -2,7 +2,7 @@
 // The settings that keep data packed or on disk. They are made for the search, which looks up little; whoever looks up
 // a whole table is asked about them.
 
-#include "globalregister/global_registers.h"
+#include "globalregister/changed_options.h"
 
 namespace quillon {
 
@@ -13,16 +13,11 @@ class CSlowSettings {
   public:
     /// Precondition: nobody uses the data.
     CSlowSettings(CGlobalRegisters& registers, IVerificationHost& host);
-    ~CSlowSettings();
-    CSlowSettings(const CSlowSettings&) = delete;
-    CSlowSettings& operator=(const CSlowSettings&) = delete;
 
     [[nodiscard]] bool MayGoOn() const { return m_bGoOn; }
 
   private:
-    CGlobalRegisters& m_registers;
-    const TPrecalcOptions m_before;
-    bool m_bChanged = false;
+    CChangedOptions m_changed;
     bool m_bGoOn = true;
 };
 

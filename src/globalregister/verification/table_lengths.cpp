@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 
-#include "core/chess_exception.h"
 #include "globalregister/disk_access.h"
 #include "globalregister/packed/byte_streams.h"
 #include "globalregister/packed/little_endian.h"
@@ -42,7 +41,7 @@ CTableLengths::CTableLengths(TGlobalRegister& data, bool bInTheMaking)
     if (data.bBitData && bOnDisk)
         m_pairs.open(data.loadedFrom, std::ios::binary);
     if (m_bMarked && !bByte && m_elements == nullptr)
-        throw ChessException("Not enough memory for the table in the making of type " + data.typeName);
+        throw CNoRoom("Not enough memory for the table in the making of type " + data.typeName);
 }
 
 std::vector<std::filesystem::path> CTableLengths::Files() const {

@@ -12,9 +12,16 @@
 #include <fstream>
 #include <vector>
 
+#include "core/chess_exception.h"
 #include "globalregister/global_register.h"
 
 namespace quillon {
+
+/// There is no room for data that are needed.
+class CNoRoom : public ChessException {
+  public:
+    using ChessException::ChessException;
+};
 
 /// An element that tells neither a length nor that there is none.
 inline constexpr int kUnknownLength = -1;
@@ -23,8 +30,8 @@ class CTableLengths {
   public:
     /// Of data that are loaded.
     ///   bInTheMaking  the elements are those of a table whose levels are not done.
-    ///   Errors        ChessException: elements that cannot be read; a table of two bytes an element in the making that
-    ///                 is not in memory.
+    ///   Errors        ChessException: elements that cannot be read. CNoRoom: a table of two bytes an element in the
+    ///                 making that is not in memory.
     CTableLengths(TGlobalRegister& data, bool bInTheMaking);
 
     [[nodiscard]] const TGlobalRegister& Data() const { return m_data; }

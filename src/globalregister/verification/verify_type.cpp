@@ -8,6 +8,7 @@
 #include <new>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include "core/chess_exception.h"
 #include "globalregister/generator/existing_table.h"
@@ -60,6 +61,9 @@ class CVerification {
         } catch (const CWriteFailure& failure) {
             EndByFailure(failure.what(), "Error");
             m_result.m_bSystemFailure = true;
+        } catch (const CNoRoom& failure) {
+            EndByFailure(failure.what(), "Error");
+            m_result.m_bSystemFailure = true;
         } catch (const ChessException& failure) {
             EndByFailure(failure.what(), "Error");
         } catch (const fs::filesystem_error& failure) {
@@ -89,9 +93,9 @@ class CVerification {
             return;
         const TPositionType type = indexing.nPositionType;
         const CRegisterUse data(m_registers.GetRegisterForTool(type));
+        if (!data && m_registers.LacksRoom(type))
+            throw CNoRoom(NoRoomText(m_request.m_typeName));
         if (!data) {
-            if (m_registers.LacksRoom(type))
-                m_host.Inform(NoRoomText(m_request.m_typeName), "Warning");
             m_host.Inform("No information about positions of this type", "Information");
             return;
         }
@@ -195,11 +199,21 @@ class CVerification {
     void MarkWholeList(const CTableLengths& lengths) {
         if (m_result.m_eEnd != EVerifyEnd::AllChecked || !m_bWholeTable)
             return;
-        if (m_result.m_nFixed != 0)
-            AddStamps(m_stamps, lengths.Files());
-        const std::string text = WholeListText(LogPath(false), m_nLimit, m_stamps);
-        if (!WriteWholeFile(WholeListMark(), {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}))
+        if (!WriteWholeListMark(lengths))
             m_host.Inform("Error writing to file: " + WholeListMark().string(), "Warning");
+    }
+
+    /// False: it cannot be written, or there is a file that it has to name and that cannot be looked at any more. The
+    /// run is complete all the same.
+    [[nodiscard]] bool WriteWholeListMark(const CTableLengths& lengths) {
+        try {
+            if (m_result.m_nFixed != 0)
+                AddStamps(m_stamps, lengths.Files());
+            const std::string text = WholeListText(LogPath(false), m_nLimit, m_stamps);
+            return WriteWholeFile(WholeListMark(), {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+        } catch (const fs::filesystem_error&) {
+            return false;
+        }
     }
 
     /// Whoever wants no second pass has not said that the log may go.
@@ -295,7 +309,7 @@ class CVerification {
             return;
         }
         std::size_t nLeft = 0;
-        for (const TFix& fix : m_fixes)
+        for (const TFix& fix : std::exchange(m_fixes, {})) // what fails afterwards leaves none of them unwritten
             if (fix.m_nComputed <= m_nShortestDoubtful)
                 Write(update, fix);
             else

@@ -49,7 +49,8 @@ class IVerificationHost : public INotifier {
     [[nodiscard]] virtual ERunState RunState() = 0;
 };
 
-/// What commands that run for long ask before they verify on the side.
+/// What commands of a window that run for long ask before they verify on the side. On the command line there is nothing
+/// to ask: verifying is a command of its own there.
 inline constexpr std::string_view kShouldVerifyQuestion =
     "Should correctness of data be verified?\n\n(it would slow down significantly - in case of error detection, error "
     "logs will be created)";
@@ -75,7 +76,7 @@ struct TVerifyRequest {
 enum class EVerifyEnd : std::uint8_t {
     AllChecked,
     Stopped,  // by the user
-    NotBegun, // no data, no log, or the user did not want to go on; it has been told
+    NotBegun, // no data, no room for them, no log, or the user did not want to go on; it has been told
     Failed,   // data are missing or damaged, memory or disk were full; it has been told
 };
 
@@ -87,7 +88,7 @@ struct TVerifyResult {
     std::uint64_t m_nChecked = 0;                    // indices
     bool m_bSecondPass = false;                      // only what a log of an earlier run names
     bool m_bAllRight = false;                        // no element of the whole table is faulty
-    bool m_bSystemFailure = false;                   // Failed for want of memory, or a file could not be written
+    bool m_bSystemFailure = false;                   // memory was short, or a file could not be written
     std::filesystem::path m_file;                    // that was verified; empty: none
     std::vector<std::filesystem::path> m_otherFiles; // of the same type, not looked at
     std::filesystem::path m_log;                     // empty: none was written
