@@ -37,6 +37,15 @@ template <TNodeKind kKind = kPlainNode> TMateResult FindMateBlack(TChessboard* p
 /// White to move in `p`, m_nMoves = 1: is there a mate on the move?
 [[nodiscard]] bool FindMateInOne(TChessboard* p);
 
+/// What a look for a mate on the move finds on its way.
+struct TLookForMate {
+    bool m_bMate;
+    int m_nFlights; // of the black king as things stand: free squares that White does not attack, 0..8
+};
+
+/// White to move in `b`, whose m_nMoves is not looked at: HasMateInOne (core/queries.h), and the flights.
+[[nodiscard]] TLookForMate LookForMateInOne(const TChessboard& b);
+
 extern template TMateResult FindMateWhite<kPlainNode>(TChessboard*, bool);
 extern template TMateResult FindMateWhite<kLoggingNode>(TChessboard*, bool);
 extern template TMateResult FindMateWhite<kForcedNode>(TChessboard*, bool);

@@ -14,6 +14,8 @@ namespace quillon {
 namespace {
 
 /// White in check, or a black bishop off the board: the maker knows the rules of both.
+bool IsLeftToMaker(const TChessboard& b) { return b.m_whiteChecker != kNoChecker || BishopMode(b) != 0; }
+
 bool FindByMaking(const TChessboard& b) {
     TMove list[kMaxMoves];
     const int count = b.m_whiteChecker != kNoChecker ? GenerateWhiteEvasions(b, list) : GenerateWhiteChecks(b, list);
@@ -47,13 +49,18 @@ TMask CastlingTargets(const TChessboard& b) {
     return targets;
 }
 
+CMateInOne LookOnMasks(const TChessboard& b) { return {TakeMasks(b), DoubleStepOf(b), CastlingTargets(b)}; }
+
 } // namespace
 
-bool HasMateInOne(const TChessboard& b) {
-    if (b.m_whiteChecker != kNoChecker || BishopMode(b) != 0)
-        return FindByMaking(b);
-    return CMateInOne(TakeMasks(b), DoubleStepOf(b), CastlingTargets(b)).Find();
+TLookForMate LookForMateInOne(const TChessboard& b) {
+    if (IsLeftToMaker(b))
+        return {FindByMaking(b), CountBlackKingFreeSquares(b)};
+    CMateInOne look = LookOnMasks(b);
+    return {look.Find(), look.CountFlights()};
 }
+
+bool HasMateInOne(const TChessboard& b) { return IsLeftToMaker(b) ? FindByMaking(b) : LookOnMasks(b).Find(); }
 
 bool FindMateInOne(TChessboard* p) { return HasMateInOne(*p); }
 

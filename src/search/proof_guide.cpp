@@ -20,11 +20,11 @@ constexpr std::size_t kShareOfTable = 4;  // the map gets a quarter of what the 
 constexpr std::uint64_t kNodesForLost = 20'000;
 
 /// To clear a large table takes longer than most proofs: the first search gets one that is cleared in a moment.
-constexpr std::size_t kFirstTable = std::size_t{4} << 20;
+constexpr std::size_t kFirstTable = std::size_t{8} << 20;
 constexpr std::uint64_t kFirstNodes = 30'000;
 
-/// Every expanded position takes an entry of 16 bytes; a table six times as large leaves room for a longer search
-/// later.
+/// Every expanded position takes an entry of 16 bytes, and so do its children, of which there are a dozen; half of them
+/// are met again.
 constexpr std::uint64_t kBytesOfNode = 96;
 
 /// Mates within so many plies the recursion finds by itself.

@@ -23,7 +23,10 @@ namespace {
 /// With so many plies left the recursion answers faster than numbers could be kept.
 constexpr int kAnsweredByRecursion = 3;
 
+// What a position is estimated at before it is searched, as measured over some 200 mates in 11 to 30.
 constexpr std::uint32_t kFewestNumber = 1;
+constexpr std::uint32_t kWeightOfQuietMove = 2; // of one that gives no check, in replies
+constexpr std::uint32_t kWeightOfFlight = 2;    // of the black king, behind his reply
 
 /// A thread at work in a position makes it seem harder to the others by this part.
 constexpr std::uint32_t kShareOfOthers = 16;
@@ -108,7 +111,8 @@ class CProofSearch {
             return Answer(p, hash);
         const CStay stay(*this, {hash, p.m_nMoves});
         const std::size_t first = m_children.size();
-        const bool bEnded = IsWhiteToMove(p) ? ListWhiteMoves(p) : ListBlackMoves(p);
+        const CProofTable::TFound known = m_table.Find(hash, p.m_nMoves);
+        const bool bEnded = ListMoves(p, known.m_bKnown && !IsNullMove(known.m_move));
         TProofNumbers numbers;
         TMove best{};
         if (bEnded) { // the last child of the list decides
@@ -253,11 +257,16 @@ class CProofSearch {
         return m_nDecidedAt < m_way.size();
     }
 
+    /// In the copy of a position: kIllegalMove, kMoveStands or, for Black, kCertainEscape.
+    static int Play(TChessboard& child, TMove move) {
+        if (IsWhiteToMove(child))
+            return MakeWhiteMove(child, move) != 0 ? kMoveStands : kIllegalMove;
+        return MakeBlackMove(child, move, false);
+    }
+
     static TChessboard* Make(TChessboard& p, TMove move) {
         TChessboard* const child = CopyToChild(&p);
-        const bool bMade =
-            IsWhiteToMove(p) ? MakeWhiteMove(*child, move) != 0 : MakeBlackMove(*child, move, false) == kMoveStands;
-        return bMade ? child : nullptr;
+        return Play(*child, move) == kMoveStands ? child : nullptr;
     }
 
     /// What a recursion says that was stopped is no answer.
@@ -270,41 +279,100 @@ class CProofSearch {
         return numbers;
     }
 
-    /// The hash of a child that is going to be added: meanwhile the table's memory is on its way.
-    std::uint64_t Announce(const TChessboard& child) const {
-        const std::uint64_t hash = HashBoard(child);
-        m_table.Prefetch(hash);
-        return hash;
-    }
+    /// What a move comes to before anything is searched behind it.
+    struct TEstimate {
+        enum EKind { Open, Decides, Stalemates, IsMatedOnTheMove } m_kind;
+        TProofNumbers m_numbers; // of the child
+    };
 
-    void Add(const TChessboard& child, std::uint64_t hash, const TMove& move, const TProofNumbers& fresh) {
-        const CProofTable::TFound found = m_table.Find(hash, child.m_nMoves);
-        const TProofNumbers raised{std::max(fresh.m_phi, found.m_atLeast.m_phi),
-                                   std::max(fresh.m_delta, found.m_atLeast.m_delta)};
-        m_children.push_back({move, found.m_bKnown ? found.m_numbers : raised, hash});
-    }
-
-    /// True if a move mates at once; it is the last of the list then.
-    bool ListWhiteMoves(TChessboard& p) {
+    /// True if a move decides at once: White mates or Black escapes; it is the last of the list then. White's
+    /// stalemates are left out, and Black's replies that are mated on the move, unless all are.
+    ///
+    /// Two steps, so that nothing waits for the table's memory: every move is made and its entry announced, then the
+    /// table is asked. At the first visit the moves are estimated as they are made. The estimates are kept: every third
+    /// visit is a further one, and it estimates only what the table has lost.
+    bool ListMoves(TChessboard& p, bool bVisited) {
         TMove list[kMaxMoves];
-        const int count = GenerateWhiteMoves(p, list);
+        const int count = IsWhiteToMove(p) ? GenerateWhiteMoves(p, list) : GenerateBlackMoves(p, list);
+        const std::size_t first = m_children.size();
+        TMove mated{};
         for (int i = 0; i < count; ++i) {
-            const TMove move = {list[i].m_nFrom, list[i].m_nTo, list[i].m_nPromotion, 0};
-            TChessboard* const child = Make(p, move);
-            if (child == nullptr)
+            TChild added{{list[i].m_nFrom, list[i].m_nTo, list[i].m_nPromotion, 0}, {}, 0};
+            TChessboard* const child = CopyToChild(&p);
+            const int made = Play(*child, added.m_move);
+            if (made == kIllegalMove)
                 continue;
-            const std::uint64_t hash = Announce(*child);
-            const int replies = CountReplies(*child);
-            const bool bCheck = child->m_blackChecker != kNoChecker;
-            if (replies == 0 && bCheck) {
-                m_children.push_back({move, kMissesAim, 0});
+            if (made == kCertainEscape) {
+                m_children.push_back({added.m_move, kMissesAim, 0});
                 return true;
             }
-            if (replies == 0)
-                continue; // stalemate
-            Add(*child, hash, move, {kFewestNumber, static_cast<std::uint32_t>(bCheck ? replies : replies + 2)});
+            added.m_hash = HashBoard(*child);
+            m_table.Prefetch(added.m_hash);
+            if (!bVisited && !Takes(added, Estimate(*child), mated))
+                continue;
+            m_children.push_back(added);
+            if (IsDecided(added.m_numbers))
+                return true;
         }
+        return LookUp(p, first, bVisited, mated);
+    }
+
+    /// The second step, with the same result.
+    bool LookUp(TChessboard& p, std::size_t first, bool bVisited, TMove& mated) {
+        std::size_t kept = first;
+        for (std::size_t i = first; i < m_children.size(); ++i) {
+            TChild child = m_children[i];
+            const CProofTable::TFound found = m_table.Find(child.m_hash, p.m_nMoves - 1);
+            if (found.m_bKnown) {
+                child.m_numbers = found.m_numbers;
+            } else {
+                if (bVisited && !Takes(child, Estimate(*Make(p, child.m_move)), mated))
+                    continue;
+                if (IsDecided(child.m_numbers)) {
+                    m_children.push_back(child);
+                    return true;
+                }
+                child.m_numbers = {std::max(child.m_numbers.m_phi, found.m_atLeast.m_phi),
+                                   std::max(child.m_numbers.m_delta, found.m_atLeast.m_delta)};
+                m_table.Store(child.m_hash, p.m_nMoves - 1, child.m_numbers, TMove{});
+            }
+            m_children[kept++] = child;
+        }
+        m_children.resize(kept);
+        if (kept == first && !IsNullMove(mated))
+            m_children.push_back({mated, kReachesAim, 0});
         return false;
+    }
+
+    /// Enters what a move is estimated at. False if it does not stay in the list.
+    static bool Takes(TChild& child, const TEstimate& estimate, TMove& mated) {
+        if (estimate.m_kind == TEstimate::IsMatedOnTheMove)
+            mated = child.m_move;
+        child.m_numbers = estimate.m_numbers;
+        return estimate.m_kind == TEstimate::Open || estimate.m_kind == TEstimate::Decides;
+    }
+
+    /// `b`: the move is made.
+    TEstimate Estimate(TChessboard& b) { return IsWhiteToMove(b) ? EstimateReply(b) : EstimateWhiteMove(b); }
+
+    TEstimate EstimateWhiteMove(TChessboard& b) {
+        const int replies = CountReplies(b);
+        const bool bCheck = b.m_blackChecker != kNoChecker;
+        if (replies == 0)
+            return {bCheck ? TEstimate::Decides : TEstimate::Stalemates, kMissesAim};
+        return {TEstimate::Open,
+                {kFewestNumber, static_cast<std::uint32_t>(replies) + (bCheck ? 0 : kWeightOfQuietMove)}};
+    }
+
+    /// The freer the black king is, the farther is mate: without this half as many positions again are expanded.
+    static TEstimate EstimateReply(const TChessboard& b) {
+        const TLookForMate look = LookForMateInOne(b);
+        if (look.m_bMate)
+            return {TEstimate::IsMatedOnTheMove, kReachesAim};
+        if (b.m_nMoves == 1)
+            return {TEstimate::Decides, kMissesAim};
+        return {TEstimate::Open,
+                {kFewestNumber + kWeightOfFlight * static_cast<std::uint32_t>(look.m_nFlights), CountHopes(b)}};
     }
 
     /// Legal ones in check, where few decide; else what the generator tells.
@@ -319,42 +387,6 @@ class CProofSearch {
             legal += MakeBlackMove<kLegalityOnly>(*child, list[i], false) != kIllegalMove;
         }
         return legal;
-    }
-
-    /// True if a move escapes at once; it is the last of the list then. Replies that are mated on the move are left
-    /// out, unless all are.
-    bool ListBlackMoves(TChessboard& p) {
-        TMove list[kMaxMoves];
-        const int count = GenerateBlackMoves(p, list);
-        const std::size_t first = m_children.size();
-        TMove mated{};
-        bool bAnyMated = false;
-        for (int i = 0; i < count; ++i) {
-            TMove move = {list[i].m_nFrom, list[i].m_nTo, list[i].m_nPromotion, 0};
-            TChessboard* const child = CopyToChild(&p);
-            const int made = MakeBlackMove(*child, move, false);
-            if (made == kIllegalMove)
-                continue;
-            move = {list[i].m_nFrom, list[i].m_nTo, list[i].m_nPromotion, 0};
-            if (made == kCertainEscape) {
-                m_children.push_back({move, kMissesAim, 0});
-                return true;
-            }
-            const std::uint64_t hash = Announce(*child);
-            if (HasMateInOne(*child)) {
-                bAnyMated = true;
-                mated = move;
-                continue;
-            }
-            if (child->m_nMoves == 1) {
-                m_children.push_back({move, kMissesAim, 0});
-                return true;
-            }
-            Add(*child, hash, move, {kFewestNumber, CountHopes(*child)});
-        }
-        if (m_children.size() == first && bAnyMated)
-            m_children.push_back({mated, kReachesAim, 0});
-        return false;
     }
 
     /// The more checks White has, the more there is to refute.

@@ -2,6 +2,9 @@
 
 #include "search/find_mate.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 #include "core/queries.h"
@@ -11,6 +14,21 @@ namespace quillon::test {
 namespace {
 
 bool HasReferenceMateInOne(const reference::Position& position) { return reference::ForcesMate(position, 1); }
+
+/// Squares around the black king without a black man that White does not attack, the king lifted off.
+int CountReferenceFlights(reference::Position position) {
+    const int king = reference::KingSquare(position, reference::Side::Black);
+    position.board[static_cast<std::size_t>(king)] = reference::kEmpty;
+    int flights = 0;
+    for (int square = 0; square < 64; ++square) {
+        const int files = std::abs(square % 8 - king % 8), ranks = std::abs(square / 8 - king / 8);
+        const char man = position.board[static_cast<std::size_t>(square)];
+        const bool bBlackMan = man >= 'a' && man <= 'z';
+        flights += std::max(files, ranks) == 1 && !bBlackMan &&
+                   reference::CountAttackers(position, square, reference::Side::White, 1) == 0;
+    }
+    return flights;
+}
 
 /// The engine's root for a problem's placement.
 bool HasEngineMateInOne(const std::string& placement) {
@@ -74,6 +92,26 @@ TEST(MateInOne, AgreesBehindEveryMoveOfRandomGames) {
     EXPECT_GT(mates, 0);
     EXPECT_GT(checks, 0);
     EXPECT_GT(enPassant, 0);
+}
+
+TEST(LookForMateInOne, TellsTheFlightsBesideTheMate) {
+    std::mt19937_64 rng(31);
+    std::array<int, 9> seen{};
+    int checks = 0;
+    for (int i = 0; i < Samples(6000); ++i) {
+        const std::string placement =
+            i % 2 == 0 ? AnyPlacement(rng, i, 4 + i % 9) : reference::RandomPawnPlacement(rng, 8);
+        const reference::Position position = reference::ProblemFromFen(placement);
+        CSearchedPosition line(placement, 1);
+        const TLookForMate look = LookForMateInOne(line.Now());
+        ASSERT_EQ(look.m_bMate, HasReferenceMateInOne(position)) << placement;
+        ASSERT_EQ(look.m_nFlights, CountReferenceFlights(position)) << placement;
+        ++seen[static_cast<std::size_t>(look.m_nFlights)];
+        checks += reference::InCheck(position) ? 1 : 0;
+    }
+    for (int flights = 0; flights <= 8; ++flights)
+        EXPECT_GT(seen[static_cast<std::size_t>(flights)], 0) << flights;
+    EXPECT_GT(checks, 0);
 }
 
 struct TMateRow {
