@@ -332,10 +332,11 @@ class CProofSearch {
                     m_children.push_back(child);
                     return true;
                 }
+                m_table.StoreEstimate(child.m_hash, p.m_nMoves - 1, child.m_numbers);
+            }
+            if (!IsDecided(child.m_numbers) && IsNullMove(found.m_move)) // an estimate
                 child.m_numbers = {std::max(child.m_numbers.m_phi, found.m_atLeast.m_phi),
                                    std::max(child.m_numbers.m_delta, found.m_atLeast.m_delta)};
-                m_table.Store(child.m_hash, p.m_nMoves - 1, child.m_numbers, TMove{});
-            }
             m_children[kept++] = child;
         }
         m_children.resize(kept);

@@ -18,6 +18,9 @@ constexpr std::uint64_t kMultiplier2 = 0x94d049bb133111ebu;
 // Eight squares without the marks that heuristics leave on pawns.
 constexpr std::uint64_t kUnmarked = 0x0101010101010101u * static_cast<TFigure>(~kPawnMayNotAdvance);
 
+/// An open position without a best move was not searched yet.
+constexpr std::uint16_t kEstimated = 0;
+
 bool IsEmpty(std::uint32_t phi, std::uint32_t delta) { return phi == 0 && delta == 0; }
 
 /// Odd plies: White moves, and his aim is what fewer plies make harder; even plies: the reverse.
@@ -40,14 +43,15 @@ void Raise(TProofNumbers& atLeast, const TProofNumbers& numbers, int nKnownPlies
 /// Changes the upper half, where the key stands, with whichever half of the numbers changes.
 std::uint64_t SealOf(std::uint64_t numbers) { return numbers * kMultiplier1; }
 
-/// What an entry is worth keeping: a proof of a mate orders moves later on; else the numbers tell the work behind it.
-std::uint64_t WorthOf(std::uint32_t phi, std::uint32_t delta, std::uint16_t nPlies) {
+/// What an entry is worth keeping: a proof of a mate orders moves later on; else the numbers tell the work behind it,
+/// of which there is none behind an estimate.
+std::uint64_t WorthOf(std::uint32_t phi, std::uint32_t delta, std::uint16_t nPlies, std::uint16_t move) {
     if (IsEmpty(phi, delta) || nPlies >= kStackSlots) // the latter: two stores have met here
         return 0;
     const bool bWhite = (nPlies & 1) != 0;
     if (phi == 0 || delta == 0)
         return (phi == 0) == bWhite ? 1u << 20 | nPlies : 64u + nPlies;
-    return 1u + std::min<std::uint64_t>(std::uint64_t{phi} + delta, 1u << 19);
+    return move == kEstimated ? 1 : 1u + std::min<std::uint64_t>(std::uint64_t{phi} + delta, 1u << 19);
 }
 
 } // namespace
@@ -114,13 +118,23 @@ void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& num
             victim = &stored;
             break;
         }
-        const std::uint64_t worth = WorthOf(entry.m_phi, entry.m_delta, entry.m_nPlies);
+        const std::uint64_t worth = WorthOf(entry.m_phi, entry.m_delta, entry.m_nPlies, entry.m_move);
         if (worth < least) {
             least = worth;
             victim = &stored;
         }
     }
     victim->Write({KeyOf(hash), numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), PackMove(move)});
+}
+
+void CProofTable::StoreEstimate(std::uint64_t hash, int nPlies, const TProofNumbers& numbers) {
+    for (CEntry& stored : m_buckets[hash & m_mask].m_entries) {
+        const TRecord entry = stored.Read();
+        if (!IsEmpty(entry.m_phi, entry.m_delta))
+            continue;
+        stored.Write({KeyOf(hash), numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), kEstimated});
+        return;
+    }
 }
 
 } // namespace quillon

@@ -49,7 +49,7 @@ class CProofTable {
 
     struct TFound {
         TProofNumbers m_numbers;
-        TMove m_move{};        // the best one; source = target for none
+        TMove m_move{};        // the best one; source = target for none: an estimate, if the numbers are open
         bool m_bKnown = false; // else the numbers mean nothing
 
         // What is left at least, as other numbers of plies tell: with fewer plies it is no easier for White to mate,
@@ -65,6 +65,10 @@ class CProofTable {
     void Prefetch(std::uint64_t hash) const { quillon::Prefetch(&BucketOf(hash)); }
 
     void Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move);
+
+    /// For a position that is not in the table, and was not searched yet: kept only where that costs no other its
+    /// place, and the first to give way.
+    void StoreEstimate(std::uint64_t hash, int nPlies, const TProofNumbers& numbers);
 
   private:
     /// What an entry says.

@@ -41,6 +41,42 @@ TEST(ProofTable, AMateHoldsForMorePliesAndItsAbsenceForFewer) {
     EXPECT_FALSE(table.Find(kHash + 3, 10).m_bKnown);
 }
 
+constexpr std::uint64_t OtherKey(std::uint64_t n) { return kHash ^ n << 40; } // in the same bucket
+
+TEST(ProofTable, AnEstimateTakesNobodysPlace) {
+    CProofTable table(1); // one bucket of four entries
+    for (std::uint64_t n = 0; n < 4; ++n)
+        table.Store(OtherKey(n), 9, {1, 1}, kMove);
+    table.StoreEstimate(OtherKey(4), 9, {50, 50});
+    EXPECT_FALSE(table.Find(OtherKey(4), 9).m_bKnown);
+    for (std::uint64_t n = 0; n < 4; ++n)
+        EXPECT_TRUE(table.Find(OtherKey(n), 9).m_bKnown) << n;
+}
+
+TEST(ProofTable, AnEstimateIsTheFirstToGiveWay) {
+    CProofTable table(1);
+    table.StoreEstimate(OtherKey(0), 9, {50, 60});
+    const CProofTable::TFound estimate = table.Find(OtherKey(0), 9);
+    ASSERT_TRUE(estimate.m_bKnown);
+    EXPECT_EQ(estimate.m_numbers.m_phi, 50u);
+    EXPECT_EQ(estimate.m_numbers.m_delta, 60u);
+    EXPECT_TRUE(IsNullMove(estimate.m_move));
+    for (std::uint64_t n = 1; n < 5; ++n)
+        table.Store(OtherKey(n), 9, {1, 1}, kMove);
+    EXPECT_FALSE(table.Find(OtherKey(0), 9).m_bKnown);
+    for (std::uint64_t n = 1; n < 5; ++n)
+        EXPECT_TRUE(table.Find(OtherKey(n), 9).m_bKnown) << n;
+}
+
+TEST(ProofTable, WhatIsSearchedReplacesItsEstimate) {
+    CProofTable table(1 << 16);
+    table.StoreEstimate(kHash, 9, {1, 5});
+    table.Store(kHash, 9, {7, 11}, kMove);
+    const CProofTable::TFound found = table.Find(kHash, 9);
+    EXPECT_EQ(found.m_numbers.m_phi, 7u);
+    EXPECT_TRUE(SameMove(found.m_move, kMove));
+}
+
 TEST(ProofTable, OtherPliesTellWhatIsLeftAtLeast) {
     CProofTable table(1 << 16);
     table.Store(kHash, 9, {20, 30}, kMove);  // White to move: phi for mate, delta against
