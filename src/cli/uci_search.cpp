@@ -185,7 +185,11 @@ void CUciSearch::FindInOneGo(int nMoves) {
 void CUciSearch::FindUpwards(int nMost) {
     bool bShortest = true; // no length before was left in doubt
     const int nFirst = HasMatingMaterial(m_order.m_position) ? 1 : nMost;
-    for (int nMoves = nFirst; nMoves <= nMost && !m_finder.IsStopping(); ++nMoves) {
+    for (int nMoves = nFirst; nMoves <= nMost; ++nMoves) {
+        if (nMoves > nFirst)
+            ReleaseFinder();
+        if (m_finder.IsStopping())
+            return;
         TMateAnswer answer = Find(nMoves);
         if (answer.m_verdict == EVerdict::Mate) {
             Improve(std::move(answer), nMoves, bShortest);

@@ -97,7 +97,7 @@ class CUciSearch {
     std::mutex m_mutex; // guards what follows
     std::condition_variable m_changed;
     bool m_bDone = false;      // the solver has ended
-    bool m_bReleasing = false; // it has a mate and gives memory back before it goes on
+    bool m_bReleasing = false; // it gives memory back before it goes on
     bool m_bHeld;              // the answer has to wait for a word of the interface
     std::optional<TClock::time_point> m_deadline;
     std::optional<TClock::time_point> m_improvingEnd;
