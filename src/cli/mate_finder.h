@@ -75,8 +75,7 @@ class CMateFinder {
 
     TSolveRequest m_request;
     INotifier& m_notifier;
-    std::unique_ptr<CSolve>
-        m_solve; // the last one: to give its memory back takes time, and the answer does not wait for it
+    std::unique_ptr<CSolve> m_solve; // the last one: to give its memory back takes time, which has to suit the caller
     std::atomic<bool> m_bStop{false};
 
     mutable std::mutex m_mutex;    // guards the two below

@@ -48,9 +48,9 @@ void CUciSearch::Run() {
     {
         const CThread solver = StartSolver();
         Watch();
+        m_bEnding.store(true, std::memory_order_relaxed);
+        m_output.Line("bestmove " + m_bestMove);
     }
-    m_bEnding.store(true, std::memory_order_relaxed);
-    m_output.Line("bestmove " + m_bestMove);
     m_finder.Release();
     m_improver.Release();
 }
@@ -60,7 +60,7 @@ CThread CUciSearch::StartSolver() {
     try {
         return {SearchStackBytes(kStackSlots), [this] { Search(); }};
     } catch (const std::exception& failure) { // of the system, which has no thread or no memory
-        TellFailure(failure);
+        m_output.Failure(failure);
         NoteEnd();
         return {};
     }
@@ -96,10 +96,13 @@ void CUciSearch::SetDeadline() {
 
 void CUciSearch::Watch() {
     std::unique_lock lock(m_mutex);
-    while (!m_changed.wait_until(lock, NextLook(), [this] { return m_bDone && !m_bHeld; }))
+    while (!m_changed.wait_until(lock, NextLook(), [this] { return IsAnswerDue(); }))
         if (!m_bDone)
             Look();
 }
+
+/// With the mutex held. Where nothing is to come any more but memory given back, a stop does not wait for that.
+bool CUciSearch::IsAnswerDue() const { return !m_bHeld && (m_bDone || (m_bReleasing && m_improver.IsStopping())); }
 
 CUciSearch::TClock::time_point CUciSearch::NextLook() const {
     const auto step = m_order.m_go.m_nodes ? kNodesStep : kLookStep;
@@ -143,7 +146,7 @@ void CUciSearch::Search() {
     try {
         FindMove();
     } catch (const std::exception& failure) {
-        TellFailure(failure);
+        m_output.Failure(failure);
     }
     NoteEnd();
 }
@@ -152,14 +155,6 @@ void CUciSearch::NoteEnd() {
     const std::lock_guard lock(m_mutex);
     m_bDone = true;
     m_changed.notify_all();
-}
-
-/// Where there is no memory for the words it is not told.
-void CUciSearch::TellFailure(const std::exception& failure) noexcept {
-    try {
-        m_output.Line(InfoString(failure.what()));
-    } catch (const std::bad_alloc&) {
-    }
 }
 
 void CUciSearch::FindMove() {
@@ -190,7 +185,11 @@ void CUciSearch::FindInOneGo(int nMoves) {
 void CUciSearch::FindUpwards(int nMost) {
     bool bShortest = true; // no length before was left in doubt
     const int nFirst = HasMatingMaterial(m_order.m_position) ? 1 : nMost;
-    for (int nMoves = nFirst; nMoves <= nMost && !m_finder.IsStopping(); ++nMoves) {
+    for (int nMoves = nFirst; nMoves <= nMost; ++nMoves) {
+        if (nMoves > nFirst)
+            ReleaseFinder();
+        if (m_finder.IsStopping())
+            return;
         TMateAnswer answer = Find(nMoves);
         if (answer.m_verdict == EVerdict::Mate) {
             Improve(std::move(answer), nMoves, bShortest);
@@ -230,7 +229,7 @@ bool CUciSearch::IsImprovable(const TMateAnswer& answer, int nMoves, bool bShort
 void CUciSearch::Improve(TMateAnswer answer, int nMoves, bool bShortest) {
     if (!IsImprovable(answer, nMoves, bShortest))
         return;
-    m_finder.Release();
+    ReleaseFinder();
     AllowForImproving();
     while (IsImprovable(answer, nMoves, bShortest)) {
         if (!answer.m_bToMate) {
@@ -248,6 +247,20 @@ void CUciSearch::Improve(TMateAnswer answer, int nMoves, bool bShortest) {
         nMoves = nShown;
         TellMate(answer, nMoves);
     }
+}
+
+/// Gigabytes take their time. Meanwhile the answer may become due and be read: nothing of it changes till then, nor
+/// behind a stop.
+void CUciSearch::ReleaseFinder() {
+    NoteReleasing(true);
+    m_finder.Release();
+    NoteReleasing(false);
+}
+
+void CUciSearch::NoteReleasing(bool bReleasing) {
+    const std::lock_guard lock(m_mutex);
+    m_bReleasing = bReleasing;
+    m_changed.notify_all();
 }
 
 void CUciSearch::AllowForImproving() {

@@ -14,7 +14,6 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <exception>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -60,6 +59,7 @@ class CUciSearch {
     // The thread of Run.
     [[nodiscard]] CThread StartSolver();
     void Watch();
+    [[nodiscard]] bool IsAnswerDue() const;
     void Look();
     void TellProgress();
     [[nodiscard]] TClock::time_point NextLook() const;
@@ -74,12 +74,13 @@ class CUciSearch {
     void TellNoMove();
     [[nodiscard]] bool IsImprovable(const TMateAnswer& answer, int nMoves, bool bShortest) const;
     void Improve(TMateAnswer answer, int nMoves, bool bShortest);
+    void ReleaseFinder();
+    void NoteReleasing(bool bReleasing);
     void AllowForImproving();
     void TellMate(const TMateAnswer& answer, int nMoves);
 
     [[nodiscard]] TUciInfo Progress() const;
     void StopAll();
-    void TellFailure(const std::exception& failure) noexcept;
     void NoteEnd();
 
     const TUciOrder m_order;
@@ -91,12 +92,13 @@ class CUciSearch {
     const TClock::time_point m_start = TClock::now();
     std::atomic<int> m_nDepth{1}; // plies under search
     std::atomic<bool> m_bEnding{false};
-    std::string m_bestMove; // of the solver's thread; read behind its end
+    std::string m_bestMove; // of the solver's thread; read when it changes no more
 
     std::mutex m_mutex; // guards what follows
     std::condition_variable m_changed;
-    bool m_bDone = false; // the solver has ended
-    bool m_bHeld;         // the answer has to wait for a word of the interface
+    bool m_bDone = false;      // the solver has ended
+    bool m_bReleasing = false; // it gives memory back before it goes on
+    bool m_bHeld;              // the answer has to wait for a word of the interface
     std::optional<TClock::time_point> m_deadline;
     std::optional<TClock::time_point> m_improvingEnd;
     TClock::time_point m_nextProgress;

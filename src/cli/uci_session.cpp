@@ -199,7 +199,7 @@ void CUciSession::Start(TUciGo go) {
         m_thread = CThread(kWatchStackBytes, [search = m_search.get()] { search->Run(); });
     } catch (const std::exception& failure) { // of the system, which has no thread or no memory
         m_search.reset();
-        Say(failure.what());
+        m_output.Failure(failure);
         m_output.Line("bestmove " + AnyMove(*m_position));
     }
 }

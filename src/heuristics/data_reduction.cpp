@@ -31,6 +31,8 @@ bool StepDown(TWhiteCounts& counts, const TWhiteCounts& all) {
 } // namespace
 
 bool LowerCountersToData(TChessboard& b, bool (*isAvailable)(TPositionType)) {
+    if (BlackMen(b) >= kMaxTypeMen)
+        return false; // too many even with a single white man
     const TWhiteCounts all{b.m_whitePawns, b.m_whiteKnights, b.m_whiteBishops, b.m_whiteRooks, b.m_whiteQueens};
     for (TWhiteCounts counts = all; StepDown(counts, all);) {
         SetWhiteCounts(b, counts);

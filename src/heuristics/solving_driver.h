@@ -127,7 +127,8 @@ class CSolve {
     // A stop reaches every thread at its next node, and ends a pause.
     void RequestStop();
     // A pause of all threads, in which the clock of the solve stands still. It does not undo a stop: nodes that have
-    // obeyed it have returned no verdict, and those above them must know.
+    // obeyed it have returned no verdict, and those above them must know. The two are never in force together: a stop
+    // ends the pause that it finds for good, and behind one a pause has no effect, on the next start neither.
     void Pause() { PauseAll(m_analysis); }
     void Resume() { ResumeAll(m_analysis); }
 

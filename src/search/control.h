@@ -41,7 +41,7 @@ void GiveCommand(TAnalysis& analysis, std::uint8_t command, std::uint16_t thread
 ///   Threads any; takes the control record's lock.
 [[nodiscard]] std::uint64_t AnalysisTicks(TAnalysis& analysis);
 
-/// Pauses all threads, and the analysis' clock. A stop stays.
+/// Pauses all threads, and the analysis' clock. Without effect while a stop of all threads is in force.
 void PauseAll(TAnalysis& analysis);
 
 /// Ends a pause of all threads, and nothing else.
@@ -80,6 +80,7 @@ void DropOwnCommand(TAnalysis& analysis, std::uint32_t thread);
 
 /// A solve that ends takes back what was meant for it or for single threads of it: stops and pauses; another start is
 /// another solve, whose threads have the same numbers. A pause of all threads stays: whoever has given it ends it.
+/// Where all threads were stopped there is none: a stop takes the place of the pause in force and lets none follow.
 void DropCommandsOfSolve(TAnalysis& analysis);
 
 } // namespace quillon

@@ -82,6 +82,7 @@ void TAggregatedTemporaryChessboardRegister::EmptySomeDataWhenRegisterFull(bool 
     const std::lock_guard guard(g_evictionLock);
     if (!IsEvictionDue(bEarly))
         return;
+    const std::uint64_t start = TickCount64();
     if (m_hooks.m_autoSave)
         m_hooks.m_autoSave(); // the engine holds off at the moment anyway
     const std::uint32_t freed = Evict(bEarly);
@@ -89,18 +90,17 @@ void TAggregatedTemporaryChessboardRegister::EmptySomeDataWhenRegisterFull(bool 
     m_nEvictions.fetch_add(1, std::memory_order_relaxed);
     m_nEvictedElements.fetch_add(freed, std::memory_order_relaxed);
     LogMessage("EmptySomeDataWhenRegisterFull complete", bEarly ? 1 : 0, 0);
-    nLastEmptiedTicks.store(TickCount64(), std::memory_order_relaxed);
+    const std::uint64_t end = TickCount64();
+    nLastEmptiedTicks.store(end, std::memory_order_relaxed);
+    if (bEarly) { // calls may have come together, and the shorter sweep be the later
+        const std::uint64_t from = end + (end - start) * kWorkBehindEarly;
+        m_nEarlyFrom.store(std::max(m_nEarlyFrom.load(std::memory_order_relaxed), from), std::memory_order_relaxed);
+    }
 }
 
 void TAggregatedTemporaryChessboardRegister::MakeRoomEarly() {
-    if (!IsNearlyFull())
-        return;
-    const std::uint64_t start = TickCount64();
-    if (start < m_nEarlyFrom.load(std::memory_order_relaxed))
-        return;
-    EmptySomeDataWhenRegisterFull(true);
-    const std::uint64_t end = TickCount64();
-    m_nEarlyFrom.store(end + (end - start) * kWorkBehindEarly, std::memory_order_relaxed);
+    if (IsNearlyFull() && TickCount64() >= m_nEarlyFrom.load(std::memory_order_relaxed))
+        EmptySomeDataWhenRegisterFull(true);
 }
 
 bool TAggregatedTemporaryChessboardRegister::IsEvictionDue(bool bEarly) const {

@@ -2,6 +2,7 @@
 // This program's operator new: it counts the allocations of each thread and can be told to fail.
 
 #include <cstddef>
+#include <functional>
 
 namespace quillon::test {
 
@@ -16,6 +17,19 @@ class CFailingAllocations {
     CFailingAllocations(const CFailingAllocations&) = delete;
     CFailingAllocations& operator=(const CFailingAllocations&) = delete;
     ~CFailingAllocations();
+};
+
+/// While it lives, `body` is called before an object of so many bytes is deleted, on any thread. One at a time;
+/// compilers need not tell sizes.
+class CBeforeDelete {
+  public:
+    CBeforeDelete(std::size_t nBytes, std::function<void()> body);
+    CBeforeDelete(const CBeforeDelete&) = delete;
+    CBeforeDelete& operator=(const CBeforeDelete&) = delete;
+    ~CBeforeDelete();
+
+  private:
+    const std::function<void()> m_body;
 };
 
 } // namespace quillon::test
