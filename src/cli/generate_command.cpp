@@ -69,8 +69,8 @@ them in memory. Nobody is asked anything: without an option that says so nothing
 is replaced or removed.
 
 Exit status: 0 all tables are there, 1 some are unfinished, 2 bad usage, missing
-types, a file in the way or one that contradicts itself, 3 a failure of the
-system (memory, disk).)";
+types, a file in the way or one that contradicts itself, a table that packing
+makes no smaller, 3 a failure of the system (memory, disk).)";
 
 struct TGenerateCommandOptions {
     std::vector<std::string> m_types;

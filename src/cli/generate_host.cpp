@@ -61,7 +61,8 @@ std::string WithDecimals(const char* format, double value) {
 bool CGenerateHost::AskYesNo(std::string_view text, std::string_view) {
     if (text == kRemoveQuestion)
         return m_answers.m_bRemovePartial;
-    // A second folder with data is only read.
+    // A second folder with data is only read. That data may stay packed, or on disk, is no harmless offer to a run that
+    // looks them up as often as this one: it needs them in memory, and whoever can wait says --yes.
     return text.starts_with(kSecondRootBegin) || m_answers.m_bYes;
 }
 

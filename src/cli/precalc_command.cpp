@@ -20,10 +20,10 @@
 #include "cli/solve_settings.h"
 #include "core/chess_exception.h"
 #include "globalregister/browse_max_mates.h"
-#include "globalregister/disk_access.h"
 #include "globalregister/global_registers.h"
 #include "globalregister/missing_types.h"
 #include "globalregister/precalc_files.h"
+#include "globalregister/system_failure.h"
 #include "globalregister/table_conversion.h"
 #include "globalregister/verification/compute_expected.h"
 #include "platform/processors.h"
@@ -48,9 +48,9 @@ A file is named for its data: the letters of the men besides the kings, with
 is loaded; lzw (.packed.lzw), read as it is; archive (.packed.lz4), only kept;
 simple (.packed.lz4), quick to read, for tables with no mate above 127 moves.
 
-Exit status: 0 done, 1 some types cannot be had (status, missing, longest), 2
-bad usage, or a file that is not what its name says or has no such form, 3 a
-file cannot be read or written, or memory is short.)";
+Exit status: 0 done, 1 some types cannot be had (missing, longest; status, for
+whatever reason), 2 bad usage, or a file that is not what its name says or has
+no such form, 3 a file cannot be read or written, or memory is short.)";
 
 constexpr int kMostPositions = 1'000'000; // of longest
 
@@ -216,7 +216,10 @@ EExitStatus TellLongest(const TPrecalcCommandOptions& options) {
     const TSettings settings = LoadSettings(notifier, CommandLineDefaults());
     const TPrecalcOptions precalc = MakePrecalcOptions(settings, options.m_precalc);
     CGlobalRegisters registers(precalc, notifier, PrecalcQuota(settings, options.m_precalc, nullptr));
-    const CRegisterUse data(registers.GetRegisterForTool(AskedType(options.m_type)));
+    const TPositionType type = AskedType(options.m_type);
+    const CRegisterUse data(registers.GetRegisterForTool(type));
+    if (!data && registers.LacksRoom(type))
+        throw CNoRoom(NoRoomText(options.m_type));
     if (!data) {
         WriteDiagnostic("No info on positions of this type");
         return EExitStatus::Unanswered;
@@ -281,7 +284,7 @@ void SetPrecalcCallback(CLI::App& command, TChosenCommand& chosen, std::shared_p
         chosen = [options, run] {
             try {
                 return run(*options);
-            } catch (const CDiskFailure& failure) {
+            } catch (const CSystemFailure& failure) {
                 WriteDiagnostic(failure.what());
                 return EExitStatus::SystemFailure;
             } catch (const ChessException& failure) {

@@ -15,6 +15,7 @@
 #include "cli/solve_settings.h"
 #include "core/chess_exception.h"
 #include "globalregister/precalc_loader.h"
+#include "globalregister/system_failure.h"
 #include "globalregister/verification/verify_type.h"
 #include "platform/interrupt.h"
 #include "platform/processors.h"
@@ -54,7 +55,8 @@ fault, or that one was none; where nothing more is written, make the table anew.
 While another process makes or mends the table, --fix is refused.
 
 Exit status: 0 all right, 1 faults were found, mended or not, it was stopped,
-or only a list was looked at, 2 no data, or bad usage, 3 memory or disk were full.)";
+or only a list was looked at, 2 no data, damaged data, or bad usage, 3 a file
+cannot be read or written, or memory is short.)";
 
 constexpr int kMostVerifyThreads = 256;
 constexpr int kMostVerifyMB = 1 << 20;
@@ -194,6 +196,9 @@ EExitStatus RunVerify(const TVerifyOptions& options) {
                 Graver(status, g_nVerifyInterrupts.load() == 0 ? VerifyOne(typeName, options, registers, line, host)
                                                                : TellNotBegun(typeName, options, line));
         return status;
+    } catch (const CSystemFailure& failure) {
+        WriteDiagnostic(failure.what());
+        return EExitStatus::SystemFailure;
     } catch (const ChessException& failure) {
         WriteDiagnostic(failure.what());
         return EExitStatus::BadInput;

@@ -3,14 +3,14 @@
 
 #include <mutex>
 
-#include "core/chess_exception.h"
+#include "globalregister/system_failure.h"
 
 namespace quillon {
 
-/// A file could not be read or written, and what was asked for is not to blame.
-class CDiskFailure : public ChessException {
+/// A file could not be read or written.
+class CDiskFailure : public CSystemFailure {
   public:
-    using ChessException::ChessException;
+    using CSystemFailure::CSystemFailure;
 };
 
 /// Held while a stream of a table is positioned and read. Nothing else is locked while it is held.

@@ -40,7 +40,6 @@ inline constexpr std::string_view kDetailsExtension = ".details";
 inline constexpr std::string_view kSavePendingExtension = ".SAVE_PENDING"; // a save that has not ended
 inline constexpr std::string_view kBitDataExtension = ".BIT_DATA";         // bit data while it is written
 inline constexpr std::string_view kIterationExtension = ".iter";           // the last level of an unfinished table
-inline constexpr std::string_view kUnpackedExtension = ".unpacked";        // its content, until it is whole
 inline constexpr std::string_view kPackingLogExtension = ".log";           // beside a ".packed.lz4"
 inline constexpr std::string_view kReplacedExtension = ".BAK";
 

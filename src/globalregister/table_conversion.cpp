@@ -77,14 +77,12 @@ void CheckTarget(const fs::path& source, const fs::path& target, EPrecalcKind ki
 /// A file under a name of its own until it is whole: then it takes the place of the target in one step.
 class CNewFile {
   public:
-    /// Beside a plain file ".NEW" is a name of those who make tables.
-    explicit CNewFile(const fs::path& target, std::string_view extension = ".NEW") : m_target(target) {
+    explicit CNewFile(const fs::path& target) : m_target(target) {
         FailAtFileSizeLimit();
         std::error_code error;
         if (fs::is_symlink(target, error)) // the link stays, the file that it names is replaced
             m_target = fs::weakly_canonical(target, error);
-        m_path = m_target;
-        m_path += extension;
+        m_path = UnusedNameBeside(m_target);
     }
     ~CNewFile() {
         std::error_code error;
@@ -251,7 +249,7 @@ void UnpackArchive(const fs::path& source, std::ostream& table) {
 
 /// Of the forms in pieces, which need not be in memory whole.
 void UnpackInPieces(const fs::path& source, ETableForm form, const fs::path& target) {
-    const CNewFile file(target, kUnpackedExtension);
+    const CNewFile file(target);
     std::ofstream table(file.Path(), std::ios::binary);
     form == ETableForm::Lzw ? UnpackLzw(source, table) : UnpackArchive(source, table);
     table.close();

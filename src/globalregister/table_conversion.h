@@ -24,9 +24,11 @@ enum class ETableForm : std::uint8_t {
 /// which a load takes before the bits: they get the name of the table.
 [[nodiscard]] std::filesystem::path NameInForm(const std::filesystem::path& path, ETableForm form);
 
-/// Packs a plain file, of a table, of bit data or of their details. An archive has a log of its buckets beside it.
-/// A table that was left in the making is refused: in another form, or folder, it would pass for a finished one.
-///   target   replaced once the new file is whole. Its name has to be that of the same data in this form.
+/// Packs a plain file, of a table, of bit data or of their details. An archive has a log of its buckets beside it; that
+/// stays also where packing has failed. A table that was left in the making is refused: in another form, or folder, it
+/// would pass for a finished one.
+///   target   replaced once the new file, under a name of its own, is whole. Its name has to be that of the same data
+///            in this form.
 ///   Errors   ChessException: not a plain file of its type, a target of another name, or that is the source, data that
 ///   this form has no place for. CDiskFailure (disk_access.h): a file cannot be read or written; what there was
 ///   stays. std::bad_alloc.

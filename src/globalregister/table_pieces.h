@@ -7,7 +7,6 @@
 #include <mutex>
 #include <vector>
 
-#include "core/chess_exception.h"
 #include "globalregister/disk_access.h"
 #include "globalregister/global_register.h"
 #include "globalregister/packed/byte_streams.h"
@@ -16,7 +15,7 @@ namespace quillon {
 
 /// Calls take(bytes, first index, number of elements) for piece after piece: lookups of others may come between.
 ///   stream  of the table, or of the details.
-///   Errors  ChessException: the file is too short, or cannot be read.
+///   Errors  CDiskFailure: the file cannot be read, or ends too early.
 template <class TTake> void ForTablePieces(std::ifstream& stream, const TGlobalRegister& data, TTake take) {
     constexpr std::uint64_t kPieceBytes = 1 << 20;
     const std::uint64_t nPiece = kPieceBytes / data.nElementSize;
@@ -28,7 +27,7 @@ template <class TTake> void ForTablePieces(std::ifstream& stream, const TGlobalR
             stream.clear();
             stream.seekg(static_cast<std::streamoff>(first * data.nElementSize));
             if (!ReadBytes(stream, piece.data(), nElements * data.nElementSize))
-                throw ChessException("Error reading data of type " + data.typeName);
+                throw CDiskFailure("Error reading data of type " + data.typeName);
         }
         take(piece.data(), first, nElements);
     }

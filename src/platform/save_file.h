@@ -56,6 +56,10 @@ struct TFileToSave {
 [[nodiscard]] std::error_code WriteToDisk(const std::filesystem::path& path, std::string_view content,
                                           bool bSync = true);
 
+/// A name in the folder of a file for its new content. Nobody else takes it, neither another process nor a later call,
+/// and no user has given it.
+[[nodiscard]] std::filesystem::path UnusedNameBeside(const std::filesystem::path& file);
+
 /// From now on a write beyond the limit on the size of files fails, on every thread, instead of ending the process.
 void FailAtFileSizeLimit();
 

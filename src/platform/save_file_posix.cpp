@@ -72,7 +72,7 @@ class CDescriptor {
 /// A file beside the one to be saved, removed unless it has been given another name.
 class CNeighbour {
   public:
-    explicit CNeighbour(const fs::path& file) : m_path(file.parent_path() / UnusedName()) {}
+    explicit CNeighbour(const fs::path& file) : m_path(UnusedNameBeside(file)) {}
     ~CNeighbour() { unlink(m_path.c_str()); }
     CNeighbour(const CNeighbour&) = delete;
     CNeighbour& operator=(const CNeighbour&) = delete;
@@ -80,15 +80,6 @@ class CNeighbour {
     [[nodiscard]] const fs::path& Path() const { return m_path; }
 
   private:
-    /// Unused by this process: another one with its number may have been killed before it could remove its file.
-    static std::string UnusedName() {
-        static std::atomic<unsigned> nMade{0};
-        timespec now{};
-        clock_gettime(CLOCK_REALTIME, &now);
-        return ".quillon-" + std::to_string(getpid()) + "-" + std::to_string(now.tv_sec) + "-" +
-               std::to_string(now.tv_nsec) + "-" + std::to_string(nMade.fetch_add(1));
-    }
-
     fs::path m_path;
 };
 
@@ -333,6 +324,15 @@ std::error_code WriteToDisk(const fs::path& path, std::string_view content, bool
     if (error)
         unlink(path.c_str());
     return error;
+}
+
+// Another process with the number of this one may have been killed before it could remove its file.
+fs::path UnusedNameBeside(const fs::path& file) {
+    static std::atomic<unsigned> nMade{0};
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return file.parent_path() / (".quillon-" + std::to_string(getpid()) + "-" + std::to_string(now.tv_sec) + "-" +
+                                 std::to_string(now.tv_nsec) + "-" + std::to_string(nMade.fetch_add(1)));
 }
 
 void FailAtFileSizeLimit() { (void)std::signal(SIGXFSZ, SIG_IGN); }

@@ -10,6 +10,7 @@
 #include "cli/precalc_data.h"
 #include "cli/program_run.h"
 #include "cli/solve_settings.h"
+#include "globalregister/small_disk.h"
 #include "globalregister/table_files.h"
 
 namespace quillon {
@@ -238,11 +239,12 @@ TEST_F(PrecalcCommands, NothingOverwritesItsSourceOrAForeignFile) {
     std::filesystem::remove(Table(".iter"));
     WriteLzw(Table(".packed.lzw"), whole);
     const auto old = ReadWholeFile(Table(".packed.lzw"));
-    std::filesystem::create_directories(Table(".packed.lzw.NEW/full")); // no new file can be made
-    ExpectFailure({"precalc", "pack", Table(), "--force"}, Table(".packed.lzw") + ": cannot be written", 3);
+    {
+        const CSmallDisk full;
+        ExpectFailure({"precalc", "pack", Table(), "--force"}, Table(".packed.lzw") + ": cannot be written", 3);
+        ExpectFailure({"precalc", "unpack", Table(".packed.lzw"), "--force"}, Table() + ": cannot be written", 3);
+    }
     EXPECT_EQ(ReadWholeFile(Table(".packed.lzw")), old);
-    std::filesystem::create_directories(Table(".unpacked/full"));
-    ExpectFailure({"precalc", "unpack", Table(".packed.lzw"), "--force"}, Table() + ": cannot be written", 3);
     EXPECT_EQ(ReadWholeFile(Table()), whole);
 }
 
@@ -254,6 +256,8 @@ TEST_F(PrecalcCommands, ATableThatDoesNotBecomeSmallerIsNoFaultOfTheDisk) {
     WriteElements(Table(), elements);
     ExpectFailure({"precalc", "pack", Table()}, Table() + ": does not become smaller in this form");
     EXPECT_FALSE(std::filesystem::exists(Table(".packed.lzw")));
+    const TProgramResult generated = RunQuillon({"generate", "R", "--pack", "--precalc", Folder()});
+    EXPECT_EQ(generated.m_nStatus, 2) << generated.m_err;
 }
 
 // Without them there would be no data at all; nothing is written.

@@ -127,6 +127,11 @@ TEST_F(VerifyCommand, LongestMates) {
     EXPECT_NE(Run({"precalc", "longest", "R", "--limit", "2"}).m_out.find("\n#16 (2/2) " + fen + "\n"),
               std::string::npos);
     EXPECT_EQ(Run({"precalc", "longest", "Q"}).m_nStatus, 1);
+    m_folder.Write("options.ini", "[chess]\nUseDataPackedForRandomAccess=0\nGlobalRegisterForceDiskAccess=0\n");
+    Write("QR", {0}); // its size alone is too much
+    const TProgramResult large = Run({"precalc", "longest", "QR", "--precalc-memory", "1"});
+    EXPECT_EQ(large.m_nStatus, 3);
+    EXPECT_EQ(large.m_err.find("quillon: Not enough memory for the data of type QR."), 0u) << large.m_err;
     Write("B", TElements(40960, 0));
     EXPECT_EQ(Run({"precalc", "longest", "B"}).m_out, "No checkmate in positions of this type\n");
 }

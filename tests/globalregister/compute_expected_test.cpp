@@ -219,7 +219,25 @@ TEST_F(TableLengths, AFileThatCannotBeWrittenIsNamed) {
 TEST_F(TableLengths, BitDataWithoutTheirDetailsInTheFile) {
     WriteFiles(TElements(m_data.GetSize() / 4, 0), {1, 2, 3});
     m_data.bBitData = true;
-    EXPECT_THROW(CTableLengths(m_data, false), ChessException);
+    EXPECT_THROW(CTableLengths(m_data, false), CSystemFailure) << "they are not open";
+}
+
+/// What stands in it may be wrong, what cannot be read is a failure of the system.
+TEST_F(TableLengths, DetailsThatCannotBeHeld) {
+    const std::uint64_t size = m_data.GetSize();
+    WriteFiles(TElements(size / 4, 0), TElements(size, 0));
+    m_data.bBitData = true;
+    m_data.detailStream.open(DetailsBeside(m_data.loadedFrom), std::ios::binary);
+    CTableLengths lengths(m_data, false);
+    WriteElements(DetailsBeside(m_data.loadedFrom), {1, 2, 3});
+    try {
+        (void)lengths.HoldDetails(size);
+        ADD_FAILURE();
+    } catch (const ChessException& failure) {
+        EXPECT_FALSE(IsOfSystem(failure));
+    }
+    std::filesystem::remove(DetailsBeside(m_data.loadedFrom));
+    EXPECT_THROW((void)lengths.HoldDetails(size), CSystemFailure);
 }
 
 TEST_F(TableLengths, ElementsOfTwoBytes) {

@@ -885,7 +885,9 @@ TEST_F(GenerateTables, PackedBeside) {
     fs::create_directory(Beside("Q", ".lz4"));
     m_options.m_packForm = ETableForm::Lz4;
     m_precalc.m_nUseDataPackedForRandomAccess = 0;
-    EXPECT_EQ(Make("Q").m_status, EGenerateStatus::Failed);
+    const TGenerateReport report = Make("Q");
+    EXPECT_EQ(report.m_status, EGenerateStatus::Failed);
+    EXPECT_TRUE(report.m_bSystemFailed) << "the packed form cannot be written";
     ASSERT_EQ(m_host.m_boxes.m_told.size(), 1u);
     EXPECT_TRUE(m_host.m_boxes.m_told[0].starts_with("Error: An error occurred during data compression"));
     ExpectWhole("Q");

@@ -11,6 +11,8 @@
 #include "core/chess_exception.h"
 #include "globalregister/generated_tables.h"
 #include "globalregister/generator/generator_material.h"
+#include "globalregister/generator/level_threads.h"
+#include "tempregister/failing_allocation.h"
 
 namespace quillon {
 
@@ -175,6 +177,27 @@ TEST(GeneratorLevels, DetailsThatCannotBeWrittenEndTheLevel) {
     EXPECT_TRUE(result.m_bSystemFailed);
 }
 
+/// Neither if memory is short even for its text.
+TEST(GeneratorLevels, AFailureIsNoStopOfTheUser) {
+    TGeneratorControl control;
+    const TGeneratorOptions options;
+    const ChessException failure("what the data say");
+    CLevelThreads told(control, options, 1, 1), untold(control, options, 1, 1);
+    told.AddError(failure);
+    {
+        const test::CFailingAllocations failing;
+        untold.AddError(failure);
+    }
+    EXPECT_FALSE(told.Result().IsEndedByUser());
+    EXPECT_FALSE(told.Result().m_bSystemFailed);
+    const TLevelResult result = untold.Result();
+    EXPECT_TRUE(result.m_errors.empty());
+    EXPECT_EQ(result.m_nResult, kLevelStopped);
+    EXPECT_FALSE(result.IsEndedByUser());
+    EXPECT_TRUE(result.m_bFailed);
+    EXPECT_TRUE(result.m_bSystemFailed);
+}
+
 TEST(GeneratorLevels, AMateWithoutALengthIsNoFailureOfTheFile) {
     TOtherForm bits("R", 1, true);
     const CTemporaryFolder folder;
@@ -194,7 +217,9 @@ TEST(GeneratorLevels, StopAndBreakEndALevel) {
     ASSERT_TRUE(MakeWorkTable(table));
     CGeneratorRun run(table, *registers, tables.Control(), Threads(2));
     tables.Control().m_bStop = true;
-    EXPECT_EQ(run.RunLevel(1).m_nResult, kLevelStopped);
+    const TLevelResult stopped = run.RunLevel(1);
+    EXPECT_EQ(stopped.m_nResult, kLevelStopped);
+    EXPECT_TRUE(stopped.IsEndedByUser());
     tables.Control().m_nPause = kGeneratorBreaks;
     EXPECT_EQ(run.RunLevel(1).m_nResult, kLevelBroken);
     tables.Control().m_bStop = false;

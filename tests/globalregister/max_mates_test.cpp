@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "globalregister/active_tables.h"
+#include "globalregister/system_failure.h"
 #include "globalregister/table_files.h"
 
 namespace quillon {
@@ -46,6 +47,14 @@ TEST(MaxMates, EveryFormHasTheSame) {
         EXPECT_EQ(GetMaxMoves(*data, home.Path(), found, 50, false), 16u);
         EXPECT_EQ(found, first);
     }
+}
+
+TEST(MaxMates, AFileThatCannotBeReadIsAFailureOfTheSystem) {
+    const CTemporaryFolder home;
+    TGlobalRegister disk("R");
+    disk.diskStream.open(home.Path(), std::ios::binary); // a folder
+    std::set<std::uint64_t> indexes;
+    EXPECT_THROW((void)GetMaxMoves(disk, home.Path(), indexes, 1, false), CSystemFailure);
 }
 
 TEST(MaxMates, CacheIsWrittenReadAndChecked) {

@@ -1,8 +1,7 @@
 #include "globalregister/table_conversion.h"
 
-#include <sys/resource.h>
-
 #include "globalregister/disk_access.h"
+#include "globalregister/small_disk.h"
 #include "globalregister/table_files.h"
 #include "platform/temporary_folder.h"
 
@@ -10,22 +9,6 @@ namespace quillon {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Files cannot become larger while this lives, as on a full disk.
-class CSmallDisk {
-  public:
-    CSmallDisk() {
-        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_before), 0);
-        const rlimit small{4096, m_before.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    }
-    ~CSmallDisk() { EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &m_before), 0); }
-    CSmallDisk(const CSmallDisk&) = delete;
-    CSmallDisk& operator=(const CSmallDisk&) = delete;
-
-  private:
-    rlimit m_before{};
-};
 
 class TableConversion : public testing::Test {
   protected:
@@ -96,12 +79,20 @@ TEST_F(TableConversion, DamagedFilesLeaveNothingBehind) {
     }
 }
 
-// While a table is made, its next state has this name.
-TEST_F(TableConversion, UnpackingLeavesTheStateOfARunAlone) {
-    PackTableFile(Table(), ETableForm::Lzw, Table(".packed.lzw"), 1);
-    WriteElements(Table(".NEW"), {1, 2, 3});
-    UnpackTableFile(Table(".packed.lzw"), Table());
-    EXPECT_EQ(ReadWholeFile(Table(".NEW")), (TElements{1, 2, 3}));
+// ".NEW" is that of the next state while a table is made; the others a user may have given.
+TEST_F(TableConversion, NamesOfOthersAreLeftAlone) {
+    const TElements foreign{1, 2, 3};
+    for (const ETableForm form : kPackedForms) {
+        const fs::path packed = NameInForm(Table(), form);
+        for (const char* const extension : {".NEW", ".unpacked"})
+            for (const fs::path& path : {Table(), packed})
+                WriteElements(path.string() + extension, foreign);
+        PackTableFile(Table(), form, packed, 1);
+        UnpackTableFile(packed, Table());
+        for (const char* const extension : {".NEW", ".unpacked"})
+            for (const fs::path& path : {Table(), packed})
+                EXPECT_EQ(ReadWholeFile(path.string() + extension), foreign) << path << extension;
+    }
 }
 
 } // namespace

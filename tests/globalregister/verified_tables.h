@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "globalregister/table_files.h"
@@ -19,6 +20,7 @@ class CVerificationUser final : public IVerificationHost {
   public:
     void Inform(std::string_view text, std::string_view title) override {
         m_told.push_back(std::string(title) + ": " + std::string(text));
+        m_onTold(text);
     }
     bool AskYesNo(std::string_view text, std::string_view) override {
         m_asked.emplace_back(text);
@@ -34,6 +36,7 @@ class CVerificationUser final : public IVerificationHost {
     std::vector<std::string> m_told, m_asked, m_status;
     bool m_bFixes = true, m_bSecondPass = true; // the answers
     ESlowSetting m_eSlow = ESlowSetting::GoOn;
+    std::function<void(std::string_view)> m_onTold = [](std::string_view) {};
     std::function<ERunState()> m_runState = [] { return ERunState::Run; };
 };
 

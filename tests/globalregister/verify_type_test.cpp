@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
 #include <optional>
+#include <system_error>
 
 #include "core/fen.h"
+#include "globalregister/disk_access.h"
 #include "globalregister/generator/generate_texts.h"
 #include "globalregister/precalc_format.h"
 #include "globalregister/verified_tables.h"
@@ -18,10 +21,11 @@ const TElements& QueenTable() {
     return elements;
 }
 
-/// The first index with this element: of the longest mates, on which no other element depends.
-std::uint64_t IndexOf(const TElements& elements, std::uint8_t element) {
-    return static_cast<std::uint64_t>(std::ranges::find(elements.begin() + 1, elements.end(), element) -
-                                      elements.begin());
+/// The first index with this element, from one on: of the longest mates, on which no other element depends.
+std::uint64_t IndexOf(const TElements& elements, std::uint8_t element, std::uint64_t nFrom = 1) {
+    return static_cast<std::uint64_t>(
+        std::ranges::find(elements.begin() + static_cast<std::ptrdiff_t>(nFrom), elements.end(), element) -
+        elements.begin());
 }
 
 std::string LogLine(const std::string& type, std::uint64_t index, int stored, int computed) {
@@ -610,7 +614,9 @@ TEST_F(VerifyQueen, LogThatIsNoneIsRefused) {
 TEST_F(VerifyQueen, LogThatCannotBeWrittenEndsItBeforeItBegins) {
     m_tables.Write("Q", m_elements);
     const TVerifyRequest request{.m_typeName = "Q", .m_logFolder = m_tables.Folder() / "none"};
-    EXPECT_EQ(VerifyType(request, m_tables.Registers(), m_tables.m_user).m_eEnd, EVerifyEnd::NotBegun);
+    const TVerifyResult result = VerifyType(request, m_tables.Registers(), m_tables.m_user);
+    EXPECT_EQ(result.m_eEnd, EVerifyEnd::NotBegun);
+    EXPECT_TRUE(result.m_bSystemFailure);
     EXPECT_EQ(m_tables.m_user.m_told.back(),
               "Error: Cannot open file " + (m_tables.Folder() / "none/PrecalcFailuresQ.txt").string());
 }
@@ -644,6 +650,49 @@ TEST_F(VerifyQueen, WhatIsWrittenIsNotToldAsUnwritten) {
               (std::vector<std::string>{"Warning: Error writing to file: " + log.string() + ".whole",
                                         "Information: Complete (1 fault(s) found, 1 fixable, 1 fixed)"}));
     EXPECT_EQ(m_tables.Read("Q"), QueenTable());
+}
+
+/// What has been written is not told; all else is, whatever keeps it from being written.
+TEST_F(VerifyQueen, WhatAFailureKeepsFromBeingWrittenIsTold) {
+    constexpr std::uint8_t kMost = 126; // one more has no room beside Black's mark
+    const std::uint64_t nSecond = IndexOf(m_elements, kLongest, m_nIndex + 1);
+    m_elements.assign(m_elements.size(), kMost);
+    m_elements[0] = 0;
+    Plant(0);
+    m_elements[nSecond] = 0;
+    WriteElements(m_tables.Path("Q", ".iter"), {255, 0, 0, 0});
+    const std::string lines = std::to_string(m_nIndex) + ",\n" + std::to_string(nSecond) + ",\n";
+    WriteElements(m_tables.Folder() / "PrecalcFailuresQ.txt", TElements(lines.begin(), lines.end()));
+    m_nWholeListLimit = 255;
+    for (const int nFailsAt : {1, 2}) {
+        m_tables.m_user.m_onTold = [nFailsAt, nTold = 0](std::string_view text) mutable {
+            if (text.find("no room for so long") != std::string_view::npos && ++nTold == nFailsAt)
+                throw std::bad_alloc();
+        };
+        m_tables.m_user.m_told.clear();
+        const TVerifyResult result = Verify({.m_typeName = "Q", .m_bFix = true, .m_bSecondPassOnly = true});
+        EXPECT_EQ(result.m_nFixable, 2u);
+        EXPECT_EQ(result.m_eEnd, EVerifyEnd::Failed);
+        EXPECT_TRUE(result.m_bSystemFailure);
+        EXPECT_TRUE(std::ranges::count(m_tables.m_user.m_told, "Warning: " + std::to_string(3 - nFailsAt) +
+                                                                   " correction(s) not written: the run was not "
+                                                                   "completed."))
+            << nFailsAt;
+    }
+}
+
+TEST_F(VerifyQueen, FailuresOfMemoryAndFilesAreOfTheSystem) {
+    const auto isOfSystem = [this](auto failure) {
+        LeaveLog();
+        m_tables.m_user.m_runState = [failure]() -> ERunState { throw failure; };
+        const TVerifyResult result = Verify();
+        EXPECT_EQ(result.m_eEnd, EVerifyEnd::Failed);
+        return result.m_bSystemFailure;
+    };
+    EXPECT_FALSE(isOfSystem(ChessException("damaged")));
+    EXPECT_TRUE(isOfSystem(CDiskFailure("cannot be read")));
+    EXPECT_TRUE(isOfSystem(std::filesystem::filesystem_error("gone", std::make_error_code(std::errc::io_error))));
+    EXPECT_TRUE(isOfSystem(std::bad_alloc()));
 }
 
 TEST_F(VerifyQueen, PauseWaitsAndGoesOn) {

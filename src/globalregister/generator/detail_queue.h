@@ -9,8 +9,9 @@
 #include <cstdint>
 #include <fstream>
 #include <mutex>
-#include <stdexcept>
 #include <vector>
+
+#include "globalregister/system_failure.h"
 
 namespace quillon {
 
@@ -31,10 +32,10 @@ struct TDetailQueue {
     std::mutex writeLock; // of what is being written, and of the stream
 };
 
-/// The details file cannot be read or written. What stands in it is another matter: ChessException.
-class CDetailFileFailure : public std::runtime_error {
+/// The details file cannot be read or written. What stands in it is another matter: a plain ChessException.
+class CDetailFileFailure : public CSystemFailure {
   public:
-    using std::runtime_error::runtime_error;
+    using CSystemFailure::CSystemFailure;
 };
 
 /// Enters the length of an index (moves to mate). Precondition: `details` of the register is set.

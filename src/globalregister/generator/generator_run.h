@@ -67,8 +67,14 @@ inline constexpr int kLevelBroken = -1; // kGeneratorBreaks
 struct TLevelResult {
     int m_nResult = kLevelDone;        // the worst of all threads
     std::uint64_t m_nFound = 0;        // indices settled
-    std::vector<std::string> m_errors; // of threads, and of the details file
+    bool m_bFailed = false;            // by errors
     bool m_bSystemFailed = false;      // one of them is of memory or a file, rather than of what the data say
+    std::vector<std::string> m_errors; // of threads, and of the details file; without what memory had no room for
+
+    /// Is it the user who has ended it?
+    [[nodiscard]] bool IsEndedByUser() const {
+        return m_nResult == kLevelBroken || (m_nResult == kLevelStopped && !m_bFailed);
+    }
 };
 
 /// Fills `data` of a table that nothing is loaded into, and its flags: combinations where the type has six or more men,

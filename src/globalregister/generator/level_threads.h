@@ -14,8 +14,8 @@
 #include <thread>
 #include <vector>
 
-#include "core/chess_exception.h"
 #include "globalregister/generator/generator_run.h"
+#include "globalregister/system_failure.h"
 #include "platform/clock.h"
 #include "platform/sleep.h"
 #include "platform/thread.h"
@@ -59,15 +59,16 @@ class CLevelThreads {
         ++m_nPhase;
     }
 
-    /// Of any thread. A ChessException is about what the data say, all else about memory and files.
+    /// Of any thread.
     void AddError(const std::exception& error) noexcept {
-        if (dynamic_cast<const ChessException*>(&error) == nullptr)
+        if (IsOfSystem(error))
             m_bSystemFailed = true;
         m_bFailed = true;
         try { // memory may be short even for the text
             const std::lock_guard lock(m_errorLock);
             m_errors.emplace_back(error.what());
         } catch (const std::exception&) {
+            m_bSystemFailed = true;
         }
     }
 
@@ -88,6 +89,7 @@ class CLevelThreads {
             result.m_nResult = std::min(result.m_nResult, kLevelStopped);
         result.m_nFound = m_nFound;
         result.m_errors = m_errors;
+        result.m_bFailed = m_bFailed;
         result.m_bSystemFailed = m_bSystemFailed;
         return result;
     }

@@ -16,6 +16,7 @@
 #include "globalregister/precalc_loader.h"
 #include "globalregister/precalc_read.h"
 #include "globalregister/recompression.h"
+#include "globalregister/system_failure.h"
 
 namespace quillon {
 
@@ -105,7 +106,7 @@ TGenerateReport CTableMaking::Run() {
     } catch (const std::bad_alloc&) {
         (void)Fail(kNoMemoryForTable);
     } catch (const ChessException& failure) {
-        (void)FailInRun(failure.what(), false);
+        (void)FailInRun(failure.what(), IsOfSystem(failure));
     } catch (const std::system_error& failure) { // threads, folders
         (void)FailInRun(failure.what(), true);
     }
@@ -387,10 +388,11 @@ CTableMaking::EStep CTableMaking::RunLevels() {
     for (int nLevel = m_nFirstLevel;; ++nLevel) {
         TellProgress({nLevel, options.m_nLevelLimit, 0, 0}); // a short level tells of nothing by itself
         const TLevelResult result = run.RunLevel(nLevel);
-        if (result.m_nResult == kLevelBroken || (result.m_nResult == kLevelStopped && result.m_errors.empty()))
+        if (result.IsEndedByUser())
             return EndStopped(nLevel);
-        if (result.m_nResult != kLevelDone || !result.m_errors.empty())
-            return FailInRun(Joined(result.m_errors, "\n"), result.m_bSystemFailed);
+        if (result.m_bFailed)
+            return FailInRun(result.m_errors.empty() ? std::string(kNoMemoryForTable) : Joined(result.m_errors, "\n"),
+                             result.m_bSystemFailed);
         if (result.m_nFound > 0 && !FitsElements(nLevel))
             return FailInRun(m_typeName + ": a mate is longer than its table can tell", false);
         m_files.SetDurable(Seconds() >= kSecondsWorthSyncing);
@@ -498,7 +500,7 @@ void CTableMaking::Pack() {
         PackTableFile(source, *m_options.m_packForm, target, m_options.m_nThreads);
         m_report.m_bPacked = true;
     } catch (const std::exception& failure) {
-        (void)Fail(std::string(kErrorDuringCompression) + ".\n" + failure.what());
+        (void)Fail(std::string(kErrorDuringCompression) + ".\n" + failure.what(), IsOfSystem(failure));
     }
 }
 

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "core/chess_exception.h"
+#include "globalregister/disk_access.h"
 
 namespace quillon {
 
@@ -13,7 +14,7 @@ std::string FailureLogName(std::string_view typeName, bool bSecondPass) {
 
 CFailureLog::CFailureLog(const std::filesystem::path& path) : m_path(path), m_file(path) {
     if (!m_file)
-        throw ChessException("Cannot open file " + path.string());
+        throw CWriteFailure("Cannot open file " + path.string());
 }
 
 void CFailureLog::Write(const TPrecalcFault& fault) {
@@ -25,7 +26,7 @@ void CFailureLog::Write(const TPrecalcFault& fault) {
 std::vector<std::uint64_t> ReadFailureLog(const std::filesystem::path& path, std::uint64_t nElements) {
     std::ifstream file(path);
     if (!file)
-        throw ChessException("Cannot open file " + path.string());
+        throw CDiskFailure("Cannot open file " + path.string());
     std::vector<std::uint64_t> indexes;
     std::size_t nLine = 0;
     for (std::string line; std::getline(file, line);) {

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/chess_exception.h"
+#include "globalregister/system_failure.h"
 
 namespace quillon {
 
@@ -22,9 +22,9 @@ struct TPrecalcFault {
 };
 
 /// A file cannot be written.
-class CWriteFailure : public ChessException {
+class CWriteFailure : public CSystemFailure {
   public:
-    using ChessException::ChessException;
+    using CSystemFailure::CSystemFailure;
 };
 
 [[nodiscard]] std::string FailureLogName(std::string_view typeName, bool bSecondPass);
@@ -32,7 +32,7 @@ class CWriteFailure : public ChessException {
 /// A log that is written. A file of its name is emptied.
 class CFailureLog {
   public:
-    ///   Errors  ChessException "Cannot open file " with the name.
+    ///   Errors  CWriteFailure "Cannot open file " with the name.
     explicit CFailureLog(const std::filesystem::path& path);
 
     /// Adds a line; it is in the file when this returns.
@@ -45,7 +45,7 @@ class CFailureLog {
 };
 
 /// The indices of a log, ascending, each once.
-///   Errors  ChessException: "Cannot open file " with the name; a line without an index below nElements.
+///   Errors  CDiskFailure "Cannot open file " with the name; ChessException: a line without an index below nElements.
 [[nodiscard]] std::vector<std::uint64_t> ReadFailureLog(const std::filesystem::path& path, std::uint64_t nElements);
 
 } // namespace quillon

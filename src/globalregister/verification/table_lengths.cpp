@@ -56,7 +56,9 @@ std::uint64_t CTableLengths::HoldDetails(std::uint64_t nMost) {
     if (!ArePairsInMemory() || size > nMost)
         return 0;
     std::optional<std::vector<std::uint8_t>> details = ReadWholeFile(DetailsBeside(m_data.loadedFrom));
-    if (!details || details->size() != size)
+    if (!details)
+        throw CDiskFailure("Error reading data of type " + m_data.typeName);
+    if (details->size() != size)
         throw ChessException("Error reading data of type " + m_data.typeName);
     m_details = std::move(*details);
     m_elements = m_details.data();
@@ -102,7 +104,7 @@ bool CTableLengths::PairSaysMate(std::uint64_t index) const {
     m_pairs.clear();
     m_pairs.seekg(static_cast<std::streamoff>(index / kPairsOfAByte));
     if (!ReadBytes(m_pairs, &pairs, 1))
-        throw ChessException("Error reading data of type " + m_data.typeName);
+        throw CDiskFailure("Error reading data of type " + m_data.typeName);
     return (BitPair(&pairs, index % kPairsOfAByte) & kWhiteMates) != 0;
 }
 

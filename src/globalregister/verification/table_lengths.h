@@ -12,15 +12,15 @@
 #include <fstream>
 #include <vector>
 
-#include "core/chess_exception.h"
 #include "globalregister/global_register.h"
+#include "globalregister/system_failure.h"
 
 namespace quillon {
 
 /// There is no room for data that are needed.
-class CNoRoom : public ChessException {
+class CNoRoom : public CSystemFailure {
   public:
-    using ChessException::ChessException;
+    using CSystemFailure::CSystemFailure;
 };
 
 /// An element that tells neither a length nor that there is none.
@@ -44,7 +44,7 @@ class CTableLengths {
 
     /// Reads the details of bit data into memory, if they take no more than so many bytes.
     ///   Result  the bytes that they take.
-    ///   Errors  ChessException: they cannot be read.
+    ///   Errors  CDiskFailure: they cannot be read; ChessException: the file is not of their size.
     std::uint64_t HoldDetails(std::uint64_t nMost);
 
     /// Half-moves to mate with White to move: 0 no mate, kUnknownLength, else odd.
@@ -59,7 +59,7 @@ class CTableLengths {
     [[nodiscard]] int DetailHalfMoves(std::uint64_t index) const;
 
     /// The pair of bits of bit data: does it say that White mates? Read from the file where pairs are not in memory.
-    ///   Errors  ChessException: it cannot be read.
+    ///   Errors  CDiskFailure: it cannot be read.
     [[nodiscard]] bool PairSaysMate(std::uint64_t index) const;
 
     /// No mate is stored. Of bit data the pair tells: a level that was given up has left its lengths in the details,

@@ -8,7 +8,6 @@
 #include <new>
 #include <optional>
 #include <system_error>
-#include <utility>
 
 #include "core/chess_exception.h"
 #include "globalregister/generator/existing_table.h"
@@ -17,6 +16,7 @@
 #include "globalregister/precalc_file_name.h"
 #include "globalregister/precalc_files.h"
 #include "globalregister/precalc_read.h"
+#include "globalregister/system_failure.h"
 #include "globalregister/verification/slow_settings.h"
 #include "globalregister/verification/table_update.h"
 #include "globalregister/verification/whole_list.h"
@@ -57,20 +57,13 @@ class CVerification {
         try {
             Verify();
         } catch (const CNoTable& failure) {
-            EndByFailure(failure.what(), "Info");
-        } catch (const CWriteFailure& failure) {
-            EndByFailure(failure.what(), "Error");
-            m_result.m_bSystemFailure = true;
-        } catch (const CNoRoom& failure) {
-            EndByFailure(failure.what(), "Error");
-            m_result.m_bSystemFailure = true;
+            EndByFailure(failure.what(), "Info", false);
         } catch (const ChessException& failure) {
-            EndByFailure(failure.what(), "Error");
+            EndByFailure(failure.what(), "Error", IsOfSystem(failure));
         } catch (const fs::filesystem_error& failure) {
-            EndByFailure(failure.what(), "Error");
+            EndByFailure(failure.what(), "Error", true);
         } catch (const std::bad_alloc&) {
-            EndByFailure("Not enough memory", "Error");
-            m_result.m_bSystemFailure = true;
+            EndByFailure("Not enough memory", "Error", true);
         }
         if (m_result.m_eEnd != EVerifyEnd::NotBegun)
             Report();
@@ -78,7 +71,8 @@ class CVerification {
     }
 
   private:
-    void EndByFailure(std::string_view text, std::string_view title) {
+    void EndByFailure(std::string_view text, std::string_view title, bool bSystem) {
+        m_result.m_bSystemFailure = m_result.m_bSystemFailure || bSystem;
         m_host.Inform(text, title);
         if (!m_bBegun)
             return;
@@ -225,7 +219,7 @@ class CVerification {
         if (!error && HasContent(m_result.m_log))
             fs::rename(m_result.m_log, FreeNameBeside(m_result.m_log), error);
         if (error)
-            throw ChessException("Cannot open file " + m_result.m_log.string());
+            throw CWriteFailure("Cannot open file " + m_result.m_log.string());
         return m_result.m_log;
     }
 
@@ -308,12 +302,8 @@ class CVerification {
                            "the end, and change no file before a second pass.");
             return;
         }
-        std::size_t nLeft = 0;
-        for (const TFix& fix : std::exchange(m_fixes, {})) // what fails afterwards leaves none of them unwritten
-            if (fix.m_nComputed <= m_nShortestDoubtful)
-                Write(update, fix);
-            else
-                ++nLeft;
+        const std::size_t nLeft = WriteCertainFixes(update);
+        m_fixes.clear(); // what fails from here on leaves none of them untold
         if (nLeft != 0 && m_result.m_nFixed != 0)
             TellNotWritten(nLeft, "they may rest on elements that are too short. Verify again: what has been written "
                                   "may show that they are not.");
@@ -323,6 +313,18 @@ class CVerification {
                                       m_request.m_typeName + " anew.");
         if (m_nNotKept != 0)
             TellNotWritten(m_nNotKept, "there are too many for one run. Verify again.");
+    }
+
+    /// Drops each once it is written: a failure in the middle tells how many are not.
+    ///   Result  those that are left, which are not certain.
+    std::size_t WriteCertainFixes(CTableUpdate& update) {
+        const auto isDoubtful = [this](const TFix& fix) { return fix.m_nComputed > m_nShortestDoubtful; };
+        const auto certain = std::ranges::stable_partition(m_fixes, isDoubtful);
+        std::ranges::reverse(certain); // the first goes from the end
+        const std::size_t nLeft = m_fixes.size() - certain.size();
+        for (; m_fixes.size() > nLeft; m_fixes.pop_back())
+            Write(update, m_fixes.back());
+        return nLeft;
     }
 
     void TellNotWritten(std::size_t nFixes, const std::string& reason) {

@@ -88,7 +88,7 @@ struct TVerifyResult {
     std::uint64_t m_nChecked = 0;                    // indices
     bool m_bSecondPass = false;                      // only what a log of an earlier run names
     bool m_bAllRight = false;                        // no element of the whole table is faulty
-    bool m_bSystemFailure = false;                   // memory was short, or a file could not be written
+    bool m_bSystemFailure = false;                   // memory was short, or a file could not be read or written
     std::filesystem::path m_file;                    // that was verified; empty: none
     std::vector<std::filesystem::path> m_otherFiles; // of the same type, not looked at
     std::filesystem::path m_log;                     // empty: none was written
