@@ -113,6 +113,10 @@ class CProofSearch {
         const std::size_t first = m_children.size();
         const CProofTable::TFound known = m_table.Find(hash, p.m_nMoves);
         const bool bEnded = ListMoves(p, known.m_bKnown && !IsNullMove(known.m_move));
+        if (IsStopping(p)) { // Black's certain escapes are searched for: a stop in between is none
+            m_children.resize(first);
+            return {};
+        }
         TProofNumbers numbers;
         TMove best{};
         if (bEnded) { // the last child of the list decides
@@ -237,8 +241,11 @@ class CProofSearch {
             if (IsDecided(known))
                 return known;
         }
-        TChessboard* const made = Make(p, child.m_move);
-        return made != nullptr ? Expand(*made, child.m_hash, phiBound, deltaBound) : kReachesAim;
+        if (TChessboard* const made = Make(p, child.m_move); made != nullptr)
+            return Expand(*made, child.m_hash, phiBound, deltaBound);
+        if (IsStopping(p))
+            return {};
+        return IsWhiteToMove(p) ? kReachesAim : kMissesAim;
     }
 
     /// Do other threads work below the last position of the way, too?
@@ -289,8 +296,8 @@ class CProofSearch {
     /// stalemates are left out, and Black's replies that are mated on the move, unless all are.
     ///
     /// Two steps, so that nothing waits for the table's memory: every move is made and its entry announced, then the
-    /// table is asked. At the first visit the moves are estimated as they are made. The estimates are kept: every third
-    /// visit is a further one, and it estimates only what the table has lost.
+    /// table is asked. At the first visit the moves are estimated as they are made. The estimates of what stays in
+    /// the list are kept as far as the table has room: every third visit is a further one.
     bool ListMoves(TChessboard& p, bool bVisited) {
         TMove list[kMaxMoves];
         const int count = IsWhiteToMove(p) ? GenerateWhiteMoves(p, list) : GenerateBlackMoves(p, list);
@@ -326,8 +333,11 @@ class CProofSearch {
             if (found.m_bKnown) {
                 child.m_numbers = found.m_numbers;
             } else {
-                if (bVisited && !Takes(child, Estimate(*Make(p, child.m_move)), mated))
+                TChessboard* const made = bVisited ? Make(p, child.m_move) : nullptr;
+                if (made != nullptr && !Takes(child, Estimate(*made), mated))
                     continue;
+                if (bVisited && made == nullptr) // as an escape; only behind a stop it comes to that
+                    child.m_numbers = kMissesAim;
                 if (IsDecided(child.m_numbers)) {
                     m_children.push_back(child);
                     return true;

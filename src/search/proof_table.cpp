@@ -128,13 +128,16 @@ void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& num
 }
 
 void CProofTable::StoreEstimate(std::uint64_t hash, int nPlies, const TProofNumbers& numbers) {
+    CEntry* free = nullptr;
     for (CEntry& stored : m_buckets[hash & m_mask].m_entries) {
         const TRecord entry = stored.Read();
-        if (!IsEmpty(entry.m_phi, entry.m_delta))
-            continue;
-        stored.Write({KeyOf(hash), numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), kEstimated});
-        return;
+        if (entry.m_key == KeyOf(hash) && entry.m_nPlies == nPlies)
+            return; // another thread was here meanwhile
+        if (free == nullptr && IsEmpty(entry.m_phi, entry.m_delta))
+            free = &stored;
     }
+    if (free != nullptr)
+        free->Write({KeyOf(hash), numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), kEstimated});
 }
 
 } // namespace quillon

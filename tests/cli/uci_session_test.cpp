@@ -81,7 +81,7 @@ class UciSession : public ::testing::Test {
     }
 
     TLines Answers(std::istream& input) {
-        const CWritten written;
+        CWritten written;
         CUciOutput output;
         CUciPrecalc precalc(TSettings(), TPrecalcChoice(), output);
         EXPECT_EQ(CUciSession(input, output, precalc).Run(), EExitStatus::Answered);
@@ -119,7 +119,7 @@ TEST_F(UciSession, ASystemThatHasThreadsAgainIsAskedForThemAgain) {
 
 /// The one that is refused here is the second of a session.
 TEST_F(UciSession, WithoutAThreadForTheSolverTheAnswerIsAnyMove) {
-    const CWritten written;
+    CWritten written;
     CUciOutput output;
     CUciSearch search({ReadGameFen(kInOne).m_position, {}, {}}, output);
     RefuseThreads(1);
@@ -130,7 +130,7 @@ TEST_F(UciSession, WithoutAThreadForTheSolverTheAnswerIsAnyMove) {
 }
 
 TEST_F(UciSession, WithoutAThreadForTheSolverAnInfiniteSearchWaitsForStop) {
-    const CWritten written;
+    CWritten written;
     CUciOutput output;
     TUciGo go;
     go.m_bInfinite = true;
@@ -177,7 +177,7 @@ TEST_F(UciSession, TheProofOfTheShortestMateTakesThePlaceOfTheFirst) {
 /// obeyed meanwhile.
 TEST_F(UciSession, AStopIsObeyedWhileMemoryIsGivenBack) {
     for (const bool bMate : {false, true}) {
-        const CWritten written;
+        CWritten written;
         CUciOutput output;
         TUciGo go;
         if (bMate)

@@ -150,6 +150,34 @@ TEST(ProofThreads, AStopLeavesNoFalseVerdictInTheTable) {
     EXPECT_GT(compared, 10);
 }
 
+/// A knight or two against pawns: whether Black has escaped for certain is searched for there, and a stop ends that
+/// search, too. A small table has each position listed again and again.
+TEST(ProofThreads, AStopIsNoEscapeFromAMinorPiece) {
+    std::mt19937_64 rng(28);
+    constexpr int kPlies = 19;
+    int stopped = 0;
+    for (int i = 0; i < 24; ++i) {
+        const std::string placement = reference::RandomMinorPlacement(rng, 5 + i % 3);
+        constexpr std::uint64_t kMostNodes = 1'000;
+        std::uint64_t nodes = 0, undisturbed = 0;
+        CSearchedPosition line(placement, kPlies);
+        CProofTable fresh(kTable);
+        const EProofResult truth = SearchProof(line.Root(), fresh, kMostNodes, undisturbed);
+        CProofTable table(kTable / 64);
+        CThread stopping(std::size_t{1} << 20, [&] {
+            SleepMs(static_cast<std::uint32_t>(i % 5));
+            AskToStop(line);
+        });
+        (void)SearchProof(line.Root(), table, kMostNodes, nodes, 1 + i % 3);
+        stopping.Join();
+        line.Context().m_nStopRequest = kRunRequest;
+        stopped += nodes < kMostNodes;
+        const EProofResult found = SearchProof(line.Root(), table, kMostNodes, nodes);
+        EXPECT_TRUE(found == truth || found == EProofResult::Open || truth == EProofResult::Open) << placement;
+    }
+    EXPECT_GT(stopped, 0);
+}
+
 TEST(ProofThreads, AManualCommandDoesNotMeanTheProof) {
     CSearchedPosition line("8/8/4K3/8/8/3k4/8/Q7", 17);
     GiveCommand(line.Analysis(), kManualCommand, kAllThreads);

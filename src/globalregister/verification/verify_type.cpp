@@ -303,7 +303,6 @@ class CVerification {
             return;
         }
         const std::size_t nLeft = WriteCertainFixes(update);
-        m_fixes.clear(); // what fails from here on leaves none of them untold
         if (nLeft != 0 && m_result.m_nFixed != 0)
             TellNotWritten(nLeft, "they may rest on elements that are too short. Verify again: what has been written "
                                   "may show that they are not.");
@@ -311,6 +310,7 @@ class CVerification {
             TellNotWritten(nLeft, "they may rest on elements that are too short, which cannot be mended. Make the data "
                                   "of type " +
                                       m_request.m_typeName + " anew.");
+        m_fixes.clear(); // all of them are written or told
         if (m_nNotKept != 0)
             TellNotWritten(m_nNotKept, "there are too many for one run. Verify again.");
     }
