@@ -265,8 +265,12 @@ template <TNodeKind kKind> class CWhiteNode {
           m_bTreatsRepetition(!IsStrict(*p) || m_m > kLongestUntreatedRepetition), m_moves(*p) {}
 
     TMateResult Run() {
-        if (m_moves.TakeGuidesMove() && TryStage())
-            return m_result;
+        if (m_moves.TakeGuidesMove()) {
+            m_bOnGuidesMove = true;
+            if (TryStage())
+                return m_result;
+            m_bOnGuidesMove = false;
+        }
         ChooseMoves();
         if (m_moves.m_bMateFound) {
             Store(MR_MATE);
@@ -472,9 +476,10 @@ template <TNodeKind kKind> class CWhiteNode {
         return true;
     }
 
-    /// Step 9g: the recursion, first with the black king kept on the edge where that pattern holds.
+    /// Step 9g: the recursion, first with the black king kept on the edge where that pattern holds. Behind the guide's
+    /// move a mate is known already, which need not keep the pattern: a trial would look for another one, at length.
     TMateResult AskBlack(TChessboard* child) {
-        if (m_m > 16 && PliesPlayed(*m_p) < 10 && IsEdgeTrialWorthwhile(*child)) {
+        if (m_m > 16 && !m_bOnGuidesMove && PliesPlayed(*m_p) < 10 && IsEdgeTrialWorthwhile(*child)) {
             const TMateResult result = TryOnTheEdge(child);
             RepetitionMark(*child, child->m_nMoves) = 0;
             if (result > 0)
@@ -572,6 +577,7 @@ template <TNodeKind kKind> class CWhiteNode {
     bool m_bFirstPass;
     bool m_bTreatsRepetition;
     bool m_bStopped = false;
+    bool m_bOnGuidesMove = false; // the stage is that of the guide's move
     int m_nDoubtful = 0;
     int m_nDoubtfulBefore = 0, m_nRepetitionsBefore = 0; // the list was tried
     TMateResult m_result = MR_NOMATE;                    // of a stage that has ended the node

@@ -27,8 +27,9 @@ constexpr std::uint64_t kFirstNodes = 30'000;
 /// are met again.
 constexpr std::uint64_t kBytesOfNode = 96;
 
-/// Mates within so many plies the recursion finds by itself.
-constexpr int kShortestGuided = 5;
+/// With so few plies left the recursion needs no guide. A mate of this length is kept all the same: met again with more
+/// plies left, it is one among many moves.
+constexpr int kShortestKept = 3, kShortestGuided = 5;
 
 } // namespace
 
@@ -60,8 +61,8 @@ void CProofGuide::GrowTable(std::uint64_t nMostNodes) {
 /// White's position with everything that follows from it. Returns the plies to mate along the proof, or those left
 /// where the proof is not followed any further.
 int CProofGuide::Collect(TChessboard& p) {
-    if (p.m_nMoves < kShortestGuided)
-        return p.m_nMoves > 1 && HasMateInOne(p) ? 1 : p.m_nMoves;
+    if (p.m_nMoves < kShortestKept)
+        return p.m_nMoves;
     const std::uint64_t hash = HashBoard(p);
     const auto known = m_known.find(hash);
     if (known != m_known.end() && known->second.m_nPlies <= p.m_nMoves)
@@ -74,8 +75,12 @@ int CProofGuide::Collect(TChessboard& p) {
     if (MakeWhiteMove(*child, made) == 0)
         return p.m_nMoves;
     const int plies = 1 + CollectReplies(*child);
-    m_known[hash] = {static_cast<std::uint16_t>(plies), move};
-    return plies;
+    // The proof may have come back to the position with fewer plies left: what it does there stays, or whoever follows
+    // the guide goes round in circles.
+    const auto [entry, bNew] = m_known.try_emplace(hash, TKnown{static_cast<std::uint16_t>(plies), move});
+    if (!bNew && plies < entry->second.m_nPlies)
+        entry->second = {static_cast<std::uint16_t>(plies), move};
+    return entry->second.m_nPlies;
 }
 
 /// Returns the plies to mate behind the reply that holds out longest; 0 if it is mate.
@@ -98,9 +103,11 @@ bool CProofGuide::FindMove(TChessboard& p, std::uint64_t hash, TMove& move) {
             return false;
         found = m_table->Find(hash, p.m_nMoves);
     }
+    if (found.m_bKnown && found.m_numbers.m_phi == 0 && IsNullMove(found.m_move))
+        return FindAnsweredMate(p, move);
     move = found.m_move;
     // The entry may be another position's of the same hash, or of the same board with other rights.
-    return found.m_bKnown && found.m_numbers.m_phi == 0 && move.m_nFrom != move.m_nTo && CanMake(p, move);
+    return found.m_bKnown && found.m_numbers.m_phi == 0 && CanMake(p, move);
 }
 
 const CProofGuide::TKnown* CProofGuide::Find(const TChessboard& b) const {

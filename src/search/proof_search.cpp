@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "core/attacks.h"
@@ -474,6 +475,23 @@ EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nM
     }
     nNodes += team->Nodes();
     return IsStopping(root) ? EProofResult::Open : team->Result();
+}
+
+bool FindAnsweredMate(TChessboard& p, TMove& move) {
+    const CLookAsideOfProof aside(*p.m_pContext);
+    const std::uint16_t nPlies = std::exchange(p.m_nMoves, std::min<std::uint16_t>(p.m_nMoves, kAnsweredByRecursion));
+    TMove list[kMaxMoves];
+    const int count = GenerateWhiteMoves(p, list);
+    const auto mates = [&](TMove made) {
+        TChessboard* const child = CopyToChild(&p);
+        return MakeWhiteMove(*child, made) != 0 && FindMateBlack(child) == MR_MATE && !IsStopping(p);
+    };
+    const TMove* const found = std::find_if(list, list + count, mates);
+    p.m_nMoves = nPlies;
+    if (found == list + count)
+        return false;
+    move = {found->m_nFrom, found->m_nTo, found->m_nPromotion, 0};
+    return true;
 }
 
 } // namespace quillon

@@ -5,6 +5,9 @@
 #include <atomic>
 #include <chrono>
 #include <gtest/gtest.h>
+#include <set>
+#include <string>
+#include <utility>
 
 #include "platform/sleep.h"
 #include "platform/thread.h"
@@ -283,6 +286,54 @@ TEST(ProofGuide, ALongMateIsFollowedToItsEnd) {
     EXPECT_GT(guide.Positions(), 10u);
     EXPECT_LE(guide.KnownPlies(line.Root()), 19);
     EXPECT_GE(guide.KnownPlies(line.Root()), 13) << "no queen mates from there in six moves";
+}
+
+/// Plays the guide's moves against every reply with all the plies that are left, as the search does: whatever proof a
+/// position was first met in, each move brings mate nearer, and but for a mate on the move there is always one.
+struct TNearer {
+    const CProofGuide& m_guide;
+    std::set<std::pair<std::string, int>> m_seen;
+    int m_nMostSeen = 20'000;
+
+    void Follow(const reference::Position& position, int nPlies, int nKnownBefore) {
+        const std::string placement = reference::Placement(position);
+        if (m_nMostSeen <= 0 || !m_seen.emplace(placement, nPlies).second)
+            return;
+        --m_nMostSeen;
+        CSearchedPosition line(placement, nPlies);
+        TMove move;
+        if (nPlies < 5 || !m_guide.Suggest(line.Root(), move)) {
+            const int moves = nPlies < 5 ? (nPlies + 1) / 2 : 1;
+            const auto left = reference::ShortestMate(position, moves, 1'000'000);
+            ASSERT_TRUE(left && *left > 0) << placement << " " << nPlies;
+            return;
+        }
+        const int known = m_guide.KnownPlies(line.Root());
+        ASSERT_LT(known, nKnownBefore) << placement << " " << nPlies;
+        const reference::Position after =
+            reference::Play(position, reference::MoveFromNotation(position, WriteMove(move, line.Root())));
+        for (const reference::Move& reply : reference::LegalMoves(after)) {
+            Follow(reference::Play(after, reply), nPlies - 2, known);
+            if (::testing::Test::HasFatalFailure())
+                return;
+        }
+    }
+};
+
+TEST(ProofGuide, ItNeverGoesRoundInCircles) {
+    int followed = 0;
+    for (const char* const placement : {"8/8/8/3k4/8/8/8/KQ6", "8/8/8/3k4/8/8/8/KR6", "3k4/8/8/8/8/8/3P4/3K4",
+                                        "8/8/4k3/8/8/8/8/BK5B", "K7/8/8/3k4/8/8/6p1/Q7", "8/5p2/8/3k4/8/8/1N6/KQ6"})
+        for (const int plies : {19, 31, 45}) {
+            CSearchedPosition line(placement, plies);
+            CProofGuide guide(std::size_t{64} << 20);
+            if (guide.Search(line.Root(), 100'000) != EProofResult::Proved)
+                continue;
+            TNearer{guide, {}}.Follow(reference::ProblemFromFen(placement), plies, plies + 1);
+            ASSERT_FALSE(HasFatalFailure());
+            ++followed;
+        }
+    EXPECT_GT(followed, 5);
 }
 
 TEST(ProofGuide, WithFewerPliesLeftItIsSilent) {
