@@ -20,6 +20,18 @@ using TMask = std::uint64_t;
 [[nodiscard]] constexpr TMask MaskOf(int square) { return TMask{1} << square; }
 [[nodiscard]] constexpr int LowestSquare(TMask mask) { return std::countr_zero(mask); }
 
+/// How many squares. Without an instruction of the processor for it std::popcount is a call of a function with a table.
+[[nodiscard]] constexpr int CountSquares(TMask mask) {
+#if defined(__POPCNT__) || defined(__ARM_NEON)
+    return std::popcount(mask);
+#else
+    mask -= (mask >> 1) & 0x5555555555555555u;
+    mask = (mask & 0x3333333333333333u) + ((mask >> 2) & 0x3333333333333333u);
+    mask = (mask + (mask >> 4)) & 0x0f0f0f0f0f0f0f0fu;
+    return static_cast<int>((mask * 0x0101010101010101u) >> 56);
+#endif
+}
+
 /// Takes the lowest square out of a mask that is not empty.
 inline int TakeSquare(TMask& mask) {
     const int square = LowestSquare(mask);

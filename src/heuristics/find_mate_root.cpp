@@ -71,8 +71,8 @@ class CDoubtOfPass {
 // with two, by chance of their timing): each may have as many as one alone. With less a mate that one thread finds at
 // the edge of its look was now found, now not; and the look is over no later.
 constexpr int kShortestLongLook = 13;
-constexpr std::uint64_t kBriefLook = 100, kLongLook = 2000; // times the square of the plies
-constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 4'000'000;
+constexpr std::uint64_t kBriefLook = 100, kLongLook = 2500; // times the square of the plies
+constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 5'000'000;
 
 /// Plies from which on heuristics are worth their passes.
 constexpr int kShortestHeuristicRun = 15;

@@ -3,7 +3,6 @@
 // that neither checks nor takes away every flight is dropped before it is made. What is left is made on masks and
 // tested for an evasion.
 
-#include <bit>
 #include <cstddef>
 
 #include "core/mask_moves.h"
@@ -29,7 +28,7 @@ class CMateInOne {
     [[nodiscard]] bool Find() { return AnyKnightMates() || AnySliderMates() || AnyPawnMates() || AnyKingMoveMates(); }
 
     /// Squares the black king can go to as things stand.
-    [[nodiscard]] int CountFlights() const { return std::popcount(m_flights); }
+    [[nodiscard]] int CountFlights() const { return CountSquares(m_flights); }
 
   private:
     static constexpr int kMaxSliders = 16; // legal positions have at most eleven

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <memory>
 #include <new>
-#include <utility>
 #include <vector>
 
 #include "core/attacks.h"
@@ -16,6 +15,7 @@
 #include "search/find_mate.h"
 #include "search/helper_threads.h"
 #include "search/proof_team.h"
+#include "search/reply_count.h"
 
 namespace quillon {
 
@@ -26,8 +26,9 @@ constexpr int kAnsweredByRecursion = 3;
 
 // What a position is estimated at before it is searched, as measured over some 200 mates in 11 to 30.
 constexpr std::uint32_t kFewestNumber = 1;
-constexpr std::uint32_t kWeightOfQuietMove = 2; // of one that gives no check, in replies
-constexpr std::uint32_t kWeightOfFlight = 2;    // of the black king, behind his reply
+constexpr std::uint32_t kWeightOfQuietMove = 2;            // of one that gives no check, in replies
+constexpr std::uint32_t kWeightOfFlight = 2;               // of the black king
+constexpr std::uint32_t kWhiteInCheck = 1, kWhiteFree = 3; // what Black has to refute
 
 /// A thread at work in a position makes it seem harder to the others by this part.
 constexpr std::uint32_t kShareOfOthers = 16;
@@ -367,16 +368,22 @@ class CProofSearch {
     /// `b`: the move is made.
     TEstimate Estimate(TChessboard& b) { return IsWhiteToMove(b) ? EstimateReply(b) : EstimateWhiteMove(b); }
 
+    /// The freer the black king is, the farther is mate, on either side of a reply. Without its flights twice as many
+    /// positions are expanded.
     TEstimate EstimateWhiteMove(TChessboard& b) {
-        const int replies = CountReplies(b);
         const bool bCheck = b.m_blackChecker != kNoChecker;
+        const TFigureMasks masks = TakeMasks(b);
+        int replies = bCheck ? CountEvasions(b) : CountRepliesOnMasks(masks).All();
+        if (replies == 0 && !bCheck)
+            replies = CountEvasions(b); // en passant is all there may be
         if (replies == 0)
             return {bCheck ? TEstimate::Decides : TEstimate::Stalemates, kMissesAim};
+        const int flights = CountFlights(masks);
         return {TEstimate::Open,
-                {kFewestNumber, static_cast<std::uint32_t>(replies) + (bCheck ? 0 : kWeightOfQuietMove)}};
+                {kFewestNumber, static_cast<std::uint32_t>(replies) + (bCheck ? 0 : kWeightOfQuietMove) +
+                                    kWeightOfFlight * static_cast<std::uint32_t>(flights)}};
     }
 
-    /// The freer the black king is, the farther is mate: without this half as many positions again are expanded.
     static TEstimate EstimateReply(const TChessboard& b) {
         const TLookForMate look = LookForMateInOne(b);
         if (look.m_bMate)
@@ -384,29 +391,20 @@ class CProofSearch {
         if (b.m_nMoves == 1)
             return {TEstimate::Decides, kMissesAim};
         return {TEstimate::Open,
-                {kFewestNumber + kWeightOfFlight * static_cast<std::uint32_t>(look.m_nFlights), CountHopes(b)}};
+                {kFewestNumber + kWeightOfFlight * static_cast<std::uint32_t>(look.m_nFlights),
+                 b.m_whiteChecker != kNoChecker ? kWhiteInCheck : kWhiteFree}};
     }
 
-    /// Legal ones in check, where few decide; else what the generator tells.
-    int CountReplies(TChessboard& b) {
+    /// Legal replies, one by one.
+    static int CountEvasions(TChessboard& b) {
         TMove list[kMaxMoves];
         const int count = GenerateBlackMoves(b, list);
-        if (b.m_blackChecker == kNoChecker && count > 8)
-            return count;
         int legal = 0;
         for (int i = 0; i < count; ++i) {
             TChessboard* const child = CopyToChild(&b);
             legal += MakeBlackMove<kLegalityOnly>(*child, list[i], false) != kIllegalMove;
         }
         return legal;
-    }
-
-    /// The more checks White has, the more there is to refute.
-    static std::uint32_t CountHopes(const TChessboard& b) {
-        if (b.m_whiteChecker != kNoChecker)
-            return 1;
-        TMove list[kMaxMoves];
-        return 1 + static_cast<std::uint32_t>(GenerateWhiteChecks(b, list));
     }
 
     CProofTable& m_table;
@@ -479,14 +477,16 @@ EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nM
 
 bool FindAnsweredMate(TChessboard& p, TMove& move) {
     const CLookAsideOfProof aside(*p.m_pContext);
-    const std::uint16_t nPlies = std::exchange(p.m_nMoves, std::min<std::uint16_t>(p.m_nMoves, kAnsweredByRecursion));
+    const std::uint16_t nPlies = p.m_nMoves;
     TMove list[kMaxMoves];
     const int count = GenerateWhiteMoves(p, list);
     const auto mates = [&](TMove made) {
         TChessboard* const child = CopyToChild(&p);
         return MakeWhiteMove(*child, made) != 0 && FindMateBlack(child) == MR_MATE && !IsStopping(p);
     };
-    const TMove* const found = std::find_if(list, list + count, mates);
+    const TMove* found = list + count;
+    for (p.m_nMoves = 1; p.m_nMoves <= kAnsweredByRecursion && found == list + count; p.m_nMoves += 2)
+        found = std::find_if(list, list + count, mates);
     p.m_nMoves = nPlies;
     if (found == list + count)
         return false;

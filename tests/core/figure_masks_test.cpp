@@ -36,6 +36,19 @@ template <int nBit> void ExpectPlane(const TBoard& board) {
     ASSERT_EQ(BitPlanePortable(board.data(), nBit), expected) << "bit " << nBit;
 }
 
+TEST(Masks, SquaresAreCounted) {
+    std::mt19937_64 rng(62);
+    EXPECT_EQ(CountSquares(0), 0);
+    EXPECT_EQ(CountSquares(~TMask{0}), 64);
+    for (int i = 0; i < 5000; ++i) {
+        const TMask mask = RandomMask(rng);
+        int expected = 0;
+        for (int square = 0; square < kSquares; ++square)
+            expected += (mask & MaskOf(square)) != 0;
+        ASSERT_EQ(CountSquares(mask), expected) << mask;
+    }
+}
+
 TEST(BoardPlanes, BothFormsAreTheSquaresWithTheBit) {
     std::mt19937_64 rng(61);
     for (int round = 0; round < 2000; ++round) {
