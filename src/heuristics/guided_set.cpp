@@ -16,6 +16,9 @@ namespace {
 
 constexpr std::size_t kMostPositions = 20'000;
 
+/// A mate of so many plies the pass finds whatever it doubts: such positions are many, and are left out.
+constexpr int kPliesOfLeaf = 3;
+
 /// Black's replies are verified where the sort of black moves would do it.
 constexpr int kShortestVerified = 4;
 
@@ -26,7 +29,7 @@ class CGuidedWalk {
     void Walk(TChessboard& p) {
         TMove move;
         if (m_left == 0 || m_seen.size() >= kMostPositions || IsStopping(p) || !m_guide.Suggest(p, move) ||
-            !m_seen.insert(HashBoard(p)).second)
+            m_guide.KnownPlies(p) <= kPliesOfLeaf || !m_seen.insert(HashBoard(p)).second)
             return;
         if ((m_left & SH_DONTRECEDEBLACKKING) != 0 && RecedesFromBlackKing(p, move))
             m_left &= ~SH_DONTRECEDEBLACKKING;

@@ -4,9 +4,9 @@
 #include <bit>
 
 #include "core/attacks.h"
+#include "core/king_flights.h"
 #include "core/mask_attacks.h"
 #include "core/mate_test.h"
-#include "heuristics/king_flights.h"
 
 namespace quillon {
 

@@ -4,11 +4,11 @@
 
 #include "core/attacks.h"
 #include "core/generation.h"
+#include "core/king_flights.h"
 #include "core/makers.h"
 #include "core/mask_attacks.h"
 #include "core/mask_moves.h"
 #include "core/mate_test.h"
-#include "heuristics/king_flights.h"
 
 namespace quillon {
 

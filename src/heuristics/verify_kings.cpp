@@ -1,10 +1,10 @@
 #include "heuristics/verify_kings.h"
 
 #include "core/attacks.h"
+#include "core/king_flights.h"
 #include "core/lines.h"
 #include "heuristics/capture_tests.h"
 #include "heuristics/king_edge.h"
-#include "heuristics/king_flights.h"
 
 namespace quillon {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "core/attacks.h"
+#include "core/king_flights.h"
 #include "core/lines.h"
 #include "heuristics/figure_origin.h"
 #include "heuristics/king_edge.h"
-#include "heuristics/king_flights.h"
 #include "search/analysis.h"
 
 namespace quillon {

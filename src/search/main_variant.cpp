@@ -239,8 +239,7 @@ constexpr std::uint64_t kFewestPositions = 20'000;
 constexpr std::uint64_t kProofNodes = 20'000, kAllProofNodes = 200'000;
 constexpr std::size_t kProofTable = std::size_t{4} << 20;
 
-/// Replies that are mated within so many plies are not in a guide; others are missing there too, where the line has
-/// left its proof.
+/// With so few plies left a guide is silent; it may be with more of them, where the line has left its proof.
 constexpr int kShorterThanGuided = 3;
 
 class CVariant {

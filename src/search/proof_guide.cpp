@@ -68,7 +68,7 @@ int CProofGuide::Collect(TChessboard& p) {
     if (known != m_known.end() && known->second.m_nPlies <= p.m_nMoves)
         return known->second.m_nPlies;
     TMove move;
-    if (m_known.size() >= m_nMostKnown || IsStopping(p) || !FindMove(p, hash, move))
+    if (m_known.size() >= MostKnown(p.m_nMoves) || IsStopping(p) || !FindMove(p, hash, move))
         return HasMateInOne(p) ? 1 : p.m_nMoves;
     TChessboard* const child = CopyToChild(&p);
     TMove made = move;
@@ -81,6 +81,11 @@ int CProofGuide::Collect(TChessboard& p) {
     if (!bNew && plies < entry->second.m_nPlies)
         entry->second = {static_cast<std::uint16_t>(plies), move};
     return entry->second.m_nPlies;
+}
+
+/// The leaves, which are most of the positions, leave room for what is longer.
+std::size_t CProofGuide::MostKnown(int nPlies) const {
+    return nPlies == kShortestKept ? m_nMostKnown / 2 : m_nMostKnown;
 }
 
 /// Returns the plies to mate behind the reply that holds out longest; 0 if it is mate.
@@ -97,6 +102,8 @@ int CProofGuide::CollectReplies(TChessboard& p) {
 }
 
 bool CProofGuide::FindMove(TChessboard& p, std::uint64_t hash, TMove& move) {
+    if (p.m_nMoves == kShortestKept)
+        return FindAnsweredMate(p, move);
     CProofTable::TFound found = m_table->Find(hash, p.m_nMoves);
     if (!found.m_bKnown || found.m_numbers.m_phi != 0) {
         if (SearchProof(p, *m_table, kNodesForLost, m_nNodes) != EProofResult::Proved)

@@ -48,6 +48,7 @@ class CProofGuide {
     };
 
     [[nodiscard]] const TKnown* Find(const TChessboard& b) const;
+    [[nodiscard]] std::size_t MostKnown(int nPlies) const;
     int Collect(TChessboard& p);
     int CollectReplies(TChessboard& p);
     [[nodiscard]] bool FindMove(TChessboard& p, std::uint64_t hash, TMove& move);

@@ -7,6 +7,7 @@
 
 #include "core/attacks.h"
 #include "core/generation.h"
+#include "core/king_flights.h"
 #include "core/makers.h"
 #include "core/queries.h"
 #include "core/search_context.h"
@@ -373,12 +374,17 @@ class CProofSearch {
     TEstimate EstimateWhiteMove(TChessboard& b) {
         const bool bCheck = b.m_blackChecker != kNoChecker;
         const TFigureMasks masks = TakeMasks(b);
-        int replies = bCheck ? CountEvasions(b) : CountRepliesOnMasks(masks).All();
-        if (replies == 0 && !bCheck)
-            replies = CountEvasions(b); // en passant is all there may be
+        int replies = 0, flights = 0;
+        if (bCheck) {
+            replies = CountLegalReplies(b);
+            flights = CountSquares(BlackKingFreeSquares(masks));
+        } else {
+            const TReplyCount count = CountRepliesOnMasks(masks);
+            flights = count.m_nFlights;
+            replies = count.All() != 0 ? count.All() : CountLegalReplies(b); // en passant is all there may be
+        }
         if (replies == 0)
             return {bCheck ? TEstimate::Decides : TEstimate::Stalemates, kMissesAim};
-        const int flights = CountFlights(masks);
         return {TEstimate::Open,
                 {kFewestNumber, static_cast<std::uint32_t>(replies) + (bCheck ? 0 : kWeightOfQuietMove) +
                                     kWeightOfFlight * static_cast<std::uint32_t>(flights)}};
@@ -395,8 +401,8 @@ class CProofSearch {
                  b.m_whiteChecker != kNoChecker ? kWhiteInCheck : kWhiteFree}};
     }
 
-    /// Legal replies, one by one.
-    static int CountEvasions(TChessboard& b) {
+    /// One by one.
+    static int CountLegalReplies(TChessboard& b) {
         TMove list[kMaxMoves];
         const int count = GenerateBlackMoves(b, list);
         int legal = 0;
@@ -414,6 +420,19 @@ class CProofSearch {
     std::vector<TPlace> m_way;
     std::size_t m_nDecidedAt = kNowhere; // place on the way that another thread has decided
     std::uint32_t m_nDecisionsSeen = 0;
+};
+
+/// Puts the plies left back.
+class CPliesLent {
+  public:
+    explicit CPliesLent(TChessboard& b) : m_b(b), m_nPlies(b.m_nMoves) {}
+    ~CPliesLent() { m_b.m_nMoves = m_nPlies; }
+    CPliesLent(const CPliesLent&) = delete;
+    CPliesLent& operator=(const CPliesLent&) = delete;
+
+  private:
+    TChessboard& m_b;
+    const std::uint16_t m_nPlies;
 };
 
 /// The search is a look aside: commands that mean the line of the solve do not mean its lines.
@@ -477,7 +496,7 @@ EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nM
 
 bool FindAnsweredMate(TChessboard& p, TMove& move) {
     const CLookAsideOfProof aside(*p.m_pContext);
-    const std::uint16_t nPlies = p.m_nMoves;
+    const CPliesLent lent(p);
     TMove list[kMaxMoves];
     const int count = GenerateWhiteMoves(p, list);
     const auto mates = [&](TMove made) {
@@ -487,7 +506,6 @@ bool FindAnsweredMate(TChessboard& p, TMove& move) {
     const TMove* found = list + count;
     for (p.m_nMoves = 1; p.m_nMoves <= kAnsweredByRecursion && found == list + count; p.m_nMoves += 2)
         found = std::find_if(list, list + count, mates);
-    p.m_nMoves = nPlies;
     if (found == list + count)
         return false;
     move = {found->m_nFrom, found->m_nTo, found->m_nPromotion, 0};

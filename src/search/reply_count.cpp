@@ -1,6 +1,6 @@
 #include "search/reply_count.h"
 
-#include "core/mate_test.h"
+#include "core/king_flights.h"
 
 namespace quillon {
 
@@ -21,11 +21,6 @@ int CountPawnMoves(const TFigureMasks& m) {
 
 } // namespace
 
-int CountFlights(const TFigureMasks& m) {
-    const TMask lifted = m.Occupied() & ~MaskOf(m.m_nBlackKing);
-    return CountSquares(KingAttacks(m.m_nBlackKing) & ~m.m_black & ~WhiteAttacks(m, lifted));
-}
-
 TReplyCount CountRepliesOnMasks(const TFigureMasks& m) {
     const TMask occupied = m.Occupied();
     int count = CountPawnMoves(m);
@@ -35,7 +30,7 @@ TReplyCount CountRepliesOnMasks(const TFigureMasks& m) {
         count += CountSquares(RookAttacks(TakeSquare(sliders), occupied) & ~m.m_black);
     for (TMask sliders = m.m_diagonalSliders & m.m_black; sliders != 0;)
         count += CountSquares(BishopAttacks(TakeSquare(sliders), occupied) & ~m.m_black);
-    return {count, CountFlights(m)};
+    return {count, CountSquares(BlackKingFreeSquares(m))};
 }
 
 } // namespace quillon

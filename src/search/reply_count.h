@@ -15,7 +15,4 @@ struct TReplyCount {
 /// Black to move and not in check.
 [[nodiscard]] TReplyCount CountRepliesOnMasks(const TFigureMasks& masks);
 
-/// Free squares beside the black king that White does not attack, his lines through the king included: 0..8.
-[[nodiscard]] int CountFlights(const TFigureMasks& masks);
-
 } // namespace quillon

@@ -2,6 +2,7 @@
 
 #include "search/proof_guide.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <gtest/gtest.h>
@@ -290,26 +291,26 @@ TEST(ProofGuide, ALongMateIsFollowedToItsEnd) {
 
 /// Plays the guide's moves against every reply with all the plies that are left, as the search does: whatever proof a
 /// position was first met in, each move brings mate nearer, and but for a mate on the move there is always one.
-struct TNearer {
-    const CProofGuide& m_guide;
-    std::set<std::pair<std::string, int>> m_seen;
-    int m_nMostSeen = 20'000;
+class CNearer {
+  public:
+    CNearer(const CProofGuide& guide, int nMost) : m_guide(guide), m_nLeft(nMost) {}
 
     void Follow(const reference::Position& position, int nPlies, int nKnownBefore) {
         const std::string placement = reference::Placement(position);
-        if (m_nMostSeen <= 0 || !m_seen.emplace(placement, nPlies).second)
-            return;
-        --m_nMostSeen;
         CSearchedPosition line(placement, nPlies);
         TMove move;
-        if (nPlies < 5 || !m_guide.Suggest(line.Root(), move)) {
+        const bool bSuggests = m_guide.Suggest(line.Root(), move);
+        const int known = m_guide.KnownPlies(line.Root());
+        ASSERT_TRUE(!bSuggests || known < nKnownBefore) << placement << " " << nPlies << ": " << known;
+        if (m_nLeft <= 0 || !m_seen.emplace(placement, nPlies).second)
+            return;
+        --m_nLeft;
+        if (!bSuggests) {
             const int moves = nPlies < 5 ? (nPlies + 1) / 2 : 1;
             const auto left = reference::ShortestMate(position, moves, 1'000'000);
             ASSERT_TRUE(left && *left > 0) << placement << " " << nPlies;
             return;
         }
-        const int known = m_guide.KnownPlies(line.Root());
-        ASSERT_LT(known, nKnownBefore) << placement << " " << nPlies;
         const reference::Position after =
             reference::Play(position, reference::MoveFromNotation(position, WriteMove(move, line.Root())));
         for (const reference::Move& reply : reference::LegalMoves(after)) {
@@ -318,22 +319,76 @@ struct TNearer {
                 return;
         }
     }
+
+    [[nodiscard]] bool IsWhole() const { return m_nLeft > 0; }
+
+  private:
+    const CProofGuide& m_guide;
+    int m_nLeft;
+    std::set<std::pair<std::string, int>> m_seen;
 };
 
 TEST(ProofGuide, ItNeverGoesRoundInCircles) {
-    int followed = 0;
-    for (const char* const placement : {"8/8/8/3k4/8/8/8/KQ6", "8/8/8/3k4/8/8/8/KR6", "3k4/8/8/8/8/8/3P4/3K4",
-                                        "8/8/4k3/8/8/8/8/BK5B", "K7/8/8/3k4/8/8/6p1/Q7", "8/5p2/8/3k4/8/8/1N6/KQ6"})
+    int followed = 0, whole = 0;
+    for (const char* const placement :
+         {"8/8/8/3k4/8/8/8/KQ6", "3k4/8/8/8/8/8/3P4/3K4", "K7/8/8/3k4/8/8/6p1/Q7", "8/5p2/8/3k4/8/8/1N6/KQ6"})
         for (const int plies : {19, 31, 45}) {
             CSearchedPosition line(placement, plies);
-            CProofGuide guide(std::size_t{64} << 20);
-            if (guide.Search(line.Root(), 100'000) != EProofResult::Proved)
+            CProofGuide guide(std::size_t{16} << 20);
+            if (guide.Search(line.Root(), static_cast<std::uint64_t>(Samples(60'000))) != EProofResult::Proved)
                 continue;
-            TNearer{guide, {}}.Follow(reference::ProblemFromFen(placement), plies, plies + 1);
+            CNearer nearer(guide, Samples(5000));
+            nearer.Follow(reference::ProblemFromFen(placement), plies, plies + 1);
             ASSERT_FALSE(HasFatalFailure());
             ++followed;
+            whole += nearer.IsWhole();
         }
-    EXPECT_GT(followed, 5);
+    EXPECT_GT(followed, 4);
+    EXPECT_GT(whole, 3);
+}
+
+/// Its table is small, its proof long: the leaves leave room, so that every reply to the key is answered.
+TEST(ProofGuide, TheLeavesOfASmallGuideLeaveRoom) {
+    CSearchedPosition line("8/8/8/3k4/8/8/8/KQ6", 19);
+    constexpr std::size_t kBytes = 64 * 4 * 60; // room for sixty positions
+    CProofGuide guide(kBytes);
+    ASSERT_EQ(guide.Search(line.Root(), kAmple), EProofResult::Proved);
+    EXPECT_LE(guide.Positions(), 60u + 10u) << "those on the way are entered behind their replies";
+    EXPECT_GT(guide.Positions(), 30u) << "more than the leaves may take";
+}
+
+/// What the table tells of without a move.
+TEST(ProofSearch, FindsTheMoveOfAShortMate) {
+    std::mt19937_64 rng(29);
+    int mates[3] = {};
+    for (int i = 0; i < Samples(1500); ++i) {
+        const std::string placement = AnyPlacement(rng, i, 4 + i % 4);
+        const reference::Position position = reference::ProblemFromFen(placement);
+        const auto truth = reference::ShortestMate(position, 2, 100'000);
+        if (!truth)
+            continue;
+        CSearchedPosition line(placement, 9);
+        TMove move{1, 2, 0, 0};
+        const bool bFound = FindAnsweredMate(line.Root(), move);
+        ASSERT_EQ(bFound, *truth > 0) << placement;
+        ASSERT_EQ(line.Root().m_nMoves, 9);
+        ++mates[std::max(*truth, 0)];
+        if (!bFound) {
+            ASSERT_EQ(move.m_nFrom, 1);
+            continue;
+        }
+        const reference::Position after =
+            reference::Play(position, reference::MoveFromNotation(position, WriteMove(move, line.Root())));
+        const std::vector<reference::Move> replies = reference::LegalMoves(after);
+        ASSERT_EQ(*truth == 1, replies.empty()) << placement << " the shortest";
+        for (const reference::Move& reply : replies)
+            ASSERT_TRUE(reference::ForcesMate(reference::Play(after, reply), 1)) << placement;
+        line.Context().m_nStopRequest = kStopRequest;
+        EXPECT_FALSE(FindAnsweredMate(line.Root(), move)) << "stopped";
+    }
+    EXPECT_GT(mates[0], Floor(100));
+    EXPECT_GT(mates[1], Floor(30));
+    EXPECT_GT(mates[2], Floor(20));
 }
 
 TEST(ProofGuide, WithFewerPliesLeftItIsSilent) {
