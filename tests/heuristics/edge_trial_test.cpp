@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "heuristics/heuristic_line.h"
+#include "search/control.h"
+#include "search/proof_guide.h"
 
 namespace quillon::test {
 namespace {
@@ -50,6 +52,40 @@ TEST(EdgeTrial, SetsTheBitForItsTime) {
 TEST(EdgeTrial, TheChoiceOfThePassIsNoTrial) {
     CHeuristicLine line("k7/7R/8/8/8/8/6P1/7K", 25, SH_KEEPKINGONTHEEDGE);
     EXPECT_FALSE(IsEdgeTrialRunning(line.Now()));
+}
+
+/// Counts where a trial could be made, and stops the search in one.
+class CTrialLog : public INodeLog {
+  public:
+    void Move(const TChessboard& child) override {
+        m_nWorthwhile += !IsWhiteToMove(child) && child.m_nMoves >= 16 && IsEdgeTrialWorthwhile(child);
+        if (child.m_pContext->m_bEdgeTrial)
+            child.m_pContext->m_nStopRequest = kStopRequest;
+    }
+    void Verdict(const TChessboard&, TMateResult) override {}
+    void Remark(const TChessboard&, const char*) override {}
+    int m_nWorthwhile = 0;
+};
+
+/// A mate that is known already need not keep the pattern: a trial would look for another one.
+TEST(EdgeTrial, IsNotMadeBehindTheGuidesMove) {
+    for (const char* const placement :
+         {"8/B1N5/6N1/8/3QK3/Np4n1/2b1B1pk/8", "7N/7Q/8/8/5n1R/3K3P/1Rpp4/2k5", "kr5R/pp6/1K2PR2/8/8/3NR2B/8/8"}) {
+        constexpr int kTriedPlies = 21;
+        CSearchedPosition plain(placement, kTriedPlies);
+        CProofGuide guide(std::size_t{16} << 20);
+        ASSERT_EQ(guide.Search(plain.Root(), 20'000), EProofResult::Proved) << placement;
+        for (const bool bGuided : {false, true}) {
+            CHeuristicLine line(placement, kTriedPlies, kMask);
+            CTrialLog log;
+            line.Analysis().m_pNodeLog = &log;
+            line.Analysis().m_pGuide = bGuided ? &guide : nullptr;
+            const TMateResult result = FindMateWhite<kLoggingNode>(&line.Root(), false);
+            EXPECT_GT(log.m_nWorthwhile, 0) << placement;
+            EXPECT_EQ(line.Context().m_nStopRequest == kStopRequest, !bGuided) << placement;
+            EXPECT_TRUE(!bGuided || result == MR_MATE) << placement;
+        }
+    }
 }
 
 } // namespace
