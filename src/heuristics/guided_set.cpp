@@ -16,7 +16,8 @@ namespace {
 
 constexpr std::size_t kMostPositions = 20'000;
 
-/// A mate of so many plies the pass finds whatever it doubts: such positions are many, and are left out.
+/// A mate of so many plies is found whatever is doubted of Black's replies: a rule spares those that are mated on the
+/// move. Such positions are many, and are left out.
 constexpr int kPliesOfLeaf = 3;
 
 /// Black's replies are verified where the sort of black moves would do it.
@@ -28,11 +29,12 @@ class CGuidedWalk {
 
     void Walk(TChessboard& p) {
         TMove move;
-        if (m_left == 0 || m_seen.size() >= kMostPositions || IsStopping(p) || !m_guide.Suggest(p, move) ||
-            m_guide.KnownPlies(p) <= kPliesOfLeaf || !m_seen.insert(HashBoard(p)).second)
+        if (m_left == 0 || m_seen.size() >= kMostPositions || IsStopping(p) || !m_guide.Suggest(p, move))
             return;
         if ((m_left & SH_DONTRECEDEBLACKKING) != 0 && RecedesFromBlackKing(p, move))
             m_left &= ~SH_DONTRECEDEBLACKKING;
+        if (m_guide.KnownPlies(p) <= kPliesOfLeaf || !m_seen.insert(HashBoard(p)).second)
+            return;
         TChessboard* const child = CopyToChild(&p);
         if (MakeWhiteMove(*child, move) != 0)
             WalkReplies(*child);

@@ -1,6 +1,7 @@
 #include "search/proof_search.h"
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 #include <new>
 #include <vector>
@@ -495,6 +496,7 @@ EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nM
 }
 
 bool FindAnsweredMate(TChessboard& p, TMove& move) {
+    assert(p.m_nMoves >= kAnsweredByRecursion);
     const CLookAsideOfProof aside(*p.m_pContext);
     const CPliesLent lent(p);
     TMove list[kMaxMoves];

@@ -21,8 +21,8 @@ namespace quillon {
 [[nodiscard]] EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nMostNodes,
                                        std::uint64_t& nNodes, int nThreads = 1);
 
-/// White to move in `p`: the move of a shortest mate within three plies, which the table tells of without a move. False
-/// if there is none, or on a stop; `move` is then as it was.
+/// White to move in `p`, three plies left or more: the move of a shortest mate within three plies, which the table
+/// tells of without a move. False if there is none, or on a stop; `move` is then as it was.
 [[nodiscard]] bool FindAnsweredMate(TChessboard& p, TMove& move);
 
 } // namespace quillon

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/king_flights.h"
 #include "core/knight_tables.h"
 #include "core/lines.h"
 #include "core/positions.h"
@@ -210,6 +211,7 @@ TEST_P(AttacksAgainstReference, FlightsOfTheBlackKing) {
             moves, [&](const reference::Move move) { return move.from == king && KingSteps(king, move.to) == 1; });
         ASSERT_EQ(HasBlackKingFlight(line.Now(), FileOf(king), RankOf(king)), flights != 0);
         ASSERT_EQ(CountBlackKingFreeSquares(line.Now()), flights);
+        ASSERT_EQ(CountSquares(BlackKingFreeSquares(TakeMasks(line.Now()))), flights);
     });
 }
 
