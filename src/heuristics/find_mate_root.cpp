@@ -67,9 +67,10 @@ class CDoubtOfPass {
 // What the best-first proof of the guide may cost, in positions expanded (300,000 to 400,000 take a second). A short
 // problem is solved by the passes before a long look would pay. Before the pass without heuristics, which may take
 // days, there is a second look, as long again. A run that wants all keys gains little from the first: it only gets the
-// brief look. Threads that share a look expand positions that one of them alone would have found needless (a tenth to a
-// half more with two, by chance of their timing): each may have as many as one alone. With less a mate that one thread
-// finds at the edge of its look was now found, now not; and the look is over no later.
+// brief look. Threads that share a look expand positions that one of them alone would have found needless (up to half
+// as many again with two, by chance of their timing; none on the average of 49 mates): each may have as many as one
+// alone. With less a mate that one thread finds at the edge of its look was now found, now not; and the look is over no
+// later.
 constexpr int kShortestLongLook = 13;
 constexpr std::uint64_t kBriefLook = 100, kLongLook = 2500; // times the square of the plies
 constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 5'000'000;

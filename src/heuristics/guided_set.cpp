@@ -16,10 +16,6 @@ namespace {
 
 constexpr std::size_t kMostPositions = 20'000;
 
-/// A mate of so many plies is found whatever is doubted of Black's replies: a rule spares those that are mated on the
-/// move. Such positions are many, and are left out.
-constexpr int kPliesOfLeaf = 3;
-
 /// Black's replies are verified where the sort of black moves would do it.
 constexpr int kShortestVerified = 4;
 
@@ -33,6 +29,7 @@ class CGuidedWalk {
             return;
         if ((m_left & SH_DONTRECEDEBLACKKING) != 0 && RecedesFromBlackKing(p, move))
             m_left &= ~SH_DONTRECEDEBLACKKING;
+        // A leaf mates whatever is doubted of Black's replies: a rule spares those that are mated on the move.
         if (m_guide.KnownPlies(p) <= kPliesOfLeaf || !m_seen.insert(HashBoard(p)).second)
             return;
         TChessboard* const child = CopyToChild(&p);

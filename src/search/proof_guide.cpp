@@ -27,9 +27,9 @@ constexpr std::uint64_t kFirstNodes = 30'000;
 /// are met again.
 constexpr std::uint64_t kBytesOfNode = 96;
 
-/// With so few plies left the recursion needs no guide. A mate of this length is kept all the same: met again with more
-/// plies left, it is one among many moves.
-constexpr int kShortestKept = 3, kShortestGuided = 5;
+/// With fewer plies left the recursion needs no guide. Leaves are kept all the same: met again with more plies left,
+/// such a mate is one among many moves.
+constexpr int kShortestGuided = 5;
 
 } // namespace
 
@@ -61,7 +61,7 @@ void CProofGuide::GrowTable(std::uint64_t nMostNodes) {
 /// White's position with everything that follows from it. Returns the plies to mate along the proof, or those left
 /// where the proof is not followed any further.
 int CProofGuide::Collect(TChessboard& p) {
-    if (p.m_nMoves < kShortestKept)
+    if (p.m_nMoves < kPliesOfLeaf)
         return p.m_nMoves;
     const std::uint64_t hash = HashBoard(p);
     const auto known = m_known.find(hash);
@@ -85,7 +85,7 @@ int CProofGuide::Collect(TChessboard& p) {
 
 /// The leaves, which are most of the positions, leave room for what is longer.
 std::size_t CProofGuide::MostKnown(int nPlies) const {
-    return nPlies == kShortestKept ? m_nMostKnown / 2 : m_nMostKnown;
+    return nPlies == kPliesOfLeaf ? m_nMostKnown / 2 : m_nMostKnown;
 }
 
 /// Returns the plies to mate behind the reply that holds out longest; 0 if it is mate.
@@ -102,8 +102,8 @@ int CProofGuide::CollectReplies(TChessboard& p) {
 }
 
 bool CProofGuide::FindMove(TChessboard& p, std::uint64_t hash, TMove& move) {
-    if (p.m_nMoves == kShortestKept)
-        return FindAnsweredMate(p, move);
+    if (p.m_nMoves == kPliesOfLeaf)
+        return FindShortMate(p, move);
     CProofTable::TFound found = m_table->Find(hash, p.m_nMoves);
     if (!found.m_bKnown || found.m_numbers.m_phi != 0) {
         if (SearchProof(p, *m_table, kNodesForLost, m_nNodes) != EProofResult::Proved)
@@ -111,7 +111,7 @@ bool CProofGuide::FindMove(TChessboard& p, std::uint64_t hash, TMove& move) {
         found = m_table->Find(hash, p.m_nMoves);
     }
     if (found.m_bKnown && found.m_numbers.m_phi == 0 && IsNullMove(found.m_move))
-        return FindAnsweredMate(p, move);
+        return FindShortMate(p, move);
     move = found.m_move;
     // The entry may be another position's of the same hash, or of the same board with other rights.
     return found.m_bKnown && found.m_numbers.m_phi == 0 && CanMake(p, move);

@@ -17,6 +17,9 @@
 
 namespace quillon {
 
+/// Mates of so many plies are the leaves of a guide.
+inline constexpr int kPliesOfLeaf = 3;
+
 class CProofGuide {
   public:
     /// The table of the search takes at most `nTableBytes` until a proof is found, the guide itself a fraction of it

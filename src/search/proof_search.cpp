@@ -370,8 +370,8 @@ class CProofSearch {
     /// `b`: the move is made.
     TEstimate Estimate(TChessboard& b) { return IsWhiteToMove(b) ? EstimateReply(b) : EstimateWhiteMove(b); }
 
-    /// The freer the black king is, the farther is mate, on either side of a reply. Without its flights twice as many
-    /// positions are expanded.
+    /// The freer the black king is, the farther is mate, on either side of a reply: without the flights half as many
+    /// positions again are expanded behind replies, and up to a third more behind White's moves.
     TEstimate EstimateWhiteMove(TChessboard& b) {
         const bool bCheck = b.m_blackChecker != kNoChecker;
         const TFigureMasks masks = TakeMasks(b);
@@ -495,7 +495,7 @@ EProofResult SearchProof(TChessboard& root, CProofTable& table, std::uint64_t nM
     return IsStopping(root) ? EProofResult::Open : team->Result();
 }
 
-bool FindAnsweredMate(TChessboard& p, TMove& move) {
+bool FindShortMate(TChessboard& p, TMove& move) {
     assert(p.m_nMoves >= kAnsweredByRecursion);
     const CLookAsideOfProof aside(*p.m_pContext);
     const CPliesLent lent(p);

@@ -23,6 +23,6 @@ namespace quillon {
 
 /// White to move in `p`, three plies left or more: the move of a shortest mate within three plies, which the table
 /// tells of without a move. False if there is none, or on a stop; `move` is then as it was.
-[[nodiscard]] bool FindAnsweredMate(TChessboard& p, TMove& move);
+[[nodiscard]] bool FindShortMate(TChessboard& p, TMove& move);
 
 } // namespace quillon

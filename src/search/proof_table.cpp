@@ -56,7 +56,7 @@ std::uint64_t WorthOf(std::uint32_t phi, std::uint32_t delta, std::uint16_t nPli
 
 } // namespace
 
-// The words are mixed each for itself, so that the processor works on several at once: three parts in four of the time.
+// The words are mixed each for itself, so that the processor works on several at once.
 std::uint64_t HashBoard(const TChessboard& b) {
     std::uint64_t hash = 0;
     std::uint64_t place = 0x9e3779b97f4a7c15u; // odd, another one for each word

@@ -10,8 +10,8 @@
 #include "cli/precalc_data.h"
 #include "cli/program_run.h"
 #include "cli/solve_settings.h"
-#include "globalregister/small_disk.h"
 #include "globalregister/table_files.h"
+#include "platform/lowered_limit.h"
 
 namespace quillon {
 namespace {

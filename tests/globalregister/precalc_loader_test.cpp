@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <functional>
 #include <random>
-#include <sys/resource.h>
 
 #include "core/chess_exception.h"
 #include "globalregister/table_conversion.h"
 #include "globalregister/table_files.h"
+#include "platform/lowered_limit.h"
 #include "platform/temporary_folder.h"
 #include "tempregister/failing_allocation.h"
 
@@ -365,33 +365,17 @@ TEST_F(PrecalcLoader, DamagedHeadsOfPackedTablesAreToldOf) {
     EXPECT_EQ(m_boxes.m_told, std::vector<std::string>{}) << "there is only no room";
 }
 
-/// No file can be opened while this lives.
-class CNoMoreFiles {
-  public:
-    CNoMoreFiles() {
-        EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &m_before), 0);
-        const rlimit none{0, m_before.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    }
-    ~CNoMoreFiles() { EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &m_before), 0); }
-    CNoMoreFiles(const CNoMoreFiles&) = delete;
-    CNoMoreFiles& operator=(const CNoMoreFiles&) = delete;
-
-  private:
-    rlimit m_before{};
-};
-
 // The size of a file that cannot be opened may be the right one.
 TEST_F(PrecalcLoader, OfAFileThatCannotBeOpenedNoSizeIsTold) {
 #if defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "the sanitizer's own checks open files";
+    GTEST_SKIP() << "the checks of the sanitizer open files themselves; the release build runs this";
 #endif
     const std::pair<const char*, void (*)(const fs::path&, const TElements&)> forms[] = {
         {"", WriteElements}, {".lz4", WriteLz4}, {".packed.lzw", WriteLzw}, {".packed.lz4", WriteSimple}};
     for (const auto& [extension, write] : forms) {
         write(First(extension), Rooks());
         {
-            const CNoMoreFiles none;
+            const CLoweredLimit none(RLIMIT_NOFILE, 0);
             ExpectRefusal(kDamaged, First(extension));
         }
         EXPECT_TRUE(LoadRook()) << extension;

@@ -1,8 +1,8 @@
 #include "globalregister/table_conversion.h"
 
 #include "globalregister/disk_access.h"
-#include "globalregister/small_disk.h"
 #include "globalregister/table_files.h"
+#include "platform/lowered_limit.h"
 #include "platform/temporary_folder.h"
 
 namespace quillon {

@@ -5,13 +5,13 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/resource.h>
 #include <vector>
 
 #include "core/answering_notifier.h"
 #include "library/problem_reading.h"
 #include "library/problem_writer.h"
 #include "platform/killed_saves.h"
+#include "platform/lowered_limit.h"
 #include "platform/temporary_folder.h"
 
 namespace quillon {
@@ -113,12 +113,10 @@ TEST(ProblemFileWriter, WhatCannotBeWrittenIsToldAndTheOldFileStays) {
               "Error opening file: " + nowhere.string() + " (No such file or directory)");
 
     folder.Write("a.cp", "old");
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit small{64, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    const std::string failure = FailureOf([&] { WriteProblemFile(folder.Path() / "a.cp", Library()); });
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    const std::string failure = FailureOf([&] {
+        const CLoweredLimit small(RLIMIT_FSIZE, 64);
+        WriteProblemFile(folder.Path() / "a.cp", Library());
+    });
     EXPECT_EQ(failure, "Error saving to file: " + (folder.Path() / "a.cp").string() + " (File too large)");
     EXPECT_EQ(ContentOf(folder.Path() / "a.cp"), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()), 1);
@@ -128,14 +126,12 @@ TEST(ProblemFileWriter, AFullDiskChangesNeitherTwin) {
     const CTemporaryFolder folder;
     folder.Write("a.cp", "old");
     folder.Write("a.cpx", "old");
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
     const std::size_t nWithout = FormatProblems(Library(), false).size();
     ASSERT_LT(nWithout, kWithComment.size() - 1);
-    const rlimit small{nWithout + 1, before.rlim_max}; // enough for the file without comments only
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    const std::string failure = FailureOf([&] { WriteProblemFile(folder.Path() / "a.cp", Library(), Twins()); });
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    const std::string failure = FailureOf([&] {
+        const CLoweredLimit small(RLIMIT_FSIZE, nWithout + 1); // enough for the file without comments only
+        WriteProblemFile(folder.Path() / "a.cp", Library(), Twins());
+    });
     EXPECT_EQ(failure, "Error saving to file: " + (folder.Path() / "a.cpx").string() + " (File too large)");
     EXPECT_EQ(ContentOf(folder.Path() / "a.cp"), "old");
     EXPECT_EQ(ContentOf(folder.Path() / "a.cpx"), "old");

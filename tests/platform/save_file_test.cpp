@@ -7,7 +7,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "platform/killed_saves.h"
+#include "platform/lowered_limit.h"
 #include "platform/temporary_folder.h"
 
 namespace quillon {
@@ -168,12 +168,10 @@ TEST(SaveFile, BeyondTheLimitOnFilesTheOldOneStays) {
     const CTemporaryFolder folder;
     const fs::path file = folder.Path() / "a";
     folder.Write("a", "first");
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit small{4096, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    const TSaveResult result = SaveFile(file, std::string(100'000, 'x'), true);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    const TSaveResult result = [&] {
+        const CSmallDisk small;
+        return SaveFile(file, std::string(100'000, 'x'), true);
+    }();
     EXPECT_EQ(result.m_error, std::errc::file_too_large);
     EXPECT_EQ(result.m_step, ESaveStep::Write);
     EXPECT_EQ(ContentOf(file), "first");
@@ -185,13 +183,11 @@ TEST(SaveFile, OfSeveralFilesNoneChangesUnlessAllCanBeWritten) {
     folder.Write("a", "first");
     folder.Write("b", "first");
     const std::string large(100'000, 'x');
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit small{4096, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
     const TFileToSave files[] = {{folder.Path() / "a", "second"}, {folder.Path() / "b", large}};
-    const TSaveResult result = SaveFiles(files, true);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    const TSaveResult result = [&] {
+        const CSmallDisk small;
+        return SaveFiles(files, true);
+    }();
     EXPECT_EQ(result.m_error, std::errc::file_too_large);
     EXPECT_EQ(result.m_nFile, 1u);
     EXPECT_EQ(ContentOf(folder.Path() / "a"), "first");

@@ -382,7 +382,7 @@ TEST(ProofSearch, FindsTheMoveOfAShortMate) {
             continue;
         CSearchedPosition line(placement, 9);
         TMove move{1, 2, 0, 0};
-        const bool bFound = FindAnsweredMate(line.Root(), move);
+        const bool bFound = FindShortMate(line.Root(), move);
         ASSERT_EQ(bFound, *truth > 0) << placement;
         ASSERT_EQ(line.Root().m_nMoves, 9);
         ++mates[std::max(*truth, 0)];
@@ -397,7 +397,7 @@ TEST(ProofSearch, FindsTheMoveOfAShortMate) {
         for (const reference::Move& reply : replies)
             ASSERT_TRUE(reference::ForcesMate(reference::Play(after, reply), 1)) << placement;
         line.Context().m_nStopRequest = kStopRequest;
-        EXPECT_FALSE(FindAnsweredMate(line.Root(), move)) << "stopped";
+        EXPECT_FALSE(FindShortMate(line.Root(), move)) << "stopped";
     }
     EXPECT_GT(mates[0], Floor(100));
     EXPECT_GT(mates[1], Floor(30));
