@@ -1,6 +1,8 @@
 #include "search/proof_guide.h"
 
 #include <algorithm>
+#include <bit>
+#include <new>
 
 #include "core/generation.h"
 #include "core/makers.h"
@@ -19,9 +21,9 @@ constexpr std::size_t kShareOfTable = 4;  // the map gets a quarter of what the 
 /// The table may have lost a position of the proof; to find it again takes so many positions at most.
 constexpr std::uint64_t kNodesForLost = 20'000;
 
-/// To clear a large table takes longer than most proofs: the first search gets one that is cleared in a moment.
+/// To touch a large table for the first time takes longer than most proofs: it begins small, and grows with the search.
 constexpr std::size_t kFirstTable = std::size_t{8} << 20;
-constexpr std::uint64_t kFirstNodes = 30'000;
+constexpr std::size_t kGrowth = 4;
 
 /// Every expanded position takes an entry of 16 bytes, and so do its children, of which there are a dozen; half of them
 /// are met again.
@@ -31,17 +33,30 @@ constexpr std::uint64_t kBytesOfNode = 96;
 /// such a mate is one among many moves.
 constexpr int kShortestGuided = 5;
 
+/// By whole steps of growth smaller than the last one: what both take while it grows is then known.
+std::size_t FirstTable(std::size_t nMostBytes) {
+    std::size_t bytes = std::bit_floor(nMostBytes);
+    while (bytes > kFirstTable)
+        bytes /= kGrowth;
+    return bytes;
+}
+
 } // namespace
 
 CProofGuide::CProofGuide(std::size_t nTableBytes)
-    : m_nTableBytes(nTableBytes), m_table(std::make_unique<CProofTable>(std::min(nTableBytes, kFirstTable))),
+    : m_nTableBytes(nTableBytes), m_table(std::make_unique<CProofTable>(FirstTable(nTableBytes))),
       m_nMostKnown(std::max<std::size_t>(nTableBytes / kShareOfTable / kBytesOfKnown, 1)) {}
 
 EProofResult CProofGuide::Search(TChessboard& root, std::uint64_t nMostNodes, int nThreads) {
     if (m_result != EProofResult::Open)
         return m_result;
-    GrowTable(nMostNodes);
-    m_result = SearchProof(root, *m_table, nMostNodes, m_nNodes, nThreads);
+    const std::uint64_t before = m_nNodes;
+    while (m_result == EProofResult::Open && m_nNodes - before < nMostNodes && !IsStopping(root)) {
+        if (RoomOfTable() == 0)
+            GrowTable(nThreads);
+        const std::uint64_t left = nMostNodes - (m_nNodes - before);
+        m_result = SearchProof(root, *m_table, std::min(left, RoomOfTable()), m_nNodes, nThreads);
+    }
     if (m_result == EProofResult::Proved)
         Collect(root);
     if (m_result != EProofResult::Open)
@@ -49,13 +64,23 @@ EProofResult CProofGuide::Search(TChessboard& root, std::uint64_t nMostNodes, in
     return m_result;
 }
 
-/// A search that is to take longer than the first table serves starts again with a larger one.
-void CProofGuide::GrowTable(std::uint64_t nMostNodes) {
-    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(nMostNodes * kBytesOfNode, m_nTableBytes));
-    if (nMostNodes <= kFirstNodes || m_table->Bytes() >= wanted / 2)
-        return;
-    m_table.reset();
-    m_table = std::make_unique<CProofTable>(wanted);
+/// For so many more positions the table is large enough, or has to be.
+std::uint64_t CProofGuide::RoomOfTable() const {
+    if (m_table->Bytes() > m_nTableBytes / 2)
+        return ~std::uint64_t{0};
+    const std::uint64_t most = m_table->Bytes() / kBytesOfNode;
+    return most > m_nNodes ? most - m_nNodes : 0;
+}
+
+/// Where there is no memory for a larger one the search goes on in the table that it has.
+void CProofGuide::GrowTable(int nThreads) {
+    const std::size_t bytes = m_table->Bytes();
+    try {
+        m_table->Grow(std::min(bytes * kGrowth, m_nTableBytes), nThreads);
+    } catch (const std::bad_alloc&) {
+    }
+    if (m_table->Bytes() == bytes)
+        m_nTableBytes = bytes;
 }
 
 /// White's position with everything that follows from it. Returns the plies to mate along the proof, or those left

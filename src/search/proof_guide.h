@@ -22,12 +22,13 @@ inline constexpr int kPliesOfLeaf = 3;
 
 class CProofGuide {
   public:
-    /// The table of the search takes at most `nTableBytes` until a proof is found, the guide itself a fraction of it
-    /// from then on. Throws std::bad_alloc.
+    /// The table of the search takes at most `nTableBytes` until a proof is found, for moments a quarter more, the
+    /// guide itself a fraction of it from then on. Throws std::bad_alloc.
     explicit CProofGuide(std::size_t nTableBytes);
 
     /// Goes on with the proof for at most `nMostNodes` positions of all threads. `root` and `nThreads` as for
     /// SearchProof, the root the same in every call.
+    ///   Errors  std::bad_alloc
     EProofResult Search(TChessboard& root, std::uint64_t nMostNodes, int nThreads = 1);
 
     /// Is there a forced mate to suggest from?
@@ -56,9 +57,10 @@ class CProofGuide {
     int CollectReplies(TChessboard& p);
     [[nodiscard]] bool FindMove(TChessboard& p, std::uint64_t hash, TMove& move);
 
-    void GrowTable(std::uint64_t nMostNodes);
+    [[nodiscard]] std::uint64_t RoomOfTable() const;
+    void GrowTable(int nThreads);
 
-    std::size_t m_nTableBytes;
+    std::size_t m_nTableBytes;            // as far as the table may grow
     std::unique_ptr<CProofTable> m_table; // none once the proof is found, or is known not to exist
     std::unordered_map<std::uint64_t, TKnown> m_known;
     std::size_t m_nMostKnown;

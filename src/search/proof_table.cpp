@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <new>
 
 #include "core/packed_move.h"
 #include "core/search_context.h"
+#include "platform/in_parts.h"
 
 namespace quillon {
 
@@ -17,6 +19,9 @@ constexpr std::uint64_t kMultiplier2 = 0x94d049bb133111ebu;
 
 // Eight squares without the marks that heuristics leave on pawns.
 constexpr std::uint64_t kUnmarked = 0x0101010101010101u * static_cast<TFigure>(~kPawnMayNotAdvance);
+
+constexpr std::uint64_t kMostPlies = 0x3ff; // as an entry has room for
+static_assert(kStackSlots <= kMostPlies);
 
 /// An open position without a best move was not searched yet.
 constexpr std::uint16_t kEstimated = 0;
@@ -40,13 +45,13 @@ void Raise(TProofNumbers& atLeast, const TProofNumbers& numbers, int nKnownPlies
         atLeast.m_delta = std::max(atLeast.m_delta, numbers.m_delta);
 }
 
-/// Changes the upper half, where the key stands, with whichever half of the numbers changes.
+/// Changes the upper half, where most of the key stands, with whichever half of the numbers changes.
 std::uint64_t SealOf(std::uint64_t numbers) { return numbers * kMultiplier1; }
 
 /// What an entry is worth keeping: a proof of a mate orders moves later on; else the numbers tell the work behind it,
 /// of which there is none behind an estimate.
 std::uint64_t WorthOf(std::uint32_t phi, std::uint32_t delta, std::uint16_t nPlies, std::uint16_t move) {
-    if (IsEmpty(phi, delta) || nPlies >= kStackSlots) // the latter: two stores have met here
+    if (IsEmpty(phi, delta) || nPlies >= kStackSlots) // the latter, often: two stores have met here
         return 0;
     const bool bWhite = (nPlies & 1) != 0;
     if (phi == 0 || delta == 0)
@@ -72,29 +77,74 @@ std::uint64_t HashBoard(const TChessboard& b) {
 }
 
 CProofTable::CProofTable(std::size_t nBytes)
-    : m_buckets(std::bit_floor(std::max<std::size_t>(nBytes / sizeof(TBucket), 1))), m_mask(m_buckets.size() - 1) {}
+    : m_nFirstBits(BitsOfBucket(nBytes)), m_nBuckets(std::size_t{1} << m_nFirstBits), m_mask(m_nBuckets - 1),
+      m_buckets(Allocate(m_nBuckets)) {
+    std::uninitialized_value_construct_n(m_buckets.get(), m_nBuckets);
+}
+
+int CProofTable::BitsOfBucket(std::size_t nBytes) {
+    return std::countr_zero(std::bit_floor(std::max<std::size_t>(nBytes / sizeof(TBucket), 1)));
+}
+
+CProofTable::TBuckets CProofTable::Allocate(std::size_t nBuckets) {
+    return {CLargePageAllocator<TBucket>().allocate(nBuckets), {nBuckets}};
+}
+
+void CProofTable::Grow(std::size_t nBytes, int nThreads) {
+    const std::size_t count = std::size_t{1} << std::min(BitsOfBucket(nBytes), m_nFirstBits + kGrowthBits);
+    if (count <= m_nBuckets)
+        return;
+    TBuckets grown = Allocate(count);
+    InParts(m_nBuckets, nThreads, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i)
+            Spread(i, grown.get(), count);
+    });
+    m_buckets = std::move(grown);
+    m_nBuckets = count;
+    m_mask = count - 1;
+}
+
+/// The buckets that take the place of one are as far apart as the table was large, so all of memory is read and written
+/// in order.
+void CProofTable::Spread(std::size_t nBucket, TBucket* grown, std::size_t nGrown) const {
+    for (std::size_t i = nBucket; i < nGrown; i += m_nBuckets)
+        ::new (grown + i) TBucket();
+    const TBucket& bucket = m_buckets[nBucket];
+    for (std::size_t place = 0; place < bucket.m_entries.size(); ++place) {
+        const TRecord entry = bucket.m_entries[place].Read();
+        if (IsEmpty(entry.m_phi, entry.m_delta))
+            continue;
+        // Only the new bits: an entry in which two stores have met tells any.
+        const std::size_t more = (entry.m_key & (kMostGrowth - 1)) << m_nFirstBits & (nGrown - m_nBuckets);
+        grown[nBucket | more].m_entries[place].Take(bucket.m_entries[place]);
+    }
+}
 
 CProofTable::TRecord CProofTable::CEntry::Read() const {
     const std::uint64_t numbers = m_numbers.load(std::memory_order_relaxed);
     const std::uint64_t names = m_names.load(std::memory_order_relaxed) ^ SealOf(numbers);
-    return {static_cast<std::uint32_t>(names >> 32), static_cast<std::uint32_t>(numbers),
-            static_cast<std::uint32_t>(numbers >> 32), static_cast<std::uint16_t>(names >> 16),
-            static_cast<std::uint16_t>(names)};
+    return {names >> 26, static_cast<std::uint32_t>(numbers), static_cast<std::uint32_t>(numbers >> 32),
+            static_cast<std::uint16_t>(names >> 16 & kMostPlies), static_cast<std::uint16_t>(names)};
 }
 
 void CProofTable::CEntry::Write(const TRecord& record) {
     const std::uint64_t numbers = std::uint64_t{record.m_delta} << 32 | record.m_phi;
-    const std::uint64_t names =
-        std::uint64_t{record.m_key} << 32 | std::uint64_t{record.m_nPlies} << 16 | record.m_move;
+    const std::uint64_t names = record.m_key << 26 | std::uint64_t{record.m_nPlies} << 16 | record.m_move;
     m_names.store(names ^ SealOf(numbers), std::memory_order_relaxed);
     m_numbers.store(numbers, std::memory_order_relaxed);
 }
 
+void CProofTable::CEntry::Take(const CEntry& other) {
+    m_names.store(other.m_names.load(std::memory_order_relaxed), std::memory_order_relaxed);
+    m_numbers.store(other.m_numbers.load(std::memory_order_relaxed), std::memory_order_relaxed);
+}
+
 CProofTable::TFound CProofTable::Find(std::uint64_t hash, int nPlies) const {
     TFound found;
+    const std::uint64_t key = KeyOf(hash);
     for (const CEntry& stored : BucketOf(hash).m_entries) {
         const TRecord entry = stored.Read();
-        if (entry.m_key != KeyOf(hash) || IsEmpty(entry.m_phi, entry.m_delta) || ((entry.m_nPlies ^ nPlies) & 1) != 0)
+        if (entry.m_key != key || IsEmpty(entry.m_phi, entry.m_delta) || ((entry.m_nPlies ^ nPlies) & 1) != 0)
             continue;
         const bool bVerdict = HoldsFor(entry.m_phi, entry.m_delta, entry.m_nPlies, nPlies);
         const TProofNumbers numbers{entry.m_phi, entry.m_delta};
@@ -112,12 +162,13 @@ CProofTable::TFound CProofTable::Find(std::uint64_t hash, int nPlies) const {
 }
 
 void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move) {
-    TBucket& bucket = m_buckets[hash & m_mask];
+    TBucket& bucket = BucketOf(hash);
+    const std::uint64_t key = KeyOf(hash);
     CEntry* victim = &bucket.m_entries[0];
     std::uint64_t least = ~std::uint64_t{0};
     for (CEntry& stored : bucket.m_entries) {
         const TRecord entry = stored.Read();
-        if (entry.m_key == KeyOf(hash) && entry.m_nPlies == nPlies) {
+        if (entry.m_key == key && entry.m_nPlies == nPlies) {
             victim = &stored;
             break;
         }
@@ -127,20 +178,21 @@ void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& num
             victim = &stored;
         }
     }
-    victim->Write({KeyOf(hash), numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), PackMove(move)});
+    victim->Write({key, numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), PackMove(move)});
 }
 
 void CProofTable::StoreEstimate(std::uint64_t hash, int nPlies, const TProofNumbers& numbers) {
+    const std::uint64_t key = KeyOf(hash);
     CEntry* free = nullptr;
-    for (CEntry& stored : m_buckets[hash & m_mask].m_entries) {
+    for (CEntry& stored : BucketOf(hash).m_entries) {
         const TRecord entry = stored.Read();
-        if (entry.m_key == KeyOf(hash) && entry.m_nPlies == nPlies)
+        if (entry.m_key == key && entry.m_nPlies == nPlies)
             return; // another thread was here meanwhile
         if (free == nullptr && IsEmpty(entry.m_phi, entry.m_delta))
             free = &stored;
     }
     if (free != nullptr)
-        free->Write({KeyOf(hash), numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), kEstimated});
+        free->Write({key, numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), kEstimated});
 }
 
 } // namespace quillon

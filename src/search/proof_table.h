@@ -1,8 +1,8 @@
 #pragma once
 // The table of a best-first proof: what is known of a position with so many plies left, as proof and disproof numbers.
 //
-// A cache. What it loses has to be searched again, and two positions with the same 52 bits of hash are taken for one:
-// the proof it serves only orders moves, so neither bears on a verdict.
+// A cache. What it loses has to be searched again, and two positions with the same 55 bits of hash (fewer in a table
+// made small) are taken for one: the proof it serves only orders moves, so neither bears on a verdict.
 //
 // Threads: any number may find and store at once, without a lock. An entry is two words, and each of them is read and
 //          written whole (relaxed). The first is sealed with the second: if they are of two stores that met, the seal
@@ -12,7 +12,8 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
+#include <type_traits>
 
 #include "core/chessboard.h"
 #include "core/move.h"
@@ -45,7 +46,13 @@ class CProofTable {
     /// At least one bucket; at most `nBytes` otherwise. Throws std::bad_alloc.
     explicit CProofTable(std::size_t nBytes);
 
-    [[nodiscard]] std::size_t Bytes() const { return m_buckets.size() * sizeof(TBucket); }
+    [[nodiscard]] std::size_t Bytes() const { return m_nBuckets * sizeof(TBucket); }
+
+    /// Becomes as large as a new table of `nBytes`, at most kMostGrowth times as large as it was made, and keeps what
+    /// it knows; in between it takes both. No other thread is at the table.
+    ///   nThreads  that share the work: to touch new memory takes its time.
+    ///   Errors    std::bad_alloc; the table is then as it was.
+    void Grow(std::size_t nBytes, int nThreads = 1);
 
     struct TFound {
         TProofNumbers m_numbers;
@@ -70,22 +77,26 @@ class CProofTable {
     /// place, and the first to give way.
     void StoreEstimate(std::uint64_t hash, int nPlies, const TProofNumbers& numbers);
 
+    static constexpr int kGrowthBits = 6;
+    static constexpr std::size_t kMostGrowth = std::size_t{1} << kGrowthBits;
+
   private:
     /// What an entry says.
     struct TRecord {
-        std::uint32_t m_key = 0;
+        std::uint64_t m_key = 0;
         std::uint32_t m_phi = 0, m_delta = 0; // both 0: empty
         std::uint16_t m_nPlies = 0;
         std::uint16_t m_move = 0; // packed
     };
 
-    //  word     bits 63..32  31..16  15..0
-    //  names    key          plies   move     xor the seal of the numbers
-    //  numbers  delta        phi
+    //  word     bits 63..32  31..26  25..16  15..0
+    //  names    key                  plies   move     xor the seal of the numbers
+    //  numbers  delta        phi (31..0)
     class CEntry {
       public:
         [[nodiscard]] TRecord Read() const;
         void Write(const TRecord& record);
+        void Take(const CEntry& other); // as it stands
 
       private:
         std::atomic<std::uint64_t> m_names{0}, m_numbers{0}; // all 0: empty
@@ -97,11 +108,29 @@ class CProofTable {
     };
     static_assert(sizeof(TBucket) == 64);
 
-    [[nodiscard]] static std::uint32_t KeyOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
-    [[nodiscard]] const TBucket& BucketOf(std::uint64_t hash) const { return m_buckets[hash & m_mask]; }
+    struct TRelease {
+        std::size_t m_nCount;
+        void operator()(TBucket* buckets) const noexcept {
+            CLargePageAllocator<TBucket>().deallocate(buckets, m_nCount);
+        }
+    };
+    using TBuckets = std::unique_ptr<TBucket[], TRelease>;
+    static_assert(std::is_trivially_destructible_v<TBucket>);
 
-    std::vector<TBucket, CLargePageAllocator<TBucket>> m_buckets; // a power of two
+    /// The upper half of the hash, and below it the bits that tell the bucket when the table has grown.
+    [[nodiscard]] std::uint64_t KeyOf(std::uint64_t hash) const {
+        return hash >> 32 << kGrowthBits | (hash >> m_nFirstBits & (kMostGrowth - 1));
+    }
+    [[nodiscard]] TBucket& BucketOf(std::uint64_t hash) const { return m_buckets[hash & m_mask]; }
+
+    [[nodiscard]] static int BitsOfBucket(std::size_t nBytes);
+    [[nodiscard]] static TBuckets Allocate(std::size_t nBuckets);
+    void Spread(std::size_t nBucket, TBucket* grown, std::size_t nGrown) const;
+
+    int m_nFirstBits;       // of the hash: they tell the bucket in the table as it was made
+    std::size_t m_nBuckets; // a power of two
     std::uint64_t m_mask;
+    TBuckets m_buckets;
 };
 
 } // namespace quillon

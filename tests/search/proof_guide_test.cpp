@@ -281,6 +281,28 @@ TEST(ProofThreads, ALongMateOfThreeIsFollowedToItsEnd) {
         EXPECT_EQ(CProofGuide(kTable).Search(line.Root(), kAmple, 1 + i), EProofResult::Proved);
 }
 
+/// Nothing is searched twice: not what a shorter look has found, nor what the table knew before it grew.
+TEST(ProofGuide, ALongerLookGoesOnWithAllThatIsKnown) {
+    constexpr const char* kPlacement = "8/8/3p4/3k4/8/8/4P3/KQ6";
+    constexpr int kPlies = 25;
+    constexpr std::size_t kSecondTable = std::size_t{16} << 20; // the first serves for 43,690 positions
+    std::uint64_t atOnce = 0;
+    CSearchedPosition line(kPlacement, kPlies);
+    CProofTable table(kSecondTable);
+    ASSERT_EQ(SearchProof(line.Root(), table, kAmple, atOnce), EProofResult::Proved);
+    ASSERT_GT(atOnce, 50'000u);
+    ASSERT_LT(atOnce, 80'000u); // so to begin anew with the second table would make it more than 3/2
+    for (const std::uint64_t look : {std::uint64_t{20'000}, kAmple}) {
+        CSearchedPosition again(kPlacement, kPlies);
+        CProofGuide guide(kSecondTable);
+        while (guide.Search(again.Root(), look) == EProofResult::Open && guide.Nodes() < 2 * atOnce) {
+        }
+        EXPECT_TRUE(guide.IsProved());
+        EXPECT_LT(guide.Nodes(), atOnce * 3 / 2) << "in looks of " << look;
+        EXPECT_GT(guide.Nodes(), atOnce / 2) << "in looks of " << look;
+    }
+}
+
 TEST(ProofGuide, ALongMateIsFollowedToItsEnd) {
     CSearchedPosition line("8/8/8/3k4/8/8/8/KQ6", 19);
     CProofGuide guide(std::size_t{16} << 20);

@@ -1,7 +1,13 @@
 #include "search/proof_table.h"
 
+#include <algorithm>
 #include <array>
+#include <functional>
 #include <gtest/gtest.h>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "platform/thread.h"
 #include "search/searched_position.h"
@@ -133,6 +139,64 @@ TEST(ProofTable, ThreadsThatMeetInABucketLeaveNoMixedEntry) {
     for (std::size_t t = 0; t < found.size(); ++t) {
         EXPECT_EQ(mixed[t], 0);
         EXPECT_GT(found[t], 1000);
+    }
+}
+
+TEST(ProofTable, ItKeepsWhatItKnowsWhenItGrows) {
+    constexpr std::size_t kFirst = std::size_t{64} << 10; // 4096 entries
+    constexpr std::uint32_t kStored = 3000;
+    for (const int threads : {1, 3}) {
+        CProofTable table(kFirst);
+        std::mt19937_64 rng(23);
+        std::vector<std::uint64_t> hashes(kStored), others(kStored);
+        for (std::vector<std::uint64_t>* const hashesOf : {&hashes, &others})
+            std::ranges::generate(*hashesOf, std::ref(rng));
+        const auto known = [&] {
+            std::vector<std::uint32_t> found;
+            for (std::uint32_t i = 0; i < kStored; ++i)
+                if (const CProofTable::TFound entry = table.Find(hashes[i], 9 + 2 * (i % 3)); entry.m_bKnown) {
+                    EXPECT_EQ(entry.m_numbers.m_phi, i + 1);
+                    EXPECT_EQ(entry.m_numbers.m_delta, 2 * i + 1);
+                    EXPECT_TRUE(SameMove(entry.m_move, kMove));
+                    found.push_back(i);
+                }
+            return found;
+        };
+        for (std::uint32_t i = 0; i < kStored; ++i)
+            table.Store(hashes[i], 9 + 2 * static_cast<int>(i % 3), {i + 1, 2 * i + 1}, kMove);
+        const std::vector<std::uint32_t> before = known();
+        EXPECT_GT(before.size(), kStored * 3 / 4);
+        for (const std::size_t times : {2u, 4u, 16u, 64u}) {
+            table.Grow(times * kFirst, threads);
+            EXPECT_EQ(table.Bytes(), times * kFirst);
+            EXPECT_EQ(known(), before) << times << " times as large";
+        }
+        for (const std::uint64_t other : others)
+            EXPECT_FALSE(table.Find(other, 9).m_bKnown);
+        table.Store(others[0], 9, {7, 11}, kMove);
+        EXPECT_TRUE(table.Find(others[0], 9).m_bKnown);
+    }
+}
+
+TEST(ProofTable, ItGrowsNoFurtherThanItsKeysTell) {
+    CProofTable table(256);
+    table.Grow(100); // no smaller
+    EXPECT_EQ(table.Bytes(), 256u);
+    table.Grow(1000);
+    EXPECT_EQ(table.Bytes(), 512u);
+    table.Grow(std::size_t{1} << 20);
+    EXPECT_EQ(table.Bytes(), 256 * CProofTable::kMostGrowth);
+}
+
+/// What grows from one bucket are bits of the hash next to those that told the bucket: they stand in the key.
+TEST(ProofTable, HashesThatPartWhenItGrowsWereTwoBefore) {
+    CProofTable table(1);
+    for (std::uint64_t i = 0; i < 4; ++i)
+        table.Store(kHash ^ i, 9, {static_cast<std::uint32_t>(i) + 1, 5}, kMove);
+    for (const std::size_t bytes : {64u, 128u, 256u}) {
+        table.Grow(bytes);
+        for (std::uint64_t i = 0; i < 4; ++i)
+            EXPECT_EQ(table.Find(kHash ^ i, 9).m_numbers.m_phi, i + 1) << bytes;
     }
 }
 
