@@ -110,12 +110,14 @@ class CProofSearch {
 
     /// Works below `p` until its numbers reach a threshold; returns and stores them.
     TProofNumbers Expand(TChessboard& p, std::uint64_t hash, std::uint32_t phiBound, std::uint32_t deltaBound) {
+        const CProofTable::TFound known = m_table.Find(hash, p.m_nMoves);
+        if (known.m_bKnown && IsDecided(known.m_numbers)) // since its parent was expanded, here or by another thread
+            return known.m_numbers;
         CountNode(p);
         if (p.m_nMoves == kAnsweredByRecursion)
             return Answer(p, hash);
         const CStay stay(*this, {hash, p.m_nMoves});
         const std::size_t first = m_children.size();
-        const CProofTable::TFound known = m_table.Find(hash, p.m_nMoves);
         const bool bEnded = ListMoves(p, known.m_bKnown && !IsNullMove(known.m_move));
         if (IsStopping(p)) { // Black's certain escapes are searched for: a stop in between is none
             m_children.resize(first);
@@ -240,11 +242,6 @@ class CProofSearch {
     }
 
     TProofNumbers ExpandChild(TChessboard& p, const TChild& child, std::uint32_t phiBound, std::uint32_t deltaBound) {
-        if (!m_team.IsAlone()) {
-            const TProofNumbers known = Known(child.m_hash, p.m_nMoves - 1);
-            if (IsDecided(known))
-                return known;
-        }
         if (TChessboard* const made = Make(p, child.m_move); made != nullptr)
             return Expand(*made, child.m_hash, phiBound, deltaBound);
         if (IsStopping(p))
