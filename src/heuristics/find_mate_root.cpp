@@ -67,13 +67,17 @@ class CDoubtOfPass {
 // What the best-first proof of the guide may cost, in positions expanded (300,000 to 400,000 take a second). A short
 // problem is solved by the passes before a long look would pay. Before the pass without heuristics, which may take
 // days, there is a second look, as long again. A run that wants all keys gains little from the first: it only gets the
-// brief look. Threads that share a look expand positions that one of them alone would have found needless (up to half
-// as many again with two, by chance of their timing; none on the average of 49 mates): each may have as many as one
-// alone. With less a mate that one thread finds at the edge of its look was now found, now not; and the look is over no
-// later.
+// brief look.
 constexpr int kShortestLongLook = 13;
 constexpr std::uint64_t kBriefLook = 100, kLongLook = 2500; // times the square of the plies
 constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 5'000'000;
+
+/// Threads that share a look expand positions that one of them alone would have found needless, by chance of their
+/// timing: two of them 7 % on the average of 49 mates, half as many again in some. What one may expand has to find its
+/// mate with several, too; each further thread adds half of it, so that a look in vain is over sooner all the same.
+std::uint64_t PositionsOfThreads(std::uint64_t nPositions, int nThreads) {
+    return nPositions * static_cast<std::uint64_t>(nThreads + 1) / 2;
+}
 
 /// Plies from which on heuristics are worth their passes.
 constexpr int kShortestHeuristicRun = 15;
@@ -143,10 +147,9 @@ class CRootRun final : public IRootMoves {
         if (m_run.m_pGuide == nullptr || m_root.m_nMoves < kShortestGuidedRun || m_bAnsweredByData || IsEnded())
             return;
         const std::uint64_t square = std::uint64_t{m_root.m_nMoves} * m_root.m_nMoves;
-        LetGuideSearch(std::min(kBriefLook * square, kMostBriefLook));
         const bool bLongLook = IsLongLookWorthwhile();
-        if (bLongLook)
-            LetGuideSearch(std::min(kLongLook * square, kMostLongLook));
+        LetGuideSearch(bLongLook ? std::min(kLongLook * square, kMostLongLook)
+                                 : std::min(kBriefLook * square, kMostBriefLook));
         if (m_run.m_pGuide->IsProved())
             LeaveOutWhatDoubtsGuide();
         else if (bLongLook)
@@ -240,15 +243,15 @@ class CRootRun final : public IRootMoves {
             LeaveOut(HeuristicsAgainstGuide(m_root, *m_run.m_pGuide, asked), "it would doubt that mate");
     }
 
-    void LetGuideSearch(std::uint64_t nMostNodes) {
+    ///   nPositions  that one thread may expand; the search goes on from the one before.
+    void LetGuideSearch(std::uint64_t nPositions) {
         if (m_run.m_pGuide->IsProved() || IsStopping(m_root) || m_bAnsweredByData)
             return;
         m_root.m_nHeuristics = m_root.m_nHeurParams = 0;
         SetPassNumber();
         m_analysis.m_pStatusText.store(kGuideLooking, std::memory_order_relaxed);
         const int threads = ThreadsForLook(m_analysis);
-        const EProofResult result =
-            m_run.m_pGuide->Search(m_root, nMostNodes * static_cast<std::uint64_t>(threads), threads);
+        const EProofResult result = m_run.m_pGuide->Search(m_root, PositionsOfThreads(nPositions, threads), threads);
         m_analysis.m_pStatusText.store("", std::memory_order_relaxed);
         if (result != EProofResult::Proved)
             return;
