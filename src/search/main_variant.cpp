@@ -234,6 +234,9 @@ TChessboard* MakeMatingMove(TChessboard& b, TMove& mating) {
 /// Spent on every turn: short mates are told from long ones even when the bound is used up.
 constexpr std::uint64_t kFewestPositions = 20'000;
 
+/// Of what is left, for the length of the mate behind an only reply: no choice of Black's depends on it.
+constexpr std::uint64_t kShareOfOnlyReply = 8;
+
 // What best-first proofs may expand to tell replies apart that the bound has left: for one length of one reply, and in
 // all.
 constexpr std::uint64_t kProofNodes = 20'000, kAllProofNodes = 200'000;
@@ -253,14 +256,22 @@ class CVariant {
 
     /// The best reply of `b`, in the plies that White needs behind it.
     TReply LongestReply(TChessboard& b, std::vector<TReply> replies) {
+        const bool bOnly = replies.size() == 1;
         bool bCutShort = false;
         {
-            const CBoundedLook look(m_context, m_analysis, std::max(m_nLeft, kFewestPositions));
+            const std::uint64_t most = std::max(bOnly ? m_nLeft / kShareOfOnlyReply : m_nLeft, kFewestPositions);
+            const CBoundedLook look(m_context, m_analysis, most);
             replies = LongestReplies(b, std::move(replies), bCutShort);
             FlushPositions(m_context, m_analysis);
-            m_nLeft = m_context.m_nPositionsLeft;
+            // Threads that were cut short, by the bound or for want of memory, have parts of it left, which would serve
+            // no later turn better.
+            const std::uint64_t spent = bCutShort ? most : most - m_context.m_nPositionsLeft;
+            m_nLeft -= std::min(spent, m_nLeft);
         }
-        return bCutShort ? LongestAsKnown(b, std::move(replies)) : replies.front();
+        if (!bCutShort)
+            return replies.front();
+        return bOnly ? TReply{replies.front().m_move, KnownPlies(b, replies.front().m_move)}
+                     : LongestAsKnown(b, std::move(replies));
     }
 
     /// A white move that mates. Of a mate too long to be proved again within the bound a best-first proof has to do.

@@ -17,6 +17,7 @@ inline constexpr std::uint64_t kVariantPositions = 1'000'000;
 ///   root            the root of a run, in its slot; `key` mates within its m_nMoves.
 ///   nMostPositions  what may be spent on telling the lengths of the replies apart, and as much again on White's moves.
 ///                   With less than it takes, a reply that holds out longest as far as is known stands for the best.
+///                   An only reply gets a part of it: the mate behind it may then be longer than need be.
 ///   Empty if the search is stopped on the way, or the moves that mate are not found again within the bound.
 [[nodiscard]] std::vector<TMove> BuildMainVariant(TChessboard& root, const TMove& key,
                                                   std::uint64_t nMostPositions = kVariantPositions);

@@ -99,6 +99,19 @@ std::vector<TMove> LineOfThreads(const char* placement, int nMoves, const char* 
     return BuildMainVariant(line.Root(), ParseMove(key, true), nMostPositions);
 }
 
+/// The king shuttles between g8 and h8 while a knight sets the pawn free and that promotes: Black never has a choice.
+/// How soon the only reply is mated is then of little use, and takes little of what may be spent.
+TEST(MainVariant, OnlyRepliesLeaveTheBoundToChoices) {
+    constexpr std::uint64_t kBound = 800'000; // less than the first trial alone would take
+    CSearchedPosition line("6k1/4K2p/7P/8/8/p1p5/P1P5/5B1N", 25);
+    const std::vector<TMove> moves = BuildMainVariant(line.Root(), ParseMove("Nh1-f2", true), kBound);
+    ASSERT_EQ(moves.size(), 23u);
+    EXPECT_EQ(moves.back().m_nTo, 58); // c8
+    FlushPositions(line.Context(), line.Analysis());
+    EXPECT_GT(line.Analysis().m_nPositions, kBound / 4);
+    EXPECT_LT(line.Analysis().m_nPositions, kBound * 5 / 8);
+}
+
 /// Whichever of several best replies they find first, Black holds out as long.
 TEST(MainVariant, IsAsLongWhenThreadsShareTheWork) {
     for (const int threads : {1, 2, 3})
