@@ -350,6 +350,8 @@ std::vector<std::string> CSolve::VariantTexts() {
 }
 
 TSolvingResult CSolve::Collect(double seconds) {
+    ClearManualCommand(m_analysis); // it means a line of the solve, not one of the main variant
+    m_context->m_nCalledBackTo = 0;
     TSolvingResult result;
     result.m_solutions = m_run.m_solutions;
     result.m_passes = m_run.m_passes;

@@ -18,7 +18,7 @@ namespace {
 class CLevelGroup {
   public:
     CLevelGroup(TChessboard& p, TNodeFunction node)
-        : m_p(p), m_context(*p.m_pContext), m_node(node), m_group(*p.m_pAnalysis, *p.m_pContext) {}
+        : m_p(p), m_context(*p.m_pContext), m_node(node), m_group(*p.m_pAnalysis, *p.m_pContext, &p) {}
 
     /// false: no group of at least two threads came about.
     bool Form(const TMove* list, int nMoves) {

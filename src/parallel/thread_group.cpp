@@ -105,6 +105,7 @@ int CThreadGroup::NextEnded() const {
 }
 
 void CThreadGroup::Forward() {
+    m_bStopping = m_bStopping || (m_pNode != nullptr && IsLeaving(*m_pNode));
     const std::uint8_t request = m_bStopping ? kStopRequest : RequestFor(m_analysis, m_owner);
     if (request == m_forwarded)
         return;

@@ -32,7 +32,11 @@ inline constexpr int kForwardMs = 10;
 class CThreadGroup {
   public:
     /// `owner` is the context of the thread that forms the group and waits for it.
-    CThreadGroup(TAnalysis& analysis, const TSearchContext& owner) : m_analysis(analysis), m_owner(owner) {}
+    ///   pNode  where it waits, if a manual command may call it away from there to a node above: the members are
+    ///   stopped
+    ///          then, and the owner is called back. Outlives the group.
+    CThreadGroup(TAnalysis& analysis, const TSearchContext& owner, const TChessboard* pNode = nullptr)
+        : m_analysis(analysis), m_owner(owner), m_pNode(pNode) {}
     CThreadGroup(const CThreadGroup&) = delete;
     CThreadGroup& operator=(const CThreadGroup&) = delete;
     ~CThreadGroup();
@@ -76,6 +80,7 @@ class CThreadGroup {
 
     TAnalysis& m_analysis;
     const TSearchContext& m_owner;
+    const TChessboard* const m_pNode;
     std::deque<TMember> m_members;
     std::uint8_t m_forwarded = kRunRequest;
     bool m_bStopping = false;

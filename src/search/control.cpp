@@ -319,7 +319,7 @@ void DropOwnCommand(TAnalysis& analysis, std::uint32_t thread) {
     const CControlLock lock(analysis);
     const auto number = static_cast<std::uint16_t>(thread);
     UnmarkStopped(analysis, number);
-    if (IsInForceFor(analysis, number) && analysis.m_nCommand.load(std::memory_order_relaxed) != kManualCommand)
+    if (IsInForceFor(analysis, number))
         EndCommand(analysis);
 }
 

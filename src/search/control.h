@@ -75,7 +75,7 @@ void GiveManualCommand(TAnalysis& analysis, const TManualCommand& command);
 ///            cleared all the same.
 bool ObeyManualCommand(const TChessboard& b, TMove* list, int nMoves, int& i, int& nSkipped);
 
-/// A thread that ends takes back a pause or stop that was meant for it alone: a later thread of its number is another.
+/// A thread that ends takes back what was meant for it alone: a later thread of its number is another.
 void DropOwnCommand(TAnalysis& analysis, std::uint32_t thread);
 
 /// A solve that ends takes back what was meant for it or for single threads of it: stops and pauses; another start is

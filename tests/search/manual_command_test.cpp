@@ -136,6 +136,23 @@ TEST(ManualCommand, NoCommandTakesBackAStopOfOneThread) {
     EXPECT_TRUE(IsLeaving(stopped.Root()));
 }
 
+/// A later thread of its number may have a node with as many plies left, in another line.
+TEST(ManualCommand, EndsWithTheThreadThatItWasMeantFor) {
+    CCalledBack node(4, 1);
+    TAnalysis& analysis = node.m_line.Analysis();
+    TManualCommand command = Skip(kSkipToNext);
+    command.m_nThread = 7;
+    GiveManualCommand(analysis, command);
+    DropOwnCommand(analysis, 8);
+    EXPECT_EQ(analysis.m_nCommand, kManualCommand);
+    DropOwnCommand(analysis, 7);
+    EXPECT_EQ(analysis.m_nCommand, kNoCommand);
+    command.m_nThread = kAllThreads;
+    GiveManualCommand(analysis, command);
+    DropOwnCommand(analysis, 7);
+    EXPECT_EQ(analysis.m_nCommand, kManualCommand);
+}
+
 /// Who has taken it goes on to stop, and a later thread of the same number runs.
 TEST(ManualCommand, AStopOfOneThreadEndsWithTheThread) {
     CSearchedPosition first("8/8/8/8/7Q/n1K5/8/k7", 15), later("8/8/8/8/7Q/n1K5/8/k7", 15);
