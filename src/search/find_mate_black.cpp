@@ -167,6 +167,8 @@ void PublishIndex(const TChessboard& b, int i) {
     context.m_moveIndex[b.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
     context.m_moveIndexShown[b.m_nMoves].store(static_cast<std::uint8_t>(i), std::memory_order_relaxed);
     context.m_moveCount[b.m_nMoves - 1u].store(0, std::memory_order_relaxed); // the last sibling's answers
+    if (b.m_nMoves == context.m_nObservedPlies) [[unlikely]]
+        ShowLowestObservedIndex(b, i);
 }
 
 /// Step 8d.

@@ -139,11 +139,16 @@ void CObservedLine::RefreshIndices(const TSearchContext& context, int nFrom, int
     }
 }
 
+/// A reply in the line of the game.
+bool CObservedLine::IsShown(const TChessboard& b) {
+    return b.m_pPrevious != nullptr && b.m_pPrevious->m_nMoves == b.m_nMoves + 1 && IsInMainLine(b);
+}
+
 void CObservedLine::Show(const TChessboard& b) {
     const TSearchContext& context = *b.m_pContext;
     const TChessboard* const white = b.m_pPrevious;
     const int root = b.m_nInitialMoves;
-    if (white == nullptr || white->m_nMoves != b.m_nMoves + 1 || !IsInMainLine(b))
+    if (!IsShown(b))
         return;
     const auto show = [&](const TChessboard& node, int nIndex) {
         CObservedLevel* const level = Level(root, node.m_nMoves);
@@ -160,6 +165,15 @@ void CObservedLine::Show(const TChessboard& b) {
     show(b, 0);
     if (CObservedLevel* const below = Level(root, b.m_nMoves - 1))
         below->Clear(); // and with it what stands below
+    m_nShownTicks.store(TickCount64(), std::memory_order_relaxed);
+}
+
+void CObservedLine::ShowLowestIndex(const TChessboard& b, int nIndex) {
+    CObservedLevel* const level = Level(b.m_nInitialMoves, b.m_nMoves);
+    if (level == nullptr || !IsShown(b))
+        return;
+    const CWriting writing(*this);
+    level->SetIndex(nIndex);
     m_nShownTicks.store(TickCount64(), std::memory_order_relaxed);
 }
 
@@ -216,9 +230,11 @@ void CObservedLines::Begin(TSearchContext& context) {
     }
     CObservedLine& line = *context.m_pObservedLine;
     line.Begin(context);
-    const int lowest = context.m_pRoot->m_nInitialMoves - m_nLevels - kIndexLevels;
-    if (m_nLevels > 0)
-        context.m_nObservedPlies = static_cast<std::uint16_t>(std::max(lowest, kFewestShownPlies));
+    // Black's nodes show the lists, and theirs is the even number of plies. The root's moves are shown in any case.
+    const int root = context.m_pRoot->m_nInitialMoves;
+    const int lowest = std::max(root - m_nLevels - kIndexLevels, std::min(kFewestShownPlies, root - 1));
+    if (m_nLevels > 0 && lowest > 0)
+        context.m_nObservedPlies = static_cast<std::uint16_t>(lowest + lowest % 2);
     line.m_nThread.store(context.m_nThreadNumber, std::memory_order_release);
 }
 
@@ -272,5 +288,9 @@ CObservedThread::~CObservedThread() {
 }
 
 void ShowObservedLine(const TChessboard& b) { b.m_pContext->m_pObservedLine->Show(b); }
+
+void ShowLowestObservedIndex(const TChessboard& b, int nIndex) {
+    b.m_pContext->m_pObservedLine->ShowLowestIndex(b, nIndex);
+}
 
 } // namespace quillon

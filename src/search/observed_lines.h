@@ -71,10 +71,15 @@ class CObservedLine {
     /// Shows the line down to the black node `b`, which has just got its list.
     void Show(const TChessboard& b);
 
+    /// Shows how far the moves of `b` have come, a black node of which Show is the last.
+    void ShowLowestIndex(const TChessboard& b, int nIndex);
+
   private:
     friend class CObservedLines;
     class CWriting;
     static constexpr std::uint64_t kUnused = ~std::uint64_t{0};
+
+    [[nodiscard]] static bool IsShown(const TChessboard& b);
 
     void Begin(const TSearchContext& context);
     void RefreshIndices(const TSearchContext& context, int nFrom, int nAbove);
@@ -136,5 +141,9 @@ class CObservedThread {
 
 /// A black node has published its list. For its own thread.
 void ShowObservedLine(const TChessboard& b);
+
+/// What a black node with exactly m_nObservedPlies left calls when it goes on to its next move: other nodes' moves are
+/// told of by those below them.
+void ShowLowestObservedIndex(const TChessboard& b, int nIndex);
 
 } // namespace quillon

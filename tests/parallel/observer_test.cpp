@@ -137,6 +137,27 @@ TEST(Observer, ShowsTheLineOfTheOneThread) {
     EXPECT_EQ(state.m_levels[0].m_moves.size(), static_cast<std::size_t>(LegalMoves(kEndless)));
 }
 
+/// Below it there is no level that could tell.
+TEST(Observer, TheLowestLevelTellsTheReplyInAnalysisToo) {
+    constexpr int kDeep = 16; // down to eight plies left
+    CObservedSolve run(Endless({}), kDeep);
+    EXPECT_TRUE(run.WaitForState([](const TProgressState& state) {
+        ExpectLegal(state.m_levels, kEndless, PliesOf(kEndlessMoves));
+        return ::testing::Test::HasFatalFailure() ||
+               (state.m_levels.size() == kDeep && state.m_levels.back().m_nIndex > 2);
+    }));
+}
+
+TEST(Observer, AShortProblemShowsTheMovesOfItsRoot) {
+    TSolveRequest request = AllKeys(kEndless, 4, {});
+    request.m_shLookForQuickerMateDepth = 0;
+    CObservedSolve run(request, kLevels);
+    EXPECT_TRUE(run.WaitForState([](const TProgressState& state) {
+        ExpectLegal(state.m_levels, kEndless, PliesOf(4));
+        return !state.m_levels.empty() && state.m_levels[0].m_nIndex > 0;
+    }));
+}
+
 /// For a second, at any moment: whatever is shown is sound, whichever threads come and go.
 TEST(Observer, ReadsATreeOfThreads) {
     CObservedSolve run(Endless({4, 2}), kLevels);
