@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <deque>
 #include <mutex>
+#include <tuple>
 #include <utility>
 
 #include "core/generation.h"
@@ -34,6 +35,10 @@ constexpr int kShortestAnalysedPlies = 5;   // shorter problems get no initial a
 constexpr int kShortestDemandingPlies = 13; // and up to here no demand for threads
 
 constexpr int kShortestRelaxedPlies = 2;
+
+std::tuple<int, int, int> OrderOfKey(const TSolution& key) {
+    return {key.m_move.m_nFrom, key.m_move.m_nTo, PromotionKind(key.m_move)};
+}
 
 bool IsOpen(const TRootMove& move) {
     return move.m_nResult == kRootMoveDoubtful || move.m_nResult == kRootMoveNotTried;
@@ -325,6 +330,9 @@ class CRootRun final : public IRootMoves {
             const CDoubtOfPass doubt(m_analysis, m_root);
             TryOpenMoves();
         }
+        if (m_bThreads) // they find keys in any order
+            std::ranges::sort(m_run.m_solutions.begin() + static_cast<std::ptrdiff_t>(keysBefore),
+                              m_run.m_solutions.end(), {}, &OrderOfKey);
         record.m_seconds = static_cast<double>(AnalysisTicks(m_analysis) - start) / 1000.0;
         record.m_nKeys = static_cast<int>(m_run.m_solutions.size() - keysBefore);
     }

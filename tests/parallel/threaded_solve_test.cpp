@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <thread>
+#include <tuple>
 
 #include "parallel/observed_solve.h"
 #include "search/control.h"
@@ -288,6 +289,33 @@ TEST(ThreadedSolve, CommandsAtRandomMomentsLeaveNoFalseVerdict) {
     }
     EXPECT_GT(commands, Floor(40));
     EXPECT_GT(proofs, 0);
+}
+
+/// The threads of a group know nothing of nodes above their own: who waits for them has to look.
+TEST(ThreadedSolve, AManualCommandReachesAThreadThatWaitsForItsGroup) {
+    CObservedSolve run(Endless({2, 2}), 4);
+    ASSERT_TRUE(run.WaitForState([](const TProgressState& state) { return state.m_nRunningThreads > 2; }));
+    for (const std::uint16_t thread : {std::uint16_t{0}, std::uint16_t{1}, kAllThreads}) {
+        TManualCommand command;
+        command.m_nThread = thread;
+        command.m_nPlies = PliesOf(kEndlessMoves);
+        command.m_nSkipAction = kSkipToNext;
+        GiveManualCommand(run.m_solve.Analysis(), command);
+        EXPECT_TRUE(run.WaitUntil([&] { return run.m_solve.Analysis().m_nCommand == kNoCommand; })) << thread;
+    }
+    EXPECT_FALSE(run.m_bDone);
+}
+
+TEST(ThreadedSolve, TheKeysOfThreadsStandInOrder) {
+    for (int i = 0; i < 5; ++i) {
+        CSolve solve(AllKeys("7k/8/6K1/8/8/8/8/1RRQRR2", 2, {4, 1}));
+        CAgreeing notifier;
+        const TSolvingResult result = solve.StartSolving(notifier);
+        EXPECT_GT(result.m_solutions.size(), 20u);
+        EXPECT_TRUE(std::ranges::is_sorted(result.m_solutions, {}, [](const TSolution& key) {
+            return std::tuple(key.m_move.m_nFrom, key.m_move.m_nTo, PromotionKind(key.m_move));
+        }));
+    }
 }
 
 TEST(ThreadedSolve, AStopForOneThreadLeavesTheOthersRunning) {
