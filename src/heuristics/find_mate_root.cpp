@@ -331,8 +331,7 @@ class CRootRun final : public IRootMoves {
             TryOpenMoves();
         }
         if (m_bThreads) // they find keys in any order
-            std::ranges::sort(m_run.m_solutions.begin() + static_cast<std::ptrdiff_t>(keysBefore),
-                              m_run.m_solutions.end(), {}, &OrderOfKey);
+            std::ranges::sort(m_run.m_solutions, {}, &OrderOfKey);
         record.m_seconds = static_cast<double>(AnalysisTicks(m_analysis) - start) / 1000.0;
         record.m_nKeys = static_cast<int>(m_run.m_solutions.size() - keysBefore);
     }

@@ -67,7 +67,7 @@ struct TPlanReport {
 
 /// What a run has found.
 struct TRootFindings {
-    std::vector<TSolution> m_solutions;           // in the order found
+    std::vector<TSolution> m_solutions;           // in the order found; with threads sorted by move
     std::vector<TRootMove> m_moves;               // legal root moves of the last run
     std::vector<std::string> m_passes;            // names of the passes that were begun
     std::vector<TPassRecord> m_passRecords;       // the same passes, one record each, complete when the pass has ended

@@ -341,11 +341,21 @@ TSolvingResult CSolve::StartSolving(INotifier& notifier) {
     return Collect(static_cast<double>(AnalysisTicks(m_analysis) - start) / 1000.0);
 }
 
+/// The guide's key if it is one, for the guide tells the lengths behind it; else the first.
+TMove CSolve::KeyOfVariant() const {
+    TMove guided;
+    if (m_analysis.m_pGuide != nullptr && m_analysis.m_pGuide->Suggest(*m_context->m_pRoot, guided))
+        for (const TSolution& solution : m_run.m_solutions)
+            if (SameMove(solution.m_move, guided))
+                return solution.m_move;
+    return m_run.m_solutions.front().m_move;
+}
+
 std::vector<std::string> CSolve::VariantTexts() {
     if (m_run.m_solutions.empty())
         return {};
     TChessboard& root = *m_context->m_pRoot;
-    const std::vector<TMove> line = BuildMainVariant(root, m_run.m_solutions.front().m_move);
+    const std::vector<TMove> line = BuildMainVariant(root, KeyOfVariant());
     return LineTexts(root, line);
 }
 

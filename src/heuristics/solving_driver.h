@@ -93,7 +93,7 @@ struct TSolvingResult {
     EVerdict m_verdict = EVerdict::Doubtful;
     bool m_bComplete = false;               // the list of keys is proved complete
     bool m_bStopped = false;                // the user or a limit ended the run early
-    std::vector<TSolution> m_solutions;     // in the order found
+    std::vector<TSolution> m_solutions;     // in the order found; with threads sorted by move
     std::vector<std::string> m_variant;     // main variant in long notation, key first; empty if it was not finished
     std::vector<std::string> m_passes;      // names of the passes that were run
     std::vector<TPassRecord> m_passRecords; // the same passes with what there is to tell of them
@@ -166,6 +166,7 @@ class CSolve {
     void TakeExpectedWhiteMoves(TSolvingResult& result);
     void FillTexts(TSolvingResult& result) const;
     [[nodiscard]] std::string InitialSetText() const;
+    [[nodiscard]] TMove KeyOfVariant() const;
     [[nodiscard]] std::vector<std::string> VariantTexts();
 
     TSolveRequest m_request;

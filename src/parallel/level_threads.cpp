@@ -89,8 +89,8 @@ void MakeRoomInRegister(const TChessboard& p) {
 } // namespace
 
 int FindMateMultithreadingLevel(TChessboard& p, int nMoves, TMove* list, TNodeFunction pNode) {
-    if (&p != &RootSlot(*p.m_pContext, p.m_nMoves))
-        return kContinueHere; // not on the main stack: a look aside
+    if (&p != &RootSlot(*p.m_pContext, p.m_nMoves) || IsStopping(p))
+        return kContinueHere; // not on the main stack: a look aside; or on the way up, where no group would last
     CLevelGroup group(p, pNode);
     try {
         if (!group.Form(list, nMoves))

@@ -32,9 +32,8 @@ inline constexpr int kForwardMs = 10;
 class CThreadGroup {
   public:
     /// `owner` is the context of the thread that forms the group and waits for it.
-    ///   pNode  where it waits, if a manual command may call it away from there to a node above: the members are
-    ///   stopped
-    ///          then, and the owner is called back. Outlives the group.
+    ///   pNode  where it waits, if a manual command may call it away from there to a node above: then the members are
+    ///          stopped, and the owner is called back. Outlives the group.
     CThreadGroup(TAnalysis& analysis, const TSearchContext& owner, const TChessboard* pNode = nullptr)
         : m_analysis(analysis), m_owner(owner), m_pNode(pNode) {}
     CThreadGroup(const CThreadGroup&) = delete;

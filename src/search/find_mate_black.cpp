@@ -306,6 +306,7 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
             if (answer != MR_MATE) {
                 int next = i + 1, skipped = 0;
                 if (IsControlPending(*p) && ObeyManualCommand(*p, moves.m_list, moves.m_nCount, next, skipped)) {
+                    Publish(*p, moves.m_list, moves.m_nCount);
                     bSkipped = bSkipped || skipped > 0;
                     i = next - 1;
                     continue;
@@ -315,8 +316,10 @@ template <TNodeKind kKind> TMateResult FindMateBlack(TChessboard* p) {
                     KeepRefutation(*p, moves.m_list, i);
                 return Logged<kKind>(*child, JudgeReply(*p, answer));
             }
-            if (PromotionKind(move) != 0 && std::exchange(p->m_pContext->m_bUnderPromotionEqual, false))
+            if (PromotionKind(move) != 0 && std::exchange(p->m_pContext->m_bUnderPromotionEqual, false)) {
                 moves.DropOtherPromotions(i); // 8j
+                Publish(*p, moves.m_list, moves.m_nCount);
+            }
         }
     }
     if (moves.m_nVerdict < 0)

@@ -15,8 +15,9 @@ namespace {
 // Levels below those shown whose nodes still tell how far the moves above have come.
 constexpr int kIndexLevels = 2;
 
-// Nodes with fewer plies left come and go faster than anyone can read, and they are many.
-constexpr int kFewestShownPlies = 8;
+// Nodes with fewer plies left come and go faster than anyone can read, and they are many. Those of the shortest root
+// whose moves are shown are a few, and the first to try replies that are known to be legal.
+constexpr int kFewestShownPlies = 8, kFewestOfShortRoot = 6;
 
 constexpr int kTriesToRead = 20;
 
@@ -230,10 +231,10 @@ void CObservedLines::Begin(TSearchContext& context) {
     }
     CObservedLine& line = *context.m_pObservedLine;
     line.Begin(context);
-    // Black's nodes show the lists, and theirs is the even number of plies. The root's moves are shown in any case.
     const int root = context.m_pRoot->m_nInitialMoves;
-    const int lowest = std::max(root - m_nLevels - kIndexLevels, std::min(kFewestShownPlies, root - 1));
-    if (m_nLevels > 0 && lowest > 0)
+    const int fewest = root > kFewestShownPlies ? kFewestShownPlies : kFewestOfShortRoot;
+    const int lowest = std::max(root - m_nLevels - kIndexLevels, fewest);
+    if (m_nLevels > 0) // Black's nodes show the lists, and theirs is the even number of plies
         context.m_nObservedPlies = static_cast<std::uint16_t>(lowest + lowest % 2);
     line.m_nThread.store(context.m_nThreadNumber, std::memory_order_release);
 }

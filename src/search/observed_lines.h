@@ -1,8 +1,8 @@
 #pragma once
 // What observers see of the lines of running threads: for the first levels of a line the moves and the one in analysis.
 //
-//   1 A thread writes its own line, where a black node begins that is not deeper than an observer looks: a handful of
-//     nodes in millions. Other nodes pay one comparison.
+//   1 A thread writes its own line, where a black node begins that is not deeper than an observer looks, and where the
+//     deepest of them goes on to its next move: a handful of nodes in millions. Other nodes pay a comparison a move.
 //   2 Lines belong to the analysis' CObservedLines and outlive the threads that use them: who reads one never meets
 //     memory that is gone.
 //   3 Readers take no lock and no thread waits for them. A line that was written meanwhile shows nothing.

@@ -306,12 +306,20 @@ TEST(ThreadedSolve, AManualCommandReachesAThreadThatWaitsForItsGroup) {
     EXPECT_FALSE(run.m_bDone);
 }
 
+/// The main variant follows the guide's key all the same, which one thread tries first.
 TEST(ThreadedSolve, TheKeysOfThreadsStandInOrder) {
+    constexpr const char* kManyKeys = "7k/8/6K1/8/8/8/8/1RRQRR2";
+    CAgreeing notifier;
+    CSolve one(AllKeys(kManyKeys, 4, {}));
+    const std::vector<std::string> variant = one.StartSolving(notifier).m_variant;
+    ASSERT_FALSE(variant.empty());
     for (int i = 0; i < 5; ++i) {
-        CSolve solve(AllKeys("7k/8/6K1/8/8/8/8/1RRQRR2", 2, {4, 1}));
-        CAgreeing notifier;
+        CSolve solve(AllKeys(kManyKeys, 4, {4, 1}));
         const TSolvingResult result = solve.StartSolving(notifier);
         EXPECT_GT(result.m_solutions.size(), 20u);
+        ASSERT_FALSE(result.m_variant.empty());
+        EXPECT_EQ(result.m_variant.front(), variant.front());
+        EXPECT_NE(result.m_variant.front(), result.m_solutions.front().m_text);
         EXPECT_TRUE(std::ranges::is_sorted(result.m_solutions, {}, [](const TSolution& key) {
             return std::tuple(key.m_move.m_nFrom, key.m_move.m_nTo, PromotionKind(key.m_move));
         }));
