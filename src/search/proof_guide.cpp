@@ -23,11 +23,11 @@ constexpr std::uint64_t kNodesForLost = 20'000;
 
 /// To touch a large table for the first time takes longer than most proofs: it begins small, and grows with the search.
 constexpr std::size_t kFirstTable = std::size_t{8} << 20;
-constexpr std::size_t kGrowth = 4;
+constexpr std::size_t kGrowth = 16;
 
-/// Every expanded position takes an entry of 16 bytes, and so do its children, of which there are a dozen; half of them
-/// are met again.
-constexpr std::uint64_t kBytesOfNode = 96;
+/// Every expanded position takes an entry of 16 bytes, and so do its children, of which there are a dozen; some room is
+/// to be left. A fuller table loses numbers that the proof is in need of, and the search may go astray for good.
+constexpr std::uint64_t kBytesOfNode = 280;
 
 /// With fewer plies left the recursion needs no guide. Leaves are kept all the same: met again with more plies left,
 /// such a mate is one among many moves.
