@@ -23,9 +23,8 @@ namespace quillon {
 namespace {
 
 constexpr std::int64_t kMegabyte = 1 << 20;
-constexpr std::int64_t kMostGuideBytes =
-    128 * kMegabyte; // an entry for each position of its longest look on two threads
-constexpr std::int64_t kGuideBytesAlone = 8 * kMegabyte; // where the register is given no memory to share
+constexpr std::int64_t kMostGuideBytes = 128 * kMegabyte; // more than an entry for each position of its longest look
+constexpr std::int64_t kGuideBytesAlone = 8 * kMegabyte;  // where the register is given no memory to share
 constexpr std::int64_t kFewestSharedBytes = 2 * kMegabyte;
 constexpr std::uint64_t kLastEffective = 999'999; // threads; no machine starts so many
 constexpr int kShortestRegisterPlies = 10;        // in shorter problems the search does not ask a register
