@@ -22,7 +22,7 @@ inline constexpr int kPliesOfLeaf = 3;
 
 class CProofGuide {
   public:
-    /// The table of the search takes at most `nTableBytes` until a proof is found, for a moment a sixteenth more, the
+    /// The table of the search takes at most `nTableBytes` until a proof is found, for a moment a quarter more, the
     /// guide itself a fraction of it from then on. Throws std::bad_alloc.
     explicit CProofGuide(std::size_t nTableBytes);
 

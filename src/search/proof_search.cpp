@@ -101,6 +101,7 @@ class CProofSearch {
     }
 
     void CountNode(TChessboard& p) {
+        ++m_nExpanded;
         if (++m_nUncounted == m_team.Lot()) {
             m_team.CountNodes(m_nUncounted);
             m_nUncounted = 0;
@@ -116,6 +117,7 @@ class CProofSearch {
         CountNode(p);
         if (p.m_nMoves == kAnsweredByRecursion)
             return Answer(p, hash);
+        const std::uint64_t before = m_nExpanded - 1;
         const CStay stay(*this, {hash, p.m_nMoves});
         const std::size_t first = m_children.size();
         const bool bEnded = ListMoves(p, known.m_bKnown && !IsNullMove(known.m_move));
@@ -134,19 +136,22 @@ class CProofSearch {
             numbers = WorkOnChildren(p, first, phiBound, deltaBound, best);
         }
         m_children.resize(first);
-        return Keep(p, hash, numbers, best);
+        return Keep(p, hash, numbers, best, known.m_nWork, m_nExpanded - before);
     }
 
-    /// A verdict that another thread has stored meanwhile stays.
-    TProofNumbers Keep(const TChessboard& p, std::uint64_t hash, const TProofNumbers& numbers, const TMove& best) {
+    /// A verdict that another thread has stored meanwhile stays. `nEarlier` and `nWork`: positions expanded in earlier
+    /// visits and in this one.
+    TProofNumbers Keep(const TChessboard& p, std::uint64_t hash, const TProofNumbers& numbers, const TMove& best,
+                       std::uint64_t nEarlier, std::uint64_t nWork) {
         if (!m_team.IsAlone()) {
-            const TProofNumbers known = Known(hash, p.m_nMoves);
-            if (IsDecided(known))
-                return known;
+            const CProofTable::TFound known = m_table.Find(hash, p.m_nMoves);
+            if (known.m_bKnown && IsDecided(known.m_numbers))
+                return known.m_numbers;
+            nEarlier = std::max(nEarlier, known.m_nWork);
             if (IsDecided(numbers) && m_team.ThreadsIn(hash, p.m_nMoves) > 1)
                 m_team.TellDecision();
         }
-        m_table.Store(hash, p.m_nMoves, numbers, best);
+        m_table.Store(hash, p.m_nMoves, numbers, best, nEarlier + nWork);
         return numbers;
     }
 
@@ -283,7 +288,7 @@ class CProofSearch {
         if (IsStopping(p))
             return {};
         const TProofNumbers numbers = bMate ? kReachesAim : kMissesAim;
-        m_table.Store(hash, p.m_nMoves, numbers, TMove{});
+        m_table.Store(hash, p.m_nMoves, numbers, TMove{}, 1);
         return numbers;
     }
 
@@ -413,7 +418,8 @@ class CProofSearch {
 
     CProofTable& m_table;
     CProofTeam& m_team;
-    std::uint32_t m_nUncounted = 0;
+    std::uint64_t m_nExpanded = 0;
+    std::uint32_t m_nUncounted = 0; // of them, that the team does not know of yet
     std::vector<TChild> m_children; // of all positions on the way to the one at work
     std::vector<TPlace> m_way;
     std::size_t m_nDecidedAt = kNowhere; // place on the way that another thread has decided

@@ -20,11 +20,15 @@ constexpr std::uint64_t kMultiplier2 = 0x94d049bb133111ebu;
 // Eight squares without the marks that heuristics leave on pawns.
 constexpr std::uint64_t kUnmarked = 0x0101010101010101u * static_cast<TFigure>(~kPawnMayNotAdvance);
 
-constexpr std::uint64_t kMostPlies = 0x3ff; // as an entry has room for
+// As an entry has room for.
+constexpr std::uint64_t kMostPlies = 0x3ff;
 static_assert(kStackSlots <= kMostPlies);
+constexpr int kNumberBits = 29;
+constexpr std::uint64_t kMostNumber = (std::uint64_t{1} << kNumberBits) - 1;
+static_assert(kInfiniteNumber <= kMostNumber);
+constexpr int kMostWork = 63;
 
-/// An open position without a best move was not searched yet.
-constexpr std::uint16_t kEstimated = 0;
+constexpr std::uint16_t kNoMove = 0;
 
 bool IsEmpty(std::uint32_t phi, std::uint32_t delta) { return phi == 0 && delta == 0; }
 
@@ -45,19 +49,14 @@ void Raise(TProofNumbers& atLeast, const TProofNumbers& numbers, int nKnownPlies
         atLeast.m_delta = std::max(atLeast.m_delta, numbers.m_delta);
 }
 
-/// Changes the upper half, where most of the key stands, with whichever half of the numbers changes.
-std::uint64_t SealOf(std::uint64_t numbers) { return numbers * kMultiplier1; }
-
-/// What an entry is worth keeping: a proof of a mate orders moves later on; else the numbers tell the work behind it,
-/// of which there is none behind an estimate.
-std::uint64_t WorthOf(std::uint32_t phi, std::uint32_t delta, std::uint16_t nPlies, std::uint16_t move) {
-    if (IsEmpty(phi, delta) || nPlies >= kStackSlots) // the latter, often: two stores have met here
-        return 0;
-    const bool bWhite = (nPlies & 1) != 0;
-    if (phi == 0 || delta == 0)
-        return (phi == 0) == bWhite ? 1u << 20 | nPlies : 64u + nPlies;
-    return move == kEstimated ? 1 : 1u + std::min<std::uint64_t>(std::uint64_t{phi} + delta, 1u << 19);
+std::uint8_t BitsOfWork(std::uint64_t nWork) {
+    return static_cast<std::uint8_t>(std::min(static_cast<int>(std::bit_width(nWork)), kMostWork));
 }
+
+std::uint64_t WorkOf(std::uint8_t nBits) { return nBits == 0 ? 0 : std::uint64_t{1} << (nBits - 1); }
+
+/// Changes the upper half, where most of the key stands, with whichever bit of the numbers changes.
+std::uint64_t SealOf(std::uint64_t numbers) { return numbers * kMultiplier1; }
 
 } // namespace
 
@@ -123,12 +122,17 @@ void CProofTable::Spread(std::size_t nBucket, TBucket* grown, std::size_t nGrown
 CProofTable::TRecord CProofTable::CEntry::Read() const {
     const std::uint64_t numbers = m_numbers.load(std::memory_order_relaxed);
     const std::uint64_t names = m_names.load(std::memory_order_relaxed) ^ SealOf(numbers);
-    return {names >> 26, static_cast<std::uint32_t>(numbers), static_cast<std::uint32_t>(numbers >> 32),
-            static_cast<std::uint16_t>(names >> 16 & kMostPlies), static_cast<std::uint16_t>(names)};
+    return {names >> 26,
+            static_cast<std::uint32_t>(numbers & kMostNumber),
+            static_cast<std::uint32_t>(numbers >> kNumberBits & kMostNumber),
+            static_cast<std::uint16_t>(names >> 16 & kMostPlies),
+            static_cast<std::uint16_t>(names),
+            static_cast<std::uint8_t>(numbers >> 2 * kNumberBits)};
 }
 
 void CProofTable::CEntry::Write(const TRecord& record) {
-    const std::uint64_t numbers = std::uint64_t{record.m_delta} << 32 | record.m_phi;
+    const std::uint64_t numbers =
+        (std::uint64_t{record.m_nWork} << kNumberBits | record.m_delta) << kNumberBits | record.m_phi;
     const std::uint64_t names = record.m_key << 26 | std::uint64_t{record.m_nPlies} << 16 | record.m_move;
     m_names.store(names ^ SealOf(numbers), std::memory_order_relaxed);
     m_numbers.store(numbers, std::memory_order_relaxed);
@@ -149,10 +153,11 @@ CProofTable::TFound CProofTable::Find(std::uint64_t hash, int nPlies) const {
         const bool bVerdict = HoldsFor(entry.m_phi, entry.m_delta, entry.m_nPlies, nPlies);
         const TProofNumbers numbers{entry.m_phi, entry.m_delta};
         if (bVerdict)
-            return {numbers, UnpackMove(entry.m_move), true};
+            return {numbers, UnpackMove(entry.m_move), WorkOf(entry.m_nWork), true};
         if (entry.m_nPlies == nPlies) {
             found.m_numbers = numbers;
             found.m_move = UnpackMove(entry.m_move);
+            found.m_nWork = WorkOf(entry.m_nWork);
             found.m_bKnown = true;
         } else if (!IsDecided(numbers)) {
             Raise(found.m_atLeast, numbers, entry.m_nPlies, nPlies);
@@ -161,24 +166,30 @@ CProofTable::TFound CProofTable::Find(std::uint64_t hash, int nPlies) const {
     return found;
 }
 
-void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move) {
+// Small numbers do not tell that an entry is of little worth: those on the way to a mate are small, and without them
+// the search begins anew below their positions, time and again.
+void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move,
+                        std::uint64_t nWork) {
     TBucket& bucket = BucketOf(hash);
     const std::uint64_t key = KeyOf(hash);
     CEntry* victim = &bucket.m_entries[0];
-    std::uint64_t least = ~std::uint64_t{0};
+    int least = kMostWork + 1;
     for (CEntry& stored : bucket.m_entries) {
         const TRecord entry = stored.Read();
         if (entry.m_key == key && entry.m_nPlies == nPlies) {
             victim = &stored;
             break;
         }
-        const std::uint64_t worth = WorthOf(entry.m_phi, entry.m_delta, entry.m_nPlies, entry.m_move);
+        // Too many plies, often: two stores have met here.
+        const bool bFree = IsEmpty(entry.m_phi, entry.m_delta) || entry.m_nPlies >= kStackSlots;
+        const int worth = bFree ? -1 : entry.m_nWork;
         if (worth < least) {
             least = worth;
             victim = &stored;
         }
     }
-    victim->Write({key, numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), PackMove(move)});
+    victim->Write(
+        {key, numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), PackMove(move), BitsOfWork(nWork)});
 }
 
 void CProofTable::StoreEstimate(std::uint64_t hash, int nPlies, const TProofNumbers& numbers) {
@@ -192,7 +203,7 @@ void CProofTable::StoreEstimate(std::uint64_t hash, int nPlies, const TProofNumb
             free = &stored;
     }
     if (free != nullptr)
-        free->Write({key, numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), kEstimated});
+        free->Write({key, numbers.m_phi, numbers.m_delta, static_cast<std::uint16_t>(nPlies), kNoMove, BitsOfWork(0)});
 }
 
 } // namespace quillon

@@ -28,7 +28,7 @@ struct TProofNumbers {
     std::uint32_t m_phi = 1;
     std::uint32_t m_delta = 1;
 };
-inline constexpr std::uint32_t kInfiniteNumber = 1u << 30;
+inline constexpr std::uint32_t kInfiniteNumber = 1u << 28;
 
 inline constexpr TProofNumbers kReachesAim{0, kInfiniteNumber};
 inline constexpr TProofNumbers kMissesAim{kInfiniteNumber, 0};
@@ -56,8 +56,9 @@ class CProofTable {
 
     struct TFound {
         TProofNumbers m_numbers;
-        TMove m_move{};        // the best one; source = target for none: an estimate, if the numbers are open
-        bool m_bKnown = false; // else the numbers mean nothing
+        TMove m_move{};            // the best one; source = target for none: an estimate, if the numbers are open
+        std::uint64_t m_nWork = 0; // as stored, down to a power of two; 0 for an estimate
+        bool m_bKnown = false;     // else the numbers mean nothing
 
         // What is left at least, as other numbers of plies tell: with fewer plies it is no easier for White to mate,
         // with more of them no easier for Black to get through. Not set with a verdict.
@@ -71,7 +72,9 @@ class CProofTable {
     /// Asked early, Find costs no wait for the memory.
     void Prefetch(std::uint64_t hash) const { quillon::Prefetch(&BucketOf(hash)); }
 
-    void Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move);
+    /// The entry that took the least work gives way.
+    ///   nWork  positions that were expanded for the numbers, in earlier visits too; at least 1
+    void Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move, std::uint64_t nWork);
 
     /// For a position that is not in the table, and was not searched yet: kept only where that costs no other its
     /// place, and the first to give way.
@@ -87,11 +90,11 @@ class CProofTable {
         std::uint32_t m_phi = 0, m_delta = 0; // both 0: empty
         std::uint16_t m_nPlies = 0;
         std::uint16_t m_move = 0; // packed
+        std::uint8_t m_nWork = 0; // bits that its number has
     };
 
-    //  word     bits 63..32  31..26  25..16  15..0
-    //  names    key                  plies   move     xor the seal of the numbers
-    //  numbers  delta        phi (31..0)
+    //  names    key (bits 63..26), plies (25..16), move (15..0); xor the seal of the numbers
+    //  numbers  work (63..58), delta (57..29), phi (28..0)
     class CEntry {
       public:
         [[nodiscard]] TRecord Read() const;

@@ -135,6 +135,27 @@ TEST_F(SolveFiles, SummaryCountsEveryKindOfResult) {
               "4 problems: 2 solved, 1 without a solution, 0 doubtful, 0 stopped, 1 error");
 }
 
+/// The first thing that anybody sees of the program. Its longest mates are found in seconds or, where the best-first
+/// proof goes astray, not at all.
+TEST(SolveSampleLibrary, IsSolvedInSeconds) {
+    for (const char* const threads : {"1", "2"}) {
+        std::vector<std::string> options = {"solve", "--quiet", "--time-limit", "60", "--threads", threads};
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        options.insert(options.end(), {"--id", "100-164"}); // the longer ones are the last
+#endif
+        const TProgramResult result = RunQuillon(options);
+        EXPECT_EQ(result.m_nStatus, 0) << result.m_err;
+        const std::vector<std::string> lines = result.OutLines();
+        ASSERT_FALSE(lines.empty());
+        const std::string total = std::to_string(lines.size() - 1);
+        EXPECT_GE(lines.size(), 60u);
+        EXPECT_EQ(lines.back().substr(0, lines.back().find(';')),
+                  total + " problems: " + total + " solved, 0 without a solution, 0 doubtful, 0 stopped, 0 errors")
+            << threads;
+        EXPECT_NE(lines.back().find("; 0 differing from the expected answer;"), std::string::npos) << lines.back();
+    }
+}
+
 TEST_F(SolveFiles, BadProblemsAreReportedAndTheOthersSolved) {
     Given("a.cp", "UTF-8\n" + Problem("1 #3", kMateInThreeText) + Problem("2 #2", "FEN: 8/8/8/8/8/1K5Q/1p6/kn7\n") +
                       Problem("3 #1", kTwoMatesInOneText));

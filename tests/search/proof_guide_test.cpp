@@ -285,7 +285,7 @@ TEST(ProofThreads, ALongMateOfThreeIsFollowedToItsEnd) {
 TEST(ProofGuide, ALongerLookGoesOnWithAllThatIsKnown) {
     constexpr const char* kPlacement = "8/8/3p4/3k4/8/8/4P3/KQ6";
     constexpr int kPlies = 25;
-    constexpr std::size_t kLargest = std::size_t{128} << 20; // the one before serves for 30,000 positions
+    constexpr std::size_t kLargest = std::size_t{16} << 20; // the one before serves for 43,000 positions
     std::uint64_t atOnce = 0;
     CSearchedPosition line(kPlacement, kPlies);
     CProofTable table(kLargest);
@@ -300,6 +300,17 @@ TEST(ProofGuide, ALongerLookGoesOnWithAllThatIsKnown) {
         EXPECT_TRUE(guide.IsProved());
         EXPECT_LT(guide.Nodes(), atOnce * 7 / 5) << "in looks of " << look;
         EXPECT_GT(guide.Nodes(), atOnce / 2) << "in looks of " << look;
+    }
+}
+
+/// Forty times as many positions as the smallest of these tables has entries for.
+TEST(ProofGuide, AFullTableDoesNotLeadAstray) {
+    for (const std::size_t bytes : {kTable / 8, kTable, 4 * kTable}) {
+        CSearchedPosition line("8/p2p3p/6pP/5pP1/1p1p1P1k/1P1P3p/KP3P1P/8", PliesOfMate(30));
+        CProofTable table(bytes);
+        std::uint64_t nodes = 0;
+        EXPECT_EQ(SearchProof(line.Root(), table, 300'000, nodes), EProofResult::Proved) << bytes;
+        EXPECT_GT(nodes, 30'000u);
     }
 }
 
@@ -371,25 +382,28 @@ TEST(ProofGuide, ItNeverGoesRoundInCircles) {
     EXPECT_GT(whole, bAll ? 3 : 0);
 }
 
-/// A proof that is longer than the guide has room: the leaves take half of it, so that more than the first reply to the
-/// key is answered.
+/// A proof that is longer than the guide has room: the leaves take half of it, so that each reply to the key is
+/// answered.
 TEST(ProofGuide, TheLeavesLeaveRoomForWhatIsLonger) {
-    CSearchedPosition line("8/8/8/3k4/8/8/8/KQ6", 19);
-    CProofGuide guide(64 * 4 * 30); // thirty positions
+    CSearchedPosition line("8/8/7p/8/8/Q5p1/2k4K/8", PliesOfMate(10));
+    CProofGuide guide(64 * 4 * 100); // a hundred positions
     ASSERT_EQ(guide.Search(line.Root(), kAmple), EProofResult::Proved);
-    EXPECT_LE(guide.Positions(), 30u + 10u) << "those on the way are entered behind their replies";
+    EXPECT_LE(guide.Positions(), 100u + 10u) << "those on the way are entered behind their replies";
+    EXPECT_GT(guide.Positions(), 90u) << "full";
     TMove key;
     ASSERT_TRUE(guide.Suggest(line.Root(), key));
     line.Play(WriteMove(key, line.Root()));
     TMove list[kMaxMoves];
     const int count = GenerateBlackMoves(line.Now(), list);
-    EXPECT_GT(std::count_if(list, list + count,
-                            [&](TMove move) {
-                                TChessboard* const child = CopyToChild(&line.Now());
-                                return MakeBlackMove<kLegalityOnly>(*child, move, false) != 0 &&
-                                       guide.KnownPlies(*child) != 0;
-                            }),
-              1);
+    int legal = 0;
+    for (int i = 0; i < count; ++i) {
+        TChessboard* const child = CopyToChild(&line.Now());
+        if (MakeBlackMove<kLegalityOnly>(*child, list[i], false) == kIllegalMove)
+            continue;
+        ++legal;
+        EXPECT_GT(guide.KnownPlies(*child), 0) << WriteMove(list[i], line.Now());
+    }
+    EXPECT_EQ(legal, 4);
 }
 
 /// What the table tells of without a move.

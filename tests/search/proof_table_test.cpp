@@ -20,7 +20,7 @@ constexpr std::uint64_t kHash = 0x123456789abcdef0;
 
 TEST(ProofTable, WhatWasStoredIsFoundUnderItsPlies) {
     CProofTable table(1 << 16);
-    table.Store(kHash, 9, {7, 11}, kMove);
+    table.Store(kHash, 9, {7, 11}, kMove, 1);
     const CProofTable::TFound found = table.Find(kHash, 9);
     ASSERT_TRUE(found.m_bKnown);
     EXPECT_EQ(found.m_numbers.m_phi, 7u);
@@ -33,16 +33,16 @@ TEST(ProofTable, WhatWasStoredIsFoundUnderItsPlies) {
 
 TEST(ProofTable, AMateHoldsForMorePliesAndItsAbsenceForFewer) {
     CProofTable table(1 << 16);
-    table.Store(kHash, 9, kReachesAim, kMove); // White mates
+    table.Store(kHash, 9, kReachesAim, kMove, 1); // White mates
     EXPECT_TRUE(table.Find(kHash, 11).m_bKnown);
     EXPECT_FALSE(table.Find(kHash, 7).m_bKnown);
-    table.Store(kHash + 1, 9, kMissesAim, kMove); // White does not
+    table.Store(kHash + 1, 9, kMissesAim, kMove, 1); // White does not
     EXPECT_TRUE(table.Find(kHash + 1, 7).m_bKnown);
     EXPECT_FALSE(table.Find(kHash + 1, 11).m_bKnown);
-    table.Store(kHash + 2, 8, kMissesAim, kMove); // Black does not get through: White mates
+    table.Store(kHash + 2, 8, kMissesAim, kMove, 1); // Black does not get through: White mates
     EXPECT_TRUE(table.Find(kHash + 2, 10).m_bKnown);
     EXPECT_FALSE(table.Find(kHash + 2, 6).m_bKnown);
-    table.Store(kHash + 3, 8, kReachesAim, kMove);
+    table.Store(kHash + 3, 8, kReachesAim, kMove, 1);
     EXPECT_TRUE(table.Find(kHash + 3, 6).m_bKnown);
     EXPECT_FALSE(table.Find(kHash + 3, 10).m_bKnown);
 }
@@ -52,7 +52,7 @@ constexpr std::uint64_t OtherKey(std::uint64_t n) { return kHash ^ n << 40; } //
 TEST(ProofTable, AnEstimateTakesNobodysPlace) {
     CProofTable table(1); // one bucket of four entries
     for (std::uint64_t n = 0; n < 4; ++n)
-        table.Store(OtherKey(n), 9, {1, 1}, kMove);
+        table.Store(OtherKey(n), 9, {1, 1}, kMove, 1);
     table.StoreEstimate(OtherKey(4), 9, {50, 50});
     EXPECT_FALSE(table.Find(OtherKey(4), 9).m_bKnown);
     for (std::uint64_t n = 0; n < 4; ++n)
@@ -68,7 +68,7 @@ TEST(ProofTable, AnEstimateIsTheFirstToGiveWay) {
     EXPECT_EQ(estimate.m_numbers.m_delta, 60u);
     EXPECT_TRUE(IsNullMove(estimate.m_move));
     for (std::uint64_t n = 1; n < 5; ++n)
-        table.Store(OtherKey(n), 9, {1, 1}, kMove);
+        table.Store(OtherKey(n), 9, {1, 1}, kMove, 1);
     EXPECT_FALSE(table.Find(OtherKey(0), 9).m_bKnown);
     for (std::uint64_t n = 1; n < 5; ++n)
         EXPECT_TRUE(table.Find(OtherKey(n), 9).m_bKnown) << n;
@@ -77,7 +77,7 @@ TEST(ProofTable, AnEstimateIsTheFirstToGiveWay) {
 TEST(ProofTable, WhatIsSearchedReplacesItsEstimate) {
     CProofTable table(1 << 16);
     table.StoreEstimate(kHash, 9, {1, 5});
-    table.Store(kHash, 9, {7, 11}, kMove);
+    table.Store(kHash, 9, {7, 11}, kMove, 1);
     const CProofTable::TFound found = table.Find(kHash, 9);
     EXPECT_EQ(found.m_numbers.m_phi, 7u);
     EXPECT_TRUE(SameMove(found.m_move, kMove));
@@ -85,8 +85,8 @@ TEST(ProofTable, WhatIsSearchedReplacesItsEstimate) {
 
 TEST(ProofTable, OtherPliesTellWhatIsLeftAtLeast) {
     CProofTable table(1 << 16);
-    table.Store(kHash, 9, {20, 30}, kMove);  // White to move: phi for mate, delta against
-    table.Store(kHash, 13, {10, 40}, kMove); // with more plies mate is nearer
+    table.Store(kHash, 9, {20, 30}, kMove, 1);  // White to move: phi for mate, delta against
+    table.Store(kHash, 13, {10, 40}, kMove, 1); // with more plies mate is nearer
     const auto left = [&](int nPlies) { return table.Find(kHash, nPlies).m_atLeast; };
     EXPECT_EQ(left(7).m_phi, 20u);
     EXPECT_EQ(left(7).m_delta, 0u);
@@ -96,21 +96,48 @@ TEST(ProofTable, OtherPliesTellWhatIsLeftAtLeast) {
     EXPECT_EQ(left(15).m_delta, 40u);
     EXPECT_FALSE(table.Find(kHash, 11).m_bKnown);
     EXPECT_EQ(left(10).m_phi, 0u) << "the other side to move";
-    table.Store(kHash + 1, 8, {20, 30}, kMove); // Black to move: phi against mate, delta for it
+    table.Store(kHash + 1, 8, {20, 30}, kMove, 1); // Black to move: phi against mate, delta for it
     EXPECT_EQ(table.Find(kHash + 1, 6).m_atLeast.m_delta, 30u);
     EXPECT_EQ(table.Find(kHash + 1, 6).m_atLeast.m_phi, 0u);
     EXPECT_EQ(table.Find(kHash + 1, 10).m_atLeast.m_phi, 20u);
 }
 
-TEST(ProofTable, AFullBucketKeepsTheMatesAndTheMostWork) {
+TEST(ProofTable, AFullBucketKeepsTheMostWork) {
     CProofTable table(1); // one bucket of four
-    const auto hash = [](std::uint64_t i) { return i << 33; };
-    table.Store(hash(1), 9, kReachesAim, kMove);
-    for (std::uint64_t i = 2; i < 10; ++i)
-        table.Store(hash(i), 9, {static_cast<std::uint32_t>(i), 5}, kMove);
-    EXPECT_TRUE(table.Find(hash(1), 9).m_bKnown);
-    EXPECT_TRUE(table.Find(hash(9), 9).m_bKnown) << "the last one stored";
-    EXPECT_FALSE(table.Find(hash(2), 9).m_bKnown) << "the least work";
+    const auto known = [&](std::uint64_t n) { return table.Find(OtherKey(n), 9).m_bKnown; };
+    for (const std::uint64_t work : {400u, 100u, 200u, 800u})
+        table.Store(OtherKey(work), 9, {static_cast<std::uint32_t>(1000 - work), 5}, kMove, work);
+    table.Store(OtherKey(1), 9, kReachesAim, kMove, 1);
+    EXPECT_TRUE(known(1)) << "the last one stored";
+    EXPECT_FALSE(known(100)) << "the least work";
+    table.Store(OtherKey(2), 9, {1, 1}, kMove, 3000);
+    EXPECT_FALSE(known(1)) << "found again by as little work";
+    for (const std::uint64_t n : {400u, 200u, 800u, 2u})
+        EXPECT_TRUE(known(n)) << n;
+}
+
+TEST(ProofTable, TheWorkIsToldDownToAPowerOfTwo) {
+    CProofTable table(1 << 16);
+    const auto told = [&](std::uint64_t work) {
+        table.Store(kHash, 9, {kInfiniteNumber - 1, kInfiniteNumber - 2}, kMove, work);
+        const CProofTable::TFound found = table.Find(kHash, 9);
+        EXPECT_EQ(found.m_numbers.m_phi, kInfiniteNumber - 1);
+        EXPECT_EQ(found.m_numbers.m_delta, kInfiniteNumber - 2);
+        EXPECT_TRUE(SameMove(found.m_move, kMove));
+        return found.m_nWork;
+    };
+    EXPECT_EQ(told(1), 1u);
+    EXPECT_EQ(told(2), 2u);
+    EXPECT_EQ(told(3), 2u);
+    EXPECT_EQ(told(1'000'000), 1u << 19);
+    EXPECT_EQ(told((std::uint64_t{1} << 62) + 5), std::uint64_t{1} << 62);
+    EXPECT_EQ(told(~std::uint64_t{0}), std::uint64_t{1} << 62) << "as much as an entry has room for";
+    table.Store(kHash, 9, kReachesAim, kMove, 70);
+    EXPECT_EQ(table.Find(kHash, 9).m_nWork, 64u);
+    EXPECT_EQ(table.Find(kHash, 9).m_numbers.m_delta, kInfiniteNumber);
+    EXPECT_EQ(table.Find(kHash, 11).m_nWork, 64u) << "of the verdict that holds there, too";
+    table.StoreEstimate(kHash + 1, 9, {7, 11});
+    EXPECT_EQ(table.Find(kHash + 1, 9).m_nWork, 0u);
 }
 
 /// Each of the threads stores its own entries into the same few buckets: what is found is what some thread has stored.
@@ -126,7 +153,7 @@ TEST(ProofTable, ThreadsThatMeetInABucketLeaveNoMixedEntry) {
                 for (std::uint32_t i = 0; i < kRounds; ++i) {
                     const std::uint64_t hash = (i * 7 + t) % kHashes * 0x100000001u;
                     const std::uint32_t phi = 1 + i % 97 + 100 * t;
-                    table.Store(hash, 9, {phi, 3 * phi}, moveOf(phi));
+                    table.Store(hash, 9, {phi, 3 * phi}, moveOf(phi), phi);
                     const CProofTable::TFound entry = table.Find((i * 5) % kHashes * 0x100000001u, 9);
                     if (!entry.m_bKnown)
                         continue;
@@ -163,7 +190,7 @@ TEST(ProofTable, ItKeepsWhatItKnowsWhenItGrows) {
             return found;
         };
         for (std::uint32_t i = 0; i < kStored; ++i)
-            table.Store(hashes[i], 9 + 2 * static_cast<int>(i % 3), {i + 1, 2 * i + 1}, kMove);
+            table.Store(hashes[i], 9 + 2 * static_cast<int>(i % 3), {i + 1, 2 * i + 1}, kMove, i + 1);
         const std::vector<std::uint32_t> before = known();
         EXPECT_GT(before.size(), kStored * 3 / 4);
         for (const std::size_t times : {2u, 4u, 16u, 64u}) {
@@ -173,7 +200,7 @@ TEST(ProofTable, ItKeepsWhatItKnowsWhenItGrows) {
         }
         for (const std::uint64_t other : others)
             EXPECT_FALSE(table.Find(other, 9).m_bKnown);
-        table.Store(others[0], 9, {7, 11}, kMove);
+        table.Store(others[0], 9, {7, 11}, kMove, 1);
         EXPECT_TRUE(table.Find(others[0], 9).m_bKnown);
     }
 }
@@ -192,7 +219,7 @@ TEST(ProofTable, ItGrowsNoFurtherThanItsKeysTell) {
 TEST(ProofTable, HashesThatPartWhenItGrowsWereTwoBefore) {
     CProofTable table(1);
     for (std::uint64_t i = 0; i < 4; ++i)
-        table.Store(kHash ^ i, 9, {static_cast<std::uint32_t>(i) + 1, 5}, kMove);
+        table.Store(kHash ^ i, 9, {static_cast<std::uint32_t>(i) + 1, 5}, kMove, 1);
     for (const std::size_t bytes : {64u, 128u, 256u}) {
         table.Grow(bytes);
         for (std::uint64_t i = 0; i < 4; ++i)
