@@ -236,7 +236,7 @@ class CProofSearch {
             const TChild child = m_children[choice.m_nChild];
             std::uint32_t childPhiBound = deltaBound - (delta - child.m_numbers.m_phi);
             const std::uint32_t second = choice.m_second;
-            std::uint32_t childDeltaBound = Capped(std::min<std::uint64_t>(phiBound, second + second / 4 + 1ull));
+            std::uint32_t childDeltaBound = std::min({phiBound, second + second / 4 + 1, kInfiniteNumber});
             if (bReached) {
                 childPhiBound = child.m_numbers.m_phi + 1;
                 childDeltaBound = std::max(childDeltaBound, child.m_numbers.m_delta + 1);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cstring>
 #include <new>
 
@@ -26,7 +27,8 @@ static_assert(kStackSlots <= kMostPlies);
 constexpr int kNumberBits = 29;
 constexpr std::uint64_t kMostNumber = (std::uint64_t{1} << kNumberBits) - 1;
 static_assert(kInfiniteNumber <= kMostNumber);
-constexpr int kMostWork = 63;
+constexpr int kMostWorkBits = 63;
+static_assert(2 * kNumberBits + std::bit_width(unsigned{kMostWorkBits}) <= 64);
 
 constexpr std::uint16_t kNoMove = 0;
 
@@ -50,7 +52,7 @@ void Raise(TProofNumbers& atLeast, const TProofNumbers& numbers, int nKnownPlies
 }
 
 std::uint8_t BitsOfWork(std::uint64_t nWork) {
-    return static_cast<std::uint8_t>(std::min(static_cast<int>(std::bit_width(nWork)), kMostWork));
+    return static_cast<std::uint8_t>(std::min(static_cast<int>(std::bit_width(nWork)), kMostWorkBits));
 }
 
 std::uint64_t WorkOf(std::uint8_t nBits) { return nBits == 0 ? 0 : std::uint64_t{1} << (nBits - 1); }
@@ -131,8 +133,9 @@ CProofTable::TRecord CProofTable::CEntry::Read() const {
 }
 
 void CProofTable::CEntry::Write(const TRecord& record) {
+    assert(record.m_phi <= kInfiniteNumber && record.m_delta <= kInfiniteNumber);
     const std::uint64_t numbers =
-        (std::uint64_t{record.m_nWork} << kNumberBits | record.m_delta) << kNumberBits | record.m_phi;
+        (std::uint64_t{record.m_nWorkBits} << kNumberBits | record.m_delta) << kNumberBits | record.m_phi;
     const std::uint64_t names = record.m_key << 26 | std::uint64_t{record.m_nPlies} << 16 | record.m_move;
     m_names.store(names ^ SealOf(numbers), std::memory_order_relaxed);
     m_numbers.store(numbers, std::memory_order_relaxed);
@@ -153,11 +156,11 @@ CProofTable::TFound CProofTable::Find(std::uint64_t hash, int nPlies) const {
         const bool bVerdict = HoldsFor(entry.m_phi, entry.m_delta, entry.m_nPlies, nPlies);
         const TProofNumbers numbers{entry.m_phi, entry.m_delta};
         if (bVerdict)
-            return {numbers, UnpackMove(entry.m_move), WorkOf(entry.m_nWork), true};
+            return {numbers, UnpackMove(entry.m_move), WorkOf(entry.m_nWorkBits), true};
         if (entry.m_nPlies == nPlies) {
             found.m_numbers = numbers;
             found.m_move = UnpackMove(entry.m_move);
-            found.m_nWork = WorkOf(entry.m_nWork);
+            found.m_nWork = WorkOf(entry.m_nWorkBits);
             found.m_bKnown = true;
         } else if (!IsDecided(numbers)) {
             Raise(found.m_atLeast, numbers, entry.m_nPlies, nPlies);
@@ -173,7 +176,7 @@ void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& num
     TBucket& bucket = BucketOf(hash);
     const std::uint64_t key = KeyOf(hash);
     CEntry* victim = &bucket.m_entries[0];
-    int least = kMostWork + 1;
+    int least = kMostWorkBits + 1;
     for (CEntry& stored : bucket.m_entries) {
         const TRecord entry = stored.Read();
         if (entry.m_key == key && entry.m_nPlies == nPlies) {
@@ -182,7 +185,7 @@ void CProofTable::Store(std::uint64_t hash, int nPlies, const TProofNumbers& num
         }
         // Too many plies, often: two stores have met here.
         const bool bFree = IsEmpty(entry.m_phi, entry.m_delta) || entry.m_nPlies >= kStackSlots;
-        const int worth = bFree ? -1 : entry.m_nWork;
+        const int worth = bFree ? -1 : entry.m_nWorkBits;
         if (worth < least) {
             least = worth;
             victim = &stored;

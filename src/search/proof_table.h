@@ -73,7 +73,9 @@ class CProofTable {
     void Prefetch(std::uint64_t hash) const { quillon::Prefetch(&BucketOf(hash)); }
 
     /// The entry that took the least work gives way.
-    ///   nWork  positions that were expanded for the numbers, in earlier visits too; at least 1
+    ///   nWork  positions that were expanded for the numbers; at least 1. Told down to a power of two, the work of
+    ///   earlier
+    ///          visits counts as far as it is not far below that of the longest.
     void Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move, std::uint64_t nWork);
 
     /// For a position that is not in the table, and was not searched yet: kept only where that costs no other its
@@ -89,8 +91,8 @@ class CProofTable {
         std::uint64_t m_key = 0;
         std::uint32_t m_phi = 0, m_delta = 0; // both 0: empty
         std::uint16_t m_nPlies = 0;
-        std::uint16_t m_move = 0; // packed
-        std::uint8_t m_nWork = 0; // bits that its number has
+        std::uint16_t m_move = 0;     // packed
+        std::uint8_t m_nWorkBits = 0; // that the number has
     };
 
     //  names    key (bits 63..26), plies (25..16), move (15..0); xor the seal of the numbers

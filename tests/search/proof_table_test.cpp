@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <functional>
 #include <gtest/gtest.h>
 #include <random>
@@ -159,7 +160,8 @@ TEST(ProofTable, ThreadsThatMeetInABucketLeaveNoMixedEntry) {
                         continue;
                     ++found[t];
                     mixed[t] += entry.m_numbers.m_delta != 3 * entry.m_numbers.m_phi ||
-                                !SameMove(entry.m_move, moveOf(entry.m_numbers.m_phi));
+                                !SameMove(entry.m_move, moveOf(entry.m_numbers.m_phi)) ||
+                                entry.m_nWork != std::bit_floor(std::uint64_t{entry.m_numbers.m_phi});
                 }
             });
     }
