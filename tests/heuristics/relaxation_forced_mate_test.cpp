@@ -11,6 +11,7 @@
 #include "heuristics/planned_position.h"
 #include "heuristics/relaxation_clock.h"
 #include "platform/sleep.h"
+#include "platform/temporary_folder.h"
 
 namespace quillon::test {
 namespace {
@@ -211,14 +212,8 @@ TEST(RelaxationClock, AllThreadsReadOneTime) {
 /// A working folder of its own.
 class RelaxationLog : public testing::Test {
   protected:
-    RelaxationLog() {
-        std::filesystem::create_directories(m_folder);
-        std::filesystem::current_path(m_folder);
-    }
-    ~RelaxationLog() override {
-        std::filesystem::current_path(m_before);
-        std::filesystem::remove_all(m_folder);
-    }
+    RelaxationLog() { std::filesystem::current_path(m_folder); }
+    ~RelaxationLog() override { std::filesystem::current_path(m_before); }
     [[nodiscard]] std::string Text() const {
         std::ostringstream text;
         text << std::ifstream(m_folder / "TryRelaxSpecialHeuristics.log", std::ios::binary).rdbuf();
@@ -226,7 +221,8 @@ class RelaxationLog : public testing::Test {
     }
 
     const std::filesystem::path m_before = std::filesystem::current_path();
-    const std::filesystem::path m_folder = std::filesystem::temp_directory_path() / "quillon-relaxation-log";
+    const CTemporaryFolder m_temporary; // of this test alone: others run beside it
+    const std::filesystem::path m_folder = m_temporary.Path();
 };
 
 TEST_F(RelaxationLog, TellsTheSetBeforeAndAfterEachStep) {
