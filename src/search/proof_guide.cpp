@@ -25,9 +25,9 @@ constexpr std::uint64_t kNodesForLost = 20'000;
 constexpr std::size_t kFirstTable = std::size_t{8} << 20;
 constexpr std::size_t kGrowth = 4;
 
-/// Six entries of 16 bytes for every expanded position: its own and, as far as they go, those of its children, of which
-/// few are asked for again. Over 150 mates in 6 to 30 as many positions are expanded with 8 MiB throughout as with
-/// 128 MiB, up to a million of them; so the table grows late, for the searches that are longer.
+/// Six entries of 16 bytes for every expanded position: its own and, as far as they go, estimates of its children. Over
+/// 150 mates in 6 to 30 as many positions are expanded with 8 MiB throughout as with 128 MiB, up to a million of them;
+/// so the table grows late, for the searches that are longer.
 constexpr std::uint64_t kBytesOfNode = 96;
 
 /// With fewer plies left the recursion needs no guide. Leaves are kept all the same: met again with more plies left,

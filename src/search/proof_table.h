@@ -73,9 +73,8 @@ class CProofTable {
     void Prefetch(std::uint64_t hash) const { quillon::Prefetch(&BucketOf(hash)); }
 
     /// The entry that took the least work gives way.
-    ///   nWork  positions that were expanded for the numbers; at least 1. Told down to a power of two, the work of
-    ///   earlier
-    ///          visits counts as far as it is not far below that of the longest.
+    ///   nWork  positions that were expanded for the numbers, at least 1. It is kept down to a power of two: of many
+    ///          visits those count that are not far shorter than all before them.
     void Store(std::uint64_t hash, int nPlies, const TProofNumbers& numbers, const TMove& move, std::uint64_t nWork);
 
     /// For a position that is not in the table, and was not searched yet: kept only where that costs no other its

@@ -313,6 +313,29 @@ TEST(ProofGuide, ALongerLookGoesOnWithAllThatIsKnown) {
     }
 }
 
+/// Numbers that have grown to their cap tell no order, but neither do they end the work below them.
+TEST(ProofSearch, NumbersAtTheirCapAreWorkedOn) {
+    constexpr TProofNumbers kCapped{kInfiniteNumber - 1, kInfiniteNumber - 1};
+    CSearchedPosition line("8/8/8/8/8/1K5Q/1p6/kn6", PliesOfMate(3));
+    CProofTable table(kTable);
+    TMove moves[kMaxMoves], replies[kMaxMoves];
+    const int count = GenerateWhiteMoves(line.Root(), moves);
+    for (int i = 0; i < count; ++i) {
+        TChessboard* const child = CopyToChild(&line.Root());
+        if (TMove made = moves[i]; MakeWhiteMove(*child, made) == 0)
+            continue;
+        table.Store(HashBoard(*child), child->m_nMoves, kCapped, moves[i], 1);
+        const int answers = GenerateBlackMoves(*child, replies);
+        for (int k = 0; k < answers; ++k) {
+            TChessboard* const answered = CopyToChild(child);
+            if (MakeBlackMove<kLegalityOnly>(*answered, replies[k], false) != kIllegalMove)
+                table.Store(HashBoard(*answered), answered->m_nMoves, kCapped, replies[k], 1);
+        }
+    }
+    std::uint64_t nodes = 0;
+    EXPECT_EQ(SearchProof(line.Root(), table, 10'000, nodes), EProofResult::Proved);
+}
+
 /// Several times as many positions as the smallest of these tables has entries for.
 TEST(ProofSearch, AFullTableDoesNotLeadAstray) {
     for (const std::size_t bytes : {kTable / 8, kTable, 4 * kTable}) {

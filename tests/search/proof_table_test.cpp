@@ -187,6 +187,7 @@ TEST(ProofTable, ItKeepsWhatItKnowsWhenItGrows) {
                     EXPECT_EQ(entry.m_numbers.m_phi, i + 1);
                     EXPECT_EQ(entry.m_numbers.m_delta, 2 * i + 1);
                     EXPECT_TRUE(SameMove(entry.m_move, kMove));
+                    EXPECT_EQ(entry.m_nWork, std::bit_floor(std::uint64_t{i} + 1));
                     found.push_back(i);
                 }
             return found;
