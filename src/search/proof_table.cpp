@@ -157,13 +157,17 @@ CProofTable::TFound CProofTable::Find(std::uint64_t hash, int nPlies) const {
         const TProofNumbers numbers{entry.m_phi, entry.m_delta};
         if (bVerdict)
             return {numbers, UnpackMove(entry.m_move), WorkOf(entry.m_nWorkBits), true};
-        if (entry.m_nPlies == nPlies) {
+        if (entry.m_nPlies != nPlies) {
+            if (!IsDecided(numbers))
+                Raise(found.m_atLeast, numbers, entry.m_nPlies, nPlies);
+        } else if (!found.m_bKnown) {
+            // A thread that reads an entry while another renews it does not know the position again, and gives it a
+            // second one. Store renews the first of them; the other grows stale, and a search that believed it would
+            // come back time and again to what it has long worked on.
             found.m_numbers = numbers;
             found.m_move = UnpackMove(entry.m_move);
             found.m_nWork = WorkOf(entry.m_nWorkBits);
             found.m_bKnown = true;
-        } else if (!IsDecided(numbers)) {
-            Raise(found.m_atLeast, numbers, entry.m_nPlies, nPlies);
         }
     }
     return found;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
 #include <functional>
 #include <gtest/gtest.h>
@@ -169,6 +170,35 @@ TEST(ProofTable, ThreadsThatMeetInABucketLeaveNoMixedEntry) {
         EXPECT_EQ(mixed[t], 0);
         EXPECT_GT(found[t], 1000);
     }
+}
+
+/// A thread that reads an entry while another renews it does not know the position again, and gives it a second entry:
+/// what is stored later is what is found, all the same.
+TEST(ProofTable, APositionThatThreadsRenewAtOnceDoesNotGrowStale) {
+    constexpr std::uint64_t kPositions = 20'000;
+    constexpr std::uint32_t kStores = 50;
+    const auto hashOf = [](std::uint64_t i) { return i * 0x9e3779b97f4a7c15u; };
+    CProofTable table(std::size_t{4} << 20);
+    {
+        std::array<std::atomic<std::uint64_t>, 2> at{};
+        std::array<CThread, 2> threads;
+        for (std::size_t t = 0; t < threads.size(); ++t)
+            threads[t] = CThread(std::size_t{1} << 20, [&, t] {
+                for (std::uint64_t i = 0; i < kPositions; ++i) {
+                    at[t].store(i, std::memory_order_relaxed);
+                    for (int wait = 0; wait < 1000 && at[1 - t].load(std::memory_order_relaxed) < i; ++wait) {
+                    }
+                    for (std::uint32_t store = 0; store < kStores; ++store)
+                        table.Store(hashOf(i), 9, {3 + store, 5}, kMove, 8);
+                }
+            });
+    }
+    std::uint64_t stale = 0;
+    for (std::uint64_t i = 0; i < kPositions; ++i) {
+        table.Store(hashOf(i), 9, {1, 11}, kMove, 8);
+        stale += table.Find(hashOf(i), 9).m_numbers.m_phi != 1;
+    }
+    EXPECT_EQ(stale, 0u);
 }
 
 TEST(ProofTable, ItKeepsWhatItKnowsWhenItGrows) {
