@@ -143,16 +143,18 @@ class CProofSearch {
     /// visits and in this one.
     TProofNumbers Keep(const TChessboard& p, std::uint64_t hash, const TProofNumbers& numbers, const TMove& best,
                        std::uint64_t nEarlier, std::uint64_t nWork) {
-        if (!m_team.IsAlone()) {
-            const CProofTable::TFound known = m_table.Find(hash, p.m_nMoves);
-            if (known.m_bKnown && IsDecided(known.m_numbers))
-                return known.m_numbers;
-            nEarlier = std::max(nEarlier, known.m_nWork);
-            if (IsDecided(numbers) && m_team.ThreadsIn(hash, p.m_nMoves) > 1)
-                m_team.TellDecision();
+        if (m_team.IsAlone()) {
+            m_table.Store(hash, p.m_nMoves, numbers, best, nEarlier + nWork);
+            return numbers;
         }
-        m_table.Store(hash, p.m_nMoves, numbers, best, nEarlier + nWork);
-        return numbers;
+        const CProofTable::TFound known = m_table.Find(hash, p.m_nMoves);
+        const bool bKnown = known.m_bKnown && IsDecided(known.m_numbers); // or that of other plies, told to nobody here
+        if (!bKnown)
+            m_table.Store(hash, p.m_nMoves, numbers, best, std::max(nEarlier, known.m_nWork) + nWork);
+        const TProofNumbers kept = bKnown ? known.m_numbers : numbers;
+        if (IsDecided(kept) && m_team.ThreadsIn(hash, p.m_nMoves) > 1)
+            m_team.TellDecision(); // behind the store: who looks at once is to find it
+        return kept;
     }
 
     /// Neither side has reached anything without a move but Black who is stalemated: White is then not to mate.

@@ -2,8 +2,8 @@
 // What the threads of one best-first proof share beside its table: the count of positions, the end, and marks that tell
 // them where the others are at work, so that they spread out.
 //
-// Threads: all members are for any thread at any time, relaxed: what the threads tell one another in time saves work
-//          and decides nothing. The verdict is read after they have been joined.
+// Threads: all members are for any thread at any time, relaxed but for the count of decisions: what the threads tell
+//          one another in time saves work and decides nothing. The verdict is read after they have been joined.
 
 #include <array>
 #include <atomic>
@@ -50,9 +50,10 @@ class CProofTeam {
         return MarkOf(hash, nPlies).load(std::memory_order_relaxed);
     }
 
-    /// Counts the positions that were decided while several threads were in them.
-    void TellDecision() { m_nDecisions.fetch_add(1, std::memory_order_relaxed); }
-    [[nodiscard]] std::uint32_t Decisions() const { return m_nDecisions.load(std::memory_order_relaxed); }
+    /// Counts the positions that were decided while several threads were in them. Who sees the new count sees what was
+    /// stored before it was told.
+    void TellDecision() { m_nDecisions.fetch_add(1, std::memory_order_release); }
+    [[nodiscard]] std::uint32_t Decisions() const { return m_nDecisions.load(std::memory_order_acquire); }
 
   private:
     static constexpr std::size_t kMarks = std::size_t{1} << 14;
