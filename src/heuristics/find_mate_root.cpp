@@ -78,7 +78,7 @@ constexpr std::uint64_t kBriefLook = 100, kLongLook = 2500; // times the square 
 constexpr std::uint64_t kMostBriefLook = 30'000, kMostLongLook = 5'000'000;
 
 /// Threads that share a look expand positions that one of them alone would have found needless, by chance of their
-/// timing: two of them 7 % on the average of 49 mates, half as many again in some. What one may expand has to find its
+/// timing: two of them 1 % on the average of 49 mates, half as many again in some. What one may expand has to find its
 /// mate with several, too; each further thread adds half of it, so that a look in vain is over sooner all the same.
 std::uint64_t PositionsOfThreads(std::uint64_t nPositions, int nThreads) {
     return nPositions * static_cast<std::uint64_t>(nThreads + 1) / 2;
